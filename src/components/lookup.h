@@ -1,0 +1,110 @@
+// How a model finds what it needs in the record: its row, its brand's specifications, its multiplier, its series.
+//
+// Each look-up that fails writes the error's text, sets ErrFlag and gives nothing back; the model returns at once. All
+// searches are linear from the first element, and the first match wins: that settles every tie. Ids, brands and numbers
+// are compared as floats, the way the tables hold them.
+#ifndef KESTO_COMPONENTS_LOOKUP_H
+#define KESTO_COMPONENTS_LOOKUP_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "AUEglobals.h"
+
+struct InstInfo;
+
+// The eighteen kinds of series, in the record's order; the potentials last.
+enum class Series {
+    Rainfall,
+    Temp,
+    Tmin,
+    Tmax,
+    Wind,
+    Multpls,
+    Threshold,
+    Occup,
+    Dmdflct,
+    InsDmd,
+    WatQuant,
+    WatQual,
+    NrgPot,
+    InfPot,
+    LosPot,
+    EvaPot,
+    CapPot,
+    OprPot,
+};
+
+// Rounds a number to an integer, half away from zero. NaN and what 32 bits cannot hold give -2147483648.
+std::int32_t nint(double value);
+inline std::int32_t nint(float value) {
+    return nint(static_cast<double>(value));
+}
+
+// Like nint, but cuts the fraction off.
+std::int32_t truncated(double value);
+
+const ComponentRow* findRow(AUEglobals* Globals, std::int32_t id);
+
+// The next specification of `brand` with the given number at or after row `from`; `from` becomes its row.
+std::optional<float> findSpecification(AUEglobals* Globals, std::int32_t brand, int number, std::int32_t& from);
+
+// A brand's specifications in the order in which a model asks for them. The first is searched from the top of the
+// table, each later one from one row before its predecessor: brands are stored in ascending order of number, and rows
+// that stand further back are not found.
+template <int... Numbers>
+std::optional<std::array<float, sizeof...(Numbers)>> readSpecifications(AUEglobals* Globals, std::int32_t brand) {
+    std::array<float, sizeof...(Numbers)> values{};
+    std::int32_t from = 0;
+    std::size_t i = 0;
+    const auto read = [&](int number) {
+        const auto value = findSpecification(Globals, brand, number, from);
+        if (value) values[i++] = *value;
+        from = from > 0 ? from - 1 : 0;
+        return value.has_value();
+    };
+    if (!(read(Numbers) && ...)) return std::nullopt;
+    return values;
+}
+
+template <int... Numbers>
+std::optional<std::array<float, sizeof...(Numbers)>> readSpecifications(AUEglobals* Globals, const ComponentRow* row) {
+    return readSpecifications<Numbers...>(Globals, nint(row->brand));
+}
+
+// The factor by which a component's potentials are scaled in this step: 1 when nothing multiplies them.
+std::optional<float> readMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id);
+
+// All values of a series.
+float* findSeries(AUEglobals* Globals, Series kind, std::int32_t id);
+
+// The value of this step.
+std::optional<float> readNow(AUEglobals* Globals, Series kind, std::int32_t id);
+
+// A state at the end of the previous step; at step 0 what the host put into element 0.
+std::optional<float> readBefore(AUEglobals* Globals, Series kind, std::int32_t id);
+
+// Writes a state at the end of this step. False when that failed.
+bool store(AUEglobals* Globals, Series kind, std::int32_t id, float value);
+
+// Adds to a potential in this step; outside the series it adds nothing, which is no error. False when the key has no
+// such potential. The amount is added in its own precision and the sum is rounded to single.
+bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, float amount);
+bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, double amount);
+
+// The two tables of recorded signals.
+enum class Record { Logs, WatBod };
+
+// All signals recorded under an id.
+Signal* findRecord(AUEglobals* Globals, Record kind, std::int32_t id);
+
+// The first reservoir (39) after row `after` that shares a component's key; null without one, which is no error. Type
+// and key are compared as they stand in the table, unrounded.
+const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow* component,
+                                  const ComponentRow* after = nullptr);
+
+// Whether a step lies within the series; if not, that is an error of the id searched for.
+bool checkStep(AUEglobals* Globals, std::int32_t step, std::int32_t id);
+
+#endif
