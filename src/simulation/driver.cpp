@@ -1,0 +1,179 @@
+// The driver: sets a run up, then evaluates every component once a step in calculation order.
+
+#include <new>
+
+#include "binarytree.h"
+#include "components/lookup.h"
+#include "errors.h"
+#include "simulation.h"
+#include "simulation/dispatch.h"
+
+namespace {
+
+constexpr std::int32_t kJunction = 30;
+constexpr std::int32_t kMixer = 31;
+
+// What lives for one call.
+struct Run {
+    CRossSignal signals;
+    CRossConnection connections;
+    InstInfo instInfo;
+    RCVTOLEAFS receivers;
+    bool hasTree = false;
+
+    Run() = default;
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run() {
+        if (hasTree) BinaryTreeKill();
+    }
+};
+
+// Room for `count` elements; a negative count is more than any memory has.
+template <typename T>
+void reserve(AUEglobals* Globals, std::vector<T>& buffer, std::int32_t count, const char* name) try {
+    if (count < 0) throw std::bad_alloc();
+    buffer.reserve(static_cast<std::size_t>(count));
+} catch (const std::bad_alloc&) {
+    fail(Globals, text::kNoMemory, name);
+}
+
+std::int32_t setUpMultipliers(AUEglobals* Globals, InstInfo& instInfo) {
+    MultIds multIds;
+    getCompsMultipliers(Globals, instInfo.CompntId, multIds);
+    if (Globals->ErrFlag == 1) return KESTO_SETUP_FAILURE;
+    std::vector<MultiplierList> unique;
+    if (getListUniqStrings(multIds, unique) == KESTO_RUN_FAILURE) fail(Globals, text::kNoMemory, "NULL");
+    if (!linkCompsUniqMultSeqs(multIds, unique, instInfo.SeqId)) fail(Globals, text::kNoMemory, "SeqId");
+    CombineMult(Globals, multIds, unique, instInfo.TotNumComp);
+    return Globals->ErrFlag == 1 ? KESTO_SETUP_FAILURE : KESTO_SUCCESS;
+}
+
+std::int32_t setUpTree(AUEglobals* Globals, Run& run) {
+    run.hasTree = true;
+    try {
+        BinaryTreeBuild(Globals->Net_Conn, Globals->Net_Compnt, Globals->nConns, Globals->nComps);
+    } catch (const std::bad_alloc&) {
+        fail(Globals, text::kNoMemory, "compIdNodeLink");
+        return KESTO_SETUP_FAILURE;
+    }
+    return getReceiversLeafsSplitters(Globals, run.receivers);
+}
+
+std::int32_t setUp(AUEglobals* Globals, Run& run) {
+    const std::int32_t nComps = Globals->nComps;
+    const std::int32_t nConns = Globals->nConns;
+    const std::int32_t mostCells = nConns > 0 ? nConns : 0;
+    reserve(Globals, run.signals, mostCells, "CRossSignal");
+    reserve(Globals, run.connections.cells, mostCells, "CRossConnection");
+    reserve(Globals, run.instInfo.CompntId, nComps, "CompntId");
+    if (Globals->ErrFlag == 1) return KESTO_SETUP_FAILURE;
+
+    AllocOuts(Globals);
+    if (Globals->ErrFlag == 1) return KESTO_SETUP_FAILURE;
+
+    const std::int32_t sequence =
+        CalcSequence(Globals->Net_Conn, nConns, Globals->Net_Compnt, nComps, run.instInfo.CompntId);
+    if (sequence != KESTO_SUCCESS) {
+        fail(Globals, text::kNoSequence);
+        return sequence;
+    }
+    if (!FormCrosConnections(run.instInfo.CompntId, Globals->Net_Conn, nConns, run.connections)) {
+        fail(Globals, text::kNoMemory, "CRossConnection");
+        return KESTO_SETUP_FAILURE;
+    }
+    run.signals.resize(run.connections.cells.size(), Signal{});
+
+    if (const std::int32_t status = setUpMultipliers(Globals, run.instInfo); status != KESTO_SUCCESS) return status;
+    return Globals->BuildTree == 0 ? KESTO_SUCCESS : setUpTree(Globals, run);
+}
+
+// The cells of CRossSignal that hold the inputs of the component at a position, sender by sender.
+template <typename Visit>
+void forEachInput(const Run& run, std::size_t position, const Visit& visit) {
+    for (std::size_t c = run.connections.columnStart[position]; c < run.connections.columnStart[position + 1]; ++c) {
+        visit(run.signals[c]);
+    }
+}
+
+Signal junction(const Run& run, std::size_t position) {
+    float sum = 0.0F;
+    forEachInput(run, position, [&](Signal input) { sum += input.quantity; });
+    return {sum, -1.0F};
+}
+
+// Quality is load by quantity, rounded to a whole number; below a tenth of a unit the water is taken for a tenth.
+Signal mixer(const Run& run, std::size_t position) {
+    float quantity = 0.0F;
+    float load = 0.0F;
+    forEachInput(run, position, [&](Signal input) {
+        quantity += input.quantity;
+        load += input.quantity * input.quality;
+    });
+    const double divisor = static_cast<double>(quantity) > 0.1 ? static_cast<double>(quantity) : 0.1;
+    return {quantity, static_cast<float>(nint(static_cast<double>(load) / divisor))};
+}
+
+std::int32_t evaluate(Run& run, Step& step, std::size_t position, std::int32_t code) {
+    AUEglobals* const Globals = step.Globals;
+    if (code == kJunction) {
+        step.out1 = junction(run, position);
+        return KESTO_SUCCESS;
+    }
+    if (code == kMixer) {
+        step.out1 = mixer(run, position);
+        return KESTO_SUCCESS;
+    }
+    const std::int32_t inputs = GetFromCrossSignal(run.signals, run.connections, position, step.in1, step.in2);
+    if (inputs < 0) {
+        report(Globals, text::kInputCount, step.id, inputs);
+        return KESTO_RUN_FAILURE;
+    }
+    const ComponentType* const type = findType(code);
+    if (!type) {
+        report(Globals, text::kUnrecognized, step.id);
+        return KESTO_RUN_FAILURE;
+    }
+    if (type->inputs != kAnyInputs && type->inputs != inputs) {
+        report(Globals, text::kWrongInputs, type->tag, step.id);
+        return KESTO_RUN_FAILURE;
+    }
+    // DELIBERATE: the outputs function runs even when the potentials function has failed, so that its message stands
+    // and the state that it writes stays written.
+    if (type->potentials) type->potentials(step);
+    if (type->outputs) type->outputs(step);
+    return Globals->ErrFlag == 1 ? KESTO_RUN_FAILURE : KESTO_SUCCESS;
+}
+
+std::int32_t runStep(Run& run, Step& step) {
+    const std::vector<std::int32_t>& CompntId = run.instInfo.CompntId;
+    for (std::size_t i = 0; i < CompntId.size(); ++i) {
+        step.out1.quantity = -1.0F;
+        step.out2.quantity = -1.0F;
+        step.id = CompntId[i];
+        const ComponentRow* const row = findRow(step.Globals, step.id);
+        if (!row) return KESTO_RUN_FAILURE;
+        const std::int32_t status = evaluate(run, step, i, nint(row->techid));
+        if (status != KESTO_SUCCESS) return status;
+        PutInCrossSignal(run.signals, run.connections, i, step.out1, step.out2);
+    }
+    return KESTO_SUCCESS;
+}
+
+}  // namespace
+
+std::int32_t KESTO_simul(AUEglobals* Globals, std::int32_t first, std::int32_t last) {
+    Run run;
+    if (const std::int32_t status = setUp(Globals, run); status != KESTO_SUCCESS) return status;
+
+    Step step;
+    step.Globals = Globals;
+    step.Mult = &run.instInfo;
+    step.Receivers = Globals->BuildTree == 0 ? nullptr : &run.receivers;
+    // first - 1 wraps like the 32-bit integer that it is.
+    Globals->CurStep = static_cast<std::int32_t>(static_cast<std::uint32_t>(first) - 1U);
+    for (; Globals->CurStep < last; ++Globals->CurStep) {
+        if (const std::int32_t status = runStep(run, step); status != KESTO_SUCCESS) return status;
+    }
+    return KESTO_SUCCESS;
+}

@@ -1,0 +1,144 @@
+// The calculation sequence.
+//
+// In meaning: passes over the components in table order. A pass places every component that waits for no connection any
+// more, and placing a component removes the connections that it sends, at once: a component further down the table can
+// be placed in the same pass, one further up waits for the next. When a pass places nothing, the first delay (51) in
+// the table that is not yet placed is placed all the same, and the first connection that it sends is removed, that one
+// alone; it will work on what its suppliers delivered in the previous step. Then passes go on.
+//
+// In fact: each id counts the connections that it still waits for, and two queues hold the components that the current
+// and the next pass will place. That gives the same order in O((n + m) log n).
+
+#include <functional>
+#include <new>
+#include <queue>
+
+#include "components/lookup.h"
+#include "errors.h"
+#include "simulation.h"
+
+namespace {
+
+constexpr std::int32_t kPlacedMark = -1;  // a component with this id passes for placed and never gets a number
+constexpr std::int32_t kDelay = 51;
+constexpr int kMostPasses = 1000001;
+
+struct Connection {
+    std::int32_t receiverId;
+    bool removed;
+};
+
+// All that carries one id; two rows may share it.
+struct Node {
+    std::vector<std::int32_t> rows;
+    std::vector<Connection> sends;  // in table order
+    std::int32_t waitsFor = 0;      // connections not yet removed
+};
+
+class Sequence {
+  public:
+    Sequence(const ConnectionRow* Net_Conn, std::int32_t nConns, const ComponentRow* Net_Compnt, std::int32_t nComps,
+             std::vector<std::int32_t>& CompntId)
+        : order_(CompntId) {
+        rows_.reserve(static_cast<std::size_t>(nComps));
+        for (std::int32_t i = 0; i < nComps; ++i) {
+            const std::int32_t id = nint(Net_Compnt[i].id);
+            rows_.push_back({id, nint(Net_Compnt[i].techid), id == kPlacedMark});
+            nodes_[id].rows.push_back(i);
+        }
+        for (std::int32_t i = 0; i < nConns; ++i) {
+            nodes_[Net_Conn[i].senderId].sends.push_back({Net_Conn[i].receiverId, false});
+            ++nodes_[Net_Conn[i].receiverId].waitsFor;
+        }
+    }
+
+    // False when some component cannot be placed.
+    bool run() {
+        order_.clear();
+        for (std::int32_t i = 0; i < static_cast<std::int32_t>(rows_.size()); ++i) {
+            if (nodes_[row(i).id].waitsFor == 0 && !row(i).placed) thisPass_.push(i);
+        }
+        do {
+            if (!runPasses()) return false;
+        } while (placeDelay());
+        return order_.size() == rows_.size();
+    }
+
+  private:
+    struct Row {
+        std::int32_t id;
+        std::int32_t type;
+        bool placed;
+    };
+
+    Row& row(std::int32_t i) { return rows_[static_cast<std::size_t>(i)]; }
+
+    bool runPasses() {
+        for (int passes = 1; !thisPass_.empty(); ++passes) {
+            while (!thisPass_.empty()) {
+                const std::int32_t i = thisPass_.top();
+                thisPass_.pop();
+                place(i);
+                for (Connection& connection : nodes_[row(i).id].sends)
+                    remove(connection, i);
+            }
+            if (passes == kMostPasses) return false;
+            thisPass_.swap(nextPass_);
+        }
+        return true;
+    }
+
+    void place(std::int32_t i) {
+        row(i).placed = true;
+        order_.push_back(row(i).id);
+    }
+
+    // Removes a connection while a pass stands at row `at`.
+    void remove(Connection& connection, std::int32_t at) {
+        if (connection.removed) return;
+        connection.removed = true;
+        Node& receiver = nodes_[connection.receiverId];
+        if (--receiver.waitsFor > 0) return;
+        for (const std::int32_t i : receiver.rows) {
+            if (!row(i).placed) (i > at ? thisPass_ : nextPass_).push(i);
+        }
+    }
+
+    // False when no delay is left to place.
+    bool placeDelay() {
+        const auto end = static_cast<std::int32_t>(rows_.size());
+        while (firstDelay_ < end && (row(firstDelay_).placed || row(firstDelay_).type != kDelay))
+            ++firstDelay_;
+        if (firstDelay_ == end) return false;
+        std::vector<Connection>& sends = nodes_[row(firstDelay_).id].sends;
+        auto first = sends.begin();
+        while (first != sends.end() && first->removed)
+            ++first;
+        invariant(first != sends.end(), "ir!=NOTFOUND", "simulation", 601);
+        place(firstDelay_);
+        remove(*first, kBeforeFirstRow);
+        return true;
+    }
+
+    using Queue = std::priority_queue<std::int32_t, std::vector<std::int32_t>, std::greater<>>;
+    static constexpr std::int32_t kBeforeFirstRow = -1;
+
+    std::vector<std::int32_t>& order_;
+    std::vector<Row> rows_;
+    std::unordered_map<std::int32_t, Node> nodes_;
+    Queue thisPass_;
+    Queue nextPass_;
+    std::int32_t firstDelay_ = 0;
+};
+
+}  // namespace
+
+std::int32_t CalcSequence(const ConnectionRow* Net_Conn, std::int32_t nConns, const ComponentRow* Net_Compnt,
+                          std::int32_t nComps, std::vector<std::int32_t>& CompntId) {
+    if (nConns < 0) return KESTO_SETUP_FAILURE;
+    try {
+        return Sequence(Net_Conn, nConns, Net_Compnt, nComps, CompntId).run() ? KESTO_SUCCESS : KESTO_RUN_FAILURE;
+    } catch (const std::bad_alloc&) {
+        return KESTO_SETUP_FAILURE;
+    }
+}
