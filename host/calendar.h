@@ -1,0 +1,31 @@
+// Days of the calendar, counted from 1970-01-01.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kesto {
+
+using Day = std::int64_t;
+
+struct CivilDate {
+    int year, month, day;
+};
+
+Day dayOf(const CivilDate& date);
+CivilDate dateOf(Day day);
+bool isValid(const CivilDate& date);
+
+// YYYY-MM-DD, alone or followed by a time of day, which is ignored.
+std::optional<Day> parseDay(std::string_view text);
+std::string toText(Day day);
+
+int weekdayOf(Day day);  // 0 is Monday
+
+// Days to add to a run so that it starts where the record can say it (1970 to 2038) and meets the same calendar: the
+// same days of the month and of the year throughout. 0 where none are needed; none where no such years exist.
+std::optional<Day> shiftToRecord(Day start, Day end);
+
+}  // namespace kesto

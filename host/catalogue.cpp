@@ -1,0 +1,160 @@
+#include "catalogue.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <map>
+
+#include "catalogue_tables.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr std::array<SeriesKindInfo, kSeriesKinds> kSeriesKindTable{{
+    {SeriesKind::rainfall, "rainfall", "Rainfall", "mm", "rain of the step"},
+    {SeriesKind::temperature, "temperature", "Temp", "degC", "mean air temperature"},
+    {SeriesKind::temperatureMin, "temperature_min", "Tmin", "degC", "lowest air temperature"},
+    {SeriesKind::temperatureMax, "temperature_max", "Tmax", "degC", "highest air temperature"},
+    {SeriesKind::wind, "wind", "Wind", "km/h", "wind speed"},
+    {SeriesKind::occupancy, "occupancy", "Occup", "persons", "persons present in a group"},
+    {SeriesKind::demandFluctuation, "demand_fluctuation", "Dmdflct", "-", "factor on the uses of a group"},
+    {SeriesKind::uses, "uses", "Freq", "1/d", "uses a day of each kind of appliance"},
+    {SeriesKind::multiplier, "multiplier", "Multpls", "-", "factor of a multiplier"},
+    {SeriesKind::threshold, "threshold", "Threshold", "L", "threshold of a divider or switch"},
+    {SeriesKind::demand, "demand", "InsDmd", "L", "amount put in from outside"},
+    {SeriesKind::storage, "storage", "WatQuant", "L", "stored water at the end of each step"},
+    {SeriesKind::quality, "quality", "WatQual", "", "stored quality at the end of each step"},
+}};
+
+constexpr std::array<PotentialInfo, kPotentials> kPotentialTable{{
+    {"energy", "NrgPot", "kWh"},
+    {"infiltration", "InfPot", "L"},
+    {"losses", "LosPot", "L"},
+    {"evaporation", "EvaPot", "L"},
+    {"capacity", "CapPot", "cost"},
+    {"operation", "OprPot", "cost"},
+}};
+
+std::vector<Type> makeTypes() {
+    std::vector<Type> all;
+    for (auto family :
+         {tables::usersAndSurfaces, tables::stores, tables::treatmentAndLinks, tables::routing, tables::energyUnits}) {
+        std::vector<Type> rows = family();
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+    return all;
+}
+
+const std::map<std::string_view, int>& parameterTable() {
+    static const std::map<std::string_view, int> table = [] {
+        std::map<std::string_view, int> numbers;
+        for (const Type& type : allTypes()) {
+            for (const Parameter& parameter : type.parameters) {
+                numbers.emplace(parameter.name, parameter.number);
+            }
+        }
+        return numbers;
+    }();
+    return table;
+}
+
+}  // namespace
+
+const std::vector<Type>& allTypes() {
+    static const std::vector<Type> types = makeTypes();
+    return types;
+}
+
+const Type* findType(std::string_view nameOrTag) {
+    for (const Type& type : allTypes()) {
+        if (type.name == nameOrTag || (!type.tag.empty() && type.tag == nameOrTag)) return &type;
+    }
+    return nullptr;
+}
+
+const Type* findType(int code) {
+    for (const Type& type : allTypes()) {
+        if (std::find(type.codes.begin(), type.codes.end(), code) != type.codes.end()) return &type;
+    }
+    return nullptr;
+}
+
+std::vector<std::string_view> typeNames() {
+    std::vector<std::string_view> names;
+    for (const Type& type : allTypes()) {
+        names.push_back(type.name);
+    }
+    return names;
+}
+
+std::optional<int> parameterNumber(std::string_view name) {
+    const auto found = parameterTable().find(name);
+    if (found == parameterTable().end()) return std::nullopt;
+    return found->second;
+}
+
+std::vector<std::string_view> parameterNames() {
+    std::vector<std::string_view> names;
+    for (const auto& [name, number] : parameterTable()) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+const Parameter* findParameter(const Type& type, int number) {
+    for (const Parameter& parameter : type.parameters) {
+        if (parameter.number == number) return &parameter;
+    }
+    return nullptr;
+}
+
+const SeriesKindInfo& info(SeriesKind kind) {
+    return kSeriesKindTable[static_cast<std::size_t>(kind)];
+}
+
+std::optional<SeriesKind> findSeriesKind(std::string_view name) {
+    for (const SeriesKindInfo& row : kSeriesKindTable) {
+        if (row.name == name) return row.kind;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string_view> seriesKindNames() {
+    std::vector<std::string_view> names;
+    for (const SeriesKindInfo& row : kSeriesKindTable) {
+        names.push_back(row.name);
+    }
+    return names;
+}
+
+const PotentialInfo& info(Potential potential) {
+    return kPotentialTable[potential];
+}
+
+std::optional<int> portNumber(const std::vector<Port>& ports, std::string_view text) {
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        if (ports[i].name == text) return static_cast<int>(i) + 1;
+    }
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    if (number < 1 || number > static_cast<int>(ports.size())) return std::nullopt;
+    return number;
+}
+
+std::string portName(const std::vector<Port>& ports, int number) {
+    if (number >= 1 && number <= static_cast<int>(ports.size())) {
+        return std::string(ports[static_cast<std::size_t>(number) - 1].name);
+    }
+    return std::to_string(number);
+}
+
+// The engine finds leafs by text: a code counts when its digits occur in "37 33" or in "39 38".
+bool canBeSource(int typeCode) {
+    const std::string digits = std::to_string(typeCode);
+    return std::string_view("37 33").find(digits) != std::string_view::npos ||
+           std::string_view("39 38").find(digits) != std::string_view::npos;
+}
+
+}  // namespace kesto

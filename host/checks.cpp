@@ -1,0 +1,57 @@
+#include "checks.h"
+
+#include <fmt/format.h>
+
+namespace kesto {
+
+namespace {
+
+void checkSimulation(const Model& model, Diagnostics& diagnostics) {
+    const Simulation& simulation = model.simulation;
+    if (simulation.days() < 1) return;
+    constexpr Day kMostDays = 2000000;
+    if (simulation.days() > kMostDays) {
+        diagnostics.error(simulation.place,
+                          fmt::format("[simulation]: {} days; expected at most {}", simulation.days(), kMostDays));
+    }
+    if (!shiftToRecord(simulation.start, simulation.end)) {
+        diagnostics.error(
+            simulation.place,
+            fmt::format("[simulation]: the engine's calendar starts between 1970 and 2038, and no years in "
+                        "it have the leap years of {} to {}",
+                        toText(simulation.start), toText(simulation.end)));
+    }
+}
+
+}  // namespace
+
+void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnostics) {
+    checkSimulation(model, diagnostics);
+    checkComponents(model, series, diagnostics);
+    checkNetwork(model, diagnostics);
+}
+
+SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {
+    if (need.filing == Filing::own) return component.series[need.kind];
+    if (component.group < 0) return kNoSource;
+    return model.groups[static_cast<std::size_t>(component.group)].series[need.kind];
+}
+
+bool isNeeded(const Model& model, const SeriesNeed& need) {
+    return !need.onlyTracing || model.simulation.traceSources;
+}
+
+std::vector<int> reservoirsOf(const Model& model, const Component& component) {
+    std::vector<int> found;
+    for (std::size_t i = 0; i < model.components.size(); ++i) {
+        const Component& other = model.components[i];
+        if (other.code == code::kReservoir && other.group == component.group) found.push_back(static_cast<int>(i));
+    }
+    return found;
+}
+
+std::string nameOf(const Component& component) {
+    return fmt::format("component \"{}\"", component.name);
+}
+
+}  // namespace kesto

@@ -1,0 +1,20 @@
+// The commands of kesto; main.cpp reads their arguments.
+#pragma once
+
+#include <string>
+
+namespace kesto {
+
+// Exit statuses of all commands.
+inline constexpr int kGood = 0;
+inline constexpr int kRunFailed = 1;
+inline constexpr int kBadModel = 2;  // or wrong usage
+
+struct RunOptions {
+    std::string model;
+    std::string output;  // folder; empty: only the summary
+};
+
+int runCommand(const RunOptions& options);
+
+}  // namespace kesto

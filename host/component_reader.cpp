@@ -1,0 +1,252 @@
+// Reads components and the connections between them.
+#include <fmt/format.h>
+
+#include "reader_parts.h"
+
+namespace kesto {
+
+namespace {
+
+// Units of the series of its own that a component can be given directly.
+std::string_view unitOf(const Type& type, SeriesKind kind) {
+    for (const SeriesNeed& need : type.series) {
+        if (need.kind == kind && need.filing == Filing::own && !need.unit.empty()) return need.unit;
+    }
+    return info(kind).unit;
+}
+
+const Type* readType(Section& section, int& code) {
+    const Value* value = section.require("type", "the name of a type (see kesto types)");
+    if (!value) return nullptr;
+    const Type* type = nullptr;
+    if (value->isNumber() && !value->fromCell) {
+        code = static_cast<int>(value->number);
+        type = value->number == code ? findType(code) : nullptr;
+    } else if (value->isText()) {
+        type = findType(value->text);
+        if (type && !type->isAppliance()) code = type->codes.front();
+    }
+    if (!type) {
+        section.wrong(*value, "type", "the name of a type (see kesto types)" + suggestion(value->text, typeNames()));
+    }
+    return type;
+}
+
+void readKind(Section& section, const Type& type, int& code) {
+    const Value* kind = section.find("kind");
+    if (!type.isAppliance()) {
+        if (kind) section.wrong(*kind, "kind", fmt::format("none: only appliances have a kind, not {}", type.name));
+        return;
+    }
+    if (code > 0 && !kind) return;
+    if (!kind && !section.require("kind", "1, 2 or 4 to 10")) return;
+    for (const int one : type.codes) {
+        if (kind->isNumber() && kind->number == one) code = one;
+    }
+    if (code == 0) section.wrong(*kind, "kind", "1, 2 or 4 to 10");
+}
+
+void readGroupName(Reading& reading, Section& section, Component& component) {
+    const auto name = section.text("group");
+    if (!name) return;
+    component.group = reading.model.findGroup(name->value);
+    if (component.group >= 0) return;
+    if (!reading.groupsDeclared) {
+        component.group = addGroup(reading, *name);
+        return;
+    }
+    section.diagnostics().error(name->place,
+                                fmt::format("{}: there is no group \"{}\" in [groups]{}", section.what(), name->value,
+                                            suggestion(name->value, reading.model.groupNames())));
+}
+
+void readBrandName(Reading& reading, Section& section, Component& component) {
+    const auto name = section.text("brand");
+    if (!name) return;
+    component.brand = reading.model.findBrand(name->value);
+    if (component.brand >= 0) return;
+    section.diagnostics().error(name->place, fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
+                                                         suggestion(name->value, reading.model.brandNames())));
+}
+
+void readOwnSeries(Reading& reading, Section& section, Component& component) {
+    const auto read = [&](std::string_view key, SeriesKind kind) {
+        const Value* value = section.find(key);
+        if (!value) return;
+        const auto source =
+            readSource(reading, *value, unitOf(*component.type, kind), fmt::format("{}: {}", section.what(), key));
+        if (!source) return;
+        if (component.series[kind] != kNoSource) {
+            section.wrong(*value, key, fmt::format("only one of initial_{0} and {0}", info(kind).name));
+            return;
+        }
+        component.series[kind] = *source;
+    };
+    read("initial_storage", SeriesKind::storage);
+    read("initial_quality", SeriesKind::quality);
+    for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality, SeriesKind::multiplier,
+                                  SeriesKind::threshold, SeriesKind::demand}) {
+        read(info(kind).name, kind);
+    }
+}
+
+void readSize(Section& section, Component& component) {
+    const Size& size = component.type->size;
+    const auto given = section.quantity("size", size.unit);
+    component.sizePlace = given ? given->place : component.place;
+    component.hasSize = given.has_value();
+    component.size = given ? given->value : size.standard.value_or(0);
+}
+
+bool isGoodName(const std::string& name) {
+    return name.find_first_of(":,\"\n\t") == std::string::npos;
+}
+
+// "wc:2", "wc:demand", or "roof" where there is only one port.
+void readEnd(Reading& reading, Section& section, std::string_view key, bool isSender, int& component, int& port) {
+    component = -1;
+    const auto text = section.requireText(key);
+    if (!text) return;
+    const std::size_t colon = text->value.find(':');
+    const std::string name = text->value.substr(0, colon);
+    component = reading.model.findComponent(name);
+    if (component < 0 && reading.unknownTypes.contains(name)) return;
+    if (component < 0) {
+        section.diagnostics().error(
+            text->place, fmt::format("{}: {} names the component \"{}\", which there is not{}", section.what(), key,
+                                     name, suggestion(name, reading.model.componentNames())));
+        return;
+    }
+    const Type& type = *reading.model.components[static_cast<std::size_t>(component)].type;
+    const std::vector<Port>& ports = isSender ? type.out : type.in;
+    std::vector<std::string_view> names;
+    for (const Port& one : ports) {
+        names.push_back(one.name);
+    }
+    const std::string_view side = isSender ? "output" : "input";
+    if (ports.empty()) {
+        section.diagnostics().error(text->place, fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(),
+                                                             key, text->value, type.name, side));
+        component = -1;
+        return;
+    }
+    std::optional<int> number;
+    if (colon != std::string::npos) {
+        const std::string given = text->value.substr(colon + 1);
+        number = portNumber(ports, given);
+        if (!isSender && !number && (given == "1" || given == "2")) number = given == "1" ? 1 : 2;
+    } else if (ports.size() == 1) {
+        number = 1;
+    }
+    if (!number) {
+        section.diagnostics().error(
+            text->place,
+            fmt::format("{}: {} is \"{}\"; expected an {} of the {}: {}{}", section.what(), key, text->value, side,
+                        type.name, listOf(names),
+                        colon == std::string::npos ? "" : suggestion(text->value.substr(colon + 1), names)));
+        component = -1;
+        return;
+    }
+    port = *number;
+}
+
+}  // namespace
+
+void readComponent(Reading& reading, const Value& table) {
+    Component component;
+    component.place = table.place;
+    Section unnamed(table, "a component", reading.diagnostics);
+    const auto name = unnamed.requireText("name");
+    Section section(table, name ? fmt::format("component \"{}\"", name->value) : "a component", reading.diagnostics);
+    section.allow("name");
+    if (name) {
+        component.name = name->value;
+        component.place = name->place;
+        if (!isGoodName(name->value)) {
+            section.diagnostics().error(name->place, fmt::format("{}: a name cannot hold a colon, comma, quote, tab or "
+                                                                 "line end",
+                                                                 section.what()));
+        }
+    }
+    component.type = readType(section, component.code);
+    if (!component.type) {
+        reading.unknownTypes.insert(component.name);
+        return;
+    }
+    readKind(section, *component.type, component.code);
+    if (const auto id = section.integer("id", 1, (1 << 24) - 1)) {
+        component.id = *id;
+        component.idIsFixed = true;
+    }
+    readGroupName(reading, section, component);
+    readBrandName(reading, section, component);
+    readSize(section, component);
+    readOwnSeries(reading, section, component);
+    section.allow("splits");
+    section.finish();
+    if (!name) return;
+    Model& model = reading.model;
+    const int index = static_cast<int>(model.components.size());
+    const auto [existing, isNew] = model.componentIndex.emplace(component.name, index);
+    if (!isNew) {
+        const Place& first = model.components[static_cast<std::size_t>(existing->second)].place;
+        section.diagnostics().error(component.place, fmt::format("{} stands here and at {}; expected each name once",
+                                                                 section.what(), toString(first)));
+        return;
+    }
+    model.components.push_back(std::move(component));
+}
+
+void readSplits(Reading& reading, const Value& table) {
+    const Value* splits = table.field("splits");
+    const Value* name = table.field("name");
+    if (!splits || !name) return;
+    const int index = reading.model.findComponent(name->text);
+    if (index < 0) return;
+    Component& component = reading.model.components[static_cast<std::size_t>(index)];
+    const std::string what = fmt::format("component \"{}\": splits", component.name);
+    if (component.code != code::kSplitter || splits->kind != Value::Kind::array) {
+        reading.diagnostics.error(
+            splits->place, fmt::format("{} is {} of a {}; expected a list of {{ members = [...], beta = ... }} of "
+                                       "a splitter",
+                                       what, describe(*splits), component.type->name));
+        return;
+    }
+    for (const Value& item : splits->items) {
+        if (item.kind != Value::Kind::table) {
+            reading.diagnostics.error(item.place, fmt::format("{} holds {}; expected {{ members = [...], beta = ... }}",
+                                                              what, describe(item)));
+            continue;
+        }
+        Section section(item, what, reading.diagnostics);
+        Split split;
+        split.place = item.place;
+        if (const auto beta = section.quantity("beta", "%")) split.beta = beta->value;
+        if (!item.field("beta")) section.require("beta", "a number");
+        const Value* members = section.require("members", "a list of components");
+        for (const Value& member : members ? members->items : std::vector<Value>{}) {
+            const int found = reading.model.findComponent(member.text);
+            if (found >= 0) {
+                split.members.push_back(found);
+                continue;
+            }
+            reading.diagnostics.error(
+                member.place, fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
+                                          suggestion(member.text, reading.model.componentNames())));
+        }
+        section.finish();
+        component.splits.push_back(std::move(split));
+    }
+}
+
+void readConnection(Reading& reading, const Value& table) {
+    Section section(table, "a connection", reading.diagnostics);
+    Connection connection;
+    connection.place = table.place;
+    readEnd(reading, section, "from", true, connection.from, connection.fromPort);
+    readEnd(reading, section, "to", false, connection.to, connection.toPort);
+    section.finish();
+    if (connection.from >= 0 && connection.to >= 0) reading.model.connections.push_back(std::move(connection));
+}
+
+}  // namespace kesto

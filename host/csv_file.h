@@ -1,0 +1,47 @@
+// Reads a CSV file: a line of names, then rows with as many cells. Cells may be quoted with "; lines that start with #
+// and empty lines are passed over.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "diagnostics.h"
+
+namespace kesto {
+
+class CsvFile {
+  public:
+    static std::optional<CsvFile> read(const std::string& path, Diagnostics& diagnostics);
+    static std::optional<CsvFile> parse(std::string text, const std::string& name, Diagnostics& diagnostics);
+
+    const std::vector<std::string>& columns() const { return columns_; }
+    std::optional<std::size_t> column(std::string_view name) const;
+    std::size_t rows() const { return lines_.size(); }
+    std::string_view cell(std::size_t row, std::size_t column) const;
+    Place placeOf(std::size_t row, std::size_t column) const;  // column counts characters, from 1
+    Place place() const { return {file_, 0, 0}; }
+    Place headerPlace() const { return {file_, headerLine_, 0}; }
+
+  private:
+    struct Cell {
+        std::size_t begin, length;
+    };
+    bool split(Diagnostics& diagnostics);
+    bool splitLine(std::size_t begin, std::size_t end, int line, std::vector<Cell>& cells, Diagnostics& diagnostics);
+
+    std::shared_ptr<const std::string> file_;
+    std::shared_ptr<std::string> text_;  // cells point into it, unquoted in place; shared, so that copies stay valid
+    std::vector<std::string> columns_;
+    int headerLine_ = 0;
+    std::vector<Cell> cells_;  // row by row
+    std::vector<int> lines_;   // of each row
+    std::vector<std::size_t> starts_;
+};
+
+// The whole of a cell as a number; none when it is not one, or is not finite.
+std::optional<double> parseNumber(std::string_view cell);
+std::optional<float> parseFloat(std::string_view cell);
+
+}  // namespace kesto

@@ -1,0 +1,101 @@
+#include "diagnostics.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <numeric>
+#include <ostream>
+
+namespace kesto {
+
+namespace {
+
+// Levenshtein distance, letters of either case alike.
+std::size_t distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const bool same =
+                std::tolower(static_cast<unsigned char>(a[i])) == std::tolower(static_cast<unsigned char>(b[j]));
+            const std::size_t replaced = diagonal + (same ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row[b.size()];
+}
+
+bool standsBefore(const Place& a, const Place& b) {
+    const std::string& fileA = a.file ? *a.file : std::string{};
+    const std::string& fileB = b.file ? *b.file : std::string{};
+    if (fileA != fileB) return fileA < fileB;
+    return a.line != b.line ? a.line < b.line : a.column < b.column;
+}
+
+}  // namespace
+
+std::string toString(const Place& place) {
+    std::string text = place.file ? *place.file : std::string("model");
+    if (place.line > 0) text += fmt::format(":{}", place.line);
+    if (place.line > 0 && place.column > 0) text += fmt::format(":{}", place.column);
+    return text;
+}
+
+void Diagnostics::error(const Place& place, std::string text) {
+    all_.push_back({Severity::error, place, std::move(text)});
+}
+
+void Diagnostics::warning(const Place& place, std::string text) {
+    all_.push_back({Severity::warning, place, std::move(text)});
+}
+
+bool Diagnostics::hasErrors() const {
+    return count(Severity::error) > 0;
+}
+
+std::size_t Diagnostics::count(Severity severity) const {
+    return static_cast<std::size_t>(
+        std::count_if(all_.begin(), all_.end(), [severity](const Diagnostic& d) { return d.severity == severity; }));
+}
+
+void Diagnostics::print(std::ostream& out, bool warnings) const {
+    std::vector<const Diagnostic*> sorted;
+    for (const Diagnostic& diagnostic : all_) {
+        if (warnings || diagnostic.severity == Severity::error) sorted.push_back(&diagnostic);
+    }
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const Diagnostic* a, const Diagnostic* b) { return standsBefore(a->place, b->place); });
+    for (const Diagnostic* diagnostic : sorted) {
+        out << toString(diagnostic->place) << (diagnostic->severity == Severity::error ? ": error: " : ": warning: ")
+            << diagnostic->text << '\n';
+    }
+}
+
+std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates) {
+    std::string_view best;
+    std::size_t least = std::max<std::size_t>(found.size() / 3, 1) + 1;
+    for (std::string_view candidate : candidates) {
+        const std::size_t d = distance(found, candidate);
+        if (d < least) {
+            least = d;
+            best = candidate;
+        }
+    }
+    return best.empty() ? std::string{} : fmt::format("; did you mean \"{}\"?", best);
+}
+
+std::string listOf(const std::vector<std::string_view>& names) {
+    constexpr std::size_t kMost = 20;
+    std::string text;
+    for (std::size_t i = 0; i < names.size() && i < kMost; ++i) {
+        if (i > 0) text += i + 1 == names.size() ? " or " : ", ";
+        text += names[i];
+    }
+    if (names.size() > kMost) text += ", ...";
+    return text;
+}
+
+}  // namespace kesto

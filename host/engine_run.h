@@ -1,0 +1,29 @@
+// One run of the engine, in a process of its own: its statics must be fresh, and a violated invariant ends the process.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "record.h"
+
+namespace kesto {
+
+enum class Outcome { finished, failed, crashed, interrupted };
+
+struct EngineRun {
+    Outcome outcome = Outcome::crashed;
+    std::string message;       // the engine's own text, or what the process left on stderr
+    int step = -1;             // that it was at; -1: still in its set-up
+    std::size_t stepsRun = 0;  // complete steps, whose results are kept
+};
+
+// Steps done of all; called now and then while the engine runs.
+using Progress = std::function<void(std::size_t done, std::size_t all)>;
+
+EngineRun runEngine(Record& record, const Progress& progress = {});
+
+// The engine's message with names for its ids: 'Series of type Rainfall of component with id=1 not found!' gains
+// ' (group "house", house.toml:12)'.
+std::string explainMessage(const std::string& message, const Model& model);
+
+}  // namespace kesto

@@ -1,0 +1,127 @@
+// Reads brands and groups.
+#include <fmt/format.h>
+
+#include <charconv>
+
+#include "reader_parts.h"
+
+namespace kesto {
+
+namespace {
+
+std::optional<int> wholeNumber(std::string_view text) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+// The unit that all types give a parameter of this name, so that a text with a unit can be converted.
+std::string_view unitOfParameter(std::string_view name) {
+    for (const Type& type : allTypes()) {
+        for (const Parameter& parameter : type.parameters) {
+            if (parameter.name == name) return parameter.unit;
+        }
+    }
+    return "";
+}
+
+void readUse(Reading& reading, Group& group, int kind, const Value& value, const std::string& what) {
+    if (kind < 1 || kind > kUseKinds) {
+        reading.diagnostics.error(value.place, fmt::format("{}: there is no kind {}; expected 1 to 11", what, kind));
+        return;
+    }
+    const auto source = readSource(reading, value, info(SeriesKind::uses).unit, fmt::format("{}: kind {}", what, kind));
+    if (source) group.uses[static_cast<std::size_t>(kind) - 1] = *source;
+}
+
+void readUses(Reading& reading, Section& section, Group& group) {
+    const Value* uses = section.find("uses");
+    if (!uses) return;
+    const std::string what = section.what() + ": uses";
+    if (uses->kind == Value::Kind::array && uses->items.size() == kUseKinds) {
+        for (int kind = 1; kind <= kUseKinds; ++kind) {
+            readUse(reading, group, kind, uses->items[static_cast<std::size_t>(kind) - 1], what);
+        }
+        return;
+    }
+    if (uses->kind != Value::Kind::table) {
+        section.wrong(*uses, "uses", "{ 1 = 5.0, 2 = 0.63 }: uses a day by kind of appliance, or a list of eleven");
+        return;
+    }
+    for (const auto& [key, value] : uses->fields) {
+        if (const auto kind = wholeNumber(key.value)) {
+            readUse(reading, group, *kind, value, what);
+        } else {
+            reading.diagnostics.error(
+                key.place, fmt::format("{}: \"{}\" is no kind of appliance; expected 1 to 11", what, key.value));
+        }
+    }
+}
+
+}  // namespace
+
+void readBrand(Reading& reading, const PlacedText& name, const Value& table) {
+    Model& model = reading.model;
+    const std::string what = fmt::format("brand \"{}\"", name.value);
+    Brand brand;
+    brand.name = name.value;
+    brand.place = name.place;
+    for (const auto& [key, value] : table.fields) {
+        if (value.fromCell && (key.value == "name" || value.text.empty())) continue;
+        std::optional<int> number = wholeNumber(key.value);
+        if (!number) number = parameterNumber(key.value);
+        if (!number || *number < 1 || *number >= 1 << 24) {
+            reading.diagnostics.error(key.place, fmt::format("{}: there is no parameter \"{}\"{}", what, key.value,
+                                                             suggestion(key.value, parameterNames())));
+            continue;
+        }
+        const auto quantity =
+            readQuantity(value, unitOfParameter(key.value), what + ": " + key.value, reading.diagnostics);
+        if (!quantity) continue;
+        const auto [existing, isNew] = brand.specifications.emplace(*number, Placed<double>{*quantity, key.place});
+        if (!isNew) {
+            reading.diagnostics.error(
+                key.place, fmt::format("{}: {} is specification {}, which stands already at {}", what, key.value,
+                                       *number, toString(existing->second.place)));
+        }
+    }
+    brand.id = static_cast<int>(model.brands.size()) + 1;
+    const auto [existing, isNew] = model.brandIndex.emplace(brand.name, brand.id - 1);
+    if (!isNew) {
+        reading.diagnostics.error(name.place, what + " stands here for the second time; expected each name once");
+        return;
+    }
+    model.brands.push_back(std::move(brand));
+}
+
+int addGroup(Reading& reading, const PlacedText& name) {
+    Group group;
+    group.name = name.value;
+    group.place = name.place;
+    const int index = static_cast<int>(reading.model.groups.size());
+    reading.model.groupIndex.emplace(group.name, index);
+    reading.model.groups.push_back(std::move(group));
+    return index;
+}
+
+void readGroup(Reading& reading, const PlacedText& name, const Value& table) {
+    reading.groupsDeclared = true;
+    Section section(table, fmt::format("group \"{}\"", name.value), reading.diagnostics);
+    Group& group = reading.model.groups[static_cast<std::size_t>(addGroup(reading, name))];
+    group.potentials = section.boolean("potentials").value_or(true);
+    if (const auto id = section.integer("id", 1, (1 << 24) - 1)) group.id = *id;
+    readUses(reading, section, group);
+    for (const SeriesKind kind :
+         {SeriesKind::occupancy, SeriesKind::demandFluctuation, SeriesKind::rainfall, SeriesKind::temperature,
+          SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
+        const std::string_view key = info(kind).name;
+        const Value* value = section.find(key);
+        if (!value) continue;
+        const auto source = readSource(reading, *value, info(kind).unit, fmt::format("{}: {}", section.what(), key));
+        if (source) group.series[kind] = *source;
+    }
+    section.finish();
+}
+
+}  // namespace kesto

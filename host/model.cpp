@@ -1,0 +1,53 @@
+#include "model.h"
+
+namespace kesto {
+
+namespace {
+
+int find(const std::map<std::string, int, std::less<>>& index, std::string_view name) {
+    const auto found = index.find(name);
+    return found == index.end() ? -1 : found->second;
+}
+
+template <class T>
+std::vector<std::string_view> namesOf(const std::vector<T>& things) {
+    std::vector<std::string_view> names;
+    names.reserve(things.size());
+    for (const T& thing : things) {
+        names.push_back(thing.name);
+    }
+    return names;
+}
+
+}  // namespace
+
+int Model::findBrand(std::string_view name) const {
+    return find(brandIndex, name);
+}
+int Model::findGroup(std::string_view name) const {
+    return find(groupIndex, name);
+}
+int Model::findComponent(std::string_view name) const {
+    return find(componentIndex, name);
+}
+
+int Model::addSource(SeriesSource source) {
+    sources.push_back(std::move(source));
+    return static_cast<int>(sources.size()) - 1;
+}
+
+std::vector<std::string_view> Model::brandNames() const {
+    return namesOf(brands);
+}
+std::vector<std::string_view> Model::groupNames() const {
+    return namesOf(groups);
+}
+std::vector<std::string_view> Model::componentNames() const {
+    return namesOf(components);
+}
+
+std::string outputName(const Component& component, int port) {
+    return component.name + ":" + portName(component.type->out, port);
+}
+
+}  // namespace kesto

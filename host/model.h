@@ -1,0 +1,131 @@
+// A model as its files say it: plain data with names turned into indices, before the record is built.
+#pragma once
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "calendar.h"
+#include "catalogue.h"
+#include "place.h"
+#include "units.h"
+
+namespace kesto {
+
+inline constexpr int kUseKinds = 11;
+
+// A CSV file of daily values.
+struct TimeTable {
+    std::string path;
+    std::string timeColumn;  // empty: the first row is the first day of the run
+    Place place;             // where the model names it
+};
+
+// Where a series' values come from.
+struct SeriesSource {
+    enum class Kind { constant, column, monthly, weekly };
+    Kind kind = Kind::constant;
+    double constant = 0;
+    std::vector<double> pattern;  // 12 months or 7 days of the week, Monday first
+    int table = -1;               // index into Model::tables
+    std::string column;
+    Conversion conversion;
+    Place place;
+};
+
+using SourceIndex = int;  // into Model::sources; -1: none
+inline constexpr SourceIndex kNoSource = -1;
+
+struct SourcesByKind {
+    std::array<SourceIndex, kSeriesKinds> index;
+    SourcesByKind() { index.fill(kNoSource); }
+    SourceIndex& operator[](SeriesKind kind) { return index[static_cast<std::size_t>(kind)]; }
+    SourceIndex operator[](SeriesKind kind) const { return index[static_cast<std::size_t>(kind)]; }
+};
+
+struct Brand {
+    std::string name;
+    int id = 0;
+    std::map<int, Placed<double>> specifications;
+    Place place;
+};
+
+struct Group {
+    std::string name;
+    int id = 0;
+    bool potentials = true;  // false: a negative id, under which the engine books nothing
+    SourcesByKind series;
+    std::array<SourceIndex, kUseKinds> uses;
+    Place place;
+    Group() { uses.fill(kNoSource); }
+};
+
+// One group of stores that a splitter balances.
+struct Split {
+    std::vector<int> members;  // components
+    double beta = 0;
+    Place place;
+};
+
+struct Component {
+    std::string name;
+    int id = 0;
+    bool idIsFixed = false;
+    const Type* type = nullptr;
+    int code = 0;
+    int group = -1;
+    int brand = -1;
+    double size = 0;
+    bool hasSize = false;
+    SourcesByKind series;
+    std::vector<Split> splits;
+    Place place;
+    Place sizePlace;
+};
+
+struct Connection {
+    int from = -1, fromPort = 1;
+    int to = -1, toPort = 1;
+    Place place;
+};
+
+struct Simulation {
+    Day start = 0;
+    Day end = 0;  // included
+    double timeStep = 1;
+    std::optional<double> latitude;
+    bool stopOnInfeasible = false;
+    bool traceSources = false;
+    Place place;
+    std::int64_t days() const { return end - start + 1; }
+};
+
+struct Model {
+    std::string path;
+    std::string title;
+    Simulation simulation;
+    std::vector<Brand> brands;
+    std::vector<Group> groups;
+    std::vector<Component> components;
+    std::vector<Connection> connections;
+    std::vector<TimeTable> tables;
+    std::vector<SeriesSource> sources;
+
+    int findBrand(std::string_view name) const;
+    int findGroup(std::string_view name) const;
+    int findComponent(std::string_view name) const;
+    int addSource(SeriesSource source);
+    std::vector<std::string_view> brandNames() const;
+    std::vector<std::string_view> groupNames() const;
+    std::vector<std::string_view> componentNames() const;
+
+    // Kept by the reader.
+    std::map<std::string, int, std::less<>> brandIndex, groupIndex, componentIndex;
+};
+
+// "tank:overflow".
+std::string outputName(const Component& component, int port);
+
+}  // namespace kesto

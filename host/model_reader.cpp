@@ -1,0 +1,248 @@
+#include "model_reader.h"
+
+#include <fmt/format.h>
+
+#include <functional>
+#include <set>
+
+#include "csv_file.h"
+#include "reader_parts.h"
+#include "toml_file.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr int kFirstComponentId = 1000001;  // so that all ids have seven digits: some rules compare ids as text
+constexpr int kLastId = (1 << 24) - 1;      // the record holds ids as floats, exact so far
+
+void readSimulation(Reading& reading, const Value& table) {
+    Section section(table, "[simulation]", reading.diagnostics);
+    Simulation& simulation = reading.model.simulation;
+    simulation.place = table.place;
+    const auto start = section.date("start");
+    const auto end = section.date("end");
+    if (start) simulation.start = start->value;
+    if (end) simulation.end = end->value;
+    if (start && end && end->value < start->value) {
+        reading.diagnostics.error(
+            end->place, fmt::format("[simulation]: end is {}; expected a day not before start, {}", toText(end->value),
+                                    toText(start->value)));
+    }
+    if (const auto latitude = section.quantity("latitude", "degrees")) {
+        simulation.latitude = latitude->value;
+        if (latitude->value < -90 || latitude->value > 90) {
+            reading.diagnostics.error(latitude->place, fmt::format("[simulation]: latitude is {}; expected -90 to 90 "
+                                                                   "degrees, north positive",
+                                                                   latitude->value));
+        }
+    }
+    if (const auto step = section.quantity("time_step", "d")) {
+        simulation.timeStep = step->value;
+        if (step->value <= 0) {
+            reading.diagnostics.error(step->place,
+                                      fmt::format("[simulation]: time_step is {}; expected days above 0", step->value));
+        }
+    }
+    simulation.stopOnInfeasible = section.boolean("stop_on_infeasible").value_or(false);
+    simulation.traceSources = section.boolean("trace_sources").value_or(false);
+    section.finish();
+}
+
+// Calls `read` for each table of a list, or for the one table that stands alone.
+void forEachTable(Reading& reading, const Value* list, std::string_view key,
+                  const std::function<void(const Value&)>& read) {
+    if (!list) return;
+    std::vector<const Value*> items;
+    if (list->kind == Value::Kind::table) items.push_back(list);
+    for (const Value& item : list->items) {
+        items.push_back(&item);
+    }
+    if (items.empty() && list->kind != Value::Kind::array) {
+        reading.diagnostics.error(list->place, fmt::format("{} is {}; expected [[{}]]", key, describe(*list), key));
+    }
+    for (const Value* item : items) {
+        if (item->kind == Value::Kind::table) {
+            read(*item);
+        } else {
+            reading.diagnostics.error(item->place, fmt::format("{} holds {}; expected a table", key, describe(*item)));
+        }
+    }
+}
+
+// Calls `read` for each named table: [brands.NAME].
+void forEachNamed(Reading& reading, const Value* table, std::string_view key,
+                  const std::function<void(const PlacedText&, const Value&)>& read) {
+    if (!table) return;
+    for (const auto& [name, value] : table->fields) {
+        if (value.kind == Value::Kind::table) {
+            read(name, value);
+        } else {
+            reading.diagnostics.error(value.place, fmt::format("[{}]: {} is {}; expected [{}.{}]", key, name.value,
+                                                               describe(value), key, name.value));
+        }
+    }
+}
+
+// A row of a table as the value that the same thing would have in TOML; empty cells are left out.
+Value rowOf(const CsvFile& csv, std::size_t row) {
+    Value table;
+    table.kind = Value::Kind::table;
+    for (std::size_t column = 0; column < csv.columns().size(); ++column) {
+        const std::string_view cell = csv.cell(row, column);
+        if (cell.empty()) continue;
+        Value value;
+        value.fromCell = true;
+        value.text = cell;
+        value.place = csv.placeOf(row, column);
+        if (const auto number = parseNumber(cell)) {
+            value.kind = Value::Kind::real;
+            value.number = *number;
+        } else if (cell == "true" || cell == "false") {
+            value.kind = Value::Kind::boolean;
+            value.boolean = cell == "true";
+        }
+        table.fields.emplace_back(PlacedText{csv.columns()[column], value.place}, value);
+    }
+    table.place = csv.placeOf(row, 0);
+    return table;
+}
+
+// [tables] and what stands in its files, turned into the same values as the rest of the model.
+std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& reading, const Value* tables) {
+    std::map<std::string, std::vector<Value>, std::less<>> rows;
+    if (!tables) return rows;
+    Section section(*tables, "[tables]", reading.diagnostics);
+    for (const char* key : {"brands", "groups", "components", "connections"}) {
+        const auto file = section.text(key);
+        if (!file) continue;
+        const auto csv = CsvFile::read(reading.pathOf(file->value), reading.diagnostics);
+        for (std::size_t row = 0; csv && row < csv->rows(); ++row) {
+            rows[key].push_back(rowOf(*csv, row));
+        }
+    }
+    section.finish();
+    return rows;
+}
+
+void readNamedRow(Reading& reading, const Value& row,
+                  const std::function<void(const PlacedText&, const Value&)>& read) {
+    const Value* name = row.field("name");
+    if (!name) {
+        reading.diagnostics.error(row.place, "this row has no name");
+        return;
+    }
+    read({name->text, name->place}, row);
+}
+
+void readContents(Reading& reading, const Value& file) {
+    Section section(file, "the model", reading.diagnostics);
+    if (const Value* version = section.require("kesto_model", "1, the version of this format")) {
+        if (!version->isNumber() || version->number != 1) section.wrong(*version, "kesto_model", "1");
+    }
+    if (const auto title = section.text("title")) reading.model.title = title->value;
+    if (const Value* simulation = section.require("simulation", "a table [simulation]")) {
+        if (simulation->kind == Value::Kind::table)
+            readSimulation(reading, *simulation);
+        else
+            section.wrong(*simulation, "simulation", "a table [simulation]");
+    }
+    const auto tables = readTables(reading, section.find("tables"));
+    const auto rowsOf = [&](std::string_view key) -> const std::vector<Value>& {
+        static const std::vector<Value> none;
+        const auto found = tables.find(key);
+        return found == tables.end() ? none : found->second;
+    };
+    const auto brand = [&](const PlacedText& name, const Value& table) { readBrand(reading, name, table); };
+    const auto group = [&](const PlacedText& name, const Value& table) { readGroup(reading, name, table); };
+    const auto component = [&](const Value& table) { readComponent(reading, table); };
+    const auto splits = [&](const Value& table) { readSplits(reading, table); };
+    const auto connection = [&](const Value& table) { readConnection(reading, table); };
+    const Value* series = section.find("series");
+
+    forEachTable(reading, series, "series", [&](const Value& table) { readSeriesFile(reading, table); });
+    forEachNamed(reading, section.find("brands"), "brands", brand);
+    for (const Value& row : rowsOf("brands"))
+        readNamedRow(reading, row, brand);
+    forEachNamed(reading, section.find("groups"), "groups", group);
+    for (const Value& row : rowsOf("groups"))
+        readNamedRow(reading, row, group);
+    forEachTable(reading, section.find("components"), "components", component);
+    for (const Value& row : rowsOf("components"))
+        component(row);
+    forEachTable(reading, section.find("components"), "components", splits);
+    forEachTable(reading, section.find("connections"), "connections", connection);
+    for (const Value& row : rowsOf("connections"))
+        connection(row);
+    forEachTable(reading, series, "series", [&](const Value& table) { readSeries(reading, table); });
+    finishSeries(reading);
+    section.finish();
+    if (reading.model.components.empty() && !reading.diagnostics.hasErrors()) {
+        reading.diagnostics.error(file.place, "the model has no components; expected at least one [[components]]");
+    }
+}
+
+// Ids in file order, around those that the model fixes.
+void numberComponents(Reading& reading) {
+    std::map<int, const Component*> taken;
+    for (const Component& component : reading.model.components) {
+        if (!component.idIsFixed) continue;
+        const auto [other, isNew] = taken.emplace(component.id, &component);
+        if (!isNew) {
+            reading.diagnostics.error(component.place, fmt::format("component \"{}\": id {} is that of \"{}\" too",
+                                                                   component.name, component.id, other->second->name));
+        }
+    }
+    int next = kFirstComponentId;
+    for (Component& component : reading.model.components) {
+        if (component.idIsFixed) continue;
+        while (taken.contains(next))
+            ++next;
+        component.id = next++;
+    }
+    if (next > kLastId) {
+        reading.diagnostics.error({std::make_shared<const std::string>(reading.model.path), 0, 0},
+                                  "too many components: ids must stay below 16777216");
+    }
+}
+
+// Groups count from 1, or downwards from -1 where no potentials are wanted: the engine books nothing below 1.
+void numberGroups(Reading& reading) {
+    std::set<int> taken;
+    for (const Component& component : reading.model.components) {
+        taken.insert(component.id);
+    }
+    for (const Group& group : reading.model.groups) {
+        if (group.id == 0) continue;
+        if (taken.insert(group.id).second) continue;
+        reading.diagnostics.error(group.place, fmt::format("group \"{}\": id {} is taken", group.name, group.id));
+    }
+    int next = 1;
+    int nextWithout = -1;
+    for (Group& group : reading.model.groups) {
+        if (group.id != 0) continue;
+        if (!group.potentials) {
+            group.id = nextWithout--;
+            continue;
+        }
+        while (taken.contains(next))
+            ++next;
+        group.id = next++;
+    }
+}
+
+}  // namespace
+
+std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics) {
+    const auto file = readTomlFile(path, diagnostics);
+    if (!file) return std::nullopt;
+    Model model;
+    model.path = path;
+    Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};
+    readContents(reading, *file);
+    numberComponents(reading);
+    numberGroups(reading);
+    return model;
+}
+
+}  // namespace kesto

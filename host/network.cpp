@@ -1,0 +1,108 @@
+#include "network.h"
+
+#include <map>
+
+namespace kesto {
+
+namespace {
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+}  // namespace
+
+Network::Network(const Model& model)
+    : model_(model), outgoing_(model.components.size()), incoming_(model.components.size()) {
+    for (std::size_t i = 0; i < model.connections.size(); ++i) {
+        outgoing_[at(model.connections[i].from)].push_back(static_cast<int>(i));
+        incoming_[at(model.connections[i].to)].push_back(static_cast<int>(i));
+    }
+}
+
+std::vector<int> Network::inputs(int component) const {
+    std::map<int, int> last;
+    for (const int connection : incoming(component)) {
+        last[model_.connections[at(connection)].from] = connection;
+    }
+    std::vector<int> result;
+    for (const auto& [sender, connection] : last) {
+        result.push_back(connection);
+    }
+    return result;
+}
+
+// The engine places what waits for no sender, then opens loops at delays, in table order. Which components it can place
+// does not depend on the order of its passes, so a work list does.
+void Network::place(std::vector<bool>& placed, std::vector<int>& waiting, int& silent) const {
+    const std::size_t n = model_.components.size();
+    std::vector<int> ready;
+    for (std::size_t i = n; i-- > 0;) {
+        waiting[i] = static_cast<int>(incoming_[i].size());
+        if (waiting[i] == 0) ready.push_back(static_cast<int>(i));
+    }
+    std::size_t nextDelay = 0;
+    const auto release = [&](int connection) {
+        const int to = model_.connections[at(connection)].to;
+        if (--waiting[at(to)] == 0 && !placed[at(to)]) ready.push_back(to);
+    };
+    for (;;) {
+        while (!ready.empty()) {
+            const int component = ready.back();
+            ready.pop_back();
+            if (placed[at(component)]) continue;
+            placed[at(component)] = true;
+            for (const int connection : outgoing(component)) {
+                release(connection);
+            }
+        }
+        while (nextDelay < n && (placed[nextDelay] || model_.components[nextDelay].code != code::kDelay))
+            ++nextDelay;
+        if (nextDelay == n) return;
+        if (outgoing_[nextDelay].empty()) {
+            silent = static_cast<int>(nextDelay);
+            return;
+        }
+        placed[nextDelay] = true;
+        release(outgoing_[nextDelay].front());  // DELIBERATE: the engine frees only the first connection of a delay
+    }
+}
+
+std::vector<int> Network::unplaced() const {
+    std::vector<bool> placed(model_.components.size(), false);
+    std::vector<int> waiting(model_.components.size());
+    int silent = -1;
+    place(placed, waiting, silent);
+    std::vector<int> result;
+    for (std::size_t i = 0; i < placed.size(); ++i) {
+        if (!placed[i]) result.push_back(static_cast<int>(i));
+    }
+    return result;
+}
+
+int Network::silentDelay() const {
+    std::vector<bool> placed(model_.components.size(), false);
+    std::vector<int> waiting(model_.components.size());
+    int silent = -1;
+    place(placed, waiting, silent);
+    return silent;
+}
+
+std::vector<bool> Network::tracedFromReceivers() const {
+    std::vector<bool> traced(model_.components.size(), false);
+    std::vector<int> stack;
+    for (std::size_t i = 0; i < traced.size(); ++i) {
+        const int code = model_.components[i].code;
+        if (code == code::kServiceReservoir || code == code::kTreatmentPlant) stack.push_back(static_cast<int>(i));
+    }
+    while (!stack.empty()) {
+        const int component = stack.back();
+        stack.pop_back();
+        if (traced[at(component)]) continue;
+        traced[at(component)] = true;
+        for (const int connection : outgoing(component)) {
+            stack.push_back(model_.connections[at(connection)].to);
+        }
+    }
+    return traced;
+}
+
+}  // namespace kesto

@@ -1,0 +1,46 @@
+// The parts of the model reader; model_reader.cpp calls them in order.
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "diagnostics.h"
+#include "model.h"
+#include "section.h"
+
+namespace kesto {
+
+struct Reading {
+    Model& model;
+    Diagnostics& diagnostics;
+    std::filesystem::path folder;                                 // of the model file; other files are relative to it
+    int defaultTable = -1;                                        // of sources that name a column but no file
+    std::vector<std::pair<SeriesKind, SourceIndex>> forAll = {};  // series that do not say whom they are for
+
+    bool groupsDeclared = false;                           // a [groups] table: then it names them all
+    std::set<std::string, std::less<>> unknownTypes = {};  // components that could not be kept
+
+    std::string pathOf(const std::string& file) const;
+    int addTable(const PlacedText& file, const std::string& timeColumn);
+};
+
+// What stands under one key of the file, or in one row of a table. Values are tables, from TOML or from a row of CSV.
+void readBrand(Reading& reading, const PlacedText& name, const Value& table);
+void readGroup(Reading& reading, const PlacedText& name, const Value& table);
+void readComponent(Reading& reading, const Value& table);
+void readSplits(Reading& reading, const Value& table);  // once all components are known
+int addGroup(Reading& reading, const PlacedText& name);
+void readConnection(Reading& reading, const Value& table);
+
+// A source of values: a number, the name of a column, or a table.
+std::optional<SourceIndex> readSource(Reading& reading, const Value& value, std::string_view unit,
+                                      const std::string& what, std::vector<std::string_view> otherKeys = {});
+
+// [series]: first the files, then, once groups and components are known, what is filed under whom.
+void readSeriesFile(Reading& reading, const Value& table);
+void readSeries(Reading& reading, const Value& table);
+void finishSeries(Reading& reading);
+
+}  // namespace kesto

@@ -1,0 +1,266 @@
+#include "record.h"
+
+#include <algorithm>
+#include <map>
+
+#include "checks.h"
+
+namespace kesto {
+
+namespace {
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+std::int32_t count(std::size_t size) {
+    return static_cast<std::int32_t>(size);
+}
+
+}  // namespace
+
+Record::Record(const Model& model, SeriesValues& series, const RecordingPlan& plan)
+    : model_(model), series_(series), steps_(static_cast<std::size_t>(model.simulation.days())) {
+    fillComponents(plan);
+    fillConnections(plan);
+    fillSpecifications();
+    listOutputs(plan);
+    memory_ = std::make_unique<SharedMemory>(sharedBytes(stateNeeds().size()));
+    globals_ = memory_->take<AUEglobals>(1);
+    outputs_.logs = memory_->take<Signal>(logs_.size() * steps_);
+    outputs_.waterBodies = memory_->take<Signal>(waterBodies_.size() * steps_);
+    outputs_.potentials = memory_->take<float>(kPotentials * potentialIds_.size() * steps_);
+    outputs_.status = memory_->take<std::int32_t>(1);
+    outputs_.finished = memory_->take<std::int32_t>(1);
+    fillGroupSeries();
+    fillUses();
+    fillOwnSeries();
+    fillStates();
+    fillSplits();
+    point();
+}
+
+void Record::fillComponents(const RecordingPlan& plan) {
+    for (const Component& component : model_.components) {
+        const int key = component.group < 0 ? 0 : model_.groups[at(component.group)].id;
+        const int brand = component.brand < 0 ? static_cast<int>(model_.brands.size()) + 1 : component.brand + 1;
+        components_.push_back({static_cast<float>(component.id), static_cast<float>(component.code),
+                               static_cast<float>(key), static_cast<float>(brand), static_cast<float>(component.size)});
+    }
+    std::map<int, bool> taken;
+    for (const Component& component : model_.components) {
+        taken[component.id] = true;
+    }
+    int next = 1000001;
+    for (std::size_t i = 0; i < plan.logged.size(); ++i) {
+        while (taken.contains(next))
+            ++next;
+        loggerIds_.push_back(next);
+        components_.push_back({static_cast<float>(next++), static_cast<float>(code::kLogger), 0, 0, 0});
+    }
+}
+
+void Record::fillConnections(const RecordingPlan& plan) {
+    for (const auto& [index, isLogger] : plan.connections) {
+        const std::int32_t link = count(connections_.size()) + 1;
+        if (isLogger) {
+            const OutputPort& output = plan.logged[at(index)];
+            connections_.push_back(
+                {link, model_.components[at(output.component)].id, output.port, loggerIds_[at(index)], 1});
+            continue;
+        }
+        const Connection& connection = model_.connections[at(index)];
+        connections_.push_back({link, model_.components[at(connection.from)].id, connection.fromPort,
+                                model_.components[at(connection.to)].id, connection.toPort});
+    }
+}
+
+// Brands with their own values and the standard ones of the types that use them, each ascending by number: every
+// model's chained search finds them so. Components without a brand share one more, of standard values alone.
+void Record::fillSpecifications() {
+    std::vector<std::map<int, double>> brands(model_.brands.size() + 1);
+    for (std::size_t i = 0; i < model_.brands.size(); ++i) {
+        for (const auto& [number, value] : model_.brands[i].specifications) {
+            brands[i][number] = value.value;
+        }
+    }
+    for (const Component& component : model_.components) {
+        std::map<int, double>& brand = component.brand < 0 ? brands.back() : brands[at(component.brand)];
+        for (const Parameter& parameter : component.type->parameters) {
+            if (parameter.standard) brand.emplace(parameter.number, *parameter.standard);
+        }
+    }
+    for (std::size_t i = 0; i < brands.size(); ++i) {
+        for (const auto& [number, value] : brands[i]) {
+            specifications_.push_back(
+                {0, 0, static_cast<float>(i + 1), 0, 1, 1, static_cast<float>(number), static_cast<float>(value), 0});
+        }
+    }
+}
+
+// The engine lists logs by type: loggers, delays, quota limiters, each in the order of the component table.
+void Record::listOutputs(const RecordingPlan& plan) {
+    for (const int code : {code::kLogger, code::kDelay, code::kQuotaLimiter}) {
+        for (std::size_t i = 0; i < model_.components.size(); ++i) {
+            if (model_.components[i].code == code) logs_.push_back(static_cast<int>(i));
+        }
+        for (std::size_t i = 0; code == code::kLogger && i < plan.logged.size(); ++i) {
+            logs_.push_back(-1 - static_cast<int>(i));
+        }
+    }
+    for (std::size_t i = 0; i < model_.components.size(); ++i) {
+        if (model_.components[i].code == code::kWaterBody) waterBodies_.push_back(static_cast<int>(i));
+    }
+    for (std::size_t i = 0; i < model_.groups.size(); ++i) {
+        if (!model_.groups[i].potentials) continue;
+        potentialGroups_.push_back(static_cast<int>(i));
+        potentialIds_.push_back(model_.groups[i].id);
+    }
+}
+
+std::size_t Record::sharedBytes(std::size_t states) const {
+    return SharedMemory::rounded(sizeof(AUEglobals)) + states * SharedMemory::rounded(steps_ * sizeof(float)) +
+           SharedMemory::rounded(logs_.size() * steps_ * sizeof(Signal)) +
+           SharedMemory::rounded(waterBodies_.size() * steps_ * sizeof(Signal)) +
+           SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) + 32;
+}
+
+float* Record::constantSeries(float value) {
+    const auto known = constants_.find(value);
+    if (known != constants_.end()) return known->second;
+    owned_.emplace_back(steps_, value);
+    return constants_[value] = owned_.back().data();
+}
+
+// Series that the engine only reads are shared between all that name the same source.
+void Record::add(SeriesKind kind, int id, SourceIndex source, float standard) {
+    if (source == kNoSource) {
+        table(kind).push_back({id, constantSeries(standard)});
+        return;
+    }
+    shared_.push_back(series_.of(source));
+    table(kind).push_back({id, const_cast<float*>(shared_.back()->data())});
+}
+
+void Record::fillGroupSeries() {
+    for (std::size_t i = 0; i < model_.groups.size(); ++i) {
+        const Group& group = model_.groups[i];
+        for (const SeriesKind kind : {SeriesKind::occupancy, SeriesKind::rainfall, SeriesKind::temperature,
+                                      SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
+            if (group.series[kind] != kNoSource) add(kind, group.id, group.series[kind], 0);
+        }
+        add(SeriesKind::demandFluctuation, group.id, group.series[SeriesKind::demandFluctuation], 1);
+    }
+}
+
+// Eleven values a step, one for each kind of appliance.
+void Record::fillUses() {
+    for (const Group& group : model_.groups) {
+        if (std::all_of(group.uses.begin(), group.uses.end(), [](SourceIndex s) { return s == kNoSource; })) continue;
+        Floats values(steps_ * kUseKinds, 0);
+        for (std::size_t kind = 0; kind < kUseKinds; ++kind) {
+            if (group.uses[kind] == kNoSource) continue;
+            const auto daily = series_.of(group.uses[kind]);
+            for (std::size_t step = 0; step < steps_; ++step) {
+                values[step * kUseKinds + kind] = (*daily)[step];
+            }
+        }
+        owned_.push_back(std::move(values));
+        table(SeriesKind::uses).push_back({group.id, owned_.back().data()});
+    }
+}
+
+void Record::fillOwnSeries() {
+    for (const Component& component : model_.components) {
+        for (const SeriesKind kind : {SeriesKind::multiplier, SeriesKind::threshold, SeriesKind::demand}) {
+            if (component.series[kind] != kNoSource) add(kind, component.id, component.series[kind], 0);
+        }
+    }
+}
+
+// What needs an array of its own in WatQuant or WatQual: states, what was given, and, when sources are traced, the
+// quality of all that the engine may take for a source.
+std::vector<std::pair<int, SeriesNeed>> Record::stateNeeds() const {
+    std::vector<std::pair<int, SeriesNeed>> needs;
+    for (std::size_t i = 0; i < model_.components.size(); ++i) {
+        const Component& component = model_.components[i];
+        for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality}) {
+            SeriesNeed need{kind, Filing::own};
+            bool wanted = component.series[kind] != kNoSource;
+            for (const SeriesNeed& one : component.type->series) {
+                if (one.kind != kind || one.filing != Filing::own || !isNeeded(model_, one)) continue;
+                need = one;
+                wanted = true;
+            }
+            const bool isSource = kind == SeriesKind::quality && canBeSource(component.code);
+            if (wanted || (isSource && model_.simulation.traceSources)) needs.emplace_back(static_cast<int>(i), need);
+        }
+    }
+    return needs;
+}
+
+void Record::fillStates() {
+    for (const auto& [index, need] : stateNeeds()) {
+        const Component& component = model_.components[at(index)];
+        float* values = memory_->take<float>(steps_);
+        const SourceIndex source = component.series[need.kind];
+        if (source != kNoSource) {
+            const auto given = series_.of(source);
+            std::copy(given->begin(), given->end(), values);
+        }
+        table(need.kind).push_back({component.id, values});
+        states_.push_back(
+            {index, need.kind, need.unit.empty() ? info(need.kind).unit : need.unit, values, need.isState});
+    }
+}
+
+void Record::fillSplits() {
+    for (const Component& component : model_.components) {
+        for (const Split& split : component.splits) {
+            std::vector<std::int32_t> members;
+            for (const int member : split.members) {
+                members.push_back(model_.components[at(member)].id);
+            }
+            splitMembers_.push_back(std::move(members));
+            splits_.push_back({component.id, count(splitMembers_.back().size()), splitMembers_.back().data(),
+                               static_cast<float>(split.beta)});
+        }
+    }
+}
+
+void Record::point() {
+    AUEglobals& g = *globals_;
+    const Simulation& simulation = model_.simulation;
+    const Day shift = shiftToRecord(simulation.start, simulation.end).value_or(0);
+    g.StartTime = static_cast<std::int32_t>((simulation.start + shift) * 86400);
+    g.nSteps = count(steps_);
+    g.TimeStep = static_cast<float>(simulation.timeStep);
+    g.Latitude = static_cast<float>(simulation.latitude.value_or(0));
+    g.StopOnInfeas = simulation.stopOnInfeasible ? 1 : 0;
+    g.BuildTree = simulation.traceSources ? 1 : 0;
+    g.CurStep = -1;
+    const auto set = [](auto*& pointer, std::int32_t& size, auto& rows) {
+        pointer = rows.data();
+        size = count(rows.size());
+    };
+    set(g.PotCompIds, g.nPotComps, potentialIds_);
+    set(g.TechSpecs, g.nTechSpecs, specifications_);
+    set(g.Net_Compnt, g.nComps, components_);
+    set(g.Net_Conn, g.nConns, connections_);
+    set(g.FreqSer, g.nFreqSer, table(SeriesKind::uses));
+    set(g.Rainfall, g.nRainfall, table(SeriesKind::rainfall));
+    set(g.Temp, g.nTemp, table(SeriesKind::temperature));
+    set(g.Tmin, g.nTmin, table(SeriesKind::temperatureMin));
+    set(g.Tmax, g.nTmax, table(SeriesKind::temperatureMax));
+    set(g.Wind, g.nWind, table(SeriesKind::wind));
+    set(g.Multpls, g.nMultpls, table(SeriesKind::multiplier));
+    set(g.Threshold, g.nThreshold, table(SeriesKind::threshold));
+    set(g.Occup, g.nOccup, table(SeriesKind::occupancy));
+    set(g.Dmdflct, g.nDmdflct, table(SeriesKind::demandFluctuation));
+    set(g.InsDmd, g.nInsDmd, table(SeriesKind::demand));
+    set(g.WatQuant, g.nWatQuant, table(SeriesKind::storage));
+    set(g.WatQual, g.nWatQual, table(SeriesKind::quality));
+    set(g.Splits, g.nSplits, splits_);
+}
+
+}  // namespace kesto

@@ -1,0 +1,89 @@
+// The record that the engine gets: a model's tables with ids for names, and the memory behind it.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <vector>
+
+#include "AUEglobals.h"
+#include "model.h"
+#include "recordings.h"
+#include "series.h"
+#include "shared_memory.h"
+
+namespace kesto {
+
+// A series that the engine writes, or that was given for it to read: WatQuant or WatQual.
+struct StateSeries {
+    int component;
+    SeriesKind kind;
+    std::string_view unit;
+    float* values;
+    bool isState;  // the type writes it
+};
+
+// What the child process leaves for its parent, all of it in shared memory.
+struct SharedOutputs {
+    Signal* logs = nullptr;  // nLogs x nSteps
+    Signal* waterBodies = nullptr;
+    float* potentials = nullptr;  // six tables of nPotComps x nSteps
+    std::int32_t* status = nullptr;
+    std::int32_t* finished = nullptr;  // 1 once the engine has returned
+};
+
+class Record {
+  public:
+    Record(const Model& model, SeriesValues& series, const RecordingPlan& plan);
+
+    AUEglobals& globals() { return *globals_; }
+    const AUEglobals& globals() const { return *globals_; }
+    std::size_t steps() const { return steps_; }
+    const SharedOutputs& outputs() const { return outputs_; }
+    const std::vector<StateSeries>& states() const { return states_; }
+
+    // Order of the engine's tables: component, or -1 - i for the logger of plan.logged[i].
+    const std::vector<int>& logs() const { return logs_; }
+    const std::vector<int>& waterBodies() const { return waterBodies_; }
+    const std::vector<int>& potentialGroups() const { return potentialGroups_; }
+
+  private:
+    void listOutputs(const RecordingPlan& plan);
+    std::size_t sharedBytes(std::size_t states) const;
+    void fillComponents(const RecordingPlan& plan);
+    void fillConnections(const RecordingPlan& plan);
+    void fillSpecifications();
+    void fillGroupSeries();
+    void fillUses();
+    void fillOwnSeries();
+    void fillStates();
+    void fillSplits();
+    void point();
+
+    std::vector<SeriesEntry>& table(SeriesKind kind) { return tables_[static_cast<std::size_t>(kind)]; }
+    void add(SeriesKind kind, int id, SourceIndex source, float standard);
+    float* constantSeries(float value);
+    std::vector<std::pair<int, SeriesNeed>> stateNeeds() const;
+
+    const Model& model_;
+    SeriesValues& series_;
+    std::size_t steps_;
+    std::vector<int> loggerIds_;
+    std::vector<int> logs_, waterBodies_, potentialGroups_;
+    std::unique_ptr<SharedMemory> memory_;
+    AUEglobals* globals_ = nullptr;
+    SharedOutputs outputs_;
+    std::vector<StateSeries> states_;
+
+    std::vector<ComponentRow> components_;
+    std::vector<ConnectionRow> connections_;
+    std::vector<SpecificationRow> specifications_;
+    std::vector<std::int32_t> potentialIds_;
+    std::array<std::vector<SeriesEntry>, kSeriesKinds> tables_;
+    std::vector<SplitEntry> splits_;
+    std::deque<std::vector<std::int32_t>> splitMembers_;
+    std::deque<Floats> owned_;
+    std::map<float, float*> constants_;
+    std::vector<std::shared_ptr<const Floats>> shared_;
+};
+
+}  // namespace kesto

@@ -1,0 +1,106 @@
+#include "results.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace kesto {
+
+namespace {
+
+std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
+Flow flowOf(const Model& model, OutputPort output, const Signal* signals) {
+    const Component& component = model.components[at(output.component)];
+    const Port& port = component.type->out[at(output.port) - 1];
+    return {outputName(component, output.port), port.unit, output.component, output.port, port.carries, signals};
+}
+
+Flow receivedBy(const Model& model, int index, const Signal* signals) {
+    const Component& component = model.components[at(index)];
+    const bool isBody = component.code == code::kWaterBody;
+    return {component.name, "L", index, 0, isBody ? Carries::water : Carries::same, signals};
+}
+
+// A delay's log holds what reached it; it sends the same so many steps later, and nothing before.
+const Signal* delayed(Results& results, const Component& delay, const Signal* log) {
+    auto shifted = std::make_unique<Signal[]>(std::max<std::size_t>(results.steps, 1));
+    const auto by = static_cast<std::size_t>(std::lround(delay.size));
+    for (std::size_t step = 0; step < results.steps; ++step) {
+        shifted[step] = step < by ? Signal{0, 0} : log[step - by];
+    }
+    results.derived.push_back(std::move(shifted));
+    return results.derived.back().get();
+}
+
+void collectFlows(Results& results, const Record& record, const RecordingPlan& plan) {
+    const Model& model = *results.model;
+    for (std::size_t i = 0; i < record.logs().size(); ++i) {
+        const Signal* signals = record.outputs().logs + i * record.steps();
+        const int index = record.logs()[i];
+        if (index < 0) {
+            results.flows.push_back(flowOf(model, plan.logged[at(-1 - index)], signals));
+            continue;
+        }
+        const Component& component = model.components[at(index)];
+        const OutputPort output{index, 1};
+        const bool wanted = std::find(plan.fromOwnLog.begin(), plan.fromOwnLog.end(), output) != plan.fromOwnLog.end();
+        if (component.code == code::kLogger) results.flows.push_back(receivedBy(model, index, signals));
+        if (component.code == code::kDelay && wanted) {
+            results.flows.push_back(flowOf(model, output, delayed(results, component, signals)));
+        }
+    }
+    for (std::size_t i = 0; i < record.waterBodies().size(); ++i) {
+        results.flows.push_back(
+            receivedBy(model, record.waterBodies()[i], record.outputs().waterBodies + i * record.steps()));
+    }
+    std::stable_sort(results.flows.begin(), results.flows.end(), [](const Flow& a, const Flow& b) {
+        return a.component != b.component ? a.component < b.component : a.port < b.port;
+    });
+}
+
+// Which potentials the components of each group book.
+std::set<std::pair<int, int>> bookedPotentials(const Model& model) {
+    std::set<std::pair<int, int>> booked;
+    for (const Component& component : model.components) {
+        for (const Potential potential : component.type->potentials) {
+            const bool onlyKindNine = component.type->isAppliance() && potential == kInfiltration;
+            if (onlyKindNine && component.code != code::kIndependentUse) continue;
+            booked.emplace(component.group, potential);
+        }
+    }
+    return booked;
+}
+
+}  // namespace
+
+const Flow* Results::find(OutputPort output) const {
+    for (const Flow& flow : flows) {
+        if (flow.component == output.component && flow.port == output.port) return &flow;
+    }
+    return nullptr;
+}
+
+Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run) {
+    Results results{&model, run, run.stepsRun, {}, {}, {}, {}};
+    collectFlows(results, record, plan);
+    const auto booked = bookedPotentials(model);
+    const std::size_t groups = record.potentialGroups().size();
+    for (std::size_t i = 0; i < groups; ++i) {
+        for (std::size_t potential = 0; potential < kPotentials; ++potential) {
+            const int group = record.potentialGroups()[i];
+            if (!booked.contains({group, static_cast<int>(potential)})) continue;
+            results.potentials.push_back({model.groups[at(group)].name, static_cast<Potential>(potential),
+                                          record.outputs().potentials + (potential * groups + i) * record.steps()});
+        }
+    }
+    for (const StateSeries& state : record.states()) {
+        if (!state.isState) continue;
+        results.states.push_back({model.components[at(state.component)].name, state.kind, state.unit, state.values});
+    }
+    return results;
+}
+
+}  // namespace kesto

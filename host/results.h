@@ -1,0 +1,50 @@
+// What a run has left, under the names of the model.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine_run.h"
+#include "record.h"
+
+namespace kesto {
+
+struct Flow {
+    std::string name;  // "tank:overflow"; of loggers and water bodies their own
+    std::string_view unit;
+    int component;
+    int port;  // 0: what a logger or a water body received
+    Carries carries;
+    const Signal* signals;
+};
+
+struct PotentialSeries {
+    std::string group;
+    Potential potential;
+    const float* values;
+};
+
+struct State {
+    std::string name;
+    SeriesKind kind;
+    std::string_view unit;
+    const float* values;
+};
+
+struct Results {
+    const Model* model;
+    EngineRun run;
+    std::size_t steps;  // complete ones: what can be read of every series
+    std::vector<Flow> flows;
+    std::vector<PotentialSeries> potentials;  // of groups, in the order of the potentials; only those something books
+    std::vector<State> states;
+    std::vector<std::unique_ptr<Signal[]>> derived;
+
+    Day dayOf(std::size_t step) const { return model->simulation.start + static_cast<Day>(step); }
+    const Flow* find(OutputPort output) const;
+};
+
+Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run);
+
+}  // namespace kesto

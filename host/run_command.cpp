@@ -1,0 +1,73 @@
+#include <fmt/format.h>
+
+#include <iostream>
+
+#include "checks.h"
+#include "commands.h"
+#include "diagnostics.h"
+#include "engine_run.h"
+#include "model_reader.h"
+#include "results_csv.h"
+#include "summary.h"
+
+namespace kesto {
+
+namespace {
+
+// What went wrong, when, and in which component.
+void reportFailure(const Results& results) {
+    const EngineRun& run = results.run;
+    const Model& model = *results.model;
+    std::string when = "before the first step";
+    if (run.step >= 0 && run.step < model.simulation.days()) {
+        when = fmt::format("on {}, step {} of {}", toText(results.dayOf(static_cast<std::size_t>(run.step))),
+                           run.step + 1, model.simulation.days());
+    }
+    switch (run.outcome) {
+        case Outcome::finished:
+            return;
+        case Outcome::failed:
+            std::cerr << fmt::format("{}: error: the run stopped {}: {}\n", model.path, when,
+                                     explainMessage(run.message, model));
+            return;
+        case Outcome::crashed:
+            std::cerr << fmt::format("{}: error: the engine gave up {}: {}\n", model.path, when, run.message);
+            return;
+        case Outcome::interrupted:
+            std::cerr << fmt::format("{}: interrupted {}\n", model.path, when);
+            return;
+    }
+}
+
+}  // namespace
+
+int runCommand(const RunOptions& options) {
+    Diagnostics diagnostics;
+    const auto model = readModel(options.model, diagnostics);
+    if (!model || diagnostics.hasErrors()) {
+        diagnostics.print(std::cerr);
+        return kBadModel;
+    }
+    SeriesValues series(*model, diagnostics);
+    checkModel(*model, series, diagnostics);
+    diagnostics.print(std::cerr);
+    if (diagnostics.hasErrors()) return kBadModel;
+
+    const Network network(*model);
+    const RecordingPlan plan = planRecordings(*model, network, allOutputs(*model));
+    Record record(*model, series, plan);
+    const EngineRun run = runEngine(record);
+    const Results results = collectResults(*model, record, plan, run);
+    std::cout << summaryOf(results);
+    if (!options.output.empty()) {
+        std::cout << "\nResults\n";
+        for (const std::string& file : writeCsv(results, options.output)) {
+            std::cout << "  " << file << '\n';
+        }
+    }
+    std::cout.flush();
+    reportFailure(results);
+    return run.outcome == Outcome::finished ? kGood : kRunFailed;
+}
+
+}  // namespace kesto

@@ -1,0 +1,113 @@
+#include "section.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "csv_file.h"
+#include "units.h"
+
+namespace kesto {
+
+Section::Section(const Value& table, std::string what, Diagnostics& diagnostics)
+    : table_(table), what_(std::move(what)), diagnostics_(diagnostics) {}
+
+const Value* Section::find(std::string_view key) {
+    allow(key);
+    return table_.field(key);
+}
+
+const Value* Section::require(std::string_view key, std::string_view expected) {
+    const Value* value = find(key);
+    if (!value) diagnostics_.error(place(), fmt::format("{} has no {}; expected {}", what_, key, expected));
+    return value;
+}
+
+void Section::wrong(const Value& value, std::string_view key, std::string_view expected) {
+    diagnostics_.error(value.place, fmt::format("{}: {} is {}; expected {}", what_, key, describe(value), expected));
+}
+
+std::optional<PlacedText> Section::text(std::string_view key) {
+    const Value* value = find(key);
+    if (!value) return std::nullopt;
+    if (!value->isText() || value->text.empty()) {
+        wrong(*value, key, "a text");
+        return std::nullopt;
+    }
+    return PlacedText{value->text, value->place};
+}
+
+std::optional<PlacedText> Section::requireText(std::string_view key) {
+    if (!require(key, "a text")) return std::nullopt;
+    return text(key);
+}
+
+std::optional<bool> Section::boolean(std::string_view key) {
+    const Value* value = find(key);
+    if (!value) return std::nullopt;
+    if (value->kind == Value::Kind::boolean) return value->boolean;
+    wrong(*value, key, "true or false");
+    return std::nullopt;
+}
+
+std::optional<Placed<Day>> Section::date(std::string_view key) {
+    const Value* value = require(key, "a date such as 2012-01-01");
+    if (!value) return std::nullopt;
+    if (value->kind == Value::Kind::date) return Placed<Day>{value->day, value->place};
+    if (value->kind == Value::Kind::text) {
+        if (const auto day = parseDay(value->text)) return Placed<Day>{*day, value->place};
+    }
+    wrong(*value, key, "a date such as 2012-01-01");
+    return std::nullopt;
+}
+
+std::optional<int> Section::integer(std::string_view key, int least, int most) {
+    const Value* value = find(key);
+    if (!value) return std::nullopt;
+    const double number = value->number;
+    if (value->isNumber() && number == std::floor(number) && number >= least && number <= most) {
+        return static_cast<int>(number);
+    }
+    wrong(*value, key, fmt::format("a whole number from {} to {}", least, most));
+    return std::nullopt;
+}
+
+std::optional<Placed<double>> Section::quantity(std::string_view key, std::string_view unit) {
+    const Value* value = find(key);
+    if (!value) return std::nullopt;
+    const auto number = readQuantity(*value, unit, fmt::format("{}: {}", what_, key), diagnostics_);
+    if (!number) return std::nullopt;
+    return Placed<double>{*number, value->place};
+}
+
+void Section::finish() {
+    for (const auto& [key, value] : table_.fields) {
+        if (known_.contains(key.value)) continue;
+        const std::vector<std::string_view> names(known_.begin(), known_.end());
+        diagnostics_.error(key.place,
+                           fmt::format("{} has no key \"{}\"{}", what_, key.value, suggestion(key.value, names)));
+    }
+}
+
+std::optional<double> readQuantity(const Value& value, std::string_view unit, const std::string& what,
+                                   Diagnostics& diagnostics) {
+    const std::string wanted = unit.empty() || unit == "-" ? "a number" : fmt::format("a number in {}", unit);
+    if (value.isNumber() && std::isfinite(value.number)) return value.number;
+    const std::size_t blank = value.kind == Value::Kind::text ? value.text.find(' ') : std::string::npos;
+    if (blank == std::string::npos) {
+        diagnostics.error(value.place, fmt::format("{} is {}; expected {}", what, describe(value), wanted));
+        return std::nullopt;
+    }
+    const auto number = parseNumber(std::string_view(value.text).substr(0, blank));
+    const auto found = std::string_view(value.text).substr(blank + 1);
+    const auto factor = conversion(found, unit);
+    if (!number || !factor) {
+        diagnostics.error(value.place,
+                          fmt::format("{} is {}; expected {}, or a text with a number, a blank and one of {}", what,
+                                      describe(value), wanted, listOf(unitsFor(unit))));
+        return std::nullopt;
+    }
+    return *number * factor->factor + factor->offset;
+}
+
+}  // namespace kesto

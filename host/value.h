@@ -1,0 +1,34 @@
+// A value as it stands in a model file or a table: what both kinds of file are turned into before they are understood.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "calendar.h"
+#include "place.h"
+
+namespace kesto {
+
+struct Value {
+    enum class Kind { boolean, integer, real, text, date, array, table };
+
+    Kind kind = Kind::text;
+    bool boolean = false;
+    double number = 0;  // of integers too
+    std::string text;   // of a table's cell, always: a name may look like a number
+    bool fromCell = false;
+    Day day = 0;
+    std::vector<Value> items;
+    std::vector<std::pair<PlacedText, Value>> fields;  // in the order of the file
+    Place place;
+
+    bool isNumber() const { return kind == Kind::integer || kind == Kind::real; }
+    bool isText() const { return kind == Kind::text || fromCell; }
+    const Value* field(std::string_view name) const;
+};
+
+// "the text "wc"", "the number 3", "a table": for messages.
+std::string describe(const Value& value);
+
+}  // namespace kesto
