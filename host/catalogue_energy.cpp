@@ -46,7 +46,7 @@ Type pumpedStorage() {
                 "difference of their heads.",
             .out = {{"transfer", Carries::water, "water moved, with the first reservoir's quality"},
                     {"request", Carries::demand, "the same quantity, as a demand"}},
-            .series = {ofItsOwn(demand)},
+            .series = {ofItsOwn(demand, "kWh", "energy_available")},
             .reservoirs = 2};
 }
 

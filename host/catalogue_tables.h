@@ -19,8 +19,8 @@ inline const SeriesNeed kOwnTracedQuality{SeriesKind::quality, Filing::own, true
 inline SeriesNeed ofGroup(SeriesKind kind) {
     return {kind, Filing::group};
 }
-inline SeriesNeed ofItsOwn(SeriesKind kind) {
-    return {kind, Filing::own};
+inline SeriesNeed ofItsOwn(SeriesKind kind, std::string_view unit = {}, std::string_view alias = {}) {
+    return {kind, Filing::own, false, false, unit, alias};
 }
 
 inline Parameter capacityCost(std::string_view unit) {

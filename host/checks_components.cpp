@@ -94,7 +94,8 @@ class ComponentChecks {
             if (hasStandard) continue;
             if (need.filing == Filing::own) {
                 error(component.place, component,
-                      fmt::format("has no {}; expected a number or a series of its own", info(need.kind).name));
+                      fmt::format("has no {}; expected a number or a series of its own",
+                                  need.alias.empty() ? info(need.kind).name : need.alias));
             } else {
                 missingOfGroup(component, info(need.kind).name, info(need.kind).unit);
             }
@@ -164,6 +165,7 @@ class ComponentChecks {
         if (type.reservoirs == 0 || found >= type.reservoirs) return;
         const std::string text = fmt::format("finds {} reservoir{} in its group; expected {}", found,
                                              found == 1 ? "" : "s", type.reservoirs);
+        if (type.reservoirsOptional && component.group < 0) return;
         if (type.reservoirsOptional) {
             diagnostics_.warning(component.place, fmt::format("{} ({}): {}", nameOf(component), type.name, text));
         } else {

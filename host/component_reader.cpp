@@ -77,13 +77,16 @@ void readOwnSeries(Reading& reading, Section& section, Component& component) {
             readSource(reading, *value, unitOf(*component.type, kind), fmt::format("{}: {}", section.what(), key));
         if (!source) return;
         if (component.series[kind] != kNoSource) {
-            section.wrong(*value, key, fmt::format("only one of initial_{0} and {0}", info(kind).name));
+            section.wrong(*value, key, "not to be given twice, under two names");
             return;
         }
         component.series[kind] = *source;
     };
     read("initial_storage", SeriesKind::storage);
     read("initial_quality", SeriesKind::quality);
+    for (const SeriesNeed& need : component.type->series) {
+        if (!need.alias.empty()) read(need.alias, need.kind);
+    }
     for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality, SeriesKind::multiplier,
                                   SeriesKind::threshold, SeriesKind::demand}) {
         read(info(kind).name, kind);
