@@ -8,7 +8,6 @@ namespace {
 
 void checkSimulation(const Model& model, Diagnostics& diagnostics) {
     const Simulation& simulation = model.simulation;
-    if (simulation.days() < 1) return;
     constexpr Day kMostDays = 2000000;
     if (simulation.days() > kMostDays) {
         diagnostics.error(simulation.place,
@@ -26,9 +25,10 @@ void checkSimulation(const Model& model, Diagnostics& diagnostics) {
 }  // namespace
 
 void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnostics) {
+    if (model.simulation.days() < 1 || !model.simulation.isDated) return;  // reported by the reader
     checkSimulation(model, diagnostics);
     checkComponents(model, series, diagnostics);
-    checkNetwork(model, diagnostics);
+    if (model.isNetworkComplete) checkNetwork(model, diagnostics);
 }
 
 SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {

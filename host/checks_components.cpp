@@ -45,7 +45,7 @@ class ComponentChecks {
     void checkBrand(const Component& component) {
         if (component.brand >= 0) usedBrands_[component.brand + 1] = true;
         for (const Parameter& parameter : component.type->parameters) {
-            if (parameter.standard) continue;
+            if (parameter.standard || component.brand == kUnknown) continue;
             if (component.brand < 0) {
                 error(component.place, component,
                       fmt::format("has no brand; expected one that gives {}", parameter.name));
@@ -86,6 +86,7 @@ class ComponentChecks {
                 continue;
             }
             const bool hasStandard = need.isState || need.kind == SeriesKind::demandFluctuation;
+            if (need.filing == Filing::group && component.group == kUnknown) return;
             if (need.filing == Filing::group && component.group < 0) {
                 error(component.place, component,
                       fmt::format("has no group; expected one with {}", info(need.kind).name));
@@ -162,7 +163,9 @@ class ComponentChecks {
     void checkReservoirs(const Component& component) {
         const Type& type = *component.type;
         const int found = reservoirs_[component.group];
-        if (type.reservoirs == 0 || found >= type.reservoirs) return;
+        if (type.reservoirs == 0 || component.group == kUnknown || !model_.isNetworkComplete ||
+            found >= type.reservoirs)
+            return;
         const std::string text = fmt::format("finds {} reservoir{} in its group; expected {}", found,
                                              found == 1 ? "" : "s", type.reservoirs);
         if (type.reservoirsOptional && component.group < 0) return;
@@ -220,7 +223,7 @@ void checkComponents(const Model& model, SeriesValues& series, Diagnostics& diag
     for (const Component& component : model.components) {
         checks.check(component);
     }
-    checks.checkBrandsAreUsed();
+    if (model.isNetworkComplete) checks.checkBrandsAreUsed();
 }
 
 }  // namespace kesto

@@ -86,7 +86,7 @@ std::string someNames(const Model& model, const std::vector<int>& components) {
     for (const int component : components) {
         names.push_back(model.components[at(component)].name);
     }
-    return listOf(names);
+    return listOf(names, "and");
 }
 
 void checkOrder(const Model& model, const Network& network, Diagnostics& diagnostics) {

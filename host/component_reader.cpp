@@ -55,6 +55,7 @@ void readGroupName(Reading& reading, Section& section, Component& component) {
         component.group = addGroup(reading, *name);
         return;
     }
+    component.group = kUnknown;
     section.diagnostics().error(name->place,
                                 fmt::format("{}: there is no group \"{}\" in [groups]{}", section.what(), name->value,
                                             suggestion(name->value, reading.model.groupNames())));
@@ -65,6 +66,7 @@ void readBrandName(Reading& reading, Section& section, Component& component) {
     if (!name) return;
     component.brand = reading.model.findBrand(name->value);
     if (component.brand >= 0) return;
+    component.brand = kUnknown;
     section.diagnostics().error(name->place, fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
                                                          suggestion(name->value, reading.model.brandNames())));
 }
@@ -75,12 +77,11 @@ void readOwnSeries(Reading& reading, Section& section, Component& component) {
         if (!value) return;
         const auto source =
             readSource(reading, *value, unitOf(*component.type, kind), fmt::format("{}: {}", section.what(), key));
-        if (!source) return;
         if (component.series[kind] != kNoSource) {
             section.wrong(*value, key, "not to be given twice, under two names");
             return;
         }
-        component.series[kind] = *source;
+        component.series[kind] = source;
     };
     read("initial_storage", SeriesKind::storage);
     read("initial_quality", SeriesKind::quality);
@@ -97,7 +98,7 @@ void readSize(Section& section, Component& component) {
     const Size& size = component.type->size;
     const auto given = section.quantity("size", size.unit);
     component.sizePlace = given ? given->place : component.place;
-    component.hasSize = given.has_value();
+    component.hasSize = section.find("size") != nullptr;
     component.size = given ? given->value : size.standard.value_or(0);
 }
 
@@ -107,7 +108,7 @@ bool isGoodName(const std::string& name) {
 
 // "wc:2", "wc:demand", or "roof" where there is only one port.
 void readEnd(Reading& reading, Section& section, std::string_view key, bool isSender, int& component, int& port) {
-    component = -1;
+    component = kNone;
     const auto text = section.requireText(key);
     if (!text) return;
     const std::size_t colon = text->value.find(':');
@@ -130,7 +131,7 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     if (ports.empty()) {
         section.diagnostics().error(text->place, fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(),
                                                              key, text->value, type.name, side));
-        component = -1;
+        component = kNone;
         return;
     }
     std::optional<int> number;
@@ -147,7 +148,7 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
             fmt::format("{}: {} is \"{}\"; expected an {} of the {}: {}{}", section.what(), key, text->value, side,
                         type.name, listOf(names),
                         colon == std::string::npos ? "" : suggestion(text->value.substr(colon + 1), names)));
-        component = -1;
+        component = kNone;
         return;
     }
     port = *number;
@@ -174,6 +175,7 @@ void readComponent(Reading& reading, const Value& table) {
     component.type = readType(section, component.code);
     if (!component.type) {
         reading.unknownTypes.insert(component.name);
+        reading.model.isNetworkComplete = false;
         return;
     }
     readKind(section, *component.type, component.code);
@@ -249,7 +251,11 @@ void readConnection(Reading& reading, const Value& table) {
     readEnd(reading, section, "from", true, connection.from, connection.fromPort);
     readEnd(reading, section, "to", false, connection.to, connection.toPort);
     section.finish();
-    if (connection.from >= 0 && connection.to >= 0) reading.model.connections.push_back(std::move(connection));
+    if (connection.from < 0 || connection.to < 0) {
+        reading.model.isNetworkComplete = false;
+        return;
+    }
+    reading.model.connections.push_back(std::move(connection));
 }
 
 }  // namespace kesto

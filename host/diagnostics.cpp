@@ -76,7 +76,7 @@ void Diagnostics::print(std::ostream& out, bool warnings) const {
 
 std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates) {
     std::string_view best;
-    std::size_t least = std::max<std::size_t>(found.size() / 3, 1) + 1;
+    std::size_t least = found.size() < 4 ? 2 : std::max<std::size_t>(found.size() / 3, 2) + 1;
     for (std::string_view candidate : candidates) {
         const std::size_t d = distance(found, candidate);
         if (d < least) {
@@ -87,11 +87,11 @@ std::string suggestion(std::string_view found, const std::vector<std::string_vie
     return best.empty() ? std::string{} : fmt::format("; did you mean \"{}\"?", best);
 }
 
-std::string listOf(const std::vector<std::string_view>& names) {
+std::string listOf(const std::vector<std::string_view>& names, std::string_view last) {
     constexpr std::size_t kMost = 20;
     std::string text;
     for (std::size_t i = 0; i < names.size() && i < kMost; ++i) {
-        if (i > 0) text += i + 1 == names.size() ? " or " : ", ";
+        if (i > 0) text += i + 1 == names.size() ? fmt::format(" {} ", last) : ", ";
         text += names[i];
     }
     if (names.size() > kMost) text += ", ...";

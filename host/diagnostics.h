@@ -38,6 +38,6 @@ class Diagnostics {
 std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates);
 
 // "a, b or c", cut short after some twenty.
-std::string listOf(const std::vector<std::string_view>& names);
+std::string listOf(const std::vector<std::string_view>& names, std::string_view last = "or");
 
 }  // namespace kesto

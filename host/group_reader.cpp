@@ -31,8 +31,9 @@ void readUse(Reading& reading, Group& group, int kind, const Value& value, const
         reading.diagnostics.error(value.place, fmt::format("{}: there is no kind {}; expected 1 to 11", what, kind));
         return;
     }
-    const auto source = readSource(reading, value, info(SeriesKind::uses).unit, fmt::format("{}: kind {}", what, kind));
-    if (source) group.uses[static_cast<std::size_t>(kind) - 1] = *source;
+    const SourceIndex source =
+        readSource(reading, value, info(SeriesKind::uses).unit, fmt::format("{}: kind {}", what, kind));
+    group.uses[static_cast<std::size_t>(kind) - 1] = source;
 }
 
 void readUses(Reading& reading, Section& section, Group& group) {
@@ -118,8 +119,7 @@ void readGroup(Reading& reading, const PlacedText& name, const Value& table) {
         const std::string_view key = info(kind).name;
         const Value* value = section.find(key);
         if (!value) continue;
-        const auto source = readSource(reading, *value, info(kind).unit, fmt::format("{}: {}", section.what(), key));
-        if (source) group.series[kind] = *source;
+        group.series[kind] = readSource(reading, *value, info(kind).unit, fmt::format("{}: {}", section.what(), key));
     }
     section.finish();
 }

@@ -35,8 +35,13 @@ struct SeriesSource {
     Place place;
 };
 
-using SourceIndex = int;  // into Model::sources; -1: none
+using SourceIndex = int;  // into Model::sources
 inline constexpr SourceIndex kNoSource = -1;
+inline constexpr SourceIndex kBadSource = -2;  // given, but not understood: reported already
+
+// Likewise for what a component names.
+inline constexpr int kNone = -1;
+inline constexpr int kUnknown = -2;
 
 struct SourcesByKind {
     std::array<SourceIndex, kSeriesKinds> index;
@@ -75,8 +80,8 @@ struct Component {
     bool idIsFixed = false;
     const Type* type = nullptr;
     int code = 0;
-    int group = -1;
-    int brand = -1;
+    int group = kNone;
+    int brand = kNone;
     double size = 0;
     bool hasSize = false;
     SourcesByKind series;
@@ -93,7 +98,8 @@ struct Connection {
 
 struct Simulation {
     Day start = 0;
-    Day end = 0;  // included
+    Day end = 0;           // included
+    bool isDated = false;  // start and end could be read
     double timeStep = 1;
     std::optional<double> latitude;
     bool stopOnInfeasible = false;
@@ -110,6 +116,7 @@ struct Model {
     std::vector<Group> groups;
     std::vector<Component> components;
     std::vector<Connection> connections;
+    bool isNetworkComplete = true;  // false: components or connections are missing that could not be understood
     std::vector<TimeTable> tables;
     std::vector<SeriesSource> sources;
 

@@ -24,6 +24,7 @@ void readSimulation(Reading& reading, const Value& table) {
     const auto end = section.date("end");
     if (start) simulation.start = start->value;
     if (end) simulation.end = end->value;
+    simulation.isDated = start && end;
     if (start && end && end->value < start->value) {
         reading.diagnostics.error(
             end->place, fmt::format("[simulation]: end is {}; expected a day not before start, {}", toText(end->value),

@@ -34,9 +34,9 @@ void readSplits(Reading& reading, const Value& table);  // once all components a
 int addGroup(Reading& reading, const PlacedText& name);
 void readConnection(Reading& reading, const Value& table);
 
-// A source of values: a number, the name of a column, or a table.
-std::optional<SourceIndex> readSource(Reading& reading, const Value& value, std::string_view unit,
-                                      const std::string& what, std::vector<std::string_view> otherKeys = {});
+// A source of values: a number, the name of a column, or a table; kBadSource when it is none of these.
+SourceIndex readSource(Reading& reading, const Value& value, std::string_view unit, const std::string& what,
+                       std::vector<std::string_view> otherKeys = {});
 
 // [series]: first the files, then, once groups and components are known, what is filed under whom.
 void readSeriesFile(Reading& reading, const Value& table);

@@ -44,7 +44,7 @@ void reportFailure(const Results& results) {
 int runCommand(const RunOptions& options) {
     Diagnostics diagnostics;
     const auto model = readModel(options.model, diagnostics);
-    if (!model || diagnostics.hasErrors()) {
+    if (!model) {
         diagnostics.print(std::cerr);
         return kBadModel;
     }

@@ -5,6 +5,7 @@
 namespace kesto {
 
 std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
+    if (index < 0) return nullptr;
     const auto known = values_.find(index);
     if (known != values_.end()) return known->second;
     const SeriesSource& source = model_.sources[static_cast<std::size_t>(index)];
@@ -43,9 +44,9 @@ bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
     const auto column = table.csv->column(source.column);
     if (!column) {
         const std::vector<std::string_view> names(table.csv->columns().begin(), table.csv->columns().end());
-        diagnostics_.error(source.place,
-                           fmt::format("there is no column \"{}\" in {}{}; its columns are {}", source.column,
-                                       toString(table.csv->place()), suggestion(source.column, names), listOf(names)));
+        diagnostics_.error(source.place, fmt::format("there is no column \"{}\" in {}; its columns are {}{}",
+                                                     source.column, toString(table.csv->place()), listOf(names, "and"),
+                                                     suggestion(source.column, names)));
         return false;
     }
     bool good = true;
@@ -92,8 +93,8 @@ bool SeriesValues::findFirstRow(const TimeTable& description, Table& table) {
         const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
         diagnostics_.error(
             csv.headerPlace(),
-            fmt::format("there is no column \"{}\" for the time{}; the columns are {}", description.timeColumn,
-                        suggestion(description.timeColumn, names), listOf(names)));
+            fmt::format("there is no column \"{}\" for the time; the columns are {}{}", description.timeColumn,
+                        listOf(names, "and"), suggestion(description.timeColumn, names)));
         return false;
     }
     std::size_t row = 0;
@@ -136,6 +137,7 @@ bool SeriesValues::checkDates(const CsvFile& csv, std::size_t timeColumn, std::s
 }
 
 Place SeriesValues::placeOf(SourceIndex index, std::size_t step) const {
+    if (index < 0) return {};
     const SeriesSource& source = model_.sources[static_cast<std::size_t>(index)];
     const auto table = tables_.find(source.table);
     if (source.kind != SeriesSource::Kind::column || table == tables_.end() || !table->second.good) return source.place;

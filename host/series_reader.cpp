@@ -50,8 +50,8 @@ bool readColumn(Reading& reading, Section& section, const Value& column, const s
     return false;
 }
 
-std::optional<SourceIndex> readSourceTable(Reading& reading, const Value& value, std::string_view unit,
-                                           const std::string& what, const std::vector<std::string_view>& otherKeys) {
+SourceIndex readSourceTable(Reading& reading, const Value& value, std::string_view unit, const std::string& what,
+                            const std::vector<std::string_view>& otherKeys) {
     Section section(value, what, reading.diagnostics);
     for (const std::string_view key : otherKeys) {
         section.allow(key);
@@ -85,8 +85,12 @@ std::optional<SourceIndex> readSourceTable(Reading& reading, const Value& value,
     section.allow("file");
     section.allow("time");
     section.finish();
-    if (!good) return std::nullopt;
+    if (!good) return kBadSource;
     return reading.model.addSource(std::move(source));
+}
+
+Place placeOf(const Model& model, SourceIndex source) {
+    return source < 0 ? Place{} : model.sources[static_cast<std::size_t>(source)].place;
 }
 
 // Files a source under the groups or components that it is for.
@@ -106,9 +110,9 @@ void assign(Reading& reading, SeriesKind kind, const PlacedText& name, SourceInd
         return;
     }
     if (*slot != kNoSource) {
-        reading.diagnostics.error(
-            name.place, fmt::format("[series] {}: \"{}\" has got this series before, at {}", info(kind).name,
-                                    name.value, toString(model.sources[static_cast<std::size_t>(*slot)].place)));
+        reading.diagnostics.error(name.place,
+                                  fmt::format("[series] {}: \"{}\" has got this series before, at {}", info(kind).name,
+                                              name.value, toString(placeOf(model, *slot))));
         return;
     }
     *slot = source;
@@ -116,11 +120,10 @@ void assign(Reading& reading, SeriesKind kind, const PlacedText& name, SourceInd
 
 void readAssignment(Reading& reading, SeriesKind kind, const Value& value) {
     const std::string what = fmt::format("[series] {}", info(kind).name);
-    const auto source = readSource(reading, value, info(kind).unit, what, {"for"});
-    if (!source) return;
+    const SourceIndex source = readSource(reading, value, info(kind).unit, what, {"for"});
     const Value* targets = value.kind == Value::Kind::table ? value.field("for") : nullptr;
     if (!targets) {
-        reading.forAll.emplace_back(kind, *source);
+        reading.forAll.emplace_back(kind, source);
         return;
     }
     std::vector<Value> names = targets->items;
@@ -132,7 +135,7 @@ void readAssignment(Reading& reading, SeriesKind kind, const Value& value) {
                 fmt::format("{}: for holds {}; expected names of groups or components", what, describe(name)));
             continue;
         }
-        assign(reading, kind, {name.text, name.place}, *source);
+        assign(reading, kind, {name.text, name.place}, source);
     }
     if (names.empty()) {
         reading.diagnostics.error(targets->place,
@@ -157,7 +160,7 @@ void assignToAll(Model& model, SeriesKind kind, SourceIndex source) {
 
 std::string Reading::pathOf(const std::string& file) const {
     const std::filesystem::path path(file);
-    return path.is_absolute() || folder.empty() ? file : (folder / path).string();
+    return path.is_absolute() || folder.empty() ? file : (folder / path).lexically_normal().string();
 }
 
 int Reading::addTable(const PlacedText& file, const std::string& timeColumn) {
@@ -169,8 +172,8 @@ int Reading::addTable(const PlacedText& file, const std::string& timeColumn) {
     return static_cast<int>(model.tables.size()) - 1;
 }
 
-std::optional<SourceIndex> readSource(Reading& reading, const Value& value, std::string_view unit,
-                                      const std::string& what, std::vector<std::string_view> otherKeys) {
+SourceIndex readSource(Reading& reading, const Value& value, std::string_view unit, const std::string& what,
+                       std::vector<std::string_view> otherKeys) {
     if (value.kind == Value::Kind::table) return readSourceTable(reading, value, unit, what, otherKeys);
     SeriesSource source;
     source.place = value.place;
@@ -183,12 +186,12 @@ std::optional<SourceIndex> readSource(Reading& reading, const Value& value, std:
             reading.diagnostics.error(value.place, fmt::format("{}: column \"{}\" of which file? expected a number, or "
                                                                "a file in [series]",
                                                                what, value.text));
-            return std::nullopt;
+            return kBadSource;
         }
         return reading.model.addSource(std::move(source));
     }
     const auto number = readQuantity(value, unit, what, reading.diagnostics);
-    if (!number) return std::nullopt;
+    if (!number) return kBadSource;
     source.constant = *number;
     return reading.model.addSource(std::move(source));
 }
@@ -230,11 +233,10 @@ void finishSeries(Reading& reading) {
     SourcesByKind seen;
     for (const auto& [kind, source] : reading.forAll) {
         if (seen[kind] != kNoSource) {
-            const auto& sources = reading.model.sources;
             reading.diagnostics.error(
-                sources[static_cast<std::size_t>(source)].place,
+                placeOf(reading.model, source),
                 fmt::format("[series] {} is given twice for all, first at {}; expected for = [...] with one of them",
-                            info(kind).name, toString(sources[static_cast<std::size_t>(seen[kind])].place)));
+                            info(kind).name, toString(placeOf(reading.model, seen[kind]))));
             continue;
         }
         seen[kind] = source;
