@@ -103,7 +103,7 @@ Value rowOf(const CsvFile& csv, std::size_t row) {
             value.kind = Value::Kind::boolean;
             value.boolean = cell == "true";
         }
-        table.fields.emplace_back(PlacedText{csv.columns()[column], value.place}, value);
+        table.fields.push_back({{csv.columns()[column], value.place}, value});
     }
     table.place = csv.placeOf(row, 0);
     return table;

@@ -28,13 +28,12 @@ Value toValue(const File& file, const toml::node& node);
 void takeTable(const File& file, const toml::table& table, Value& value) {
     value.kind = Value::Kind::table;
     for (const auto& [key, child] : table) {
-        value.fields.emplace_back(PlacedText{std::string(key.str()), placeOf(file, key.source())},
-                                  toValue(file, child));
+        value.fields.push_back({{std::string(key.str()), placeOf(file, key.source())}, toValue(file, child)});
     }
     // toml++ sorts by name; ids and rows follow the order in which the file was written.
     std::stable_sort(value.fields.begin(), value.fields.end(), [](const auto& a, const auto& b) {
-        const Place& x = a.first.place;
-        const Place& y = b.first.place;
+        const Place& x = a.name.place;
+        const Place& y = b.name.place;
         return x.line != y.line ? x.line < y.line : x.column < y.column;
     });
 }

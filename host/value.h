@@ -2,13 +2,14 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "calendar.h"
 #include "place.h"
 
 namespace kesto {
+
+struct Field;
 
 struct Value {
     enum class Kind { boolean, integer, real, text, date, array, table };
@@ -20,12 +21,17 @@ struct Value {
     bool fromCell = false;
     Day day = 0;
     std::vector<Value> items;
-    std::vector<std::pair<PlacedText, Value>> fields;  // in the order of the file
+    std::vector<Field> fields;  // in the order of the file
     Place place;
 
     bool isNumber() const { return kind == Kind::integer || kind == Kind::real; }
     bool isText() const { return kind == Kind::text || fromCell; }
     const Value* field(std::string_view name) const;
+};
+
+struct Field {
+    PlacedText name;
+    Value value;
 };
 
 // "the text "wc"", "the number 3", "a table": for messages.
