@@ -112,6 +112,15 @@ std::size_t stepsDone(const Record& record) {
     return static_cast<std::size_t>(std::max(step, 0));
 }
 
+// What the host must clear before a call.
+void prepare(Record& record) {
+    AUEglobals& globals = record.globals();
+    globals.CurStep = -1;
+    globals.ErrFlag = 0;
+    globals.ErrMsg[0] = '\0';
+    *record.outputs().finished = 0;
+}
+
 // Reads what the child says on stderr until it ends.
 std::string watch(const Record& record, pid_t child, int errorPipe, const Progress& progress) {
     std::string errors;
@@ -160,6 +169,7 @@ EngineRun conclude(const Record& record, int waitStatus, std::string errors) {
 }  // namespace
 
 EngineRun runEngine(Record& record, const Progress& progress) {
+    prepare(record);
     Pipe errors;
     const InterruptGuard guard;
     const pid_t child = fork();

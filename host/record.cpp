@@ -238,7 +238,6 @@ void Record::point() {
     g.Latitude = static_cast<float>(simulation.latitude.value_or(0));
     g.StopOnInfeas = simulation.stopOnInfeasible ? 1 : 0;
     g.BuildTree = simulation.traceSources ? 1 : 0;
-    g.CurStep = -1;
     const auto set = [](auto*& pointer, std::int32_t& size, auto& rows) {
         pointer = rows.data();
         size = count(rows.size());

@@ -30,7 +30,9 @@ TEST(Catalogue, NamesTypesOnce) {
     std::set<std::string_view> names;
     for (const Type& type : allTypes()) {
         EXPECT_TRUE(names.insert(type.name).second) << type.name;
-        if (!type.tag.empty()) EXPECT_TRUE(names.insert(type.tag).second) << type.tag;
+        if (!type.tag.empty()) {
+            EXPECT_TRUE(names.insert(type.tag).second) << type.tag;
+        }
         EXPECT_EQ(findType(type.name), &type);
         EXPECT_FALSE(type.summary.empty()) << type.name;
     }
@@ -65,7 +67,9 @@ TEST(Catalogue, StandardsOfOneNumberAgree) {
 TEST(Catalogue, PortsHaveNamesOfTheirOwn) {
     for (const Type& type : allTypes()) {
         EXPECT_LE(type.out.size(), 2U) << type.name;
-        if (type.inputs >= 0) EXPECT_EQ(static_cast<int>(type.in.size()), type.inputs) << type.name;
+        if (type.inputs >= 0) {
+            EXPECT_EQ(static_cast<int>(type.in.size()), type.inputs) << type.name;
+        }
         for (const auto* ports : {&type.in, &type.out}) {
             std::set<std::string_view> names;
             for (const Port& port : *ports) {

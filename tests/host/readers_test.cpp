@@ -86,10 +86,10 @@ TEST(Toml, KeepsTheOrderOfTheFile) {
     const auto file = readTomlText("z = 1\n[b]\nx = 2.5\n[a]\ny = \"t\"\n", "m.toml", diagnostics);
     ASSERT_TRUE(file);
     ASSERT_EQ(file->fields.size(), 3U);
-    EXPECT_EQ(file->fields[0].first.value, "z");
-    EXPECT_EQ(file->fields[1].first.value, "b");
-    EXPECT_EQ(file->fields[2].first.value, "a");
-    EXPECT_EQ(toString(file->fields[2].second.field("y")->place), "m.toml:5:5");
+    EXPECT_EQ(file->fields[0].name.value, "z");
+    EXPECT_EQ(file->fields[1].name.value, "b");
+    EXPECT_EQ(file->fields[2].name.value, "a");
+    EXPECT_EQ(toString(file->fields[2].value.field("y")->place), "m.toml:5:5");
 }
 
 TEST(Diagnostics, SuggestsWhatIsNear) {

@@ -1,0 +1,141 @@
+#include "model_text.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <vector>
+
+namespace kesto::test {
+
+namespace {
+
+int below(std::mt19937& random, std::size_t limit) {
+    return static_cast<int>(random() % limit);
+}
+
+struct Output {
+    std::string component;
+    int port;
+};
+
+}  // namespace
+
+std::string componentText(const Type& type, int code, const std::string& name) {
+    std::string text = fmt::format("[[components]]\nname = \"{}\"\ntype = {}\ngroup = \"g\"\n", name, code);
+    if (!type.parameters.empty()) text += fmt::format("brand = \"b_{}\"\n", name);
+    if (!type.size.meaning.empty()) text += code == code::kDelay ? "size = 2\n" : "size = 100\n";
+    for (const SeriesNeed& need : type.series) {
+        if (need.filing != Filing::own) continue;
+        const char* prefix = need.isState ? "initial_" : "";
+        text += fmt::format("{}{} = 5\n", prefix, info(need.kind).name);
+    }
+    return text;
+}
+
+std::string brandText(const Type& type, const std::string& name) {
+    std::string text = fmt::format("[brands.b_{}]\n", name);
+    for (const Parameter& parameter : type.parameters) {
+        if (!parameter.standard) text += fmt::format("{} = {}\n", parameter.name, 0.25 * parameter.number);
+    }
+    return text;
+}
+
+std::string headText(int days, bool traceSources) {
+    return fmt::format(
+        "kesto_model = 1\n[simulation]\nstart = 2015-12-{:02}\nend = 2015-12-31\nlatitude = 47\ntrace_sources = {}\n"
+        "[groups.g]\noccupancy = 2\nuses = [1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1]\nrainfall = 8\ntemperature = 12\n"
+        "temperature_min = 8\ntemperature_max = 16\nwind = 20\n",
+        32 - days, traceSources);
+}
+
+std::string singleModel(const Type& type, int code, bool traceSources) {
+    std::string text = headText(3, traceSources) + brandText(type, "x");
+    const Type& source = *findType("demand_source");
+    const Type& reservoir = *findType("reservoir");
+    std::vector<std::string> connections;
+    const int inputs = type.inputs == kAnyInputs ? 1 : type.inputs;
+    for (int i = 0; i < type.reservoirs; ++i) {
+        text += brandText(reservoir, fmt::format("r{}", i));
+    }
+    text += componentText(type, code, "x");
+    for (int port = 1; port <= inputs; ++port) {
+        text += componentText(source, source.codes[0], fmt::format("s{}", port));
+        connections.push_back(fmt::format("from = \"s{}\"\nto = \"x:{}\"", port, port));
+    }
+    for (int i = 0; i < type.reservoirs; ++i) {
+        text += componentText(reservoir, reservoir.codes[0], fmt::format("r{}", i));
+        for (int port = 1; port <= 2; ++port) {
+            text += componentText(source, source.codes[0], fmt::format("r{}s{}", i, port));
+            connections.push_back(fmt::format("from = \"r{}s{}\"\nto = \"r{}:{}\"", i, port, i, port));
+        }
+    }
+    if (!type.out.empty()) {
+        text += "[[components]]\nname = \"end\"\ntype = \"water_body\"\n";
+        connections.push_back("from = \"x:1\"\nto = \"end\"");
+    }
+    for (const std::string& connection : connections) {
+        text += "[[connections]]\n" + connection + "\n";
+    }
+    return text;
+}
+
+std::string randomModel(std::mt19937& random, int components) {
+    std::string brands, rows, connections;
+    std::vector<Output> outputs;
+    const std::vector<Type>& types = allTypes();
+    const auto connect = [&](const Output& from, const std::string& to, int port) {
+        connections +=
+            fmt::format("[[connections]]\nfrom = \"{}:{}\"\nto = \"{}:{}\"\n", from.component, from.port, to, port);
+    };
+    const Type& source = *findType("demand_source");
+    const Type& reservoir = *findType("reservoir");
+    const auto add = [&](const Type& type, const std::string& name) {
+        const int code = type.codes[static_cast<std::size_t>(below(random, type.codes.size()))];
+        if (!type.parameters.empty()) brands += brandText(type, name);
+        const std::string row = componentText(type, code, name);
+        rows = below(random, 3) == 0 ? row + rows : rows + row;  // not always in the order of the flow
+        const int inputs = type.inputs == kAnyInputs ? below(random, 3) : type.inputs;
+        for (int port = 1; port <= inputs && !outputs.empty(); ++port) {
+            connect(outputs[static_cast<std::size_t>(below(random, outputs.size()))], name,
+                    type.in.size() > 1 ? port : 1);
+        }
+        for (int port = 1; port <= static_cast<int>(type.out.size()); ++port) {
+            outputs.push_back({name, port});
+        }
+    };
+    add(source, "s1");
+    add(source, "s2");
+    add(reservoir, "r1");
+    add(reservoir, "r2");
+    // Loops: delays whose outputs are there from the start and whose inputs are connected at the end.
+    const int loops = below(random, 3);
+    for (int i = 0; i < loops; ++i) {
+        rows += componentText(*findType(code::kDelay), code::kDelay, fmt::format("loop{}", i));
+        outputs.push_back({fmt::format("loop{}", i), 1});
+    }
+    for (int i = 0; i < components; ++i) {
+        // Receiving units and splitters often: they are what recording could disturb.
+        const char* often[] = {"treatment_plant", "service_reservoir", "splitter", "well", "delay", "multiplier"};
+        const Type& type = below(random, 3) == 0 ? *findType(often[below(random, 6)])
+                                                 : types[static_cast<std::size_t>(below(random, types.size()))];
+        add(type, fmt::format("c{}", i));
+    }
+    for (int i = 0; i < loops; ++i) {
+        connect(outputs[static_cast<std::size_t>(below(random, outputs.size()))], fmt::format("loop{}", i), 1);
+    }
+    return headText(8, below(random, 2) == 0) + brands + rows + connections;
+}
+
+std::string writeModel(const std::string& text) {
+    static const std::filesystem::path folder = [] {
+        auto path = std::filesystem::temp_directory_path() / fmt::format("kesto-host-tests-{}", getpid());
+        std::filesystem::create_directories(path);
+        return path;
+    }();
+    const std::string path = (folder / "model.toml").string();
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+}  // namespace kesto::test

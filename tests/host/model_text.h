@@ -1,0 +1,30 @@
+// Models written for tests.
+#pragma once
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "catalogue.h"
+
+namespace kesto::test {
+
+// [[components]] of one type with all that it needs, named `name`, in group "g" with brand "b_NAME".
+std::string componentText(const Type& type, int code, const std::string& name);
+
+// [brands.b_NAME] with every parameter that has no standard.
+std::string brandText(const Type& type, const std::string& name);
+
+// Format, simulation, group "g" with all its series.
+std::string headText(int days, bool traceSources);
+
+// A model of one component, fed by as many sources as it asks for.
+std::string singleModel(const Type& type, int code, bool traceSources);
+
+// A network of all types that should pass the checks more often than not.
+std::string randomModel(std::mt19937& random, int components);
+
+// Writes the text to a file in a folder of this process's own and returns its path.
+std::string writeModel(const std::string& text);
+
+}  // namespace kesto::test

@@ -1,0 +1,84 @@
+// Recording an output changes no result: on random networks, the same bits with any set of recordings as with none.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <sstream>
+
+#include "checks.h"
+#include "engine_run.h"
+#include "model_reader.h"
+#include "model_text.h"
+#include "results.h"
+
+namespace kesto {
+namespace {
+
+struct Observed {
+    Outcome outcome;
+    std::string message;
+    std::vector<float> values;
+};
+
+void append(std::vector<float>& values, const float* from, std::size_t count) {
+    values.insert(values.end(), from, from + count);
+}
+
+// All that a run without recordings shows: potentials, states, what the model's own recorders received.
+Observed observe(const Model& model, SeriesValues& series, const std::vector<OutputPort>& wanted,
+                 std::size_t* recorded = nullptr) {
+    const RecordingPlan plan = planRecordings(model, Network(model), wanted);
+    if (recorded) *recorded += plan.logged.size() + plan.fromOwnLog.size();
+    Record record(model, series, plan);
+    const EngineRun run = runEngine(record);
+    Observed observed{run.outcome, run.message, {}};
+    const std::size_t steps = record.steps();
+    append(observed.values, record.outputs().potentials, kPotentials * record.potentialGroups().size() * steps);
+    for (const StateSeries& state : record.states()) {
+        append(observed.values, state.values, steps);
+    }
+    for (std::size_t i = 0; i < record.logs().size(); ++i) {
+        if (record.logs()[i] >= 0) append(observed.values, &record.outputs().logs[i * steps].quantity, 2 * steps);
+    }
+    append(observed.values, &record.outputs().waterBodies->quantity, record.waterBodies().size() * 2 * steps);
+    return observed;
+}
+
+bool sameBits(const std::vector<float>& a, const std::vector<float>& b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
+}
+
+TEST(Recordings, ChangeNoResult) {
+    std::mt19937 random(20120101);
+    int runs = 0, traced = 0;
+    std::size_t recorded = 0;
+    for (int trial = 0; trial < 1500; ++trial) {
+        const std::string text = test::randomModel(random, 3 + trial % 14);
+        Diagnostics diagnostics;
+        const auto model = readModel(test::writeModel(text), diagnostics);
+        ASSERT_TRUE(model);
+        SeriesValues series(*model, diagnostics);
+        checkModel(*model, series, diagnostics);
+        if (diagnostics.hasErrors()) continue;
+        ++runs;
+        traced += model->simulation.traceSources;
+        const Observed without = observe(*model, series, {});
+        std::vector<OutputPort> some;
+        for (const OutputPort& output : allOutputs(*model)) {
+            if (random() % 2 == 0) some.push_back(output);
+        }
+        for (const auto& wanted : {allOutputs(*model), some}) {
+            const Observed with = observe(*model, series, wanted, &recorded);
+            ASSERT_EQ(with.outcome, without.outcome) << with.message << "\n" << without.message << "\n" << text;
+            ASSERT_TRUE(sameBits(with.values, without.values)) << text;
+        }
+        ASSERT_EQ(without.outcome, Outcome::finished) << without.message << "\n" << text;
+    }
+    EXPECT_GT(runs, 300);
+    EXPECT_GT(traced, 100);
+    EXPECT_GT(recorded, 3000U);
+    std::cout << runs << " networks ran, " << traced << " of them with traced sources, " << recorded << " recordings\n";
+}
+
+}  // namespace
+}  // namespace kesto
