@@ -122,6 +122,7 @@ inline constexpr int kTreatmentPlant = 37;
 inline constexpr int kReservoir = 39;
 inline constexpr int kWaterBody = 43;
 inline constexpr int kDelay = 51;
+inline constexpr int kSoilStore = 62;
 inline constexpr int kQuotaLimiter = 64;
 }  // namespace code
 

@@ -15,6 +15,16 @@ struct RunOptions {
     std::string output;  // folder; empty: only the summary
 };
 
+struct CheckOptions {
+    std::string model;
+};
+
+struct TypesOptions {
+    std::string type;  // empty: list them all
+};
+
 int runCommand(const RunOptions& options);
+int checkCommand(const CheckOptions& options);
+int typesCommand(const TypesOptions& options);
 
 }  // namespace kesto

@@ -12,9 +12,19 @@ int main(int argc, char** argv) {
     runCommand->add_option("model", run.model, "Model file (TOML)")->required();
     runCommand->add_option("-o,--output", run.output, "Folder for the results (CSV)");
 
+    kesto::CheckOptions check;
+    CLI::App* checkCommand = app.add_subcommand("check", "Tell all that is wrong with a model, and how large it is");
+    checkCommand->add_option("model", check.model, "Model file (TOML)")->required();
+
+    kesto::TypesOptions types;
+    CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or print all about one");
+    typesCommand->add_option("type", types.type, "Name or tag of a type");
+
     try {
         app.parse(argc, argv);
-        return kesto::runCommand(run);
+        if (*runCommand) return kesto::runCommand(run);
+        if (*checkCommand) return kesto::checkCommand(check);
+        return kesto::typesCommand(types);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;
     } catch (const std::exception& error) {

@@ -2,11 +2,9 @@
 
 #include <iostream>
 
-#include "checks.h"
 #include "commands.h"
-#include "diagnostics.h"
 #include "engine_run.h"
-#include "model_reader.h"
+#include "load.h"
 #include "results_csv.h"
 #include "summary.h"
 
@@ -42,22 +40,16 @@ void reportFailure(const Results& results) {
 }  // namespace
 
 int runCommand(const RunOptions& options) {
-    Diagnostics diagnostics;
-    const auto model = readModel(options.model, diagnostics);
-    if (!model) {
-        diagnostics.print(std::cerr);
-        return kBadModel;
-    }
-    SeriesValues series(*model, diagnostics);
-    checkModel(*model, series, diagnostics);
-    diagnostics.print(std::cerr);
-    if (diagnostics.hasErrors()) return kBadModel;
+    LoadedModel loaded(options.model);
+    loaded.diagnostics().print(std::cerr);
+    if (!loaded.isFit()) return kBadModel;
+    const Model& model = loaded.model();
 
-    const Network network(*model);
-    const RecordingPlan plan = planRecordings(*model, network, allOutputs(*model));
-    Record record(*model, series, plan);
+    const Network network(model);
+    const RecordingPlan plan = planRecordings(model, network, allOutputs(model));
+    Record record(model, loaded.series(), plan);
     const EngineRun run = runEngine(record);
-    const Results results = collectResults(*model, record, plan, run);
+    const Results results = collectResults(model, record, plan, run);
     std::cout << summaryOf(results);
     if (!options.output.empty()) {
         std::cout << "\nResults\n";

@@ -1,0 +1,32 @@
+// Reads and checks a model: what every command starts with.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "diagnostics.h"
+#include "model.h"
+#include "series.h"
+
+namespace kesto {
+
+class LoadedModel {
+  public:
+    explicit LoadedModel(const std::string& path);
+    LoadedModel(const LoadedModel&) = delete;
+    LoadedModel& operator=(const LoadedModel&) = delete;
+
+    bool isFit() const { return model_ && !diagnostics_.hasErrors(); }
+    const Model& model() const { return *model_; }
+    SeriesValues& series() { return *series_; }
+    const Diagnostics& diagnostics() const { return diagnostics_; }
+
+  private:
+    Diagnostics diagnostics_;
+    std::optional<Model> model_;
+    std::unique_ptr<SeriesValues> series_;
+};
+
+}  // namespace kesto
