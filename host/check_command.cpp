@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <cmath>
 #include <iostream>
 
 #include "commands.h"
@@ -11,7 +12,7 @@ namespace kesto {
 namespace {
 
 std::string bytes(double count) {
-    if (count < 1e6) return fmt::format("{:.0f} kB", count / 1e3);
+    if (count < 1e6) return fmt::format("{:.0f} kB", std::ceil(count / 1e3));
     return count < 1e9 ? fmt::format("{:.1f} MB", count / 1e6) : fmt::format("{:.1f} GB", count / 1e9);
 }
 

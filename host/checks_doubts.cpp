@@ -83,9 +83,10 @@ class Doubts {
             const Brand& brand = model_.brands[at(index)];
             for (const auto& [number, value] : brand.specifications) {
                 if (numbers.contains(number) || (number == 1 && members.contains(index))) continue;
-                diagnostics_.warning(value.place, fmt::format("brand \"{}\": no component that uses it reads "
-                                                              "specification {}",
-                                                              brand.name, number));
+                diagnostics_.warning(
+                    value.place,
+                    fmt::format("brand \"{}\": no component that uses it reads this parameter (specification {})",
+                                brand.name, number));
             }
         }
     }
