@@ -1,0 +1,147 @@
+#!/usr/bin/env python3
+"""Runs the example of every page in docs/components/ and compares the figures that the page quotes.
+
+A page quotes its model in a toml block, after a link to the file in examples/, and figures in the csv block that
+follows: a header with names of columns as they stand in the result files, then a row for each day. Numbers that are not whole have
+six digits. Besides, each type of the engine's table must have a page, and links between pages must lead somewhere.
+
+  docs/check.py --kesto build/release/kesto              checks all pages
+  docs/check.py --kesto build/release/kesto --update     rewrites the quoted models and figures; read the difference
+"""
+
+import argparse
+import csv
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+DOCS = pathlib.Path(__file__).resolve().parent
+PAGES = DOCS / "components"
+BLOCK = re.compile(r"(\[examples/(?P<file>[\w-]+\.toml)\]\(examples/(?P=file)\).*?\n```toml\n)(?P<model>.*?)"
+                   r"(```\n.*?```csv\n)(?P<figures>.*?)(```\n)", re.DOTALL)
+TYPE = re.compile(r"^\| (\d+(?:, \d+)*) \| ([A-Z]{2}|none) \| `", re.MULTILINE)
+LINK = re.compile(r"\]\(([^)#\s]+)(?:#[^)]*)?\)")
+
+
+def run_example(kesto, model):
+    """All columns of all result files by their header, and the dates."""
+    columns = {}
+    with tempfile.TemporaryDirectory() as folder:
+        result = subprocess.run([kesto, "run", model, "-o", folder], capture_output=True, text=True, timeout=60)
+        if result.returncode != 0:
+            raise RuntimeError(f"{model}: kesto returned {result.returncode}\n{result.stdout}{result.stderr}")
+        for path in sorted(pathlib.Path(folder).glob("*.csv")):
+            with open(path, newline="") as file:
+                header, *rows = csv.reader(file)
+            for i, name in enumerate(header):
+                columns[name] = [row[i] for row in rows]
+    return columns
+
+
+def shown(text):
+    """Whole numbers as they are, others with six digits."""
+    whole = text.removeprefix("-").isdigit() or re.fullmatch(r"-?\d+e\+?\d+", text)
+    return f"{float(text):.0f}" if whole else f"{float(text):.6g}"
+
+
+def figures_of(columns, header):
+    lines = [header]
+    names = header.split(",")
+    missing = [name for name in names if name not in columns]
+    if missing:
+        raise RuntimeError(f"no column {missing} among the results {sorted(columns)}")
+    for k, date in enumerate(columns["date"]):
+        lines.append(",".join([date] + [shown(columns[name][k]) for name in names[1:]]))
+    return "\n".join(lines) + "\n"
+
+
+def check_page(page, kesto, update, problems):
+    text = page.read_text()
+    match = BLOCK.search(text)
+    if not match:
+        problems.append(f"{page.name}: no example with a toml block and a csv block")
+        return
+    model = PAGES / "examples" / match["file"]
+    quoted, figures = match["model"], match["figures"]
+    header = figures.split("\n", 1)[0]
+    names = header.split(",")
+    if names[0] != "date" or len(names) < 2:
+        problems.append(f"{page.name}: the figures name no columns")
+        return
+    try:
+        fresh = figures_of(run_example(kesto, model), header)
+    except RuntimeError as error:
+        problems.append(f"{page.name}: {error}")
+        return
+    if update:
+        page.write_text(text[:match.start("model")] + model.read_text() + match[4] + fresh + match[6]
+                        + text[match.end():])
+        return
+    if quoted != model.read_text():
+        problems.append(f"{page.name}: the quoted model is not examples/{match['file']}")
+    for number, (old, new) in enumerate(zip(figures.split("\n"), fresh.split("\n"))):
+        if old != new:
+            problems.append(f"{page.name}: row {number} of the figures is\n    {old}\n  and the run gives\n    {new}")
+    if figures.count("\n") != fresh.count("\n"):
+        problems.append(f"{page.name}: {figures.count(chr(10)) - 1} rows, the run has {fresh.count(chr(10)) - 1}")
+
+
+def check_types(problems):
+    """Each type has one page. Junction and mixer are the driver's own and stand in no row of its table."""
+    table = (DOCS.parent / "src/simulation/dispatch.cpp").read_text()
+    types = {int(code): tag for code, tag in re.findall(r'^    \{(\d+), "([A-Z]{2})"', table, re.MULTILINE)}
+    if len(types) < 50:
+        problems.append(f"only {len(types)} types found in the engine's table")
+    types.update({30: "none", 31: "none"})
+    pages = {}
+    for page in sorted(PAGES.glob("*.md")):
+        for codes, tag in TYPE.findall(page.read_text()):
+            for code in map(int, codes.split(", ")):
+                if code in pages:
+                    problems.append(f"type {code} stands in {pages[code]} and in {page.name}")
+                pages[code] = page.name
+                if types.get(code) != tag:
+                    problems.append(f"{page.name}: type {code} has the tag {types.get(code)}, not {tag}")
+    for code in sorted(types.keys() - pages.keys()):
+        problems.append(f"type {code} ({types[code]}) has no page")
+
+
+def check_families(problems):
+    families = {path.stem for path in (DOCS.parent / "src/components").glob("*.cpp")}
+    families -= {"lookup", "head", "temperatures"}  # what the models share
+    pages = {path.stem for path in PAGES.glob("*.md")} - {"README", "junction_mixer"}
+    for stem in sorted(families ^ pages):
+        problems.append(f"{stem}: " + ("a family without a page" if stem in families else "a page without a family"))
+
+
+def check_links(problems):
+    for page in sorted(DOCS.rglob("*.md")):
+        for target in LINK.findall(page.read_text()):
+            if "://" not in target and not (page.parent / target).exists():
+                problems.append(f"{page.relative_to(DOCS)}: link to {target} leads nowhere")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("--kesto", required=True, type=pathlib.Path, help="the command to run the examples with")
+    parser.add_argument("--update", action="store_true", help="rewrite the quoted models and figures")
+    parser.add_argument("pages", nargs="*", help="stems of pages; all when none is named")
+    arguments = parser.parse_args()
+    problems = []
+    stems = arguments.pages or sorted(path.stem for path in PAGES.glob("*.md") if path.stem != "README")
+    for stem in stems:
+        check_page(PAGES / f"{stem}.md", arguments.kesto, arguments.update, problems)
+    if not arguments.pages:
+        check_types(problems)
+        check_families(problems)
+        check_links(problems)
+    for problem in problems:
+        print(problem)
+    print(f"{len(stems)} pages, {len(problems)} problems")
+    return 1 if problems or not stems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
