@@ -3,7 +3,8 @@
 
 A page quotes its model in a toml block, after a link to the file in examples/, and figures in the csv block that
 follows: a header with names of columns as they stand in the result files, then a row for each day. Numbers that are not whole have
-six digits. Besides, each type of the engine's table must have a page, and links between pages must lead somewhere.
+six digits. Besides, each type of the engine's table must have a page, which names the ports, specifications and potentials that
+the command's catalogue gives it, and links between pages must lead somewhere.
 
   docs/check.py --kesto build/release/kesto              checks all pages
   docs/check.py --kesto build/release/kesto --update     rewrites the quoted models and figures; read the difference
@@ -108,6 +109,55 @@ def check_types(problems):
         problems.append(f"type {code} ({types[code]}) has no page")
 
 
+def numbers_of(cell):
+    """Numbers of a cell such as "12", "47, 48" or "37 to 46"."""
+    span = re.fullmatch(r"(\d+) to (\d+)", cell)
+    if span:
+        return list(range(int(span[1]), int(span[2]) + 1))
+    return [int(number) for number in cell.split(", ")] if re.fullmatch(r"\d+(, \d+)*", cell) else []
+
+
+def names_of(cell):
+    """Names of a cell in backticks; "`power_c0` to `power_c9`" are ten."""
+    span = re.search(r"`([a-z_]+)(\d)` to `\1(\d)`", cell)
+    if span:
+        return [f"{span[1]}{i}" for i in range(int(span[2]), int(span[3]) + 1)]
+    return re.findall(r"`([a-z_0-9]+)`", cell)
+
+
+def specification_rows(text):
+    """Number and name to the row's text, of all tables of a page."""
+    rows = {}
+    for line in text.split("\n"):
+        cells = [cell.strip() for cell in line.strip("|").split(" | ")]
+        names = [name for cell in cells[1:] for name in names_of(cell)]
+        for number in numbers_of(cells[0]):
+            rows.update({(number, name): line.replace("²", "2") for name in names})
+    return rows
+
+
+def check_catalogue(kesto, problems):
+    """What the command says of each type stands on the type's page: ports, specifications and potentials."""
+    for page in sorted(PAGES.glob("*.md")):
+        text = page.read_text()
+        rows = specification_rows(text)
+        for name in re.findall(r"^\| [\d, ]+ \| (?:[A-Z]{2}|none) \| `(\w+)`", text, re.MULTILINE):
+            result = subprocess.run([kesto, "types", name], capture_output=True, text=True, timeout=60)
+            if result.returncode != 0:
+                problems.append(f"{page.name}: the command knows no type {name}")
+            for port in re.findall(r"^(?:input|output) +\d+ +(\w+)", result.stdout, re.MULTILINE):
+                if f"`{port}`" not in text:
+                    problems.append(f"{page.name}: {name} has a port {port}")
+            for number, parameter, unit in re.findall(r"^brand +(\d+) (\w+) +(?:\[([^]]*)\])?", result.stdout,
+                                                      re.MULTILINE):
+                row = rows.get((int(number), parameter))
+                if row is None or (unit and unit not in row):
+                    problems.append(f"{page.name}: {name} has specification {number}, {parameter} [{unit}]")
+            for potential in re.findall(r"^books +(\w+)", result.stdout, re.MULTILINE):
+                if not re.search(rf"{potential} +[-+]=", text):
+                    problems.append(f"{page.name}: {name} books {potential}")
+
+
 def check_families(problems):
     families = {path.stem for path in (DOCS.parent / "src/components").glob("*.cpp")}
     families -= {"lookup", "head", "temperatures"}  # what the models share
@@ -135,6 +185,7 @@ def main():
         check_page(PAGES / f"{stem}.md", arguments.kesto, arguments.update, problems)
     if not arguments.pages:
         check_types(problems)
+        check_catalogue(arguments.kesto, problems)
         check_families(problems)
         check_links(problems)
     for problem in problems:
