@@ -38,7 +38,7 @@ double expectedMemory(const Model& model) {
 }  // namespace
 
 int checkCommand(const CheckOptions& options) {
-    const LoadedModel loaded(options.model);
+    const LoadedModel loaded(options.model, options.read);
     const Diagnostics& diagnostics = loaded.diagnostics();
     diagnostics.print(std::cerr);
     const std::size_t errors = diagnostics.count(Severity::error);

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "model_reader.h"
+
 namespace kesto {
 
 // Exit statuses of all commands.
@@ -13,10 +15,15 @@ inline constexpr int kBadModel = 2;  // or wrong usage
 struct RunOptions {
     std::string model;
     std::string output;  // folder; empty: only the summary
+    ReadOptions read;
+    std::string record = "all";  // or none, or a list of outputs
+    bool quiet = false;          // errors only
+    bool json = false;           // the summary as JSON
 };
 
 struct CheckOptions {
     std::string model;
+    ReadOptions read;
 };
 
 struct TypesOptions {

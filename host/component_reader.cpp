@@ -156,7 +156,9 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
 
 }  // namespace
 
-void readComponent(Reading& reading, const Value& table) {
+void readComponent(Reading& reading, const Value& original) {
+    const Value* named = original.field("name");
+    const Value table = withOverrides(original, named ? named->text : std::string(), reading.overrides);
     Component component;
     component.place = table.place;
     Section unnamed(table, "a component", reading.diagnostics);
@@ -202,7 +204,9 @@ void readComponent(Reading& reading, const Value& table) {
     model.components.push_back(std::move(component));
 }
 
-void readSplits(Reading& reading, const Value& table) {
+void readSplits(Reading& reading, const Value& original) {
+    const Value* named = original.field("name");
+    const Value table = withOverrides(original, named ? named->text : std::string(), reading.overrides);
     const Value* splits = table.field("splits");
     const Value* name = table.field("name");
     if (!splits || !name) return;

@@ -62,7 +62,8 @@ void readUses(Reading& reading, Section& section, Group& group) {
 
 }  // namespace
 
-void readBrand(Reading& reading, const PlacedText& name, const Value& table) {
+void readBrand(Reading& reading, const PlacedText& name, const Value& original) {
+    const Value table = withOverrides(original, "brands." + name.value, reading.overrides);
     Model& model = reading.model;
     const std::string what = fmt::format("brand \"{}\"", name.value);
     Brand brand;
@@ -106,9 +107,17 @@ int addGroup(Reading& reading, const PlacedText& name) {
     return index;
 }
 
-void readGroup(Reading& reading, const PlacedText& name, const Value& table) {
+void readGroup(Reading& reading, const PlacedText& name, const Value& original) {
     reading.groupsDeclared = true;
+    const Value table = withOverrides(original, "groups." + name.value, reading.overrides);
     Section section(table, fmt::format("group \"{}\"", name.value), reading.diagnostics);
+    if (reading.model.findGroup(name.value) >= 0) {
+        reading.diagnostics.error(name.place,
+                                  section.what() + " stands here for the second time; expected each name once");
+        return;
+    }
+    const Value* cell = table.field("name");
+    if (cell && cell->fromCell) section.allow("name");
     Group& group = reading.model.groups[static_cast<std::size_t>(addGroup(reading, name))];
     group.potentials = section.boolean("potentials").value_or(true);
     if (const auto id = section.integer("id", 1, (1 << 24) - 1)) group.id = *id;

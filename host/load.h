@@ -8,19 +8,21 @@
 
 #include "diagnostics.h"
 #include "model.h"
+#include "model_reader.h"
 #include "series.h"
 
 namespace kesto {
 
 class LoadedModel {
   public:
-    explicit LoadedModel(const std::string& path);
+    explicit LoadedModel(const std::string& path, const ReadOptions& options = {});
     LoadedModel(const LoadedModel&) = delete;
     LoadedModel& operator=(const LoadedModel&) = delete;
 
     bool isFit() const { return model_ && !diagnostics_.hasErrors(); }
     const Model& model() const { return *model_; }
     SeriesValues& series() { return *series_; }
+    Diagnostics& diagnostics() { return diagnostics_; }
     const Diagnostics& diagnostics() const { return diagnostics_; }
 
   private:

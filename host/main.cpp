@@ -3,6 +3,17 @@
 
 #include "commands.h"
 
+namespace {
+
+void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
+    command.add_option("--set", options.set, "Value in place of the model's, as in --set tank.size=3000")
+        ->allow_extra_args(false);
+    command.add_option("--from", options.from, "First day, in place of the model's; initial states count there");
+    command.add_option("--to", options.to, "Last day, in place of the model's");
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     CLI::App app{"KESTO: simulates the urban water cycle of a model, day by day"};
     app.require_subcommand(1);
@@ -11,10 +22,18 @@ int main(int argc, char** argv) {
     CLI::App* runCommand = app.add_subcommand("run", "Run a model, print a summary and write the results");
     runCommand->add_option("model", run.model, "Model file (TOML)")->required();
     runCommand->add_option("-o,--output", run.output, "Folder for the results (CSV)");
+    runCommand->add_option("--record", run.record,
+                           "Outputs to record: all (unless given), none, or a list such as "
+                           "tank:overflow,roof");
+    runCommand->add_flag("-q,--quiet", run.quiet, "Print errors only");
+    runCommand->add_flag("--json", run.json, "Print the summary as JSON");
+    addReadOptions(*runCommand, run.read);
 
     kesto::CheckOptions check;
     CLI::App* checkCommand = app.add_subcommand("check", "Tell all that is wrong with a model, and how large it is");
     checkCommand->add_option("model", check.model, "Model file (TOML)")->required();
+
+    addReadOptions(*checkCommand, check.read);
 
     kesto::TypesOptions types;
     CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or print all about one");

@@ -100,6 +100,7 @@ struct Simulation {
     Day start = 0;
     Day end = 0;           // included
     bool isDated = false;  // start and end could be read
+    Day tableStart = 0;    // day of the first row of a table without dates
     double timeStep = 1;
     std::optional<double> latitude;
     bool stopOnInfeasible = false;

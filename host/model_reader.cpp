@@ -6,6 +6,7 @@
 #include <set>
 
 #include "csv_file.h"
+#include "ids.h"
 #include "reader_parts.h"
 #include "toml_file.h"
 
@@ -13,10 +14,8 @@ namespace kesto {
 
 namespace {
 
-constexpr int kFirstComponentId = 1000001;  // so that all ids have seven digits: some rules compare ids as text
-constexpr int kLastId = (1 << 24) - 1;      // the record holds ids as floats, exact so far
-
-void readSimulation(Reading& reading, const Value& table) {
+void readSimulation(Reading& reading, const Value& original) {
+    const Value table = withOverrides(original, "simulation", reading.overrides);
     Section section(table, "[simulation]", reading.diagnostics);
     Simulation& simulation = reading.model.simulation;
     simulation.place = table.place;
@@ -25,6 +24,9 @@ void readSimulation(Reading& reading, const Value& table) {
     if (start) simulation.start = start->value;
     if (end) simulation.end = end->value;
     simulation.isDated = start && end;
+    // Tables without dates begin with the model's own first day, whichever day the run begins with.
+    const Value* own = original.field("start");
+    simulation.tableStart = own && own->kind == Value::Kind::date ? own->day : simulation.start;
     if (start && end && end->value < start->value) {
         reading.diagnostics.error(
             end->place, fmt::format("[simulation]: end is {}; expected a day not before start, {}", toText(end->value),
@@ -183,66 +185,21 @@ void readContents(Reading& reading, const Value& file) {
     }
 }
 
-// Ids in file order, around those that the model fixes.
-void numberComponents(Reading& reading) {
-    std::map<int, const Component*> taken;
-    for (const Component& component : reading.model.components) {
-        if (!component.idIsFixed) continue;
-        const auto [other, isNew] = taken.emplace(component.id, &component);
-        if (!isNew) {
-            reading.diagnostics.error(component.place, fmt::format("component \"{}\": id {} is that of \"{}\" too",
-                                                                   component.name, component.id, other->second->name));
-        }
-    }
-    int next = kFirstComponentId;
-    for (Component& component : reading.model.components) {
-        if (component.idIsFixed) continue;
-        while (taken.contains(next))
-            ++next;
-        component.id = next++;
-    }
-    if (next > kLastId) {
-        reading.diagnostics.error({std::make_shared<const std::string>(reading.model.path), 0, 0},
-                                  "too many components: ids must stay below 16777216");
-    }
-}
-
-// Groups count from 1, or downwards from -1 where no potentials are wanted: the engine books nothing below 1.
-void numberGroups(Reading& reading) {
-    std::set<int> taken;
-    for (const Component& component : reading.model.components) {
-        taken.insert(component.id);
-    }
-    for (const Group& group : reading.model.groups) {
-        if (group.id == 0) continue;
-        if (taken.insert(group.id).second) continue;
-        reading.diagnostics.error(group.place, fmt::format("group \"{}\": id {} is taken", group.name, group.id));
-    }
-    int next = 1;
-    int nextWithout = -1;
-    for (Group& group : reading.model.groups) {
-        if (group.id != 0) continue;
-        if (!group.potentials) {
-            group.id = nextWithout--;
-            continue;
-        }
-        while (taken.contains(next))
-            ++next;
-        group.id = next++;
-    }
-}
-
 }  // namespace
 
-std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics) {
+std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
     const auto file = readTomlFile(path, diagnostics);
     if (!file) return std::nullopt;
     Model model;
     model.path = path;
     Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};
+    std::vector<std::string> overrides = options.set;
+    if (!options.from.empty()) overrides.push_back("simulation.start=" + options.from);
+    if (!options.to.empty()) overrides.push_back("simulation.end=" + options.to);
+    reading.overrides = parseOverrides(overrides, diagnostics);
     readContents(reading, *file);
-    numberComponents(reading);
-    numberGroups(reading);
+    reportUnused(reading.overrides, model.componentNames(), diagnostics);
+    numberModel(model, diagnostics);
     return model;
 }
 

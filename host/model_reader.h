@@ -3,14 +3,20 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "diagnostics.h"
 #include "model.h"
 
 namespace kesto {
 
+struct ReadOptions {
+    std::vector<std::string> set;  // as in tank.size=3000
+    std::string from, to;          // first and last day of the run; empty: the model's
+};
+
 // A model as far as it could be understood; it is fit to be run only when the diagnostics hold no error. None when the
 // file cannot be read at all.
-std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics);
+std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options = {});
 
 }  // namespace kesto

@@ -8,6 +8,7 @@
 
 #include "diagnostics.h"
 #include "model.h"
+#include "overrides.h"
 #include "section.h"
 
 namespace kesto {
@@ -21,6 +22,8 @@ struct Reading {
 
     bool groupsDeclared = false;                           // a [groups] table: then it names them all
     std::set<std::string, std::less<>> unknownTypes = {};  // components that could not be kept
+
+    std::vector<Override> overrides = {};
 
     std::string pathOf(const std::string& file) const;
     int addTable(const PlacedText& file, const std::string& timeColumn);

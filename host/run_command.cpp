@@ -1,12 +1,17 @@
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "commands.h"
 #include "engine_run.h"
 #include "load.h"
+#include "progress_bar.h"
+#include "record_choice.h"
 #include "results_csv.h"
 #include "summary.h"
+#include "summary_json.h"
 
 namespace kesto {
 
@@ -37,26 +42,62 @@ void reportFailure(const Results& results) {
     }
 }
 
+// Outputs that were asked for by name must be recorded; of all, those that cannot be are only told.
+void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, Diagnostics& diagnostics) {
+    const Place place{std::make_shared<const std::string>(model.path), 0, 0};
+    for (const Refusal& refusal : plan.refused) {
+        const Component& component = model.components[static_cast<std::size_t>(refusal.output.component)];
+        const std::string text = fmt::format("\"{}\" is not recorded, since that would change results: {}",
+                                             outputName(component, refusal.output.port), refusal.reason);
+        if (byName) {
+            diagnostics.error(place, text);
+        } else {
+            diagnostics.warning(place, text);
+        }
+    }
+}
+
+void writeResults(const Results& results, const RunOptions& options) {
+    std::vector<std::string> files = writeCsv(results, options.output);
+    files.push_back((std::filesystem::path(options.output) / "summary.json").string());
+    std::ofstream summary(files.back(), std::ios::binary);
+    summary << summaryJson(results);
+    summary.close();
+    if (!summary) throw std::runtime_error(fmt::format("cannot write {}", files.back()));
+    if (options.quiet || options.json) return;
+    std::cout << "\nResults\n";
+    for (const std::string& file : files) {
+        std::cout << "  " << file << '\n';
+    }
+}
+
 }  // namespace
 
 int runCommand(const RunOptions& options) {
-    LoadedModel loaded(options.model);
-    loaded.diagnostics().print(std::cerr);
-    if (!loaded.isFit()) return kBadModel;
-    const Model& model = loaded.model();
-
-    const Network network(model);
-    const RecordingPlan plan = planRecordings(model, network, allOutputs(model));
-    Record record(model, loaded.series(), plan);
-    const EngineRun run = runEngine(record);
-    const Results results = collectResults(model, record, plan, run);
-    std::cout << summaryOf(results);
-    if (!options.output.empty()) {
-        std::cout << "\nResults\n";
-        for (const std::string& file : writeCsv(results, options.output)) {
-            std::cout << "  " << file << '\n';
-        }
+    LoadedModel loaded(options.model, options.read);
+    Diagnostics& diagnostics = loaded.diagnostics();
+    RecordingPlan plan;
+    if (loaded.isFit()) {
+        const Model& model = loaded.model();
+        plan = planRecordings(model, Network(model), parseRecordChoice(model, options.record, diagnostics));
+        reportRefusals(model, plan, options.record != "all", diagnostics);
     }
+    diagnostics.print(std::cerr, !options.quiet);
+    if (!loaded.isFit()) return kBadModel;
+
+    const Model& model = loaded.model();
+    Record record(model, loaded.series(), plan);
+    const EngineRun run = [&] {
+        ProgressBar bar(!options.quiet);
+        return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+    }();
+    const Results results = collectResults(model, record, plan, run);
+    if (options.json) {
+        std::cout << summaryJson(results);
+    } else if (!options.quiet) {
+        std::cout << summaryOf(results);
+    }
+    if (!options.output.empty()) writeResults(results, options);
     std::cout.flush();
     reportFailure(results);
     return run.outcome == Outcome::finished ? kGood : kRunFailed;

@@ -83,9 +83,14 @@ bool SeriesValues::findFirstRow(const TimeTable& description, Table& table) {
     const auto steps = static_cast<std::size_t>(model_.simulation.days());
     const Day start = model_.simulation.start;
     if (description.timeColumn.empty()) {
-        if (csv.rows() >= steps) return true;
-        diagnostics_.error(csv.place(), fmt::format("{} rows; expected {}, one for each day from {} to {}", csv.rows(),
-                                                    steps, toText(start), toText(model_.simulation.end)));
+        const Day before = start - model_.simulation.tableStart;
+        if (before >= 0 && csv.rows() >= steps + static_cast<std::size_t>(before)) {
+            table.firstRow = static_cast<std::size_t>(before);
+            return true;
+        }
+        diagnostics_.error(csv.place(), fmt::format("{} rows, from {} on; expected one for each day from {} to {}",
+                                                    csv.rows(), toText(model_.simulation.tableStart), toText(start),
+                                                    toText(model_.simulation.end)));
         return false;
     }
     const auto time = csv.column(description.timeColumn);

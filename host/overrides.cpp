@@ -1,0 +1,75 @@
+#include "overrides.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "toml_file.h"
+
+namespace kesto {
+
+namespace {
+
+// What stands on the command line has no line in a file: all of it carries the argument itself as its place.
+void setPlace(Value& value, const Place& place) {
+    value.place = place;
+    for (Value& item : value.items) {
+        setPlace(item, place);
+    }
+    for (Field& field : value.fields) {
+        field.name.place = place;
+        setPlace(field.value, place);
+    }
+}
+
+Value parseValue(const std::string& text, const Place& place) {
+    Diagnostics ignored;
+    const auto parsed = readTomlText("x = " + text, "", ignored);
+    Value value;
+    value.text = text;
+    if (parsed && parsed->fields.size() == 1) value = parsed->fields.front().value;
+    setPlace(value, place);
+    return value;
+}
+
+}  // namespace
+
+std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics) {
+    std::vector<Override> overrides;
+    for (const std::string& text : texts) {
+        const Place place{std::make_shared<const std::string>("--set " + text), 0, 0};
+        const std::size_t equals = text.find('=');
+        const std::size_t dot = text.substr(0, equals).rfind('.');
+        if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals) {
+            diagnostics.error(place,
+                              "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE or "
+                              "simulation.KEY=VALUE");
+            continue;
+        }
+        overrides.push_back(
+            {text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), parseValue(text.substr(equals + 1), place)});
+    }
+    return overrides;
+}
+
+Value withOverrides(const Value& table, std::string_view target, std::vector<Override>& overrides) {
+    Value merged = table;
+    for (Override& one : overrides) {
+        if (one.target != target) continue;
+        one.used = true;
+        std::erase_if(merged.fields, [&](const Field& field) { return field.name.value == one.key; });
+        merged.fields.push_back({{one.key, one.value.place}, one.value});
+    }
+    return merged;
+}
+
+void reportUnused(const std::vector<Override>& overrides, const std::vector<std::string_view>& components,
+                  Diagnostics& diagnostics) {
+    for (const Override& one : overrides) {
+        if (one.used) continue;
+        diagnostics.error(one.value.place, fmt::format("there is no \"{}\" in the model{}", one.target,
+                                                       suggestion(one.target, components)));
+    }
+}
+
+}  // namespace kesto

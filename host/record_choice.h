@@ -1,0 +1,15 @@
+// What --record asks for: all, none, or a list of components and ports.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "diagnostics.h"
+#include "recordings.h"
+
+namespace kesto {
+
+// "all", "none", or "tank:overflow,roof": a component alone stands for all its outputs.
+std::vector<OutputPort> parseRecordChoice(const Model& model, const std::string& text, Diagnostics& diagnostics);
+
+}  // namespace kesto

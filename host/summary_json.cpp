@@ -1,0 +1,101 @@
+#include "summary_json.h"
+
+#include <nlohmann/json.hpp>
+
+#include "summary.h"
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* word(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::finished:
+            return "finished";
+        case Outcome::failed:
+            return "failed";
+        case Outcome::crashed:
+            return "crashed";
+        case Outcome::interrupted:
+            return "interrupted";
+    }
+    return "";
+}
+
+const char* word(Carries carries) {
+    switch (carries) {
+        case Carries::water:
+            return "water";
+        case Carries::demand:
+            return "demand";
+        case Carries::same:
+            break;
+    }
+    return "either";
+}
+
+Json flowsOf(const Results& results) {
+    Json flows = Json::array();
+    for (const Flow& flow : results.flows) {
+        flows.push_back({{"name", flow.name},
+                         {"carries", word(flow.carries)},
+                         {"unit", flow.unit},
+                         {"total", total(flow, results.steps)}});
+    }
+    return flows;
+}
+
+Json tanksOf(const Results& results) {
+    Json tanks = Json::array();
+    for (const TankService& service : tankServices(results)) {
+        Json tank{{"name", service.tank->name},
+                  {"unit", "L"},
+                  {"demand", nullptr},
+                  {"deficit", nullptr},
+                  {"served", nullptr}};
+        if (service.isRecorded) {
+            tank["demand"] = service.demand;
+            tank["deficit"] = service.deficit;
+        }
+        if (service.served) tank["served"] = *service.served;
+        tanks.push_back(std::move(tank));
+    }
+    return tanks;
+}
+
+Json potentialsOf(const Results& results) {
+    Json potentials = Json::array();
+    for (const PotentialSeries& series : results.potentials) {
+        potentials.push_back({{"group", series.group},
+                              {"potential", info(series.potential).name},
+                              {"unit", info(series.potential).unit},
+                              {"total", total(series.values, results.steps)}});
+    }
+    return potentials;
+}
+
+}  // namespace
+
+std::string summaryJson(const Results& results) {
+    const Model& model = *results.model;
+    const Simulation& simulation = model.simulation;
+    const Json summary{{"model", model.path},
+                       {"title", model.title},
+                       {"start", toText(simulation.start)},
+                       {"end", toText(simulation.end)},
+                       {"steps", simulation.days()},
+                       {"days_per_step", simulation.timeStep},
+                       {"components", model.components.size()},
+                       {"connections", model.connections.size()},
+                       {"outcome", word(results.run.outcome)},
+                       {"steps_run", results.steps},
+                       {"message", explainMessage(results.run.message, model)},
+                       {"flows", flowsOf(results)},
+                       {"tanks", tanksOf(results)},
+                       {"potentials", potentialsOf(results)}};
+    return summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace kesto

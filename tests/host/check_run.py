@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""Drives `kesto run` as a person and as a program would: options, exit statuses, files, an interrupt.
+
+usage: check_run.py KESTO"""
+
+import csv
+import json
+import pathlib
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+
+MODEL = """kesto_model = 1
+[simulation]
+start = 2012-01-01
+end = 2012-01-05
+[brands.roof]
+evaporation_fraction = 0.1
+[groups.roof]
+rainfall = {{ column = "rain", file = "rain.csv"{time} }}
+[[components]]
+name = "roof"
+type = "impervious_surface"
+group = "roof"
+brand = "roof"
+size = 10
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 0.7
+[[components]]
+name = "tank"
+type = "tank"
+size = 1
+initial_storage = 0.5
+[[connections]]
+from = "roof"
+to = "tank:inflow"
+[[connections]]
+from = "asked"
+to = "tank:demand"
+"""
+
+
+def single(text):
+    """The bits of the float that a cell stands for."""
+    return struct.pack("<f", float(text))
+
+
+class Run(unittest.TestCase):
+    def setUp(self):
+        self.temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(self.temporary.cleanup)
+        self.folder = pathlib.Path(self.temporary.name)
+        (self.folder / "rain.csv").write_text(
+            "date,rain\n2012-01-01,0.1\n2012-01-02,0.3\n2012-01-03,0\n2012-01-04,7.7e-3\n2012-01-05,0.2\n")
+        self.write(MODEL.format(time=', time = "date"'))
+
+    def write(self, text):
+        (self.folder / "model.toml").write_text(text)
+
+    def kesto(self, *arguments):
+        return subprocess.run([KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=60)
+
+    def flows(self, *arguments):
+        done = self.kesto("run", "model.toml", "-o", "out", *arguments)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        with open(self.folder / "out" / "flows.csv", newline="") as file:
+            return list(csv.DictReader(file))
+
+    def test_results_are_written_with_units_and_dates(self):
+        rows = self.flows()
+        self.assertEqual([row["date"] for row in rows], [f"2012-01-0{day}" for day in range(1, 6)])
+        self.assertEqual(list(rows[0])[1:], ["roof:runoff [L]", "asked:demand [L]", "tank:deficit [L]", "tank:overflow [L]"])
+        self.assertAlmostEqual(float(rows[0]["roof:runoff [L]"]), 0.9, places=6)
+        summary = json.loads((self.folder / "out" / "summary.json").read_text())
+        self.assertEqual((summary["outcome"], summary["steps_run"]), ("finished", 5))
+
+    def test_values_survive_bit_for_bit(self):
+        first = self.flows()
+        with open(self.folder / "again.csv", "w", newline="") as file:
+            writer = csv.writer(file)
+            writer.writerow(["date", "demand"])
+            writer.writerows([row["date"], row["roof:runoff [L]"]] for row in first)
+        text = MODEL.format(time=', time = "date"')
+        self.write(text.replace("demand = 0.7", 'demand = { column = "demand", file = "again.csv", time = "date" }'))
+        second = self.flows()
+        self.assertEqual([single(row["asked:demand [L]"]) for row in second],
+                         [single(row["roof:runoff [L]"]) for row in first])
+
+    def test_a_part_of_the_period_begins_with_the_initial_state(self):
+        whole = self.flows()
+        part = self.flows("--from", "2012-01-02", "--to", "2012-01-03")
+        self.assertEqual([row["date"] for row in part], ["2012-01-02", "2012-01-03"])
+        self.assertEqual(part[0]["roof:runoff [L]"], whole[1]["roof:runoff [L]"])
+        deficit = 0.7 - 0.5 - 10 * 0.9 * 0.3
+        self.assertAlmostEqual(float(part[0]["tank:overflow [L]"]), -deficit - 1, places=5)
+        self.write(MODEL.format(time=""))  # without dates the rows count from the model's own first day
+        self.assertEqual(self.flows("--from", "2012-01-02", "--to", "2012-01-03"), part)
+
+    def test_values_can_be_set(self):
+        rows = self.flows("--set", "roof.size=20", "--set", "brands.roof.evaporation_fraction=0",
+                          "--set", "tank.size=2 m3", "--set", "simulation.end=2012-01-02")
+        self.assertEqual(len(rows), 2)
+        self.assertAlmostEqual(float(rows[1]["roof:runoff [L]"]), 6, places=5)
+        self.assertEqual(float(rows[1]["tank:overflow [L]"]), 0)
+
+    def test_recordings_can_be_chosen(self):
+        self.assertEqual(list(self.flows("--record", "tank:overflow,asked")[0])[1:],
+                         ["asked:demand [L]", "tank:overflow [L]"])
+        self.assertEqual(list(self.flows("--record", "tank")[0])[1:], ["tank:deficit [L]", "tank:overflow [L]"])
+        done = self.kesto("run", "model.toml", "--record", "tank:inflow")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn('a tank has no output "inflow"', done.stderr)
+
+    def test_machines_get_json_alone(self):
+        done = self.kesto("run", "model.toml", "--json", "-o", "out")
+        summary = json.loads(done.stdout)
+        self.assertEqual(summary["tanks"][0]["name"], "tank")
+        self.assertAlmostEqual(summary["tanks"][0]["demand"], 3.5, places=5)
+        self.assertEqual(self.kesto("run", "model.toml", "-q").stdout, "")
+
+    def test_wrong_usage_is_status_2(self):
+        for arguments in ((), ("run",), ("run", "none.toml"), ("fly",), ("run", "model.toml", "--colour"),
+                          ("run", "model.toml", "--from", "soon"), ("run", "model.toml", "--to", "2011-12-31")):
+            with self.subTest(arguments):
+                done = self.kesto(*arguments)
+                self.assertEqual(done.returncode, 2)
+                self.assertNotEqual(done.stderr, "")
+
+    def test_an_interrupt_keeps_the_steps_that_ran(self):
+        text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
+                '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
+        for i in range(1, 100):
+            text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n')
+            text.append(f'[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
+        self.write("".join(text))
+        running = subprocess.Popen([KESTO, "run", "model.toml", "--json", "--record", "p99"], cwd=self.folder,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        children = pathlib.Path(f"/proc/{running.pid}/task/{running.pid}/children")
+        while running.poll() is None and not children.read_text():
+            time.sleep(0.01)
+        time.sleep(0.2)  # the engine runs by now
+        running.send_signal(signal.SIGINT)
+        out, errors = running.communicate(timeout=60)
+        self.assertEqual(running.returncode, 1, errors)
+        self.assertIn("interrupted on", errors)
+        summary = json.loads(out)
+        self.assertEqual(summary["outcome"], "interrupted")
+        self.assertGreater(summary["steps_run"], 0)
+        self.assertEqual(summary["flows"][0]["total"], summary["steps_run"])
+
+
+unittest.main()
