@@ -30,7 +30,11 @@ int runFile(const std::string& path, const std::string& part) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+    _putenv_s("TZ", "UTC");
+#else
     setenv("TZ", "UTC", 1);
+#endif
     std::string part;
     int failed = 0;
     for (int i = 1; i < argc; ++i) {
