@@ -42,15 +42,6 @@ bool isNeeded(const Model& model, const SeriesNeed& need) {
     return !need.onlyTracing || model.simulation.traceSources;
 }
 
-std::vector<int> reservoirsOf(const Model& model, const Component& component) {
-    std::vector<int> found;
-    for (std::size_t i = 0; i < model.components.size(); ++i) {
-        const Component& other = model.components[i];
-        if (other.code == code::kReservoir && other.group == component.group) found.push_back(static_cast<int>(i));
-    }
-    return found;
-}
-
 std::string nameOf(const Component& component) {
     return fmt::format("component \"{}\"", component.name);
 }

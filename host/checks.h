@@ -21,9 +21,6 @@ SourceIndex sourceFor(const Model& model, const Component& component, const Seri
 // True when the engine will read this series in a run of this model.
 bool isNeeded(const Model& model, const SeriesNeed& need);
 
-// Reservoirs that share the group of a component, in the order of the table, as the engine finds them.
-std::vector<int> reservoirsOf(const Model& model, const Component& component);
-
 // 'component "wc"' for messages.
 std::string nameOf(const Component& component);
 

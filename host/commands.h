@@ -30,8 +30,13 @@ struct TypesOptions {
     std::string type;  // empty: list them all
 };
 
+struct NewOptions {
+    std::string folder;
+};
+
 int runCommand(const RunOptions& options);
 int checkCommand(const CheckOptions& options);
 int typesCommand(const TypesOptions& options);
+int newCommand(const NewOptions& options);
 
 }  // namespace kesto

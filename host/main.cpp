@@ -39,10 +39,15 @@ int main(int argc, char** argv) {
     CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or print all about one");
     typesCommand->add_option("type", types.type, "Name or tag of a type");
 
+    kesto::NewOptions create;
+    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
+    newCommand->add_option("folder", create.folder, "Folder, made when it is missing")->required();
+
     try {
         app.parse(argc, argv);
         if (*runCommand) return kesto::runCommand(run);
         if (*checkCommand) return kesto::checkCommand(check);
+        if (*newCommand) return kesto::newCommand(create);
         return kesto::typesCommand(types);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;

@@ -126,6 +126,15 @@ class Run(unittest.TestCase):
         self.assertAlmostEqual(summary["tanks"][0]["demand"], 3.5, places=5)
         self.assertEqual(self.kesto("run", "model.toml", "-q").stdout, "")
 
+    def test_a_new_model_runs_without_a_warning(self):
+        self.assertEqual(self.kesto("new", "first").returncode, 0)
+        done = self.kesto("run", "first/model.toml")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout, r"tank  \d+\.\d %")
+        again = self.kesto("new", "first")
+        self.assertEqual(again.returncode, 2)
+        self.assertIn("is there already", again.stderr)
+
     def test_wrong_usage_is_status_2(self):
         for arguments in ((), ("run",), ("run", "none.toml"), ("fly",), ("run", "model.toml", "--colour"),
                           ("run", "model.toml", "--from", "soon"), ("run", "model.toml", "--to", "2011-12-31")):
