@@ -104,6 +104,7 @@ class Builder {
         if (verb == "without") return without();
         if (verb == "source") return source();
         if (verb == "log") return log();
+        if (verb == "not-on") return notOn();
         fail("unknown word " + verb);
     }
 
@@ -126,6 +127,13 @@ class Builder {
         if (found == networks_.end()) fail("no network " + word(1));
         case_.model = found->second.model;
         case_.names = found->second.names;
+    }
+
+    void notOn() {
+        if (word(1) != "windows") fail("not-on knows only windows");
+#ifdef _WIN32
+        case_.skipped = true;
+#endif
     }
 
     static std::pair<std::string, std::string> setting(const std::string& text) {

@@ -23,6 +23,7 @@ struct Case {
     Model model;
     std::map<std::string, float> names;
     std::vector<Line> script;  // from the first operation on
+    bool skipped = false;      // not for this system
 };
 
 struct CaseFile {
