@@ -1,0 +1,15 @@
+#include "components/abstraction.cpp"
+
+#include <gtest/gtest.h>
+
+#include "bits_equal.h"
+
+namespace {
+
+TEST(Abstraction, Excess) {
+    EXPECT_BITS(3.0F, excess(9, 6, 1));
+    EXPECT_BITS(-1.0F, excess(5, 6, 1));
+    EXPECT_BITS(2.0F, excess(5, 6, 0.5F));
+}
+
+}  // namespace
