@@ -1,0 +1,11 @@
+# Debian brings GoogleTest for Windows as sources alone (libgtest-dev depends on them).
+if(NOT TARGET GTest::gtest_main)
+    set(gtest_force_shared_crt ON)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    if(NOT TARGET GTest::gtest_main)
+        add_library(GTest::gtest ALIAS gtest)
+        add_library(GTest::gtest_main ALIAS gtest_main)
+    endif()
+endif()
+set(GTest_FOUND TRUE)
