@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "case_run.h"
+#include "utc.h"
 
 namespace {
 
@@ -30,11 +31,7 @@ int runFile(const std::string& path, const std::string& part) {
 }  // namespace
 
 int main(int argc, char** argv) {
-#ifdef _WIN32
-    _putenv_s("TZ", "UTC");
-#else
-    setenv("TZ", "UTC", 1);
-#endif
+    useUtc();
     std::string part;
     int failed = 0;
     for (int i = 1; i < argc; ++i) {

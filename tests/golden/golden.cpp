@@ -11,6 +11,7 @@
 
 #include "network.h"
 #include "outcome.h"
+#include "utc.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ std::map<std::string, std::string> runAll() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    setenv("TZ", "UTC", 1);
+    useUtc();
     const std::string argument = argc > 1 ? argv[1] : "";
     const auto lines = runAll();
     if (argument == "--print") {

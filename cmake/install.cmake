@@ -1,0 +1,60 @@
+# What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb here, a .zip for Windows.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(kesto_include ${CMAKE_INSTALL_INCLUDEDIR}/kesto)
+set(kesto_cmake ${CMAKE_INSTALL_LIBDIR}/cmake/KESTO)
+
+# The library, its header, and how other build systems find them.
+install(TARGETS KESTO EXPORT KESTO INCLUDES DESTINATION ${kesto_include})
+install(FILES src/AUEglobals.h DESTINATION ${kesto_include})
+install(EXPORT KESTO NAMESPACE KESTO:: FILE KESTOConfig.cmake DESTINATION ${kesto_cmake})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/KESTOConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/KESTOConfigVersion.cmake DESTINATION ${kesto_cmake})
+if(WIN32)
+    install(FILES src/KESTO.def DESTINATION ${CMAKE_INSTALL_LIBDIR}) # other compilers make their import library of it
+endif()
+file(RELATIVE_PATH KESTO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" KESTO_PREFIX ${KESTO_PREFIX})
+configure_file(cmake/kesto.pc.in kesto.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kesto.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The command finds the library by its place relative to itself.
+if(TARGET kesto)
+    file(RELATIVE_PATH library_folder /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(kesto PROPERTIES INSTALL_RPATH "$ORIGIN/${library_folder}")
+    install(TARGETS kesto)
+endif()
+file(GLOB man_pages CONFIGURE_DEPENDS host/*.1 docs/man/*.1)
+install(FILES ${man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# Python's wrapper, the examples, the small hosts, and what there is to read.
+install(DIRECTORY python/kesto DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto/python PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY examples hosts DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto
+    PATTERN CMakeLists.txt EXCLUDE PATTERN check.py EXCLUDE PATTERN Layout.cs EXCLUDE PATTERN layout.pas EXCLUDE
+    PATTERN __pycache__ EXCLUDE)
+string(TOLOWER ${PROJECT_NAME} package)
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
+install(FILES README.md CHANGELOG.md DESTINATION ${documents})
+install(DIRECTORY docs/ DESTINATION ${documents} FILES_MATCHING PATTERN *.md)
+
+set(CPACK_PACKAGE_NAME ${package})
+set(CPACK_PACKAGE_VENDOR "The KESTO authors")
+set(CPACK_PACKAGE_CONTACT "The KESTO authors <kesto@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+if(WIN32)
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_FILE_NAME ${package}-${PROJECT_VERSION}-windows-x86_64)
+else()
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_SECTION science)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+    set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+        "The library libKESTO for programs that embed it, with header and examples, and the command kesto,\n which runs models written as text.")
+endif()
+include(CPack)

@@ -1,0 +1,158 @@
+"""Makes the package that cpack makes of a build, unpacks or installs it into a scratch folder, and uses what is there: the
+library from a project of somebody else, by CMake and by pkg-config, and the kesto command on an installed example.
+
+    check_package.py BUILD_FOLDER deb
+    check_package.py BUILD_FOLDER zip --toolchain FILE --emulator WINE
+"""
+import argparse
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import zipfile
+
+TESTS = pathlib.Path(__file__).resolve().parents[1]
+CHECK_HOST = TESTS.parent / "hosts" / "check.py"
+
+
+def run(*command, **options):
+    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, **options)
+    if done.returncode:
+        sys.exit(f"{command}: exit status {done.returncode}\n{done.stdout}\n{done.stderr}")
+    return done.stdout
+
+
+def pack(build, generator, folder):
+    run("cpack", "-G", generator.upper(), "-B", folder, "--config", build / "CPackConfig.cmake", cwd=build)
+    packages = list(folder.glob(f"*.{generator}"))
+    if len(packages) != 1:
+        sys.exit(f"cpack made {packages}")
+    print(f"{packages[0].name}: {packages[0].stat().st_size} bytes")
+    return packages[0]
+
+
+def install_deb(package, root):
+    """Installs by dpkg into a root of its own, and says how to remove it again."""
+    fields = run("dpkg-deb", "--field", package)
+    print(fields.strip())
+    for pattern in (r"^Package: kesto$", r"^Version: \d+\.\d+\.\d+$", r"^Architecture: amd64$", r"^Depends: .*libc6 "):
+        if not re.search(pattern, fields, re.MULTILINE):
+            sys.exit(f"the package's fields have no {pattern}")
+    if "libkesto" in re.search(r"^Depends: .*$", fields, re.MULTILINE)[0].lower():
+        sys.exit("the package depends on its own library")
+    database = root / "var/lib/dpkg"
+    for folder in (database / "info", database / "updates", database / "triggers", root / "etc", root / "bin"):
+        folder.mkdir(parents=True)
+    (database / "status").touch()
+    # The package's scripts run outside the scratch root, which has no shell, but ldconfig is to look into it.
+    ldconfig = root / "bin/ldconfig"
+    ldconfig.write_text(f'#!/bin/sh\nexec /sbin/ldconfig -r "{root}"\n')
+    ldconfig.chmod(0o755)
+    environment = {**os.environ, "PATH": f"{root}/bin:{os.environ['PATH']}:/usr/sbin:/sbin"}
+
+    # What the package depends on is the system's, of which the scratch root knows nothing.
+    def dpkg(*arguments):
+        run("dpkg", f"--root={root}", "--log=/dev/null", "--force-depends", "--force-not-root",
+            "--force-script-chrootless", *arguments, env=environment)
+
+    dpkg("--install", package)
+    if "libKESTO.so.0 " not in run("/sbin/ldconfig", "-r", root, "-p"):
+        sys.exit("ldconfig was not told of the library")
+    return root / "usr", lambda: dpkg("--purge", "kesto")
+
+
+def unpack_zip(package, root):
+    with zipfile.ZipFile(package) as archive:
+        archive.extractall(root)
+    (prefix,) = root.iterdir()
+    return prefix, lambda: None
+
+
+def expect_files(prefix, names):
+    missing = [name for name in names if not (prefix / name).exists()]
+    if missing:
+        found = "\n".join(str(path.relative_to(prefix)) for path in sorted(prefix.rglob("*")))
+        sys.exit(f"not in the package: {missing}\nbut:\n{found}")
+
+
+def consumer(prefix, folder, toolchain, emulator):
+    """Builds the project of somebody else against the package and runs what it builds."""
+    options = [f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_FIND_ROOT_PATH={prefix}",
+               f"-DKESTO_HOSTS={prefix / 'share/kesto/hosts'}"]
+    if toolchain:
+        options.append(f"-DCMAKE_TOOLCHAIN_FILE={toolchain}")
+    run("cmake", "-S", TESTS / "consumer", "-B", folder, "-G", "Ninja", *options)
+    run("cmake", "--build", folder)
+    for name in ("consumer_c", "consumer_cpp"):
+        if emulator:
+            # Windows looks for a library in the folder of the program first.
+            (folder / "KESTO.dll").write_bytes((prefix / "bin/KESTO.dll").read_bytes())
+            command = [emulator, folder / f"{name}.exe"]
+        else:
+            command = [folder / name]
+        run(sys.executable, CHECK_HOST, *command)
+        print(f"{name}: found by CMake, runs")
+
+
+def by_pkg_config(prefix, folder):
+    environment = {**os.environ, "PKG_CONFIG_PATH": str(prefix / "lib/pkgconfig")}
+    flags = run("pkg-config", "--cflags", "--libs", "kesto", env=environment).split()
+    program = folder / "by_pkg_config"
+    run("cc", prefix / "share/kesto/hosts/c/host.c", *flags, f"-Wl,-rpath,{prefix / 'lib'}", "-o", program)
+    run(sys.executable, CHECK_HOST, program)
+    print("pkg-config: runs")
+
+
+def installed_python(prefix):
+    environment = {**os.environ, "PYTHONPATH": str(prefix / "share/kesto/python"), "PYTHONDONTWRITEBYTECODE": "1",
+                   "KESTO_LIBRARY": str(prefix / "lib/libKESTO.so.0")}
+    run(sys.executable, CHECK_HOST, sys.executable, prefix / "share/kesto/hosts/python/host.py", env=environment)
+    print("Python: runs")
+
+
+def installed_command(prefix, folder):
+    model = prefix / "share/kesto/examples/rainwater-house/model.toml"
+    output = run(prefix / "bin/kesto", "run", model, "-o", folder / "results")
+    if not output.strip() or not any((folder / "results").iterdir()):
+        sys.exit("the installed command wrote nothing")
+    # The library is the installed one, by whatever way the loader came to it.
+    loaded = run("ldd", prefix / "bin/kesto")
+    library = re.search(r"libKESTO\.so\.0 => (\S+)", loaded)[1]
+    if pathlib.Path(library).resolve().parent != (prefix / "lib").resolve():
+        sys.exit(f"the installed command loads {library}")
+    print("kesto: runs an installed example")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("kind", choices=["deb", "zip"])
+    parser.add_argument("--toolchain")
+    parser.add_argument("--emulator")
+    arguments = parser.parse_args()
+    common = ["include/kesto/AUEglobals.h", "lib/cmake/KESTO/KESTOConfig.cmake", "lib/pkgconfig/kesto.pc",
+              "share/kesto/examples/rainwater-house/model.toml", "share/doc/kesto/README.md"]
+    with tempfile.TemporaryDirectory() as scratch:
+        scratch = pathlib.Path(scratch)
+        folders = [scratch / name for name in ("package", "root", "consumer", "work")]
+        for folder in folders:
+            folder.mkdir()
+        package = pack(arguments.build, arguments.kind, folders[0])
+        if arguments.kind == "deb":
+            prefix, remove = install_deb(package, folders[1])
+            expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0"])
+            by_pkg_config(prefix, folders[3])
+            installed_python(prefix)
+            installed_command(prefix, folders[3])
+        else:
+            prefix, remove = unpack_zip(package, folders[1])
+            expect_files(prefix, common + ["bin/KESTO.dll", "lib/libKESTO.dll.a", "lib/KESTO.def"])
+        consumer(prefix, folders[2], arguments.toolchain, arguments.emulator)
+        remove()
+        if arguments.kind == "deb" and prefix.exists():
+            sys.exit(f"left behind: {list(prefix.rglob('*'))}")
+
+
+main()
