@@ -31,7 +31,7 @@ install(FILES ${man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 # Python's wrapper, the examples, the small hosts, and what there is to read.
 install(DIRECTORY python/kesto DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto/python PATTERN __pycache__ EXCLUDE)
 install(DIRECTORY examples hosts DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto
-    PATTERN CMakeLists.txt EXCLUDE PATTERN check.py EXCLUDE PATTERN Layout.cs EXCLUDE PATTERN layout.pas EXCLUDE
+    PATTERN CMakeLists.txt EXCLUDE PATTERN check*.py EXCLUDE PATTERN Layout.cs EXCLUDE PATTERN layout.pas EXCLUDE
     PATTERN __pycache__ EXCLUDE)
 string(TOLOWER ${PROJECT_NAME} package)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})

@@ -21,20 +21,27 @@ constexpr int kThrew = 4;
 constexpr int kTookTooLong = 5;
 constexpr const char* kVariable = "KESTO_CHILD";  // which call, and the handles of three files
 
+[[noreturn]] void giveUp(const char* what) {
+    std::fprintf(stderr, "cannot %s: error %lu\n", what, GetLastError());
+    std::abort();
+}
+
 // Answer, stdout and stderr of a child: files, because pipes would have to be read while the child writes.
 class ChildFile {
   public:
     ChildFile() {
         char folder[MAX_PATH];
-        char name[MAX_PATH];
         GetTempPathA(sizeof folder, folder);
-        if (GetTempFileNameA(folder, "kes", 0, name) == 0) std::abort();
+        const std::string name = folder + std::string("kesto-") + std::to_string(GetCurrentProcessId()) + "-";
         SECURITY_ATTRIBUTES inherited{};
         inherited.nLength = sizeof inherited;
         inherited.bInheritHandle = TRUE;
-        handle_ = CreateFileA(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE, &inherited, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-        if (handle_ == INVALID_HANDLE_VALUE) std::abort();
+        // A name may be taken by what a process with the same number left, or is about to give up.
+        for (int tries = 0; handle_ == INVALID_HANDLE_VALUE && tries < 1000; ++tries)
+            handle_ =
+                CreateFileA((name + std::to_string(files_++)).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE,
+                            &inherited, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (handle_ == INVALID_HANDLE_VALUE) giveUp("create a temporary file");
     }
     ChildFile(const ChildFile&) = delete;
     ChildFile& operator=(const ChildFile&) = delete;
@@ -54,7 +61,8 @@ class ChildFile {
     }
 
   private:
-    HANDLE handle_;
+    static inline int files_ = 0;
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
 // Waits for the child and gives its exit status.
@@ -79,9 +87,14 @@ ChildResult startChild(int call, unsigned seconds) {
     STARTUPINFOA start{};
     start.cb = sizeof start;
     PROCESS_INFORMATION child{};
-    std::string arguments = GetCommandLineA();
-    if (!CreateProcessA(nullptr, arguments.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child))
-        std::abort();
+    // Under load wine now and then cannot start a process at once.
+    for (int tries = 0;; ++tries) {
+        std::string arguments = GetCommandLineA();
+        if (CreateProcessA(nullptr, arguments.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child))
+            break;
+        if (GetLastError() != ERROR_INTERNAL_ERROR || tries == 10) giveUp("start this program again");
+        Sleep(100);
+    }
     SetEnvironmentVariableA(kVariable, nullptr);
     ChildResult result;
     result.status = statusOf(child, seconds);
