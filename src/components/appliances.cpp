@@ -32,20 +32,14 @@ float volumePerStep(float n, float f, float s1, float dt, float d) {
 }
 
 std::optional<float> readFrequency(AUEglobals* Globals, std::int32_t g, std::int32_t kind) {
-    const float* values = nullptr;
-    for (std::int32_t i = 0; i < Globals->nFreqSer && !values; ++i) {
-        if (Globals->FreqSer[i].id == g) values = Globals->FreqSer[i].Value;
-    }
-    if (!values) {
-        fail(Globals, text::kFrequencyNotFound);
-        return std::nullopt;
-    }
+    const float* const frequencies = findFrequencies(Globals, g);
+    if (!frequencies) return std::nullopt;
     if (kind < 1 || kind > kKinds) {
         fail(Globals, text::kApplianceKind);
         return std::nullopt;
     }
     if (!checkStep(Globals, Globals->CurStep, g)) return std::nullopt;
-    return values[static_cast<std::ptrdiff_t>(kKinds) * Globals->CurStep + kind - 1];
+    return frequencies[static_cast<std::ptrdiff_t>(kKinds) * Globals->CurStep + kind - 1];
 }
 
 // The series is required of kinds 9 and 10 as well.

@@ -1,12 +1,32 @@
 #include "components/lookup.h"
 
-#include <cmath>
+#include <algorithm>
 #include <limits>
 
 #include "components.h"
+#include "components/lookup_index.h"
 #include "errors.h"
 
 namespace {
+
+constexpr float kReservoir = 39.0F;
+
+// Of the call that is running; null between calls.
+const LookupIndex* callIndex = nullptr;
+
+// Whether a specification row counts.
+bool isSelected(const SpecificationRow& row) {
+    return row.select1 == 1.0F && row.select2 == 1.0F;
+}
+
+// The first entry at or after `from` whose column holds the key; -1 without one.
+template <typename Row, typename Key>
+std::int32_t scan(const Row* table, std::int32_t count, Key Row::*column, Key key, std::int32_t from = 0) {
+    for (std::int32_t i = from; i < count; ++i) {
+        if (table[i].*column == key) return i;
+    }
+    return -1;
+}
 
 struct SeriesKind {
     const char* name;
@@ -36,25 +56,30 @@ constexpr SeriesKind kSeries[] = {
     {"OprPot", &G::OprPot, &G::nPotComps},
 };
 
+// The potentials all carry the same ids and share one part of the index.
+std::size_t indexOfKind(Series kind) {
+    return static_cast<std::size_t>(std::min(static_cast<int>(kind), static_cast<int>(Series::NrgPot)));
+}
+
 bool isInside(const AUEglobals* Globals, std::int32_t step) {
     return step >= 0 && step < Globals->nSteps;
 }
 
 // Where the entry stands in its list, or -1 with the error reported.
-std::int32_t positionOf(AUEglobals* Globals, const SeriesKind& series, std::int32_t id) {
-    const SeriesEntry* const table = Globals->*series.table;
-    for (std::int32_t i = 0; i < Globals->*series.count; ++i) {
-        if (table[i].id == id) return i;
-    }
-    fail(Globals, text::kSeriesNotFound, series.name, id);
-    return -1;
+std::int32_t positionOf(AUEglobals* Globals, Series kind, std::int32_t id) {
+    const SeriesKind& series = kSeries[static_cast<int>(kind)];
+    const std::int32_t position = callIndex
+                                      ? callIndex->series[indexOfKind(kind)].first(id)
+                                      : scan(Globals->*series.table, Globals->*series.count, &SeriesEntry::id, id);
+    if (position < 0) fail(Globals, text::kSeriesNotFound, series.name, id);
+    return position;
 }
 
 // The values to write to. The count is the host's and is read anew: a host that shrinks a list during a run is told so
 // instead of being written to beyond it.
 float* writableSeries(AUEglobals* Globals, Series kind, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
-    const std::int32_t position = positionOf(Globals, series, id);
+    const std::int32_t position = positionOf(Globals, kind, id);
     if (position < 0) return nullptr;
     if (position < Globals->*series.count) return (Globals->*series.table)[position].Value;
     fail(Globals, text::kIndexBeyond, series.name);
@@ -71,6 +96,27 @@ bool add(AUEglobals* Globals, Series kind, std::int32_t key, Amount amount) {
     return true;
 }
 
+// The factors, one a step, by which a component's potentials are scaled; null when nothing multiplies them.
+std::optional<const float*> findMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id) {
+    if (!Mult || Mult->nUniq() == 0) return nullptr;
+    std::int32_t position = callIndex ? callIndex->sequence.first(id) : -1;
+    for (std::size_t i = 0; !callIndex && position < 0 && i < Mult->CompntId.size(); ++i) {
+        if (Mult->CompntId[i] == id) position = static_cast<std::int32_t>(i);
+    }
+    if (position < 0) {
+        fail(Globals, text::kNotInSequence);
+        return std::nullopt;
+    }
+    const std::int32_t sequence = Mult->SeqId[static_cast<std::size_t>(position)];
+    if (sequence == -1) return nullptr;
+    const auto index = static_cast<std::size_t>(sequence);
+    if (index < Mult->TotNumComp.size() && Mult->TotNumComp[index].index == sequence) {
+        return Mult->TotNumComp[index].Value.data();
+    }
+    fail(Globals, text::kMultiplierNotFound);
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::int32_t truncated(double value) {
@@ -83,52 +129,104 @@ std::int32_t nint(double value) {
     return truncated(value > 0.0 ? value + 0.5 : value - 0.5);
 }
 
+LookupIndex::LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId) {
+    // A key that is not a number is equal to none and would spoil the order.
+    const auto isNumber = [](float value) { return value == value; };
+    for (std::int32_t i = 0; i < Globals->nComps; ++i) {
+        const ComponentRow& row = Globals->Net_Compnt[i];
+        if (isNumber(row.id)) rows.add(row.id, i);
+        if (row.techid == kReservoir && isNumber(row.key)) reservoirs.add(row.key, i);
+    }
+    for (std::int32_t i = 0; i < Globals->nTechSpecs; ++i) {
+        const SpecificationRow& row = Globals->TechSpecs[i];
+        if (!isSelected(row) || !isNumber(row.brand) || !isNumber(row.number)) continue;
+        specifications.add({row.brand, row.number}, i);
+    }
+    series.resize(indexOfKind(Series::NrgPot) + 1);
+    for (std::size_t kind = 0; kind < series.size(); ++kind) {
+        const SeriesKind& entries = kSeries[kind];
+        for (std::int32_t i = 0; i < Globals->*entries.count; ++i)
+            series[kind].add((Globals->*entries.table)[i].id, i);
+        series[kind].sort();
+    }
+    for (std::int32_t i = 0; i < Globals->nFreqSer; ++i)
+        frequencies.add(Globals->FreqSer[i].id, i);
+    for (std::int32_t i = 0; i < Globals->nLogs; ++i)
+        logs.add(Globals->Logs[i].id, i);
+    for (std::int32_t i = 0; i < Globals->nWatBod; ++i)
+        waterBodies.add(Globals->WatBod[i].id, i);
+    for (std::int32_t i = 0; i < Globals->nSplits; ++i)
+        splits.add(Globals->Splits[i].id, i);
+    for (std::size_t i = 0; i < CompntId.size(); ++i)
+        sequence.add(CompntId[i], static_cast<std::int32_t>(i));
+    rows.sort();
+    reservoirs.sort();
+    specifications.sort();
+    for (Positions<std::int32_t>* const positions : {&frequencies, &logs, &waterBodies, &splits, &sequence}) {
+        positions->sort();
+    }
+}
+
+UseIndex::UseIndex(const LookupIndex* index) {
+    callIndex = index;
+}
+
+UseIndex::~UseIndex() {
+    callIndex = nullptr;
+}
+
 const ComponentRow* findRow(AUEglobals* Globals, std::int32_t id) {
     const auto wanted = static_cast<float>(id);
-    for (std::int32_t i = 0; i < Globals->nComps; ++i) {
-        if (Globals->Net_Compnt[i].id == wanted) return &Globals->Net_Compnt[i];
-    }
+    const std::int32_t row = callIndex ? callIndex->rows.first(wanted)
+                                       : scan(Globals->Net_Compnt, Globals->nComps, &ComponentRow::id, wanted);
+    if (row >= 0) return &Globals->Net_Compnt[row];
     fail(Globals, text::kIdNotFound);
     return nullptr;
 }
 
 std::optional<float> findSpecification(AUEglobals* Globals, std::int32_t brand, int number, std::int32_t& from) {
-    const auto wantedBrand = static_cast<float>(brand);
-    const auto wantedNumber = static_cast<float>(number);
-    for (std::int32_t i = from; i < Globals->nTechSpecs; ++i) {
-        const SpecificationRow& row = Globals->TechSpecs[i];
-        if (row.brand == wantedBrand && row.number == wantedNumber && row.select1 == 1.0F && row.select2 == 1.0F) {
-            from = i;
-            return row.value;
+    const std::pair wanted(static_cast<float>(brand), static_cast<float>(number));
+    std::int32_t found = -1;
+    if (callIndex) {
+        found = callIndex->specifications.first(wanted, from);
+    } else {
+        for (std::int32_t i = from; i < Globals->nTechSpecs && found < 0; ++i) {
+            const SpecificationRow& row = Globals->TechSpecs[i];
+            if (isSelected(row) && std::pair(row.brand, row.number) == wanted) found = i;
         }
     }
-    fail(Globals, text::kSpecificationNotFound, number, brand);
-    return std::nullopt;
+    if (found < 0) {
+        fail(Globals, text::kSpecificationNotFound, number, brand);
+        return std::nullopt;
+    }
+    from = found;
+    return Globals->TechSpecs[found].value;
 }
 
 std::optional<float> readMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id) {
-    if (!Mult || Mult->nUniq() == 0) return 1.0F;
-    std::size_t position = 0;
-    while (position < Mult->CompntId.size() && Mult->CompntId[position] != id)
-        ++position;
-    if (position == Mult->CompntId.size()) {
-        fail(Globals, text::kNotInSequence);
-        return std::nullopt;
-    }
-    const std::int32_t sequence = Mult->SeqId[position];
-    if (sequence == -1) return 1.0F;
-    for (const MultiplierSeries& series : Mult->TotNumComp) {
-        if (series.index != sequence) continue;
-        if (!checkStep(Globals, Globals->CurStep, id)) return std::nullopt;
-        return series.Value[static_cast<std::size_t>(Globals->CurStep)];
-    }
-    fail(Globals, text::kMultiplierNotFound);
-    return std::nullopt;
+    const auto factors = findMultiplier(Globals, Mult, id);
+    if (!factors) return std::nullopt;
+    if (!*factors) return 1.0F;
+    if (!checkStep(Globals, Globals->CurStep, id)) return std::nullopt;
+    return (*factors)[Globals->CurStep];
+}
+
+const float* findFrequencies(AUEglobals* Globals, std::int32_t group) {
+    const std::int32_t position = callIndex ? callIndex->frequencies.first(group)
+                                            : scan(Globals->FreqSer, Globals->nFreqSer, &SeriesEntry::id, group);
+    if (position >= 0) return Globals->FreqSer[position].Value;
+    fail(Globals, text::kFrequencyNotFound);
+    return nullptr;
+}
+
+std::int32_t findSplit(const AUEglobals* Globals, std::int32_t id, std::int32_t from) {
+    return callIndex ? callIndex->splits.first(id, from)
+                     : scan(Globals->Splits, Globals->nSplits, &SplitEntry::id, id, from);
 }
 
 float* findSeries(AUEglobals* Globals, Series kind, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
-    const std::int32_t position = positionOf(Globals, series, id);
+    const std::int32_t position = positionOf(Globals, kind, id);
     return position < 0 ? nullptr : (Globals->*series.table)[position].Value;
 }
 
@@ -136,18 +234,23 @@ Signal* findRecord(AUEglobals* Globals, Record kind, std::int32_t id) {
     const bool isLog = kind == Record::Logs;
     const SignalSeriesEntry* const table = isLog ? Globals->Logs : Globals->WatBod;
     const std::int32_t count = isLog ? Globals->nLogs : Globals->nWatBod;
-    for (std::int32_t i = 0; i < count; ++i) {
-        if (table[i].id == id) return table[i].Signal;
-    }
+    const std::int32_t position = callIndex ? (isLog ? callIndex->logs : callIndex->waterBodies).first(id)
+                                            : scan(table, count, &SignalSeriesEntry::id, id);
+    if (position >= 0) return table[position].Signal;
     fail(Globals, text::kRecordNotFound, isLog ? "Logs" : "WatBod");
     return nullptr;
 }
 
 const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow* component, const ComponentRow* after) {
     const auto key = static_cast<float>(nint(component->key));
-    const ComponentRow* const end = Globals->Net_Compnt + Globals->nComps;
-    for (const ComponentRow* row = after ? after + 1 : Globals->Net_Compnt; row != end; ++row) {
-        if (row->techid == 39.0F && row->key == key) return row;
+    const auto from = after ? static_cast<std::int32_t>(after - Globals->Net_Compnt) + 1 : 0;
+    if (callIndex) {
+        const std::int32_t found = callIndex->reservoirs.first(key, from);
+        return found < 0 ? nullptr : &Globals->Net_Compnt[found];
+    }
+    for (std::int32_t i = from; i < Globals->nComps; ++i) {
+        const ComponentRow& row = Globals->Net_Compnt[i];
+        if (row.techid == kReservoir && row.key == key) return &row;
     }
     return nullptr;
 }

@@ -1,8 +1,9 @@
 // How a model finds what it needs in the record: its row, its brand's specifications, its multiplier, its series.
 //
 // Each look-up that fails writes the error's text, sets ErrFlag and gives nothing back; the model returns at once. All
-// searches are linear from the first element, and the first match wins: that settles every tie. Ids, brands and numbers
-// are compared as floats, the way the tables hold them.
+// searches go from the first element, and the first match wins: that settles every tie. Within a call an index finds
+// that first match without a scan (lookup_index.h). Ids, brands and numbers are compared as floats, the way the tables
+// hold them.
 #ifndef KESTO_COMPONENTS_LOOKUP_H
 #define KESTO_COMPONENTS_LOOKUP_H
 
@@ -75,6 +76,12 @@ std::optional<std::array<float, sizeof...(Numbers)>> readSpecifications(AUEgloba
 
 // The factor by which a component's potentials are scaled in this step: 1 when nothing multiplies them.
 std::optional<float> readMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id);
+
+// The uses of all appliance kinds in a group.
+const float* findFrequencies(AUEglobals* Globals, std::int32_t group);
+
+// The next group of a splitter's stores at or after place `from` of the table; -1 without one, which is no error.
+std::int32_t findSplit(const AUEglobals* Globals, std::int32_t id, std::int32_t from);
 
 // All values of a series.
 float* findSeries(AUEglobals* Globals, Series kind, std::int32_t id);

@@ -79,11 +79,10 @@ bool addGroup(AUEglobals* Globals, const SplitEntry& group, Groups& sums) {
 
 std::optional<Groups> readGroups(AUEglobals* Globals, std::int32_t id) {
     Groups sums;
-    int groups = 0;
-    for (std::int32_t i = 0; i < Globals->nSplits && groups < kMostGroups; ++i) {
-        if (Globals->Splits[i].id != id) continue;
-        if (!addGroup(Globals, Globals->Splits[i], sums)) return std::nullopt;
-        ++groups;
+    std::int32_t group = findSplit(Globals, id, 0);
+    for (int groups = 0; group >= 0 && groups < kMostGroups; ++groups) {
+        if (!addGroup(Globals, Globals->Splits[group], sums)) return std::nullopt;
+        group = findSplit(Globals, id, group + 1);
     }
     return sums;
 }

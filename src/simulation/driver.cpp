@@ -4,6 +4,7 @@
 
 #include "binarytree.h"
 #include "components/lookup.h"
+#include "components/lookup_index.h"
 #include "errors.h"
 #include "simulation.h"
 #include "simulation/dispatch.h"
@@ -88,6 +89,13 @@ std::int32_t setUp(AUEglobals* Globals, Run& run) {
     return Globals->BuildTree == 0 ? KESTO_SUCCESS : setUpTree(Globals, run);
 }
 
+// Nothing when memory is short: look-ups then scan.
+std::optional<LookupIndex> indexTables(const AUEglobals* Globals, const Run& run) try {
+    return std::optional<LookupIndex>(std::in_place, Globals, run.instInfo.CompntId);
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
+}
+
 // The cells of CRossSignal that hold the inputs of the component at a position, sender by sender.
 template <typename Visit>
 void forEachInput(const Run& run, std::size_t position, const Visit& visit) {
@@ -166,6 +174,8 @@ std::int32_t KESTO_simul(AUEglobals* Globals, std::int32_t first, std::int32_t l
     Run run;
     if (const std::int32_t status = setUp(Globals, run); status != KESTO_SUCCESS) return status;
 
+    const std::optional<LookupIndex> index = indexTables(Globals, run);
+    const UseIndex use(index ? &*index : nullptr);
     Step step;
     step.Globals = Globals;
     step.Mult = &run.instInfo;
