@@ -27,6 +27,9 @@ if(TARGET kesto)
 endif()
 file(GLOB man_pages CONFIGURE_DEPENDS host/*.1 docs/man/*.1)
 install(FILES ${man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+if(TARGET kesto)
+    install(FILES host/completion/kesto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kesto)
+endif()
 
 # Python's wrapper, the examples, the small hosts, and what there is to read.
 install(DIRECTORY python/kesto DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto/python PATTERN __pycache__ EXCLUDE)

@@ -17,6 +17,7 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
 int main(int argc, char** argv) {
     CLI::App app{"KESTO: simulates the urban water cycle of a model, day by day"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "kesto " KESTO_VERSION);
 
     kesto::RunOptions run;
     CLI::App* runCommand = app.add_subcommand("run", "Run a model, print a summary and write the results");
