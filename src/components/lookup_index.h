@@ -1,7 +1,7 @@
 // Where things stand in the tables of one call, so that a look-up need not scan them.
 //
 // The host's tables do not change during a call, so the first entry that matches is the same at every step. An index
-// gives the very entry that a scan from the first element would give. It is an aid alone: without one, look-ups scan.
+// gives the very entry that a scan from the first element would give. Outside a call look-ups scan.
 #ifndef KESTO_COMPONENTS_LOOKUP_INDEX_H
 #define KESTO_COMPONENTS_LOOKUP_INDEX_H
 

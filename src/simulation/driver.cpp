@@ -20,6 +20,7 @@ struct Run {
     CRossConnection connections;
     InstInfo instInfo;
     RCVTOLEAFS receivers;
+    std::optional<LookupIndex> index;
     bool hasTree = false;
 
     Run() = default;
@@ -61,6 +62,14 @@ std::int32_t setUpTree(AUEglobals* Globals, Run& run) {
     return getReceiversLeafsSplitters(Globals, run.receivers);
 }
 
+std::int32_t setUpIndex(AUEglobals* Globals, Run& run) try {
+    run.index.emplace(Globals, run.instInfo.CompntId);
+    return KESTO_SUCCESS;
+} catch (const std::bad_alloc&) {
+    fail(Globals, text::kNoMemory, "LookupIndex");
+    return KESTO_SETUP_FAILURE;
+}
+
 std::int32_t setUp(AUEglobals* Globals, Run& run) {
     const std::int32_t nComps = Globals->nComps;
     const std::int32_t nConns = Globals->nConns;
@@ -86,14 +95,10 @@ std::int32_t setUp(AUEglobals* Globals, Run& run) {
     run.signals.resize(run.connections.cells.size(), Signal{});
 
     if (const std::int32_t status = setUpMultipliers(Globals, run.instInfo); status != KESTO_SUCCESS) return status;
-    return Globals->BuildTree == 0 ? KESTO_SUCCESS : setUpTree(Globals, run);
-}
-
-// Nothing when memory is short: look-ups then scan.
-std::optional<LookupIndex> indexTables(const AUEglobals* Globals, const Run& run) try {
-    return std::optional<LookupIndex>(std::in_place, Globals, run.instInfo.CompntId);
-} catch (const std::bad_alloc&) {
-    return std::nullopt;
+    if (Globals->BuildTree != 0) {
+        if (const std::int32_t status = setUpTree(Globals, run); status != KESTO_SUCCESS) return status;
+    }
+    return setUpIndex(Globals, run);
 }
 
 // The cells of CRossSignal that hold the inputs of the component at a position, sender by sender.
@@ -174,8 +179,7 @@ std::int32_t KESTO_simul(AUEglobals* Globals, std::int32_t first, std::int32_t l
     Run run;
     if (const std::int32_t status = setUp(Globals, run); status != KESTO_SUCCESS) return status;
 
-    const std::optional<LookupIndex> index = indexTables(Globals, run);
-    const UseIndex use(index ? &*index : nullptr);
+    const UseIndex use(&*run.index);
     Step step;
     step.Globals = Globals;
     step.Mult = &run.instInfo;
