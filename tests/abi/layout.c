@@ -46,8 +46,8 @@ static void printRows(void) {
     FIELD(SplitEntry, beta);
 }
 
-#define TABLE(name)           \
-    FIELD(AUEglobals, name);  \
+#define TABLE(name)          \
+    FIELD(AUEglobals, name); \
     FIELD(AUEglobals, n##name)
 
 static void printRecord(void) {
