@@ -105,7 +105,8 @@ const std::vector<PathToLeaf>& PathsBuild(Node* startNode) {
 }
 
 void PathsKill() {
-    pathsToLeafs = {};
+    // An empty list assigned would keep the memory.
+    pathsToLeafs = std::vector<PathToLeaf>();
 }
 
 void BinaryTreeKill() {

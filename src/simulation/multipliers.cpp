@@ -144,16 +144,20 @@ bool multiplyList(AUEglobals* Globals, const MultiplierList& list, const NextMul
 
 }  // namespace
 
-void getCompsMultipliers(AUEglobals* Globals, const std::vector<std::int32_t>& CompntId, MultIds& multIds) try {
-    Walks walks(Globals);
-    multIds.lists.reserve(CompntId.size());
-    for (const std::int32_t id : CompntId) {
-        multIds.lists.push_back(walks.list(id));
-        if (Globals->ErrFlag == 1) return;
+void getCompsMultipliers(AUEglobals* Globals, const std::vector<std::int32_t>& CompntId, MultIds& multIds) {
+    const char* what = "MultIds";
+    try {
+        multIds.lists.reserve(CompntId.size());
+        what = "MultIds[icomp]";
+        Walks walks(Globals);
+        for (const std::int32_t id : CompntId) {
+            multIds.lists.push_back(walks.list(id));
+            if (Globals->ErrFlag == 1) return;
+        }
+        multIds.next = walks.takeNext();
+    } catch (const std::bad_alloc&) {
+        fail(Globals, text::kNoMemory, what);
     }
-    multIds.next = walks.takeNext();
-} catch (const std::bad_alloc&) {
-    fail(Globals, text::kNoMemory, "MultIds");
 }
 
 std::int32_t getListUniqStrings(const MultIds& multIds, std::vector<MultiplierList>& unique) try {
@@ -173,7 +177,9 @@ bool linkCompsUniqMultSeqs(const MultIds& multIds, const std::vector<MultiplierL
         indices.try_emplace(list, static_cast<std::int32_t>(indices.size()));
     SeqId.reserve(multIds.lists.size());
     for (const MultiplierList& list : multIds.lists) {
-        SeqId.push_back(list.length > 0 ? indices.at(list) : -1);
+        // Missing when memory ran short before all distinct lists were found.
+        const auto index = indices.find(list);
+        SeqId.push_back(index != indices.end() ? index->second : -1);
     }
     return true;
 } catch (const std::bad_alloc&) {

@@ -63,20 +63,30 @@ std::int32_t getRcvLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table, std::i
         fail(Globals, text::kNoNode);
         return KESTO_RUN_FAILURE;
     }
-    const std::vector<PathToLeaf>& paths = PathsBuild(node);
-    Receiver& receiver = table.emplace_back(Receiver{receiverId, {}});
-    std::string takenLeafs;
-    for (const PathToLeaf& path : paths) {
-        RCVTOLEAF leaf;
-        if (!findLeaf(Globals, path, leafTypes, takenLeafs, leaf)) return KESTO_RUN_FAILURE;
-        receiver.paths.push_back(std::move(leaf));
+    const char* what = "pathsToLeafs";
+    try {
+        const std::vector<PathToLeaf>& paths = PathsBuild(node);
+        what = "RCVTOLEAFS";
+        Receiver& receiver = table.emplace_back(Receiver{receiverId, {}});
+        what = "RCVTOLEAF";
+        receiver.paths.reserve(paths.size());
+        what = "RCVTOLEAF[ipath].Split_id";
+        std::string takenLeafs;
+        for (const PathToLeaf& path : paths) {
+            RCVTOLEAF leaf;
+            if (!findLeaf(Globals, path, leafTypes, takenLeafs, leaf)) return KESTO_RUN_FAILURE;
+            receiver.paths.push_back(std::move(leaf));
+        }
+        return KESTO_SUCCESS;
+    } catch (const std::bad_alloc&) {
+        fail(Globals, text::kNoMemory, what);
+        return KESTO_SETUP_FAILURE;
     }
-    return KESTO_SUCCESS;
 }
 
 }  // namespace
 
-std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table) try {
+std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table) {
     std::int32_t status = KESTO_SUCCESS;
     for (std::int32_t i = 0; i < Globals->nComps && status == KESTO_SUCCESS; ++i) {
         // DELIBERATE: id and type are cut here, not rounded as everywhere else.
@@ -87,7 +97,4 @@ std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table) 
     }
     PathsKill();
     return status;
-} catch (const std::bad_alloc&) {
-    fail(Globals, text::kNoMemory, "RCVTOLEAF");
-    return KESTO_SETUP_FAILURE;
 }
