@@ -1,6 +1,5 @@
 #include "components/lookup.h"
 
-#include <algorithm>
 #include <limits>
 
 #include "components.h"
@@ -9,15 +8,8 @@
 
 namespace {
 
-constexpr float kReservoir = 39.0F;
-
 // Of the call that is running; null between calls.
 const LookupIndex* callIndex = nullptr;
-
-// Whether a specification row counts.
-bool isSelected(const SpecificationRow& row) {
-    return row.select1 == 1.0F && row.select2 == 1.0F;
-}
 
 // The first entry at or after `from` whose column holds the key; -1 without one.
 template <typename Row, typename Key>
@@ -28,39 +20,6 @@ std::int32_t scan(const Row* table, std::int32_t count, Key Row::*column, Key ke
     return -1;
 }
 
-struct SeriesKind {
-    const char* name;
-    SeriesEntry* AUEglobals::*table;
-    std::int32_t AUEglobals::*count;
-};
-
-using G = AUEglobals;
-constexpr SeriesKind kSeries[] = {
-    {"Rainfall", &G::Rainfall, &G::nRainfall},
-    {"Temp", &G::Temp, &G::nTemp},
-    {"Tmin", &G::Tmin, &G::nTmin},
-    {"Tmax", &G::Tmax, &G::nTmax},
-    {"Wind", &G::Wind, &G::nWind},
-    {"Multpls", &G::Multpls, &G::nMultpls},
-    {"Threshold", &G::Threshold, &G::nThreshold},
-    {"Occup", &G::Occup, &G::nOccup},
-    {"Dmdflct", &G::Dmdflct, &G::nDmdflct},
-    {"InsDmd", &G::InsDmd, &G::nInsDmd},
-    {"WatQuant", &G::WatQuant, &G::nWatQuant},
-    {"WatQual", &G::WatQual, &G::nWatQual},
-    {"NrgPot", &G::NrgPot, &G::nPotComps},
-    {"InfPot", &G::InfPot, &G::nPotComps},
-    {"LosPot", &G::LosPot, &G::nPotComps},
-    {"EvaPot", &G::EvaPot, &G::nPotComps},
-    {"CapPot", &G::CapPot, &G::nPotComps},
-    {"OprPot", &G::OprPot, &G::nPotComps},
-};
-
-// The potentials all carry the same ids and share one part of the index.
-std::size_t indexOfKind(Series kind) {
-    return static_cast<std::size_t>(std::min(static_cast<int>(kind), static_cast<int>(Series::NrgPot)));
-}
-
 bool isInside(const AUEglobals* Globals, std::int32_t step) {
     return step >= 0 && step < Globals->nSteps;
 }
@@ -69,7 +28,7 @@ bool isInside(const AUEglobals* Globals, std::int32_t step) {
 std::int32_t positionOf(AUEglobals* Globals, Series kind, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
     const std::int32_t position = callIndex
-                                      ? callIndex->series[indexOfKind(kind)].first(id)
+                                      ? callIndex->ofKind(kind).first(id)
                                       : scan(Globals->*series.table, Globals->*series.count, &SeriesEntry::id, id);
     if (position < 0) fail(Globals, text::kSeriesNotFound, series.name, id);
     return position;
@@ -127,44 +86,6 @@ std::int32_t truncated(double value) {
 
 std::int32_t nint(double value) {
     return truncated(value > 0.0 ? value + 0.5 : value - 0.5);
-}
-
-LookupIndex::LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId) {
-    // A key that is not a number is equal to none and would spoil the order.
-    const auto isNumber = [](float value) { return value == value; };
-    for (std::int32_t i = 0; i < Globals->nComps; ++i) {
-        const ComponentRow& row = Globals->Net_Compnt[i];
-        if (isNumber(row.id)) rows.add(row.id, i);
-        if (row.techid == kReservoir && isNumber(row.key)) reservoirs.add(row.key, i);
-    }
-    for (std::int32_t i = 0; i < Globals->nTechSpecs; ++i) {
-        const SpecificationRow& row = Globals->TechSpecs[i];
-        if (!isSelected(row) || !isNumber(row.brand) || !isNumber(row.number)) continue;
-        specifications.add({row.brand, row.number}, i);
-    }
-    series.resize(indexOfKind(Series::NrgPot) + 1);
-    for (std::size_t kind = 0; kind < series.size(); ++kind) {
-        const SeriesKind& entries = kSeries[kind];
-        for (std::int32_t i = 0; i < Globals->*entries.count; ++i)
-            series[kind].add((Globals->*entries.table)[i].id, i);
-        series[kind].sort();
-    }
-    for (std::int32_t i = 0; i < Globals->nFreqSer; ++i)
-        frequencies.add(Globals->FreqSer[i].id, i);
-    for (std::int32_t i = 0; i < Globals->nLogs; ++i)
-        logs.add(Globals->Logs[i].id, i);
-    for (std::int32_t i = 0; i < Globals->nWatBod; ++i)
-        waterBodies.add(Globals->WatBod[i].id, i);
-    for (std::int32_t i = 0; i < Globals->nSplits; ++i)
-        splits.add(Globals->Splits[i].id, i);
-    for (std::size_t i = 0; i < CompntId.size(); ++i)
-        sequence.add(CompntId[i], static_cast<std::int32_t>(i));
-    rows.sort();
-    reservoirs.sort();
-    specifications.sort();
-    for (Positions<std::int32_t>* const positions : {&frequencies, &logs, &waterBodies, &splits, &sequence}) {
-        positions->sort();
-    }
 }
 
 UseIndex::UseIndex(const LookupIndex* index) {

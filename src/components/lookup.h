@@ -12,30 +12,9 @@
 #include <optional>
 
 #include "AUEglobals.h"
+#include "components/series.h"
 
 struct InstInfo;
-
-// The eighteen kinds of series, in the record's order; the potentials last.
-enum class Series {
-    Rainfall,
-    Temp,
-    Tmin,
-    Tmax,
-    Wind,
-    Multpls,
-    Threshold,
-    Occup,
-    Dmdflct,
-    InsDmd,
-    WatQuant,
-    WatQual,
-    NrgPot,
-    InfPot,
-    LosPot,
-    EvaPot,
-    CapPot,
-    OprPot,
-};
 
 // Rounds a number to an integer, half away from zero. NaN and what 32 bits cannot hold give -2147483648.
 std::int32_t nint(double value);

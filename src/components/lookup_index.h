@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "AUEglobals.h"
+#include "components/series.h"
 
 // Positions by key, ascending within a key.
 template <typename Key>
@@ -30,10 +31,19 @@ class Positions {
     std::vector<std::pair<Key, std::int32_t>> entries_;
 };
 
+inline constexpr float kReservoir = 39.0F;
+
+// Whether a specification row counts.
+inline bool isSelected(const SpecificationRow& row) {
+    return row.select1 == 1.0F && row.select2 == 1.0F;
+}
+
 // The tables of a record whose outputs are allocated.
 struct LookupIndex {
     // May throw std::bad_alloc.
     LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId);
+
+    const Positions<std::int32_t>& ofKind(Series kind) const;
 
     Positions<float> rows;
     Positions<float> reservoirs;                        // rows of type 39, by key
