@@ -105,6 +105,7 @@ struct Type {
     bool reservoirsOptional = false;  // it runs without them
     bool dailyOnly = false;           // refuses a time step other than one day
     bool usesLatitude = false;
+    bool booksDepth = false;  // its potentials are in mm, those of one m2
 
     bool isAppliance() const { return codes.size() > 1; }
 };

@@ -93,7 +93,8 @@ Type soilStore() {
                            {59, "evaporation_factor", "-", "factor on the evaporation", 1},
                            {60, "threshold_fraction", "-", "threshold of the outflow as a fraction of the depth"}},
             .series = {ofGroup(rainfall), ofGroup(temperature), kOwnDepth},
-            .potentials = {kInfiltration}};
+            .potentials = {kInfiltration},
+            .booksDepth = true};
 }
 
 Type demandSource() {

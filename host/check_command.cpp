@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "load.h"
 #include "record.h"
+#include "record_choice.h"
 
 namespace kesto {
 
@@ -17,9 +18,9 @@ std::string bytes(double count) {
 }
 
 // What a run with all outputs recorded will take: the engine's outputs are there twice while they are handed over.
-double expectedMemory(const Model& model) {
+double expectedMemory(const Model& model, const RecordingPlan& plan) {
     const auto steps = static_cast<double>(model.simulation.days());
-    const auto outputs = static_cast<double>(allOutputs(model).size());
+    const auto outputs = static_cast<double>(plan.logged.size() + plan.fromOwnLog.size());
     double series = static_cast<double>(model.sources.size());
     double states = 0;
     for (const Component& component : model.components) {
@@ -38,8 +39,13 @@ double expectedMemory(const Model& model) {
 }  // namespace
 
 int checkCommand(const CheckOptions& options) {
-    const LoadedModel loaded(options.model, options.read);
-    const Diagnostics& diagnostics = loaded.diagnostics();
+    LoadedModel loaded(options.model, options.read);
+    Diagnostics& diagnostics = loaded.diagnostics();
+    RecordingPlan plan;
+    if (loaded.isFit()) {
+        plan = planRecordings(loaded.model(), Network(loaded.model()), allOutputs(loaded.model()));
+        reportRefusals(loaded.model(), plan, false, diagnostics);
+    }
     diagnostics.print(std::cerr);
     const std::size_t errors = diagnostics.count(Severity::error);
     const std::size_t warnings = diagnostics.count(Severity::warning);
@@ -55,7 +61,7 @@ int checkCommand(const CheckOptions& options) {
         "recorded\n",
         options.model, warnings, warnings == 1 ? "" : "s", model.components.size(), model.connections.size(),
         model.simulation.days(), toText(model.simulation.start), toText(model.simulation.end),
-        bytes(expectedMemory(model)));
+        bytes(expectedMemory(model, plan)));
     return kGood;
 }
 

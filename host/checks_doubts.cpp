@@ -33,6 +33,7 @@ class Doubts {
         }
         checkWind();
         checkRain();
+        checkInfiltration();
         if (model_.isNetworkComplete) checkReach();
         if (model_.simulation.traceSources) checkIds();
     }
@@ -163,16 +164,67 @@ class Doubts {
         }
     }
 
+    // A sum of litres and millimetres means nothing.
+    void checkInfiltration() {
+        std::map<int, const Component*> volumes;
+        for (const Component& component : model_.components) {
+            const auto unit = unitBooked(component, kInfiltration);
+            if (unit && *unit == info(kInfiltration).unit) volumes.emplace(component.group, &component);
+        }
+        for (const Component& component : model_.components) {
+            const auto unit = unitBooked(component, kInfiltration);
+            const auto other = volumes.find(component.group);
+            if (!unit || *unit == info(kInfiltration).unit || component.group < 0 || other == volumes.end()) continue;
+            doubt(
+                component.place, component,
+                fmt::format("it books its infiltration in {}, \"{}\" of the same group in {}: their sum means nothing; "
+                            "put it into a group of its own",
+                            *unit, other->second->name, info(kInfiltration).unit));
+        }
+    }
+
+    // What makes water or demand by itself, or has some stored; the rest lives on what is sent to it.
+    static bool isSource(const Component& component) {
+        if (component.type->inputs == 0) return true;
+        return std::any_of(component.type->series.begin(), component.type->series.end(),
+                           [](const SeriesNeed& need) { return need.kind == SeriesKind::storage && need.isState; });
+    }
+
+    // Components of a loop send to each other, and still there may be nothing to send.
+    void checkSources(const Network& network) {
+        std::vector<bool> reached(model_.components.size(), false);
+        std::vector<int> stack;
+        for (std::size_t i = 0; i < reached.size(); ++i) {
+            const int index = static_cast<int>(i);
+            if (isSource(model_.components[i]) || network.incoming(index).empty()) stack.push_back(index);
+        }
+        while (!stack.empty()) {
+            const int index = stack.back();
+            stack.pop_back();
+            if (reached[at(index)]) continue;
+            reached[at(index)] = true;
+            for (const int connection : network.outgoing(index)) {
+                stack.push_back(model_.connections[at(connection)].to);
+            }
+        }
+        for (std::size_t i = 0; i < reached.size(); ++i) {
+            const Component& component = model_.components[i];
+            if (!reached[i])
+                doubt(component.place, component, "nothing reaches it: it is fed by a loop without a source");
+        }
+    }
+
     void checkReach() {
         const Network network(model_);
+        checkSources(network);
         for (std::size_t i = 0; i < model_.components.size(); ++i) {
             const Component& component = model_.components[i];
             const int index = static_cast<int>(i);
             const bool isFed = !network.incoming(index).empty();
             if (component.type->inputs == kAnyInputs && !isFed) {
                 doubt(component.place, component, "nothing sends to it");
-            } else if (component.type->out.size() > 0 && network.outgoing(index).empty() &&
-                       component.type->inputs == 0 && component.type->potentials.empty()) {
+            } else if (!component.type->out.empty() && network.outgoing(index).empty() && component.type->inputs == 0 &&
+                       component.type->potentials.empty()) {
                 doubt(component.place, component, "it sends to nothing");
             }
         }

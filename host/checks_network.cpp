@@ -121,6 +121,23 @@ void checkOrder(const Model& model, const Network& network, Diagnostics& diagnos
                                                   delayed)));
 }
 
+// Two ways out of each component in a row double the ways at each: 20 of them make a million.
+constexpr double kManyVisits = 1e6;  // about a second and 100 MB
+constexpr double kTooManyVisits = 1e9;
+
+void checkWays(const Component& receiver, double visits, Diagnostics& diagnostics) {
+    if (visits <= kManyVisits) return;
+    const std::string text = fmt::format(
+        "{} ({}): with trace_sources the engine follows each way downstream of it by itself, past {} components in all",
+        nameOf(receiver), receiver.type->name,
+        visits > kTooManyVisits ? "more than a thousand million" : fmt::format("{:.0f}", visits));
+    if (visits > kTooManyVisits) {
+        diagnostics.error(receiver.place, text + "; expected fewer branches that meet again, or no loop behind it");
+    } else {
+        diagnostics.warning(receiver.place, text + ": this takes long and much memory");
+    }
+}
+
 void checkTracing(const Model& model, const Network& network, Diagnostics& diagnostics) {
     if (!model.simulation.traceSources) return;
     const std::vector<bool> traced = network.tracedFromReceivers();
@@ -133,6 +150,7 @@ void checkTracing(const Model& model, const Network& network, Diagnostics& diagn
                                                            "cannot be traced",
                                                            nameOf(component), component.type->name));
         }
+        if (isReceiver) checkWays(component, network.visitsFrom(index, kTooManyVisits), diagnostics);
         if (component.code == code::kSplitter && traced[i] && network.outgoing(index).empty()) {
             diagnostics.error(component.place, fmt::format("{} (splitter): sources are traced through it, but it sends "
                                                            "to nothing",

@@ -1,5 +1,7 @@
 #include "model.h"
 
+#include <algorithm>
+
 namespace kesto {
 
 namespace {
@@ -44,6 +46,16 @@ std::vector<std::string_view> Model::groupNames() const {
 }
 std::vector<std::string_view> Model::componentNames() const {
     return namesOf(components);
+}
+
+std::optional<std::string_view> unitBooked(const Component& component, Potential potential) {
+    const Type& type = *component.type;
+    if (std::find(type.potentials.begin(), type.potentials.end(), potential) == type.potentials.end()) {
+        return std::nullopt;
+    }
+    const bool onlyIndependentUse = type.isAppliance() && potential == kInfiltration;
+    if (onlyIndependentUse && component.code != code::kIndependentUse) return std::nullopt;
+    return type.booksDepth ? "mm" : info(potential).unit;
 }
 
 std::string outputName(const Component& component, int port) {

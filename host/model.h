@@ -133,6 +133,10 @@ struct Model {
     std::map<std::string, int, std::less<>> brandIndex, groupIndex, componentIndex;
 };
 
+// The unit in which a component books this potential under its group: mm where it works per unit area; none when it
+// does not book it.
+std::optional<std::string_view> unitBooked(const Component& component, Potential potential);
+
 // "tank:overflow".
 std::string outputName(const Component& component, int port);
 

@@ -1,5 +1,6 @@
 #include "network.h"
 
+#include <array>
 #include <map>
 
 namespace kesto {
@@ -103,6 +104,32 @@ std::vector<bool> Network::tracedFromReceivers() const {
         }
     }
     return traced;
+}
+
+double Network::visitsFrom(int receiver, double enough) const {
+    constexpr int kLongestWay = 1000;
+    std::map<int, double> reached{{receiver, 1.0}};
+    double visits = 1;
+    for (int length = 1; length < kLongestWay && !reached.empty() && visits <= enough; ++length) {
+        std::map<int, double> next;
+        for (const auto& [component, ways] : reached) {
+            const bool ends = model_.components[at(component)].code == code::kServiceReservoir && length > 1;
+            if (ends) continue;
+            // Of each output the engine follows the connection listed last.
+            std::array<int, 2> to{-1, -1};
+            for (const int connection : outgoing(component)) {
+                const Connection& one = model_.connections[at(connection)];
+                to[one.fromPort == 1 ? 0 : 1] = one.to;
+            }
+            for (const int receives : to) {
+                if (receives < 0) continue;
+                next[receives] += ways;
+                visits += ways;
+            }
+        }
+        reached = std::move(next);
+    }
+    return visits;
 }
 
 }  // namespace kesto

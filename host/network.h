@@ -27,6 +27,10 @@ class Network {
     // Components that a receiving unit (service_reservoir, treatment_plant) can reach downstream, itself included.
     std::vector<bool> tracedFromReceivers() const;
 
+    // Components that the engine visits when it follows all ways downstream of a receiving unit, as often as it visits
+    // them: it walks round a loop until a way is 1000 components long. Counting ends above `enough`.
+    double visitsFrom(int receiver, double enough) const;
+
   private:
     void place(std::vector<bool>& placed, std::vector<int>& waiting, int& silent) const;
 

@@ -68,4 +68,18 @@ std::vector<OutputPort> parseRecordChoice(const Model& model, const std::string&
     return outputs;
 }
 
+void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, Diagnostics& diagnostics) {
+    const Place place{std::make_shared<const std::string>(model.path), 0, 0};
+    for (const Refusal& refusal : plan.refused) {
+        const Component& component = model.components[static_cast<std::size_t>(refusal.output.component)];
+        const std::string text = fmt::format("\"{}\" is not recorded, since that would change results: {}",
+                                             outputName(component, refusal.output.port), refusal.reason);
+        if (byName) {
+            diagnostics.error(place, text);
+        } else {
+            diagnostics.warning(place, text);
+        }
+    }
+}
+
 }  // namespace kesto

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <map>
 
 namespace kesto {
 
@@ -62,13 +62,14 @@ void collectFlows(Results& results, const Record& record, const RecordingPlan& p
 }
 
 // Which potentials the components of each group book.
-std::set<std::pair<int, int>> bookedPotentials(const Model& model) {
-    std::set<std::pair<int, int>> booked;
+std::map<std::pair<int, int>, std::string_view> bookedPotentials(const Model& model) {
+    std::map<std::pair<int, int>, std::string_view> booked;
     for (const Component& component : model.components) {
         for (const Potential potential : component.type->potentials) {
-            const bool onlyKindNine = component.type->isAppliance() && potential == kInfiltration;
-            if (onlyKindNine && component.code != code::kIndependentUse) continue;
-            booked.emplace(component.group, potential);
+            const auto unit = unitBooked(component, potential);
+            if (!unit) continue;
+            const auto [other, isNew] = booked.emplace(std::pair<int, int>(component.group, potential), *unit);
+            if (!isNew && other->second != *unit) other->second = info(potential).unit;  // the checks warn of it
         }
     }
     return booked;
@@ -91,8 +92,10 @@ Results collectResults(const Model& model, const Record& record, const Recording
     for (std::size_t i = 0; i < groups; ++i) {
         for (std::size_t potential = 0; potential < kPotentials; ++potential) {
             const int group = record.potentialGroups()[i];
-            if (!booked.contains({group, static_cast<int>(potential)})) continue;
+            const auto found = booked.find({group, static_cast<int>(potential)});
+            if (found == booked.end()) continue;
             results.potentials.push_back({model.groups[at(group)].name, static_cast<Potential>(potential),
+                                          found->second,
                                           record.outputs().potentials + (potential * groups + i) * record.steps()});
         }
     }

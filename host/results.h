@@ -22,6 +22,7 @@ struct Flow {
 struct PotentialSeries {
     std::string group;
     Potential potential;
+    std::string_view unit;
     const float* values;
 };
 

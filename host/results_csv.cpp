@@ -84,8 +84,7 @@ std::vector<std::string> writeCsv(const Results& results, const std::string& fol
     }
     for (const PotentialSeries& series : results.potentials) {
         const PotentialInfo& potential = info(series.potential);
-        potentials.push_back(
-            {header(series.group + ":" + std::string(potential.name), potential.unit), series.values, 1});
+        potentials.push_back({header(series.group + ":" + std::string(potential.name), series.unit), series.values, 1});
     }
     std::vector<std::string> written;
     const auto writeOne = [&](const char* name, const std::vector<Column>& columns) {

@@ -42,21 +42,6 @@ void reportFailure(const Results& results) {
     }
 }
 
-// Outputs that were asked for by name must be recorded; of all, those that cannot be are only told.
-void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, Diagnostics& diagnostics) {
-    const Place place{std::make_shared<const std::string>(model.path), 0, 0};
-    for (const Refusal& refusal : plan.refused) {
-        const Component& component = model.components[static_cast<std::size_t>(refusal.output.component)];
-        const std::string text = fmt::format("\"{}\" is not recorded, since that would change results: {}",
-                                             outputName(component, refusal.output.port), refusal.reason);
-        if (byName) {
-            diagnostics.error(place, text);
-        } else {
-            diagnostics.warning(place, text);
-        }
-    }
-}
-
 void writeResults(const Results& results, const RunOptions& options) {
     std::vector<std::string> files = writeCsv(results, options.output);
     files.push_back((std::filesystem::path(options.output) / "summary.json").string());

@@ -72,7 +72,7 @@ std::string potentialTable(const Results& results) {
     for (const PotentialSeries& series : results.potentials) {
         const PotentialInfo& potential = info(series.potential);
         text += fmt::format("  {:<{}}  {:<12}  {:>14} {}\n", series.group, width, potential.name,
-                            amount(total(series.values, results.steps)), potential.unit);
+                            amount(total(series.values, results.steps)), series.unit);
     }
     return text;
 }

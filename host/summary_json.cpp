@@ -70,7 +70,7 @@ Json potentialsOf(const Results& results) {
     for (const PotentialSeries& series : results.potentials) {
         potentials.push_back({{"group", series.group},
                               {"potential", info(series.potential).name},
-                              {"unit", info(series.potential).unit},
+                              {"unit", series.unit},
                               {"total", total(series.values, results.steps)}});
     }
     return potentials;

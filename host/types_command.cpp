@@ -68,7 +68,8 @@ void printType(const Type& type) {
     if (type.usesLatitude) std::cout << "needs     latitude in [simulation]\n";
     if (type.dailyOnly) std::cout << "needs     a time_step of one day\n";
     for (const Potential potential : type.potentials) {
-        std::cout << fmt::format("books     {}{}\n", info(potential).name, unit(info(potential).unit));
+        std::cout << fmt::format("books     {}{}\n", info(potential).name,
+                                 unit(type.booksDepth ? "mm" : info(potential).unit));
     }
 }
 

@@ -111,6 +111,18 @@ class Run(unittest.TestCase):
         self.assertAlmostEqual(float(rows[1]["roof:runoff [L]"]), 6, places=5)
         self.assertEqual(float(rows[1]["tank:overflow [L]"]), 0)
 
+    def test_what_cannot_be_recorded_is_named(self):
+        with open(self.folder / "model.toml", "a") as model:
+            model.write('[[components]]\nname = "pump"\ntype = "pump"\n[[connections]]\nfrom = "tank:deficit"\n'
+                        'to = "pump:2"\n')
+        reason = '"tank:deficit" is not recorded, since that would change results: nothing is connected to input 1'
+        done = self.kesto("run", "model.toml")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("warning: " + reason, done.stderr)
+        done = self.kesto("run", "model.toml", "--record", "tank:deficit")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("error: " + reason, done.stderr)
+
     def test_recordings_can_be_chosen(self):
         self.assertEqual(list(self.flows("--record", "tank:overflow,asked")[0])[1:],
                          ["asked:demand [L]", "tank:overflow [L]"])
