@@ -19,6 +19,7 @@ struct RunOptions {
     std::string record = "all";  // or none, or a list of outputs
     bool quiet = false;          // errors only
     bool json = false;           // the summary as JSON
+    std::string format = "csv";  // of the results, or netcdf
 };
 
 struct CheckOptions {

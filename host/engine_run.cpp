@@ -168,6 +168,20 @@ EngineRun conclude(const Record& record, int waitStatus, std::string errors) {
 
 }  // namespace
 
+std::string_view toText(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::finished:
+            return "finished";
+        case Outcome::failed:
+            return "failed";
+        case Outcome::crashed:
+            return "crashed";
+        case Outcome::interrupted:
+            return "interrupted";
+    }
+    return "";
+}
+
 EngineRun runEngine(Record& record, const Progress& progress) {
     prepare(record);
     Pipe errors;

@@ -3,12 +3,15 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "record.h"
 
 namespace kesto {
 
 enum class Outcome { finished, failed, crashed, interrupted };
+
+std::string_view toText(Outcome outcome);
 
 struct EngineRun {
     Outcome outcome = Outcome::crashed;

@@ -22,7 +22,9 @@ int main(int argc, char** argv) {
     kesto::RunOptions run;
     CLI::App* runCommand = app.add_subcommand("run", "Run a model, print a summary and write the results");
     runCommand->add_option("model", run.model, "Model file (TOML)")->required();
-    runCommand->add_option("-o,--output", run.output, "Folder for the results (CSV)");
+    runCommand->add_option("-o,--output", run.output, "Folder for the results");
+    runCommand->add_option("--format", run.format, "Format of the results: csv (unless given) or netcdf")
+        ->check(CLI::IsMember({"csv", "netcdf"}));
     runCommand->add_option("--record", run.record,
                            "Outputs to record: all (unless given), none, or a list such as "
                            "tank:overflow,roof");

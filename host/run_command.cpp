@@ -10,6 +10,7 @@
 #include "progress_bar.h"
 #include "record_choice.h"
 #include "results_csv.h"
+#include "results_netcdf.h"
 #include "summary.h"
 #include "summary_json.h"
 
@@ -43,7 +44,12 @@ void reportFailure(const Results& results) {
 }
 
 void writeResults(const Results& results, const RunOptions& options) {
-    std::vector<std::string> files = writeCsv(results, options.output);
+    std::vector<std::string> files;
+    if (options.format == "netcdf") {
+        files.push_back(writeNetcdf(results, options.read, options.output));
+    } else {
+        files = writeCsv(results, options.output);
+    }
     files.push_back((std::filesystem::path(options.output) / "summary.json").string());
     std::ofstream summary(files.back(), std::ios::binary);
     summary << summaryJson(results);

@@ -10,20 +10,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* word(Outcome outcome) {
-    switch (outcome) {
-        case Outcome::finished:
-            return "finished";
-        case Outcome::failed:
-            return "failed";
-        case Outcome::crashed:
-            return "crashed";
-        case Outcome::interrupted:
-            return "interrupted";
-    }
-    return "";
-}
-
 const char* word(Carries carries) {
     switch (carries) {
         case Carries::water:
@@ -89,7 +75,7 @@ std::string summaryJson(const Results& results) {
                        {"days_per_step", simulation.timeStep},
                        {"components", model.components.size()},
                        {"connections", model.connections.size()},
-                       {"outcome", word(results.run.outcome)},
+                       {"outcome", toText(results.run.outcome)},
                        {"steps_run", results.steps},
                        {"message", explainMessage(results.run.message, model)},
                        {"flows", flowsOf(results)},

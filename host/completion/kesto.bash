@@ -5,6 +5,7 @@ _kesto() {
     case $COMP_CWORD:$subcommand:${COMP_WORDS[COMP_CWORD - 1]}:$word in
         1:*) words=$("$kesto" --help | grep -oE "$option|^  [a-z]+") ;;
         *:--record:*) words="all none" ;;
+        *:--format:*) words="csv netcdf" ;;
         *:-*) words=$("$kesto" "$subcommand" --help 2>/dev/null | grep -oE "$option") ;;
         *:types:*) words=$("$kesto" types | cut -d ' ' -f 1) ;;
     esac

@@ -1,0 +1,45 @@
+// A NetCDF-4 file that is being written: the few things that results need of it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kesto {
+
+class NetcdfFile {
+  public:
+    using Id = int;  // of a dimension or a variable
+
+    // Creates the file. All calls throw std::runtime_error, with the file's path and the library's reason.
+    explicit NetcdfFile(const std::string& path);
+    ~NetcdfFile();
+    NetcdfFile(const NetcdfFile&) = delete;
+    NetcdfFile& operator=(const NetcdfFile&) = delete;
+
+    Id dimension(const std::string& name, std::size_t length);
+
+    // Variables of floats are compressed by rows of the last dimension; `fill` is what rows hold that are not written.
+    Id floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill = nullptr);
+    Id doubles(const std::string& name, Id dimension);
+    Id integers(const std::string& name, Id dimension);
+    Id texts(const std::string& name, Id dimension);
+
+    static constexpr Id kGlobal = -1;
+    void attribute(Id variable, const std::string& name, std::string_view text);
+    void attribute(Id variable, const std::string& name, int value);
+
+    void writeRow(Id variable, std::size_t row, const std::vector<float>& values);
+    void write(Id variable, const std::vector<double>& values);
+    void write(Id variable, const std::vector<int>& values);
+    void write(Id variable, const std::vector<std::string>& values);
+
+    void close();
+
+  private:
+    void check(int status) const;
+    std::string path_;
+    int file_ = -1;
+};
+
+}  // namespace kesto

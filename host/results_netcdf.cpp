@@ -1,0 +1,219 @@
+#include "results_netcdf.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "netcdf_file.h"
+#include "sha256.h"
+
+namespace kesto {
+
+namespace {
+
+using Id = NetcdfFile::Id;
+
+constexpr float kAbsent = -1.0F;  // the mark of a signal without quality
+
+// Rows of one unit that share a dimension.
+struct Table {
+    std::string dimension;
+    std::string variable;
+    std::string_view meaning;
+    std::string_view unit;
+};
+
+constexpr std::string_view unitOrOne(std::string_view unit) {
+    return unit.empty() || unit == "cost" ? "1" : unit;
+}
+
+std::string_view word(Carries carries) {
+    if (carries == Carries::same) return "either";
+    return carries == Carries::water ? "water" : "demand";
+}
+
+class Writer {
+  public:
+    Writer(const Results& results, const std::string& path)
+        : results_(results), file_(path), time_(file_.dimension("time", results.steps)) {}
+
+    void write(const ReadOptions& read) {
+        describe(read);
+        describeEnd();
+        writeTime();
+        writeFlows("L", {"flow", "quantity", "amount of the step", "L"}, "quality");
+        writeFlows("mm", {"depth_flow", "depth", "depth of the step", "mm"}, "depth_quality");
+        writeStates(SeriesKind::storage, {"store", "storage", "stored water at the end of the step", "L"});
+        writeStates(SeriesKind::storage, {"depth_store", "storage_depth", "stored depth at the end of the step", "mm"});
+        writeStates(SeriesKind::quality,
+                    {"quality_store", "stored_quality", "stored quality at the end of the step", ""});
+        writePotentials();
+        file_.close();
+    }
+
+  private:
+    void describe(const ReadOptions& read) {
+        const Model& model = *results_.model;
+        const auto global = [&](const char* name, std::string_view text) {
+            file_.attribute(NetcdfFile::kGlobal, name, text);
+        };
+        global("Conventions", "CF-1.8");
+        global("featureType", "timeSeries");
+        global("title", model.title.empty() ? model.path : model.title);
+        global("source", "KESTO " KESTO_VERSION);
+        global("engine_version", KESTO_VERSION);
+        std::string history = "kesto run " + model.path;
+        for (const std::string& set : read.set) {
+            history += " --set " + set;
+        }
+        if (!read.from.empty()) history += " --from " + read.from;
+        if (!read.to.empty()) history += " --to " + read.to;
+        global("history", history);
+        global("model", model.path);
+        global("model_sha256", sha256OfFile(model.path));
+        std::set<std::string> files;
+        for (const TimeTable& table : model.tables) {
+            files.insert(table.path);
+        }
+        std::string sums;
+        for (const std::string& file : files) {
+            sums += fmt::format("{}{}  {}", sums.empty() ? "" : "\n", sha256OfFile(file), file);
+        }
+        if (!sums.empty()) global("series_sha256", sums);
+    }
+
+    // Whether the run came to its end, and where it stopped.
+    void describeEnd() {
+        const Model& model = *results_.model;
+        const EngineRun& run = results_.run;
+        file_.attribute(NetcdfFile::kGlobal, "days_per_step", fmt::format("{}", model.simulation.timeStep));
+        file_.attribute(NetcdfFile::kGlobal, "outcome", toText(run.outcome));
+        file_.attribute(NetcdfFile::kGlobal, "steps_planned", static_cast<int>(model.simulation.days()));
+        file_.attribute(NetcdfFile::kGlobal, "steps_run", static_cast<int>(results_.steps));
+        if (run.outcome == Outcome::finished) return;
+        file_.attribute(NetcdfFile::kGlobal, "message", explainMessage(run.message, model));
+        file_.attribute(NetcdfFile::kGlobal, "stopped_at_step", run.step + 1);
+        if (run.step < 0) return;
+        file_.attribute(NetcdfFile::kGlobal, "stopped_on", toText(results_.dayOf(static_cast<std::size_t>(run.step))));
+    }
+
+    void writeTime() {
+        const Id id = file_.integers("time", time_);
+        file_.attribute(id, "standard_name", "time");
+        file_.attribute(id, "long_name", "day of the step");
+        file_.attribute(id, "units", "days since 1970-01-01 00:00:00");
+        file_.attribute(id, "calendar", "proleptic_gregorian");
+        file_.attribute(id, "axis", "T");
+        std::vector<int> days;
+        for (std::size_t step = 0; step < results_.steps; ++step) {
+            days.push_back(static_cast<int>(results_.dayOf(step)));
+        }
+        file_.write(id, days);
+    }
+
+    // A file of the conventions names one list of series as the identities.
+    void writeNames(const std::string& dimension, Id id, const std::vector<std::string>& names) {
+        const Id variable = file_.texts(dimension + "_name", id);
+        file_.attribute(variable, "long_name", "name in the model");
+        if (!std::exchange(hasIdentities_, true)) file_.attribute(variable, "cf_role", "timeseries_id");
+        file_.write(variable, names);
+    }
+
+    Id define(const Table& table, Id dimension, const float* fill = nullptr) {
+        const Id id = file_.floats(table.variable, dimension, time_, results_.steps, fill);
+        file_.attribute(id, "long_name", table.meaning);
+        file_.attribute(id, "units", unitOrOne(table.unit));
+        file_.attribute(id, "coordinates", table.dimension + "_name");
+        return id;
+    }
+
+    void writeFlows(std::string_view unit, const Table& table, const std::string& quality) {
+        std::vector<const Flow*> flows;
+        std::vector<std::string> names, carries;
+        for (const Flow& flow : results_.flows) {
+            if (flow.unit != unit) continue;
+            flows.push_back(&flow);
+            names.push_back(flow.name);
+            carries.emplace_back(word(flow.carries));
+        }
+        if (flows.empty()) return;
+        const Id dimension = file_.dimension(table.dimension, flows.size());
+        writeNames(table.dimension, dimension, names);
+        const Id kind = file_.texts(table.dimension + "_carries", dimension);
+        file_.attribute(kind, "long_name", "what the signal is: water, a demand, or either");
+        file_.write(kind, carries);
+        const Id quantities = define(table, dimension);
+        const Id qualities = define({table.dimension, quality, "quality of the flow", ""}, dimension, &kAbsent);
+        std::vector<float> row(results_.steps);
+        for (std::size_t i = 0; i < flows.size(); ++i) {
+            const Signal* signals = flows[i]->signals;
+            std::transform(signals, signals + results_.steps, row.begin(), [](const Signal& s) { return s.quantity; });
+            file_.writeRow(quantities, i, row);
+            std::transform(signals, signals + results_.steps, row.begin(), [](const Signal& s) { return s.quality; });
+            // A row that is not written reads as the mark of absence, and takes no space.
+            if (std::any_of(row.begin(), row.end(), [](float q) { return q != kAbsent; })) {
+                file_.writeRow(qualities, i, row);
+            }
+        }
+    }
+
+    void writeStates(SeriesKind kind, const Table& table) {
+        std::vector<const State*> states;
+        std::vector<std::string> names;
+        for (const State& state : results_.states) {
+            if (state.kind != kind || state.unit != table.unit) continue;
+            states.push_back(&state);
+            names.push_back(state.name);
+        }
+        if (states.empty()) return;
+        const Id dimension = file_.dimension(table.dimension, states.size());
+        writeNames(table.dimension, dimension, names);
+        const Id id = define(table, dimension);
+        for (std::size_t i = 0; i < states.size(); ++i) {
+            file_.writeRow(id, i, {states[i]->values, states[i]->values + results_.steps});
+        }
+    }
+
+    void writePotentials() {
+        std::vector<std::string> groups;
+        std::map<std::string, std::size_t> rows;
+        std::array<Id, kPotentials> variables;
+        variables.fill(NetcdfFile::kGlobal);
+        for (const PotentialSeries& series : results_.potentials) {
+            if (rows.emplace(series.group, groups.size()).second) groups.push_back(series.group);
+        }
+        if (groups.empty()) return;
+        const Id dimension = file_.dimension("group", groups.size());
+        writeNames("group", dimension, groups);
+        for (const PotentialSeries& series : results_.potentials) {
+            const PotentialInfo& potential = info(series.potential);
+            Id& id = variables[series.potential];
+            if (id == NetcdfFile::kGlobal) {
+                const std::string meaning = fmt::format("{} potential [{}]", potential.name, potential.unit);
+                id = define({"group", std::string(potential.name), meaning, potential.unit}, dimension);
+            }
+            file_.writeRow(id, rows[series.group], {series.values, series.values + results_.steps});
+        }
+    }
+
+    const Results& results_;
+    NetcdfFile file_;
+    Id time_;
+    bool hasIdentities_ = false;
+};
+
+}  // namespace
+
+std::string writeNetcdf(const Results& results, const ReadOptions& read, const std::string& folder) {
+    std::filesystem::create_directories(folder);
+    const std::string path = (std::filesystem::path(folder) / "results.nc").string();
+    Writer(results, path).write(read);
+    return path;
+}
+
+}  // namespace kesto

@@ -1,0 +1,25 @@
+#include "sha256.h"
+
+#include <fmt/format.h>
+#include <openssl/evp.h>
+
+#include <fstream>
+#include <iterator>
+
+namespace kesto {
+
+std::string sha256OfFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return {};
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    if (EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr) != 1) return {};
+    std::string text;
+    for (unsigned int i = 0; i < length; ++i) {
+        text += fmt::format("{:02x}", digest[i]);
+    }
+    return text;
+}
+
+}  // namespace kesto
