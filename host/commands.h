@@ -39,5 +39,6 @@ int runCommand(const RunOptions& options);
 int checkCommand(const CheckOptions& options);
 int typesCommand(const TypesOptions& options);
 int newCommand(const NewOptions& options);
+int schemaCommand();
 
 }  // namespace kesto

@@ -46,11 +46,14 @@ int main(int argc, char** argv) {
     CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
     newCommand->add_option("folder", create.folder, "Folder, made when it is missing")->required();
 
+    CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of the model file, for editors");
+
     try {
         app.parse(argc, argv);
         if (*runCommand) return kesto::runCommand(run);
         if (*checkCommand) return kesto::checkCommand(check);
         if (*newCommand) return kesto::newCommand(create);
+        if (*schemaCommand) return kesto::schemaCommand();
         return kesto::typesCommand(types);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;

@@ -1,0 +1,177 @@
+#include "schema_parts.h"
+
+#include <fmt/format.h>
+
+#include "units.h"
+
+namespace kesto::schema {
+
+namespace {
+
+constexpr const char* kNumber = R"([-+]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][-+]?[0-9]+)?)";
+
+// "L|m3|ML", with what has a meaning in a pattern made plain.
+std::string alternatives(std::string_view unit) {
+    std::string text;
+    for (const std::string_view one : unitsFor(unit)) {
+        if (!text.empty()) text += '|';
+        text += one;
+    }
+    return text;
+}
+
+std::string quantityPattern(std::string_view unit) {
+    return fmt::format("{} ({})", kNumber, alternatives(unit));
+}
+
+std::string describeUnit(std::string_view unit, std::string_view meaning) {
+    if (unit.empty() || unit == "-") return std::string(meaning);
+    return fmt::format("{}{}[{}]", meaning, meaning.empty() ? "" : " ", unit);
+}
+
+void describe(Json& schema, const std::string& text) {
+    if (!text.empty()) schema["description"] = text;
+}
+
+Json pattern(std::string_view unit, std::size_t length) {
+    return {{"type", "array"}, {"items", quantity(unit)}, {"minItems", length}, {"maxItems", length}};
+}
+
+}  // namespace
+
+Json text(std::string_view meaning) {
+    Json schema{{"type", "string"}, {"minLength", 1}};
+    describe(schema, std::string(meaning));
+    return schema;
+}
+
+Json quantity(std::string_view unit, std::string_view meaning) {
+    Json schema{{"type", {"number", "string"}}, {"pattern", "^" + quantityPattern(unit) + "$"}};
+    describe(schema, describeUnit(unit, meaning));
+    return schema;
+}
+
+Json closedTable(Json properties) {
+    return {{"type", "object"}, {"properties", std::move(properties)}, {"additionalProperties", false}};
+}
+
+Json oneOrMany(const Json& item) {
+    return {{"type", {"array", "object"}}, {"if", {{"type", "array"}}}, {"then", {{"items", item}}}, {"else", item}};
+}
+
+std::string sourceName(std::string_view unit) {
+    if (unit.empty() || unit == "-") return "values";
+    std::string name = "values_";
+    for (const char one : unit) {
+        name += one == '/' ? "_per_" : one == '%' ? "percent" : std::string(1, one);
+    }
+    return name;
+}
+
+Json source(std::string_view unit, std::string_view meaning) {
+    Json schema{{"$ref", "#/$defs/" + sourceName(unit)}};
+    describe(schema, describeUnit(unit, meaning));
+    return schema;
+}
+
+Json sourceOf(std::string_view unit, std::string_view meaning, bool isAssigned) {
+    Json keys{{"value", quantity(unit)},
+              {"column", text("column of the file")},
+              {"monthly", pattern(unit, 12)},
+              {"weekly", pattern(unit, 7)},
+              {"unit", {{"enum", unitsFor(unit)}}},
+              {"file", text("CSV file, instead of that of [series]")},
+              {"time", text("its column with the dates")}};
+    if (isAssigned) {
+        keys["for"] = {{"type", {"array", "string"}}, {"items", text()}, {"minItems", 1}};
+    }
+    Json schema = closedTable(std::move(keys));
+    schema["type"] = {"number", "string", "object"};
+    // A text without a blank is the name of a column.
+    schema["pattern"] = fmt::format("^([^ ]+|{})$", quantityPattern(unit));
+    schema["if"] = {{"type", "object"}};
+    for (const char* key : {"value", "column", "monthly", "weekly"}) {
+        schema["then"]["oneOf"].push_back({{"required", {key}}});
+    }
+    describe(schema, describeUnit(unit, meaning));
+    return schema;
+}
+
+Json namesOf(const Type& type) {
+    Json names = Json::array({type.name});
+    if (!type.tag.empty()) names.push_back(type.tag);
+    for (const int code : type.codes) {
+        names.push_back(code);
+    }
+    return names;
+}
+
+namespace {
+
+std::string_view ownUnit(const Type& type, SeriesKind kind) {
+    for (const SeriesNeed& need : type.series) {
+        if (need.kind == kind && need.filing == Filing::own && !need.unit.empty()) return need.unit;
+    }
+    return info(kind).unit;
+}
+
+void addSeries(Json& keys, const Type& type) {
+    const auto add = [&](std::string_view key, SeriesKind kind) {
+        keys[std::string(key)] = source(ownUnit(type, kind), info(kind).meaning);
+    };
+    for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality}) {
+        add(fmt::format("initial_{}", info(kind).name), kind);
+        add(info(kind).name, kind);
+    }
+    for (const SeriesKind kind : {SeriesKind::multiplier, SeriesKind::threshold, SeriesKind::demand}) {
+        add(info(kind).name, kind);
+    }
+    for (const SeriesNeed& need : type.series) {
+        if (!need.alias.empty()) add(need.alias, need.kind);
+    }
+}
+
+Json splits() {
+    Json split = closedTable({{"members", {{"type", "array"}, {"items", text("name of a store")}}},
+                              {"beta", quantity("%", "how much the stores' filling corrects the percentage")}});
+    split["required"] = {"members", "beta"};
+    return {{"type", "array"}, {"items", std::move(split)}, {"maxItems", 100}};
+}
+
+bool needsBrand(const Type& type) {
+    for (const Parameter& parameter : type.parameters) {
+        if (!parameter.standard) return true;
+    }
+    return false;
+}
+
+bool needsGroup(const Type& type) {
+    for (const SeriesNeed& need : type.series) {
+        if (need.filing == Filing::group && !need.onlyTracing) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+Json component(const Type& type) {
+    Json keys{{"name", {{"type", "string"}, {"minLength", 1}, {"pattern", "^[^:,\"\\n\\t]+$"}}},
+              {"type", {{"enum", namesOf(type)}}},
+              {"group", text("who uses the water; series and potentials go by group")},
+              {"brand", text("name of its parameters in [brands]")},
+              {"id", {{"type", "integer"}, {"minimum", 1}, {"maximum", (1 << 24) - 1}}},
+              {"size", quantity(type.size.unit, type.size.meaning.empty() ? "not read" : type.size.meaning)}};
+    Json required = Json::array({"name", "type"});
+    if (!type.size.meaning.empty() && !type.size.standard) required.push_back("size");
+    if (needsBrand(type)) required.push_back("brand");
+    if (needsGroup(type)) required.push_back("group");
+    addSeries(keys, type);
+    if (type.isAppliance()) keys["kind"] = {{"enum", type.codes}};
+    if (type.codes.front() == code::kSplitter) keys["splits"] = splits();
+    Json schema = closedTable(std::move(keys));
+    schema["description"] = type.summary;
+    schema["required"] = std::move(required);
+    return schema;
+}
+
+}  // namespace kesto::schema
