@@ -288,9 +288,9 @@ TABLES = {"radiation": radiation_table, "declination": declination_table, "hargr
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("library", type=pathlib.Path, help="libKESTO.so")
+    parser.add_argument("engine", type=pathlib.Path, help="libKESTO.so")
     parser.add_argument("--update", action="store_true", help="rewrite the figures")
-    arguments = parser.parse_args()
+    options = parser.parse_args()
     os.environ["TZ"] = "UTC"
     text = PAGE.read_text()
     problems = 0
@@ -300,13 +300,13 @@ def main():
             print(f"publications.md has no block \"{name}\"")
             problems += 1
             continue
-        figures = "\n".join(table(arguments.library.resolve())) + "\n"
-        if arguments.update:
+        figures = "\n".join(table(options.engine.resolve())) + "\n"
+        if options.update:
             text = text[:block.start(2)] + figures + text[block.end(2):]
         elif figures != block[2]:
             print(f"{name}: the page says\n{block[2]}and the engine gives\n{figures}")
             problems += 1
-    if arguments.update:
+    if options.update:
         PAGE.write_text(text)
     print(f"{len(TABLES)} tables, {problems} problems")
     return 1 if problems else 0
