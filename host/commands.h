@@ -35,10 +35,23 @@ struct NewOptions {
     std::string folder;
 };
 
+struct DrawOptions {
+    std::string model;
+    std::string output;  // its ending says the format
+};
+
+struct ReportOptions {
+    std::string results;  // folder that a run wrote
+    std::string output;   // page
+    std::string model;    // empty: where the run found it
+};
+
 int runCommand(const RunOptions& options);
 int checkCommand(const CheckOptions& options);
 int typesCommand(const TypesOptions& options);
 int newCommand(const NewOptions& options);
 int schemaCommand();
+int drawCommand(const DrawOptions& options);
+int reportCommand(const ReportOptions& options);
 
 }  // namespace kesto

@@ -46,6 +46,17 @@ int main(int argc, char** argv) {
     CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
     newCommand->add_option("folder", create.folder, "Folder, made when it is missing")->required();
 
+    kesto::DrawOptions draw;
+    CLI::App* drawCommand = app.add_subcommand("draw", "Draw the network of a model (needs Graphviz)");
+    drawCommand->add_option("model", draw.model, "Model file (TOML)")->required();
+    drawCommand->add_option("-o,--output", draw.output, "Picture: NAME.svg, .png, .pdf or, as text, .dot")->required();
+
+    kesto::ReportOptions report;
+    CLI::App* reportCommand = app.add_subcommand("report", "Make one page with charts of the results of a run");
+    reportCommand->add_option("results", report.results, "Folder with the results (CSV)")->required();
+    reportCommand->add_option("-o,--output", report.output, "Page to write (HTML)")->required();
+    reportCommand->add_option("--model", report.model, "Model file, where it is no longer where the run found it");
+
     CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of the model file, for editors");
 
     try {
@@ -53,6 +64,8 @@ int main(int argc, char** argv) {
         if (*runCommand) return kesto::runCommand(run);
         if (*checkCommand) return kesto::checkCommand(check);
         if (*newCommand) return kesto::newCommand(create);
+        if (*drawCommand) return kesto::drawCommand(draw);
+        if (*reportCommand) return kesto::reportCommand(report);
         if (*schemaCommand) return kesto::schemaCommand();
         return kesto::typesCommand(types);
     } catch (const CLI::ParseError& error) {

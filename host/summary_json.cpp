@@ -1,5 +1,6 @@
 #include "summary_json.h"
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "summary.h"
@@ -68,6 +69,7 @@ std::string summaryJson(const Results& results) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     const Json summary{{"model", model.path},
+                       {"model_file", std::filesystem::absolute(model.path).string()},
                        {"title", model.title},
                        {"start", toText(simulation.start)},
                        {"end", toText(simulation.end)},

@@ -1,0 +1,180 @@
+#include "draw.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <optional>
+
+#include "catalogue_tables.h"
+#include "network.h"
+
+namespace kesto {
+
+namespace {
+
+struct Family {
+    std::string_view name, colour;
+    std::vector<Type> (*types)();
+};
+
+// Six digits: Graphviz takes a short "#eee" for black.
+constexpr Family kFamilies[] = {
+    {"users and surfaces", "#d9ead3", tables::usersAndSurfaces},
+    {"stores", "#cfe2f3", tables::stores},
+    {"treatment and links", "#fff2cc", tables::treatmentAndLinks},
+    {"routing", "#eeeeee", tables::routing},
+    {"energy", "#f9d5c9", tables::energyUnits},
+};
+
+const Family& familyOf(const Type& type) {
+    static const auto families = [] {
+        std::map<std::string_view, const Family*> result;
+        for (const Family& family : kFamilies) {
+            for (const Type& one : family.types()) {
+                result[one.name] = &family;
+            }
+        }
+        return result;
+    }();
+    return *families.at(type.name);
+}
+
+// Text inside a label that is written like HTML.
+std::string escaped(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            case '"':
+                result += "&quot;";
+                break;
+            default:
+                result += c;
+        }
+    }
+    return result;
+}
+
+std::string portCells(const std::vector<Port>& ports, char side) {
+    std::string cells;
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        cells += fmt::format("<tr><td port=\"{}{}\" align=\"{}\"><font point-size=\"9\">{}</font></td></tr>", side,
+                             i + 1, side == 'i' ? "left" : "right", escaped(ports[i].name));
+    }
+    if (cells.empty()) return "";
+    return fmt::format("<td><table border=\"0\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"1\">{}</table></td>",
+                       cells);
+}
+
+std::string node(std::size_t index, const Component& component) {
+    const Type& type = *component.type;
+    return fmt::format(
+        "c{} [label=<<table border=\"1\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"3\" color=\"#666666\" "
+        "bgcolor=\"{}\" style=\"rounded\"><tr>{}<td><b>{}</b><br/><font point-size=\"9\" "
+        "color=\"#555555\">{}</font></td>{}</tr></table>>, tooltip=\"{}\"];\n",
+        index, familyOf(type).colour, portCells(type.in, 'i'), escaped(component.name), escaped(type.name),
+        portCells(type.out, 'o'), escaped(component.name));
+}
+
+// What connections carry. Where a type passes on what it gets, that is what its senders send.
+class Carriage {
+  public:
+    explicit Carriage(const Model& model) : model_(model), network_(model), known_(model.components.size()) {}
+
+    bool isDemand(const Connection& connection) { return of(connection.from, connection.fromPort) == Carries::demand; }
+
+  private:
+    Carries of(int component, int port) {
+        const auto at = static_cast<std::size_t>(component);
+        const std::vector<Port>& out = model_.components[at].type->out;
+        const auto index = static_cast<std::size_t>(port - 1);
+        if (index < out.size() && out[index].carries != Carries::same) return out[index].carries;
+        if (!known_[at]) {
+            known_[at] = Carries::same;  // ends the search on loops
+            known_[at] = ofSenders(component);
+        }
+        return *known_[at];
+    }
+
+    Carries ofSenders(int component) {
+        for (const int incoming : network_.incoming(component)) {
+            const Connection& connection = model_.connections[static_cast<std::size_t>(incoming)];
+            const Carries carries = of(connection.from, connection.fromPort);
+            if (carries != Carries::same) return carries;
+        }
+        return Carries::same;
+    }
+
+    const Model& model_;
+    Network network_;
+    std::vector<std::optional<Carries>> known_;
+};
+
+std::string arrows(const Model& model) {
+    Carriage carriage(model);
+    std::string text;
+    for (const Connection& connection : model.connections) {
+        const auto end = [&](int component, const std::vector<Port>& ports, char side, int port) {
+            const bool named = port >= 1 && static_cast<std::size_t>(port) <= ports.size();
+            return named ? fmt::format("c{}:{}{}:{}", component, side, port, side == 'i' ? 'w' : 'e')
+                         : fmt::format("c{}", component);
+        };
+        const Type& from = *model.components[static_cast<std::size_t>(connection.from)].type;
+        const Type& to = *model.components[static_cast<std::size_t>(connection.to)].type;
+        text += fmt::format("{} -> {}{};\n", end(connection.from, from.out, 'o', connection.fromPort),
+                            end(connection.to, to.in, 'i', connection.toPort),
+                            carriage.isDemand(connection) ? " [style=dashed, color=\"#b45f06\"]" : "");
+    }
+    return text;
+}
+
+// One box that explains colours and lines, with the families that occur.
+std::string legend(const Model& model) {
+    std::string cells;
+    for (const Family& family : kFamilies) {
+        bool occurs = false;
+        for (const Component& component : model.components) {
+            occurs = occurs || &familyOf(*component.type) == &family;
+        }
+        if (occurs) cells += fmt::format("<td bgcolor=\"{}\">{}</td>", family.colour, family.name);
+    }
+    return fmt::format(
+        "label=<<table border=\"0\" cellborder=\"0\" cellspacing=\"6\" cellpadding=\"4\"><tr>{}"
+        "<td><font color=\"#3d85c6\">\u2014\u2014</font> water</td><td><font color=\"#b45f06\">- - -</font> demand</td>"
+        "</tr></table>>;\nlabelloc=b;\n",
+        cells);
+}
+
+}  // namespace
+
+std::string networkDot(const Model& model) {
+    std::string text =
+        "digraph network {\n"
+        "rankdir=LR; bgcolor=\"#ffffff\"; ranksep=0.9; nodesep=0.2; fontname=\"DejaVu Sans\"; fontsize=10;\n"
+        "node [shape=plain, fontname=\"DejaVu Sans\", fontsize=11];\n"
+        "edge [color=\"#3d85c6\", penwidth=1.4, arrowsize=0.7];\n";
+    text += legend(model);
+    std::vector<std::string> clusters(model.groups.size());
+    for (std::size_t i = 0; i < model.components.size(); ++i) {
+        const Component& component = model.components[i];
+        (component.group >= 0 ? clusters[static_cast<std::size_t>(component.group)] : text) += node(i, component);
+    }
+    for (std::size_t i = 0; i < clusters.size(); ++i) {
+        if (clusters[i].empty()) continue;
+        text += fmt::format(
+            "subgraph cluster_{} {{\nlabel=<{}>; labelloc=t; labeljust=l; fontcolor=\"#777777\"; color=\"#bbbbbb\"; "
+            "style=\"rounded\";\n{}}}\n",
+            i, escaped(model.groups[i].name), clusters[i]);
+    }
+    return text + arrows(model) + "}\n";
+}
+
+}  // namespace kesto

@@ -1,0 +1,18 @@
+// The network of a model as a picture: text for Graphviz, and Graphviz run on it.
+#pragma once
+
+#include <string>
+
+#include "model.h"
+
+namespace kesto {
+
+// The network in Graphviz's language: a box with its ports for each component, groups as clusters, an arrow for each
+// connection, dashed where it carries a demand.
+std::string networkDot(const Model& model);
+
+// What Graphviz's `dot` makes of a graph, as "svg", "png", "pdf" or another of its formats. Throws when the program is
+// missing or fails.
+std::string renderGraph(const std::string& dot, const std::string& format);
+
+}  // namespace kesto

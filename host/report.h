@@ -1,0 +1,12 @@
+// One page, complete in itself, with what a run gave.
+#pragma once
+
+#include <string>
+
+namespace kesto {
+
+// Reads the results in a folder and gives the page as HTML. `drawing` is a picture of the network as SVG, or text that
+// says why there is none.
+std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing);
+
+}  // namespace kesto

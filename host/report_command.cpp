@@ -1,0 +1,73 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "commands.h"
+#include "draw.h"
+#include "load.h"
+#include "report.h"
+
+namespace kesto {
+
+namespace {
+
+// Beyond this, laying a network out takes minutes, and nobody can read it.
+constexpr std::size_t kDrawable = 300;
+
+std::string readSummary(const std::string& folder) {
+    const std::string path = (std::filesystem::path(folder) / "summary.json").string();
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    if (in) text << in.rdbuf();
+    if (!in) {
+        throw std::runtime_error(
+            fmt::format("{}: cannot read this file; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", path));
+    }
+    return std::move(text).str();
+}
+
+std::string missing(const std::string& why) {
+    std::cerr << "kesto report: warning: the network is not drawn: " << why << '\n';
+    return "<p class=\"note\">The network is not drawn here.</p>";
+}
+
+// A page without its drawing is still worth having.
+std::string drawingOf(const std::string& path) {
+    if (!std::filesystem::exists(path)) return missing(fmt::format("{} is not there; say --model MODEL", path));
+    const LoadedModel loaded(path);
+    if (!loaded.isFit()) return missing(fmt::format("\"kesto check {}\" finds errors", path));
+    if (const std::size_t count = loaded.model().components.size(); count > kDrawable) {
+        return missing(fmt::format("it has {} components, more than the {} that a page can show; see \"kesto draw\"",
+                                   count, kDrawable));
+    }
+    try {
+        const std::string svg = renderGraph(networkDot(loaded.model()), "svg");
+        const std::size_t begin = svg.find("<svg");  // what stands before it has no place within HTML
+        return begin == std::string::npos ? missing("\"dot\" gave no picture") : svg.substr(begin);
+    } catch (const std::runtime_error& error) {
+        return missing(error.what());
+    }
+}
+
+}  // namespace
+
+int reportCommand(const ReportOptions& options) {
+    const std::string summary = readSummary(options.results);
+    std::string model = options.model;
+    if (model.empty()) {
+        const auto known = nlohmann::json::parse(summary);
+        model = known.value("model_file", known.value("model", ""));
+    }
+    const std::string page = reportPage(options.results, summary, drawingOf(model));
+    std::ofstream file(options.output, std::ios::binary);
+    file << page;
+    file.close();
+    if (!file) throw std::runtime_error(fmt::format("cannot write {}", options.output));
+    return kGood;
+}
+
+}  // namespace kesto

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""`kesto draw` and `kesto report`: the text for Graphviz, the pictures, and the page as a browser without a window sees it.
+
+usage: check_report.py KESTO MODEL"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+MODEL = str(pathlib.Path(sys.argv.pop(1)).resolve())
+QUIET_BROWSER = ("--headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking "
+                 "--disable-component-update --disable-sync --disable-dev-shm-usage --window-size=1240,2000 "
+                 "--virtual-time-budget=5000 --enable-logging=stderr --dump-dom").split()
+# Counts, once the page has drawn, the points of each canvas that bear colour rather than grey.
+PROBE = """<pre id="probe"></pre><script>setTimeout(() => {
+  const coloured = canvas => {
+    const data = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+    let count = 0;
+    for (let i = 0; i < data.length; i += 4) {
+      const [r, g, b, a] = data.slice(i, i + 4);
+      if (a > 128 && Math.max(r, g, b) - Math.min(r, g, b) > 60) ++count;
+    }
+    return count;
+  };
+  const charts = {};
+  for (const section of document.querySelectorAll("main section")) {
+    const canvas = section.querySelector("canvas");
+    if (canvas) charts[section.id] = coloured(canvas);
+  }
+  document.getElementById("probe").textContent = JSON.stringify(charts);
+}, 1000);</script></body>"""
+
+
+def kesto(*arguments, **environment):
+    return subprocess.run([KESTO, *arguments], capture_output=True, text=True, timeout=120,
+                          env={**os.environ, **environment})
+
+
+class Pictures(unittest.TestCase):
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+
+    def make_report(self):
+        self.assertEqual(kesto("run", MODEL, "-q", "-o", str(self.folder / "out")).returncode, 0)
+        made = kesto("report", str(self.folder / "out"), "-o", str(self.folder / "report.html"))
+        self.assertEqual((made.returncode, made.stderr), (0, ""))
+        return (self.folder / "report.html").read_text()
+
+    def browse(self, page):
+        path = self.folder / "probed.html"
+        path.write_text(page)
+        seen = subprocess.run(["chromium", *QUIET_BROWSER, f"--user-data-dir={self.folder / 'profile'}", path.as_uri()],
+                              capture_output=True, text=True, timeout=120)
+        return seen.stdout, re.findall(r"CONSOLE.*", seen.stderr)
+
+    def test_text_for_graphviz(self):
+        path = self.folder / "net.dot"
+        self.assertEqual(kesto("draw", MODEL, "-o", str(path)).returncode, 0)
+        text = path.read_text()
+        self.assertEqual(len(re.findall("^subgraph cluster_", text, re.M)), 3)
+        self.assertEqual(len(re.findall(r"^c\d+ \[", text, re.M)), 13)
+        arrows = re.findall(r"^c\d+\S* -> .*", text, re.M)
+        self.assertEqual(len(arrows), 18)
+        # Demands: those of seven appliances, what is asked of the tank, and what the tank lacks.
+        self.assertEqual(sum("dashed" in arrow for arrow in arrows), 9)
+        self.assertFalse(re.search(r'#[0-9a-f]{3}"', text), "Graphviz takes colours of three digits for black")
+
+    def test_formats(self):
+        for ending, begin in ("svg", b"<?xml"), ("png", b"\x89PNG"), ("pdf", b"%PDF"):
+            path = self.folder / f"net.{ending}"
+            self.assertEqual(kesto("draw", MODEL, "-o", str(path)).returncode, 0)
+            self.assertTrue(path.read_bytes().startswith(begin), ending)
+        wrong = kesto("draw", MODEL, "-o", str(self.folder / "net.jpeg"))
+        self.assertEqual(wrong.returncode, 2)
+        self.assertIn("expected a name that ends with", wrong.stderr)
+
+    def test_without_graphviz(self):
+        alone = kesto("draw", MODEL, "-o", str(self.folder / "net.svg"), PATH=str(self.folder))
+        self.assertEqual(alone.returncode, 1)
+        self.assertIn("install graphviz", alone.stderr)
+        self.assertFalse((self.folder / "net.svg").exists())
+
+    def test_folder_without_results(self):
+        empty = kesto("report", str(self.folder), "-o", str(self.folder / "report.html"))
+        self.assertEqual(empty.returncode, 1)
+        self.assertIn("summary.json", empty.stderr)
+
+    def test_page_is_complete_in_itself(self):
+        page = self.make_report()
+        self.assertIn("Permission is hereby granted", page)
+        self.assertIn("<svg", page)
+        self.assertFalse(re.findall(r"<(?:script|img|iframe)[^>]* src=|<link |@import|url\(", page))
+
+    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    def test_charts_are_drawn(self):
+        page = self.make_report()
+        dom, console = self.browse(page.replace("</body>", PROBE))
+        self.assertEqual(console, [])
+        charts = json.loads(re.search(r'<pre id="probe">(.*?)</pre>', dom).group(1))
+        self.assertEqual(set(charts), {"flows", "storages", "qualities", "potentials", "duration"})
+        for name, coloured in charts.items():
+            self.assertGreater(coloured, 500, name)
+        self.assertIn("225,726", dom)  # litres that ran off the roof, in the table
+
+    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    def test_errors_of_the_page_would_be_seen(self):
+        _, console = self.browse("<!doctype html><body><script>nothing.there</script></body>")
+        self.assertEqual(len(console), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
