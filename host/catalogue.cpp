@@ -43,6 +43,9 @@ std::vector<Type> makeTypes() {
         std::vector<Type> rows = family();
         all.insert(all.end(), rows.begin(), rows.end());
     }
+    for (Type& type : all) {
+        type.balance = tables::balanceOf(type.name);
+    }
     return all;
 }
 

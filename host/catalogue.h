@@ -89,6 +89,15 @@ struct PotentialInfo {
 
 inline constexpr int kAnyInputs = -1;
 
+// What goes in and what comes out, and what a type gains and loses by design. No identity: no water passes it.
+struct BalanceIdentity {
+    Carries carries = Carries::water;  // what is balanced
+    std::string_view identity = {};
+    std::string_view gains = {};
+    std::string_view losses = {};
+    bool secondIsReport = false;  // the second output is part of the first
+};
+
 struct Type {
     std::string_view name;
     std::string_view tag;         // of the engine's messages; also accepted as a name
@@ -101,6 +110,7 @@ struct Type {
     std::vector<Parameter> parameters = {};
     std::vector<SeriesNeed> series = {};
     std::vector<Potential> potentials = {};
+    BalanceIdentity balance = {};
     int reservoirs = 0;               // stores of type 39 that it works with, found by the group they share
     bool reservoirsOptional = false;  // it runs without them
     bool dailyOnly = false;           // refuses a time step other than one day

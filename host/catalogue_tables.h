@@ -11,6 +11,8 @@ std::vector<Type> treatmentAndLinks();
 std::vector<Type> routing();
 std::vector<Type> energyUnits();
 
+BalanceIdentity balanceOf(std::string_view type);
+
 // Needs and parameters that many types share.
 inline const SeriesNeed kOwnVolume{SeriesKind::storage, Filing::own, true};
 inline const SeriesNeed kOwnDepth{SeriesKind::storage, Filing::own, true, false, "mm"};

@@ -20,6 +20,8 @@ struct RunOptions {
     bool quiet = false;          // errors only
     bool json = false;           // the summary as JSON
     std::string format = "csv";  // of the results, or netcdf
+    bool balance = false;        // of the water
+    bool strict = false;         // a balance that does not close is a failure
 };
 
 struct CheckOptions {

@@ -25,6 +25,10 @@ int main(int argc, char** argv) {
     runCommand->add_option("-o,--output", run.output, "Folder for the results");
     runCommand->add_option("--format", run.format, "Format of the results: csv (unless given) or netcdf")
         ->check(CLI::IsMember({"csv", "netcdf"}));
+    runCommand->add_flag("--balance", run.balance,
+                         "Balance the water of each component, each group and the network; records what it needs");
+    runCommand->add_flag("--strict", run.strict, "Exit with 1 when a balance does not close (with --balance)")
+        ->needs("--balance");
     runCommand->add_option("--record", run.record,
                            "Outputs to record: all (unless given), none, or a list such as "
                            "tank:overflow,roof");

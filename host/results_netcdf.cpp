@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -42,7 +43,7 @@ class Writer {
     Writer(const Results& results, const std::string& path)
         : results_(results), file_(path), time_(file_.dimension("time", results.steps)) {}
 
-    void write(const ReadOptions& read) {
+    void write(const ReadOptions& read, const Balance* balance) {
         describe(read);
         describeEnd();
         writeTime();
@@ -53,6 +54,7 @@ class Writer {
         writeStates(SeriesKind::quality,
                     {"quality_store", "stored_quality", "stored quality at the end of the step", ""});
         writePotentials();
+        if (balance) writeBalance(*balance);
         file_.close();
     }
 
@@ -201,6 +203,43 @@ class Writer {
         }
     }
 
+    void writeBalance(const Balance& balance) {
+        static constexpr const char* kLevels[] = {"component", "group", "network"};
+        const Id dimension = file_.dimension("balance", balance.rows.size());
+        std::vector<std::string> names, levels, reasons;
+        for (const BalanceRow& row : balance.rows) {
+            names.push_back(row.name);
+            levels.emplace_back(kLevels[static_cast<int>(row.level)]);
+            reasons.push_back(row.notBalanced);
+        }
+        const auto texts = [&](const std::string& name, const char* meaning, const std::vector<std::string>& values) {
+            const Id id = file_.texts(name, dimension);
+            file_.attribute(id, "long_name", meaning);
+            file_.write(id, values);
+        };
+        texts("balance_name", "component, group or title of the model", names);
+        texts("balance_level", "component, group or network", levels);
+        texts("balance_not_balanced", "why a component is not balanced; empty: it is", reasons);
+        const auto numbers = [&](const std::string& name, const char* unit, double BalanceRow::*member) {
+            const Id id = file_.doubles("balance_" + name, dimension);
+            file_.attribute(id, "units", unit);
+            file_.attribute(id, "coordinates", "balance_name balance_level");
+            std::vector<double> values;
+            for (const BalanceRow& row : balance.rows) {
+                values.push_back(row.notBalanced.empty() ? row.*member : std::nan(""));
+            }
+            file_.write(id, values);
+        };
+        numbers("in", "L", &BalanceRow::in);
+        numbers("gained", "L", &BalanceRow::gain);
+        numbers("out", "L", &BalanceRow::out);
+        numbers("lost", "L", &BalanceRow::loss);
+        numbers("storage_change", "L", &BalanceRow::storageChange);
+        numbers("error", "L", &BalanceRow::error);
+        numbers("relative_error", "1", &BalanceRow::relative);
+        numbers("tolerance", "L", &BalanceRow::tolerance);
+    }
+
     const Results& results_;
     NetcdfFile file_;
     Id time_;
@@ -209,10 +248,11 @@ class Writer {
 
 }  // namespace
 
-std::string writeNetcdf(const Results& results, const ReadOptions& read, const std::string& folder) {
+std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
+                        const std::string& folder) {
     std::filesystem::create_directories(folder);
     const std::string path = (std::filesystem::path(folder) / "results.nc").string();
-    Writer(results, path).write(read);
+    Writer(results, path).write(read, balance);
     return path;
 }
 

@@ -4,13 +4,14 @@
 
 #include <string>
 
+#include "balance.h"
 #include "model_reader.h"
 #include "results.h"
 
 namespace kesto {
 
 // Writes results.nc into a folder, which is made when it is missing, and returns its path. `read` is what the model was
-// read with. Throws std::runtime_error when it cannot be written.
-std::string writeNetcdf(const Results& results, const ReadOptions& read, const std::string& folder);
+// read with; `balance` may be null. Throws std::runtime_error when it cannot be written.
+std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read, const std::string& folder);
 
 }  // namespace kesto

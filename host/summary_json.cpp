@@ -63,9 +63,33 @@ Json potentialsOf(const Results& results) {
     return potentials;
 }
 
+Json balanceOf(const Balance& balance) {
+    static constexpr const char* kLevels[] = {"component", "group", "network"};
+    Json rows = Json::array();
+    for (const BalanceRow& row : balance.rows) {
+        Json entry{{"level", kLevels[static_cast<int>(row.level)]}, {"name", row.name}, {"carries", word(row.carries)}};
+        if (!row.notBalanced.empty()) {
+            entry["not_balanced"] = row.notBalanced;
+        } else {
+            entry.update({{"unit", "L"},
+                          {"in", row.in},
+                          {"gained", row.gain},
+                          {"out", row.out},
+                          {"lost", row.loss},
+                          {"storage_change", row.storageChange},
+                          {"error", row.error},
+                          {"relative_error", row.relative},
+                          {"tolerance", row.tolerance},
+                          {"balanced", !row.isOff()}});
+        }
+        rows.push_back(std::move(entry));
+    }
+    return rows;
+}
+
 }  // namespace
 
-std::string summaryJson(const Results& results) {
+std::string summaryJson(const Results& results, const Balance* balance) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     const Json summary{{"model", model.path},
@@ -83,6 +107,21 @@ std::string summaryJson(const Results& results) {
                        {"flows", flowsOf(results)},
                        {"tanks", tanksOf(results)},
                        {"potentials", potentialsOf(results)}};
+    Json summary{{"model", model.path},
+                 {"title", model.title},
+                 {"start", toText(simulation.start)},
+                 {"end", toText(simulation.end)},
+                 {"steps", simulation.days()},
+                 {"days_per_step", simulation.timeStep},
+                 {"components", model.components.size()},
+                 {"connections", model.connections.size()},
+                 {"outcome", toText(results.run.outcome)},
+                 {"steps_run", results.steps},
+                 {"message", explainMessage(results.run.message, model)},
+                 {"flows", flowsOf(results)},
+                 {"tanks", tanksOf(results)},
+                 {"potentials", potentialsOf(results)}};
+    if (balance) summary["balance"] = balanceOf(*balance);
     return summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

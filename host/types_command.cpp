@@ -67,6 +67,9 @@ void printType(const Type& type) {
     }
     if (type.usesLatitude) std::cout << "needs     latitude in [simulation]\n";
     if (type.dailyOnly) std::cout << "needs     a time_step of one day\n";
+    if (!type.balance.identity.empty()) std::cout << fmt::format("balance   {}\n", type.balance.identity);
+    if (!type.balance.gains.empty()) std::cout << fmt::format("gains     {}\n", type.balance.gains);
+    if (!type.balance.losses.empty()) std::cout << fmt::format("loses     {}\n", type.balance.losses);
     for (const Potential potential : type.potentials) {
         std::cout << fmt::format("books     {}{}\n", info(potential).name,
                                  unit(type.booksDepth ? "mm" : info(potential).unit));

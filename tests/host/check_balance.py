@@ -1,0 +1,202 @@
+#!/usr/bin/env python3
+"""Balances the examples and small models whose balance is known, and one that cannot close.
+
+usage: check_balance.py KESTO EXAMPLES"""
+
+import csv
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+EXAMPLES = pathlib.Path(sys.argv.pop()).resolve()
+KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+
+HOUSE = """kesto_model = 1
+[simulation]
+start = 2012-01-02
+end = 2012-01-04
+[brands.roof]
+evaporation_fraction = 0.25
+[brands.sewer]
+loss_fraction = 0.5
+[groups.house]
+rainfall = { weekly = [8, 0, 4, 0, 0, 0, 0] }
+[groups.street]
+[[components]]
+name = "roof"
+type = "impervious_surface"
+group = "house"
+brand = "roof"
+size = 10
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 30
+[[components]]
+name = "tank"
+type = "tank"
+group = "house"
+size = 20
+initial_storage = 5
+[[components]]
+name = "sewer"
+type = "sewer_link"
+group = "street"
+brand = "sewer"
+[[components]]
+name = "river"
+type = "water_body"
+group = "street"
+[[connections]]
+from = "roof"
+to = "tank:inflow"
+[[connections]]
+from = "asked"
+to = "tank:demand"
+[[connections]]
+from = "tank:overflow"
+to = "sewer"
+[[connections]]
+from = "sewer"
+to = "river"
+"""
+
+# The soil store is not defined below the freezing point.
+FROST = """kesto_model = 1
+[simulation]
+start = 2012-01-02
+end = 2012-01-04
+[brands.soil]
+storage_depth = 100
+infiltration_rate = 0.1
+outflow_rate = 0.1
+threshold_fraction = 0.5
+[groups.field]
+rainfall = 1
+temperature = -3
+[[components]]
+name = "soil"
+type = "soil_store"
+group = "field"
+brand = "soil"
+"""
+
+# A logger on the unused output of the splitter would change the sources that are traced.
+TRACED = """kesto_model = 1
+[simulation]
+start = 2012-01-02
+end = 2012-01-04
+trace_sources = true
+[brands.store]
+refill_rate = 1
+[brands.works]
+daily_capacity = 100
+loss_fraction = 0.1
+[groups.town]
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 30
+[[components]]
+name = "store"
+type = "service_reservoir"
+group = "town"
+brand = "store"
+size = 50
+[[components]]
+name = "split"
+type = "splitter"
+size = 40
+[[components]]
+name = "works"
+type = "treatment_plant"
+group = "town"
+brand = "works"
+[[connections]]
+from = "asked"
+to = "store"
+[[connections]]
+from = "store"
+to = "split"
+[[connections]]
+from = "split:first"
+to = "works"
+"""
+
+
+class Balance(unittest.TestCase):
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+
+    def kesto(self, model, *options):
+        return subprocess.run([KESTO, "run", str(model), "--balance", *options], cwd=self.folder, capture_output=True,
+                              text=True, timeout=120)
+
+    def rows(self, model, *options):
+        done = self.kesto(model, "--json", "--strict", *options)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return {(row["level"], row["name"]): row for row in json.loads(done.stdout)["balance"]}
+
+    def small(self, text):
+        path = self.folder / "model.toml"
+        path.write_text(text)
+        return path
+
+    def test_the_examples_close(self):
+        for example, components in (("rainwater-house", 13), ("town", 120)):
+            with self.subTest(example):
+                rows = self.rows(EXAMPLES / example / "model.toml")
+                self.assertGreaterEqual(sum(level == "component" for level, _ in rows), components)
+                network = next(row for (level, _), row in rows.items() if level == "network")
+                self.assertLess(network["relative_error"], 1e-6)
+                for (level, name), row in rows.items():
+                    if level == "component":
+                        self.assertTrue(row.get("balanced"), row)
+                        self.assertLess(abs(row["error"]), 1e-5 * (row["in"] + row["gained"] + row["out"] + 1), name)
+
+    def test_a_balance_by_hand(self):
+        rows = self.rows(self.small(HOUSE))
+        # Day 1: 80 L of rain, 60 run off; 5 + 60 - 30 are 35, of which the tank holds 20.
+        # Day 2: 20 of 30 are served. Day 3: 30 run off, and are served.
+        expected = {("component", "roof"): (0, 120, 90, 30, 0), ("component", "tank"): (90, 0, 80 + 15, 0, -5),
+                    ("component", "sewer"): (15, 0, 7.5, 7.5, 0), ("component", "river"): (7.5, 0, 7.5, 0, 0),
+                    ("component", "asked"): (0, 90, 90, 0, 0), ("group", "house"): (0, 120, 95, 30, -5),
+                    ("group", "street"): (15, 0, 7.5, 7.5, 0), ("network", ""): (0, 120, 80 + 7.5, 37.5, -5)}
+        for key, values in expected.items():
+            row = rows[key]
+            for name, value in zip(("in", "gained", "out", "lost", "storage_change"), values):
+                self.assertAlmostEqual(row[name], value, places=4, msg=f"{key} {name}")
+        self.assertEqual(rows[("component", "asked")]["carries"], "demand")
+
+    def test_what_is_recorded_stays_what_was_asked(self):
+        model = self.small(HOUSE)
+        done = self.kesto(model, "--record", "tank:overflow", "-o", "out")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        with open(self.folder / "out" / "flows.csv", newline="") as file:
+            self.assertEqual(next(csv.reader(file)), ["date", "tank:overflow [L]", "river [L]"])
+        with open(self.folder / "out" / "balance.csv", newline="") as file:
+            rows = list(csv.DictReader(file))
+        self.assertEqual({row["state"] for row in rows}, {"balanced"})
+        self.assertIn("Balance", done.stdout)
+
+    def test_a_balance_that_does_not_close_is_loud(self):
+        model = self.small(FROST)
+        done = self.kesto(model, "-q")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn('WARNING: the balance of "soil" does not close', done.stderr)
+        self.assertEqual(self.kesto(model, "-q", "--strict").returncode, 1)
+
+    def test_what_cannot_be_recorded_is_named(self):
+        done = self.kesto(self.small(TRACED), "--json", "--record", "none")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        rows = {row["name"]: row for row in json.loads(done.stdout)["balance"]}
+        self.assertIn('"split:second" cannot be recorded unchanged', rows["split"]["not_balanced"])
+        self.assertTrue(rows["works"]["balanced"])
+
+
+unittest.main()
