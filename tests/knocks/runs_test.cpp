@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <string>
 
 #include "child.h"
@@ -107,6 +108,25 @@ TEST(Runs, TwoHundredThousandSteps) {
 
 TEST(Runs, FiveThousandComponents) {
     run("large", makeHouses(1000, 30), 32'000, faultOfHouses);
+}
+
+// The system's own refusal, not a staged one.
+TEST(Runs, MoreStepsThanMemory) {
+    if (!kMeasuresMemory) GTEST_SKIP() << "the address sanitizer needs more memory than the limit leaves";
+    Model model;
+    model.nSteps = std::numeric_limits<std::int32_t>::max();
+    model.components = {{1, 30, 0, 0, 0}, {2, 26, 0, 0, 0}};
+    model.connections = {{0, 1, 1, 2, 1}};
+    const ChildResult child = runInChild([&] {
+        HostRecord host(model);
+        const rlimit limit{1 << 30, 1 << 30};
+        setrlimit(RLIMIT_AS, &limit);
+        const std::int32_t status = host.run(1, 3);
+        host.free();
+        return std::to_string(status) + " " + host.record().ErrMsg;
+    });
+    EXPECT_TRUE(child.exited()) << child.describe();
+    EXPECT_EQ(child.answer, "-123456798 Cannot allocate memory for Globals->Logs[i].Signal!");
 }
 
 }  // namespace
