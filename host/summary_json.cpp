@@ -92,22 +92,8 @@ Json balanceOf(const Balance& balance) {
 std::string summaryJson(const Results& results, const Balance* balance) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
-    const Json summary{{"model", model.path},
-                       {"model_file", std::filesystem::absolute(model.path).string()},
-                       {"title", model.title},
-                       {"start", toText(simulation.start)},
-                       {"end", toText(simulation.end)},
-                       {"steps", simulation.days()},
-                       {"days_per_step", simulation.timeStep},
-                       {"components", model.components.size()},
-                       {"connections", model.connections.size()},
-                       {"outcome", toText(results.run.outcome)},
-                       {"steps_run", results.steps},
-                       {"message", explainMessage(results.run.message, model)},
-                       {"flows", flowsOf(results)},
-                       {"tanks", tanksOf(results)},
-                       {"potentials", potentialsOf(results)}};
     Json summary{{"model", model.path},
+                 {"model_file", std::filesystem::absolute(model.path).string()},
                  {"title", model.title},
                  {"start", toText(simulation.start)},
                  {"end", toText(simulation.end)},
