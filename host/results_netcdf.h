@@ -12,6 +12,7 @@ namespace kesto {
 
 // Writes results.nc into a folder, which is made when it is missing, and returns its path. `read` is what the model was
 // read with; `balance` may be null. Throws std::runtime_error when it cannot be written.
-std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read, const std::string& folder);
+std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
+                        const std::string& folder);
 
 }  // namespace kesto
