@@ -42,7 +42,7 @@ types = [(int(code), tag, inputs, calls)
 memory = {word for name in ("driver", "multipliers", "outputs", "receivers")
           for word in literals(source / f"simulation/{name}.cpp")
           if re.fullmatch(r"(Globals->)?[A-Z]\w+(\[i\]\.\w+)?|compIdNodeLink", word)}
-series = {word for word in literals(source / "components/lookup.cpp") if re.fullmatch(r"[A-Z]\w+", word)}
+series = {word for word in literals(source / "components/series.h") if re.fullmatch(r"[A-Z]\w+", word)}
 words = {
     "kNoMemory": memory,
     "kWrongInputs": {tag for _, tag, inputs, _ in types if inputs != "kAnyInputs"},
