@@ -172,10 +172,11 @@ std::string escaped(std::string_view text) {
     return result;
 }
 
-// Text of a script element ends at "</": within JSON, a backslash before the slash says the same.
+// JSON within a script element: no "<" that the browser could take for the end of the script or the start of a comment.
 std::string insideScript(std::string text) {
-    for (std::size_t at = 0; (at = text.find("</", at)) != std::string::npos; at += 3) {
-        text.insert(at + 1, 1, '\\');
+    constexpr std::string_view kEscaped = "\\u003c";
+    for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos; at += kEscaped.size()) {
+        text.replace(at, 1, kEscaped);
     }
     return text;
 }

@@ -32,7 +32,8 @@ function number(value) {
   const size = Math.abs(value);
   if (size !== 0 && (size < 1e-3 || size >= 1e12)) return value.toExponential(3);
   const digits = size >= 1000 ? 0 : size >= 10 ? 1 : 3;
-  return value.toLocaleString("en", { maximumFractionDigits: digits });
+  // A zero below zero is shown as zero.
+  return (value + 0).toLocaleString("en", { maximumFractionDigits: digits });
 }
 
 function table(title, names, rows) {

@@ -49,8 +49,8 @@ class Pictures(unittest.TestCase):
         self.addCleanup(temporary.cleanup)
         self.folder = pathlib.Path(temporary.name)
 
-    def make_report(self):
-        self.assertEqual(kesto("run", MODEL, "-q", "-o", str(self.folder / "out")).returncode, 0)
+    def make_report(self, model=MODEL):
+        self.assertEqual(kesto("run", model, "-q", "-o", str(self.folder / "out")).returncode, 0)
         made = kesto("report", str(self.folder / "out"), "-o", str(self.folder / "report.html"))
         self.assertEqual((made.returncode, made.stderr), (0, ""))
         return (self.folder / "report.html").read_text()
@@ -110,6 +110,18 @@ class Pictures(unittest.TestCase):
         for name, coloured in charts.items():
             self.assertGreater(coloured, 500, name)
         self.assertIn("225,726", dom)  # litres that ran off the roof, in the table
+
+    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    def test_names_are_text(self):
+        example = shutil.copytree(pathlib.Path(MODEL).parent, self.folder / "example")
+        model = example / "model.toml"
+        before = model.read_text()
+        model.write_text(before.replace("House with a rainwater tank", "</script><!--<script>alert(1)"))
+        self.assertNotEqual(before, model.read_text())
+        dom, console = self.browse(self.make_report(str(model)).replace("</body>", PROBE))
+        self.assertEqual(console, [])
+        self.assertIn("&lt;/script&gt;&lt;!--&lt;script&gt;alert(1)", dom)
+        self.assertIn('<pre id="probe">{', dom)
 
     @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
     def test_errors_of_the_page_would_be_seen(self):
