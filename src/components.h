@@ -1,8 +1,5 @@
-// The component models: for each type a function that books its potentials (_Pots), a function that computes its
-// outputs (_Outs), or both. The driver calls them once a step, in this order. Families live in components/, one file
-// each; types that share a model are one-line forwards.
-//
-// A model that fails has written ErrMsg and set ErrFlag; its outputs and the potentials not yet booked stay untouched.
+// The component models: for each type the forms (components/model.h) that book its potentials, _Pots, and compute its
+// outputs, _Outs. Families live in components/, one file each; types that share a model share its form.
 #ifndef KESTO_COMPONENTS_H
 #define KESTO_COMPONENTS_H
 
@@ -10,6 +7,8 @@
 #include <vector>
 
 #include "AUEglobals.h"
+
+struct Form;
 
 // The product of all multipliers downstream of some components.
 struct MultiplierSeries {
@@ -48,125 +47,96 @@ struct Receiver {
 using RCVTOLEAFS = std::vector<Receiver>;
 
 // Appliances: 1, 2, 4 ... 10
-void App_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void App_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2);
+extern const Form App_Pots, App_Outs;
 
 // Steady-draw storage and treatment: 3, 23, 24, 25
-void Lt_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Lt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Cr_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Cr_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Cg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Cg_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Cw_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
-void Cw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Lt_Pots, Lt_Outs;
+extern const Form Cr_Pots, Cr_Outs;
+extern const Form Cg_Pots, Cg_Outs;
+extern const Form Cw_Pots, Cw_Outs;
 
 // Links: 11, 27, 35, 41, 42
-void Ls_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Ls_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
-void Pl_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Pl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
-void Gl_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Gl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
-void Sg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Sg_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
-void Ds_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Ds_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Ls_Pots, Ls_Outs;
+extern const Form Pl_Pots, Pl_Outs;
+extern const Form Gl_Pots, Gl_Outs;
+extern const Form Sg_Pots, Sg_Outs;
+extern const Form Ds_Pots, Ds_Outs;
 
 // Soak-away: 22
-void Cs_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Cs_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Cs_Pots, Cs_Outs;
 
-// Recorders and connector: 26, 43, 52
-void Lg_Append(std::int32_t id, AUEglobals* Globals, Signal signal);
-void Wb_Append(std::int32_t id, AUEglobals* Globals, Signal signal);
-void CopyIn_To_Out(const Signal* source, Signal* target);
+// Recorders and connector: 26, 43, 52. The copying also serves 44 and 55.
+extern const Form Lg_Append, Wb_Append;
+extern const Form CopyIn_To_Out, CopyIn_To_Outs;
 
 // Runoff surfaces: 28, 29
-void Im_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Im_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1);
-void Pv_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Pv_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1);
+extern const Form Im_Pots, Im_Outs;
+extern const Form Pv_Pots, Pv_Outs;
 
 // Tank: 32
-void Tn_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1);
-void Tn_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal in2, Signal* out1, Signal* out2);
+extern const Form Tn_Pots, Tn_Outs;
 
 // Receiving units: 33, 37
-void Rs_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Rs_Outs(std::int32_t id, AUEglobals* Globals, const RCVTOLEAFS* Receivers, float demand, Signal* out1);
-void Tp_Pots(std::int32_t id, AUEglobals* Globals, float demand);
-void Tp_Outs(std::int32_t id, AUEglobals* Globals, const RCVTOLEAFS* Receivers, float demand, Signal* out1,
-             Signal* out2);
+extern const Form Rs_Pots, Rs_Outs, Rs_Mixing;
+extern const Form Tp_Pots, Tp_Outs;
 
 // Scaling link: 34
-void Ml_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Ml_Outs;
 
 // Splitter: 36
-void Sp_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
+extern const Form Sp_Outs;
 
 // Well: 38
-void Gw_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
-void Gw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Gw_Pots, Gw_Outs;
 
 // Surface water: 39
-void Sw_Pots(std::int32_t id, AUEglobals* Globals, Signal in2);
-void Sw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal in2, Signal* out1, Signal* out2);
+extern const Form Sw_Pots, Sw_Outs;
 
 // Abstraction: 40, 47, 48
-void Aq_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
-void Aq_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Wp_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
-void Wp_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Pt_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
-void Pt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
+extern const Form Aq_Pots, Aq_Outs;
+extern const Form Wp_Pots, Wp_Outs;
+extern const Form Pt_Pots, Pt_Outs;
 
 // Hydraulic energy: 44
-void Hd_Pots(std::int32_t id, AUEglobals* Globals, Signal in1);
+extern const Form Hd_Pots;
 
 // Demand source: 45
-void In_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1);
+extern const Form In_Outs;
 
 // Evaporating store: 46
-void Bg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Bg_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2);
+extern const Form Bg_Pots, Bg_Outs;
 
 // Quality: 49, 56, 57
-void Fc_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Fl_Outs(std::int32_t id, AUEglobals* Globals, float quantity, Signal* out1);
-void Qs_Outs(std::int32_t id, AUEglobals* Globals, float quantity, Signal* out1, Signal* out2);
+extern const Form Fc_Outs, Fl_Outs, Qs_Outs;
 
 // Outlet store: 50
-void Dt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Dt_Outs;
 
 // Delay: 51
-void Sl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1);
+extern const Form Sl_Outs;
 
 // Thresholds: 53, 63
-void Dv_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
-void Es_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
+extern const Form Dv_Outs, Es_Outs;
 
 // Release between two stores: 54
-void Rn_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2);
+extern const Form Rn_Outs;
 
 // Pump: 55
-void Pm_Pots(std::int32_t id, AUEglobals* Globals, Signal* in1);
+extern const Form Pm_Pots;
 
 // Membrane treatment: 58
-void Mn_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Mn_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
+extern const Form Mn_Pots, Mn_Outs;
 
 // Radiation energy: 59, 60
-void Pa_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
-void Nr_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult);
+extern const Form Pa_Pots, Nr_Pots;
 
 // Wind energy: 61
-void Wn_Pots(std::int32_t id, AUEglobals* Globals);
+extern const Form Wn_Pots;
 
 // Soil water: 62
-void Th_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1);
+extern const Form Th_Outs, Th_Pots;
 
 // Quota limiter: 64
-void Mt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2);
+extern const Form Mt_Outs;
 
 #endif

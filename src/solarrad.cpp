@@ -16,7 +16,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calendar.h"
 #include "errors.h"
 
 namespace {
@@ -24,7 +23,6 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr double kDayAngle = 0.01721420632103996;
 constexpr double kYearDays = 365.2425;
-constexpr std::size_t kMidYear = 200;
 
 float declination(double j) {
     return static_cast<float>(-0.409 * std::cos(kDayAngle * j + 0.16));
@@ -64,13 +62,6 @@ float transmitted(float Ra, float dT, float m) {
     return static_cast<float>((1.0 - std::exp(-static_cast<double>(B) * range)) * static_cast<double>(Ra * 0.7F));
 }
 
-float longWave(float Ra, float shortWave, float t1, float t2) {
-    const float r = shortWave / Ra - 0.25F;
-    const float f = ((r + r) * 0.9F + 0.1F) * 0.17F;
-    const float T = 0.5F * (t1 + t2) + 273.0F;
-    return static_cast<float>(static_cast<double>(f) * 4.9e-6 * std::pow(static_cast<double>(T), 4.0));
-}
-
 }  // namespace
 
 void insolation(const AUEglobals* Globals, DayTable& Rpot) {
@@ -85,20 +76,19 @@ void fillOnFirstUse(const AUEglobals* Globals, DayTable& Rpot) {
     if (Rpot.front() == 0.0F) insolation(Globals, Rpot);
 }
 
-float insolationofthisstep(AUEglobals* Globals, const DayTable& Rpot) {
-    const auto date = calendarOfStep(Globals);
-    if (!date) return Rpot[kMidYear];
-    const int day = date->tm_yday;
-    invariant(day < kYearDays && day >= 0, "day<YEARDAYS && day>=0", "solarrad", 44);
-    return Rpot[static_cast<std::size_t>(day)];
+float insolationofthisstep(const DayTable& Rpot, std::int32_t dayOfYear) {
+    invariant(dayOfYear < kYearDays && dayOfYear >= 0, "day<YEARDAYS && day>=0", "solarrad", 44);
+    return Rpot[static_cast<std::size_t>(dayOfYear)];
 }
 
-float directbeamsolar(AUEglobals* Globals, const DayTable& Rpot, float tMin, float tMax) {
+float directbeamsolar(float Ra, float tMin, float tMax) {
     const float dT = tMax - tMin;
-    const float m = meanRange(dT);
-    return transmitted(insolationofthisstep(Globals, Rpot), dT, m);
+    return transmitted(Ra, dT, meanRange(dT));
 }
 
-float netlongwave(AUEglobals* Globals, const DayTable& Rpot, float shortWave, float t1, float t2) {
-    return longWave(insolationofthisstep(Globals, Rpot), shortWave, t1, t2);
+float netlongwave(float Ra, float shortWave, float t1, float t2) {
+    const float r = shortWave / Ra - 0.25F;
+    const float f = ((r + r) * 0.9F + 0.1F) * 0.17F;
+    const float T = 0.5F * (t1 + t2) + 273.0F;
+    return static_cast<float>(static_cast<double>(f) * 4.9e-6 * std::pow(static_cast<double>(T), 4.0));
 }

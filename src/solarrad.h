@@ -7,6 +7,7 @@
 #define KESTO_SOLARRAD_H
 
 #include <array>
+#include <cstdint>
 
 #include "AUEglobals.h"
 
@@ -21,15 +22,18 @@ void insolation(const AUEglobals* Globals, DayTable& Rpot);
 // Fills a day table that is still empty.
 void fillOnFirstUse(const AUEglobals* Globals, DayTable& Rpot);
 
-// The table's value on the day of this step. When the date is beyond the calendar, reports that and gives a mid-year
-// value, so that the caller can finish the step.
-float insolationofthisstep(AUEglobals* Globals, const DayTable& Rpot);
+// What stands for the day when a date is beyond the calendar, so that a step can be finished.
+inline constexpr std::int32_t kMidYear = 200;
 
-// Incoming short-wave radiation by the range of the day's temperature against the mean range of the last 30 calls in
-// this process [degC].
-float directbeamsolar(AUEglobals* Globals, const DayTable& Rpot, float tMin, float tMax);
+// The table's value on a day of the year.
+float insolationofthisstep(const DayTable& Rpot, std::int32_t dayOfYear);
 
-// Net outgoing long-wave radiation, from incoming short-wave radiation and the day's two temperatures [degC].
-float netlongwave(AUEglobals* Globals, const DayTable& Rpot, float shortWave, float t1, float t2);
+// Incoming short-wave radiation by extraterrestrial radiation and the range of the day's temperature against the mean
+// range of the last 30 calls in this process [degC].
+float directbeamsolar(float Ra, float tMin, float tMax);
+
+// Net outgoing long-wave radiation, from extraterrestrial and incoming short-wave radiation and the day's two
+// temperatures [degC].
+float netlongwave(float Ra, float shortWave, float t1, float t2);
 
 #endif

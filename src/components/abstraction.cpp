@@ -15,8 +15,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
 namespace {
@@ -25,53 +24,69 @@ float excess(float Q, float s1, float dt) {
     return Q - s1 * dt;
 }
 
+struct Potentials {
+    float A, s1, s2, s3, s12, s13, dt;
+    float *CapPot, *OprPot, *NrgPot, *LosPot;
+
+    explicit Potentials(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        std::tie(s1, s2, s3, s12, s13) = b.specifications<1, 2, 3, 12, 13>();
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        NrgPot = b.potential(Series::NrgPot);
+        LosPot = b.potential(Series::LosPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.bookConstant(CapPot, s12 * A);
+        block.bookConstant(OprPot, s13 * dt / 365.0F);
+        block.book(NrgPot, [&](std::int32_t j) { return std::min(dt * s1, ports.in1[j].quantity) * s3; });
+        block.book(LosPot, [&](std::int32_t j) { return ports.in1[j].quantity * s2; });
+    }
+};
+
+struct Abstraction {
+    float s1, s2, dt;
+    AUEglobals* Globals;
+    std::int32_t id;
+    bool mayStop;
+
+    explicit Abstraction(Binder& b)
+        : dt(b.timeStep()), Globals(b.record()), id(b.id()), mayStop(Globals->StopOnInfeas != 0) {
+        std::tie(s1, s2) = b.specifications<1, 2>();
+        if (mayStop) b.canStop();
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float Q = ports.in1[j].quantity;
+            const float beyond = excess(Q, s1, dt);
+            if (mayStop && beyond > 0.0F) return fail(Globals, text::kInfeasible, id);
+            ports.out1[j] = {(1.0F + s2) * Q, -1.0F};
+            ports.out2[j].quantity = beyond >= 0.0F ? beyond : 0.0F;
+        }
+    }
+};
+
+struct Treatment {
+    float s1, s2, dt;
+
+    explicit Treatment(Binder& b) : dt(b.timeStep()) { std::tie(s1, s2) = b.specifications<1, 2>(); }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            ports.out1[j] = {(1.0F - s2) * Q, q};
+            ports.out2[j] = {std::max(excess(Q, s1, dt), 0.0F), q};
+        }
+    }
+};
+
 }  // namespace
 
-void Aq_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 2, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s2, s3, s12, s13] = *specifications;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * row->size)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * dt / 365.0F)) return;
-    if (!addPotential(Globals, Series::NrgPot, g, std::min(dt * s1, in1.quantity) * s3)) return;
-    addPotential(Globals, Series::LosPot, g, in1.quantity * s2);
-}
+const Form Aq_Pots = kPotentials<Potentials>;
+const Form Pt_Pots = kPotentials<Potentials>;
+const Form Wp_Pots = kPotentials<Potentials>;
 
-void Aq_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 2>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s2] = *specifications;
-    const float beyond = excess(in1.quantity, s1, Globals->TimeStep);
-    if (Globals->StopOnInfeas != 0 && beyond > 0.0F) return fail(Globals, text::kInfeasible, id);
-    *out1 = {(1.0F + s2) * in1.quantity, -1.0F};
-    out2->quantity = beyond >= 0.0F ? beyond : 0.0F;
-}
-
-void Pt_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    Aq_Pots(id, Globals, in1);
-}
-
-void Pt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    Aq_Outs(id, Globals, in1, out1, out2);
-}
-
-void Wp_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    Aq_Pots(id, Globals, in1);
-}
-
-void Wp_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 2>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s2] = *specifications;
-    *out1 = {(1.0F - s2) * in1.quantity, in1.quality};
-    *out2 = {std::max(excess(in1.quantity, s1, Globals->TimeStep), 0.0F), in1.quality};
-}
+const Form Aq_Outs = kOutputs<Abstraction, Sets::Out1AndQuantity2>;
+const Form Pt_Outs = kOutputs<Abstraction, Sets::Out1AndQuantity2>;
+const Form Wp_Outs = kOutputs<Treatment, Sets::Both>;

@@ -13,8 +13,7 @@
 //
 // All series and potentials are those of the group g, the key id. Kind 9 waters the ground: what it draws infiltrates.
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
 namespace {
@@ -31,64 +30,77 @@ float volumePerStep(float n, float f, float s1, float dt, float d) {
     return n * (f * s1) * dt * d;
 }
 
-std::optional<float> readFrequency(AUEglobals* Globals, std::int32_t g, std::int32_t kind) {
-    const float* const frequencies = findFrequencies(Globals, g);
-    if (!frequencies) return std::nullopt;
-    if (kind < 1 || kind > kKinds) {
-        fail(Globals, text::kApplianceKind);
-        return std::nullopt;
-    }
-    if (!checkStep(Globals, Globals->CurStep, g)) return std::nullopt;
-    return frequencies[static_cast<std::ptrdiff_t>(kKinds) * Globals->CurStep + kind - 1];
+bool runsAlone(std::int32_t kind) {
+    return kind == kOutdoor || kind == kIndependent;
 }
 
-// The series is required of kinds 9 and 10 as well.
-std::optional<float> readOccupancy(AUEglobals* Globals, std::int32_t g, std::int32_t kind) {
-    const auto n = readNow(Globals, Series::Occup, g);
-    return n && (kind == kOutdoor || kind == kIndependent) ? 1.0F : n;
-}
+// How often an appliance runs.
+struct Uses {
+    std::int32_t kind;
+    const float *frequencies, *occupancy, *fluctuation;  // occupancy: null for kinds that run alone
+    float dt;
+
+    // Looked up in two parts, since the multiplier comes between them.
+    explicit Uses(Binder& b) : kind(b.type()), dt(b.timeStep()) {
+        frequencies = b.frequencies(b.key(), kind, kKinds);
+        // The series is required of kinds that run alone as well.
+        const float* const required = b.ofKey(Series::Occup);
+        occupancy = runsAlone(kind) ? nullptr : required;
+    }
+    void readFluctuation(Binder& b) { fluctuation = b.ofKey(Series::Dmdflct); }
+
+    float n(std::int32_t k) const { return occupancy ? occupancy[k] : 1.0F; }
+    float f(std::int32_t k) const { return frequencies[static_cast<std::ptrdiff_t>(kKinds) * k + kind - 1]; }
+    float perStep(std::int32_t k) const { return usesPerStep(n(k), f(k), dt, fluctuation[k]); }
+    float volume(std::int32_t k, float s1) const { return volumePerStep(n(k), f(k), s1, dt, fluctuation[k]); }
+};
+
+struct Potentials {
+    float s1, s3, s12, s13;
+    Uses uses;
+    const float* m;
+    float *InfPot, *NrgPot, *OprPot, *CapPot;
+
+    explicit Potentials(Binder& b) : Potentials(b, b.specifications<1, 3, 12, 13>()) {}
+    Potentials(Binder& b, std::tuple<float, float, float, float> specifications) : uses(b) {
+        std::tie(s1, s3, s12, s13) = specifications;
+        m = b.multiplier();
+        uses.readFluctuation(b);
+        InfPot = uses.kind == kOutdoor ? b.potential(Series::InfPot) : nullptr;
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const auto perStep = [&](std::int32_t j) { return uses.perStep(block.begin + j); };
+        block.book(InfPot, m, [&](float factor, std::int32_t j) { return factor * perStep(j) * s1; });
+        block.book(NrgPot, m, [&](float factor, std::int32_t j) { return s3 * factor * perStep(j); });
+        block.book(OprPot, m, [&](float factor, std::int32_t j) { return perStep(j) * (s13 * factor); });
+        block.book(CapPot, m, [&](float factor) { return factor * s12; });
+    }
+};
+
+struct Flows {
+    float s1, s25;
+    Uses uses;
+
+    explicit Flows(Binder& b) : Flows(b, b.specifications<1, 25>()) {}
+    Flows(Binder& b, std::tuple<float, float> specifications) : uses(b) {
+        std::tie(s1, s25) = specifications;
+        uses.readFluctuation(b);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float volume = uses.volume(block.begin + j, s1);
+            ports.out1[j] = {uses.kind == kOutdoor ? 0.0F : volume, s25};
+            ports.out2[j] = {volume, -1.0F};
+        }
+    }
+};
 
 }  // namespace
 
-void App_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t kind = nint(row->techid);
-    const std::int32_t g = nint(row->key);
-    const auto specifications = readSpecifications<1, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s3, s12, s13] = *specifications;
-    const auto f = readFrequency(Globals, g, kind);
-    if (!f) return;
-    const auto n = readOccupancy(Globals, g, kind);
-    if (!n) return;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const auto d = readNow(Globals, Series::Dmdflct, g);
-    if (!d) return;
-    const float uses = usesPerStep(*n, *f, Globals->TimeStep, *d);
-    if (g < 1) return;
-    if (kind == kOutdoor && !addPotential(Globals, Series::InfPot, g, *m * uses * s1)) return;
-    if (!addPotential(Globals, Series::NrgPot, g, s3 * *m * uses)) return;
-    if (!addPotential(Globals, Series::OprPot, g, uses * (s13 * *m))) return;
-    addPotential(Globals, Series::CapPot, g, *m * s12);
-}
-
-void App_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t kind = nint(row->techid);
-    const std::int32_t g = nint(row->key);
-    const auto specifications = readSpecifications<1, 25>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s25] = *specifications;
-    const auto f = readFrequency(Globals, g, kind);
-    if (!f) return;
-    const auto n = readOccupancy(Globals, g, kind);
-    if (!n) return;
-    const auto d = readNow(Globals, Series::Dmdflct, g);
-    if (!d) return;
-    const float volume = volumePerStep(*n, *f, s1, Globals->TimeStep, *d);
-    *out2 = {volume, -1.0F};
-    *out1 = {kind == kOutdoor ? 0.0F : volume, s25};
-}
+const Form App_Pots = kPotentials<Potentials>;
+const Form App_Outs = kOutputs<Flows, Sets::Both>;

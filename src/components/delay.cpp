@@ -7,18 +7,28 @@
 //
 // The inputs are kept in the Logs series of the delay's own id. A call starts with an empty one.
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
-void Sl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    Signal* const log = findRecord(Globals, Record::Logs, id);
-    if (!log || !checkStep(Globals, Globals->CurStep, id)) return;
-    const std::int32_t k = Globals->CurStep;
-    log[k] = in1;
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t d = nint(row->size);
-    if (d < 0) return error(Globals, text::kNegativeDelay);
-    *out1 = k < d ? Signal{0.0F, 0.0F} : log[k - d];
-}
+namespace {
+
+struct Queue {
+    std::int32_t d;
+    AUEglobals* Globals;
+    Signal* log;
+
+    explicit Queue(Binder& b) : d(nint(b.size())), Globals(b.record()), log(b.recordNow(Record::Logs)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const std::int32_t k = block.begin + j;
+            log[k] = ports.in1[j];
+            if (d < 0) return error(Globals, text::kNegativeDelay);
+            ports.out1[j] = k < d ? Signal{0.0F, 0.0F} : log[k - d];
+        }
+    }
+};
+
+}  // namespace
+
+const Form Sl_Outs = kOutputs<Queue, Sets::Out1>;

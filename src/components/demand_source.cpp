@@ -5,8 +5,7 @@
 //   e   InsDmd of the own id at this step   [vol/step]
 //   P   size: percentage of it
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -14,12 +13,19 @@ float demand(float e, float P) {
     return e * P / 100.0F;
 }
 
+struct Source {
+    float P;
+    const float* e;
+
+    explicit Source(Binder& b) : P(b.size()), e(b.own(Series::InsDmd)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const demands = block.now(e);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {demand(demands[j], P), -1.0F};
+    }
+};
+
 }  // namespace
 
-void In_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1) {
-    const auto e = readNow(Globals, Series::InsDmd, id);
-    if (!e) return;
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    *out1 = {demand(*e, row->size), -1.0F};
-}
+const Form In_Outs = kOutputs<Source, Sets::Out1>;

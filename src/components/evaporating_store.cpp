@@ -24,11 +24,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "components.h"
-#include "components/lookup.h"
-#include "components/temperatures.h"
+#include "components/model.h"
 #include "errors.h"
-#include "solarrad.h"
 
 namespace {
 
@@ -54,64 +51,108 @@ Balance balance(float P, float S, float k28, float dt, float E, float f27, float
     return {X - spill - below, spill, -below};
 }
 
-bool isDaily(AUEglobals* Globals) {
-    if (Globals->TimeStep == 1.0F) return true;
-    error(Globals, text::kDailyStore);
-    return false;
+void requireDailyStep(Binder& b) {
+    if (b.timeStep() != 1.0F) b.error(text::kDailyStore);
 }
 
-std::optional<float> readEvaporation(AUEglobals* Globals, const DayTable& Rpot, std::int32_t key) {
-    const auto temperatures = readTemperatures(Globals, key);
-    if (!temperatures) return std::nullopt;
-    return hargreaves(insolationofthisstep(Globals, Rpot), temperatures->tMin, temperatures->tMax);
+// Evapotranspiration under the temperatures of the key.
+struct Evaporation {
+    const DayTable* Rpot;
+    Temperatures temperatures;
+
+    Evaporation(Binder& b, const DayTable& table) : Rpot(&table), temperatures(b.temperatures()) { b.dates(); }
+
+    float at(const Block& block, std::int32_t j) const {
+        const std::int32_t k = block.begin + j;
+        return hargreaves(insolationofthisstep(*Rpot, block.dates[j].dayOfYear), temperatures.tMin[k],
+                          temperatures.tMax[k]);
+    }
+};
+
+struct Specifications {
+    float s12, s13, f27, k28, Smax, q25;
+    const DayTable* Rpot;
+};
+
+Specifications readForPotentials(Binder& b) {
+    static DayTable Rpot{};
+    requireDailyStep(b);
+    b.fillOnFirstUse(Rpot);
+    const auto [s12, s13, f27, k28] = b.specifications<12, 13, 27, 28>();
+    return {s12, s13, f27, k28, 0.0F, 0.0F, &Rpot};
 }
+
+Specifications readForFlows(Binder& b) {
+    static DayTable Rpot{};
+    requireDailyStep(b);
+    b.fillOnFirstUse(Rpot);
+    const auto [Smax, q25, f27, k28] = b.specifications<1, 25, 27, 28>();
+    return {0.0F, 0.0F, f27, k28, Smax, q25, &Rpot};
+}
+
+struct Potentials {
+    float A, dt;
+    Specifications s;
+    Evaporation evaporation;
+    const float *m, *S;
+    float *InfPot, *EvaPot, *NrgPot, *CapPot, *OprPot;
+
+    explicit Potentials(Binder& b)
+        : A(b.size()), dt(b.timeStep()), s(readForPotentials(b)), evaporation(b, *s.Rpot), m(b.multiplier()) {
+        S = b.before(Series::WatQuant);
+        InfPot = b.potential(Series::InfPot);
+        EvaPot = b.potential(Series::EvaPot);
+        NrgPot = b.potential(Series::NrgPot);
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const held = block.before(S);
+        const float* const factors = block.now(m);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float E = evaporation.at(block, j);
+            const float factor = factors ? factors[j] : 1.0F;
+            block.add(InfPot, j, (held[j] * s.k28 * dt - s.f27 * E) * factor * A);
+            block.add(EvaPot, j, factor * E * A);
+            block.add(NrgPot, j, static_cast<double>(E * -factor * A) * kEnergyOfEvaporation);
+        }
+        block.book(CapPot, m, [&](float factor) { return s.s12 * factor * A; });
+        block.book(OprPot, m, [&](float factor) { return dt * (factor * A * s.s13) / 365.0F; });
+    }
+};
+
+struct Flows {
+    float A, dt;
+    Specifications s;
+    const float *S, *P;
+    Evaporation evaporation;
+    float* S1;
+
+    explicit Flows(Binder& b)
+        : A(b.size()),
+          dt(b.timeStep()),
+          s(readForFlows(b)),
+          S(b.before(Series::WatQuant)),
+          P(b.ofKey(Series::Rainfall)),
+          evaporation(b, *s.Rpot),
+          S1(b.after(Series::WatQuant)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(S);
+        const float* const rain = block.now(P);
+        float* const levels = block.now(S1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float E = evaporation.at(block, j);
+            const auto [level, spill, shortfall] = balance(rain[j], held, s.k28, dt, E, s.f27, s.Smax);
+            levels[j] = held = level;
+            ports.out1[j] = {spill * A, s.q25};
+            ports.out2[j] = {shortfall * A, -1.0F};
+        }
+    }
+};
 
 }  // namespace
 
-void Bg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    static DayTable Rpot{};
-    if (!isDaily(Globals)) return;
-    fillOnFirstUse(Globals, Rpot);
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12, 13, 27, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13, f27, k28] = *specifications;
-    const std::int32_t g = nint(row->key);
-    const auto E = readEvaporation(Globals, Rpot, g);
-    if (!E) return;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const auto S = readBefore(Globals, Series::WatQuant, id);
-    if (!S || g < 1) return;
-    const float A = row->size;
-    const float dt = Globals->TimeStep;
-    const double heat = static_cast<double>(*E * -*m * A) * kEnergyOfEvaporation;
-    if (!addPotential(Globals, Series::InfPot, g, (*S * k28 * dt - f27 * *E) * *m * A)) return;
-    if (!addPotential(Globals, Series::EvaPot, g, *m * *E * A)) return;
-    if (!addPotential(Globals, Series::NrgPot, g, heat)) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * *m * A)) return;
-    addPotential(Globals, Series::OprPot, g, dt * (*m * A * s13) / 365.0F);
-}
-
-void Bg_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2) {
-    static DayTable Rpot{};
-    if (!isDaily(Globals)) return;
-    fillOnFirstUse(Globals, Rpot);
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 25, 27, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [Smax, q25, f27, k28] = *specifications;
-    const std::int32_t g = nint(row->key);
-    const auto S = readBefore(Globals, Series::WatQuant, id);
-    if (!S) return;
-    const auto P = readNow(Globals, Series::Rainfall, g);
-    if (!P) return;
-    const auto E = readEvaporation(Globals, Rpot, g);
-    if (!E) return;
-    const auto [level, spill, shortfall] = balance(*P, *S, k28, Globals->TimeStep, *E, f27, Smax);
-    *out1 = {spill * row->size, q25};
-    *out2 = {shortfall * row->size, -1.0F};
-    store(Globals, Series::WatQuant, id, level);
-}
+const Form Bg_Pots = kPotentials<Potentials>;
+const Form Bg_Outs = kOutputs<Flows, Sets::Both>;

@@ -1,7 +1,5 @@
 #include "components/head.h"
 
-#include "components/lookup.h"
-
 float head(float V, float a0, float a1, float a2) {
     const auto v = static_cast<double>(V);
     const double h =
@@ -9,14 +7,8 @@ float head(float V, float a0, float a1, float a2) {
     return h < 0.0 ? 0.0F : static_cast<float>(h);
 }
 
-std::optional<Stored> readHead(AUEglobals* Globals, const ComponentRow* reservoir) {
-    const std::int32_t id = truncated(static_cast<double>(reservoir->id));
-    const auto V = readBefore(Globals, Series::WatQuant, id);
-    if (!V) return std::nullopt;
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return std::nullopt;
-    const auto specifications = readSpecifications<30, 31, 32>(Globals, row);
-    if (!specifications) return std::nullopt;
-    const auto [a0, a1, a2] = *specifications;
-    return Stored{*V, head(*V, a0, a1, a2)};
+HeadOf::HeadOf(Binder& b, const ComponentRow* reservoir) {
+    if (!reservoir) return;
+    V_ = b.before(Series::WatQuant, id(reservoir));
+    std::tie(a0_, a1_, a2_) = b.specifications<30, 31, 32>(b.find(id(reservoir)));
 }

@@ -15,9 +15,8 @@
 
 #include <algorithm>
 
-#include "components.h"
 #include "components/head.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -46,23 +45,33 @@ float energy(const HydroSpecifications& s, float F, float H, float u, float dt) 
     return -r * power(&s[2], q, H) * dt * 24.0F;
 }
 
+struct Potentials {
+    float u, dt;
+    HydroSpecifications s;
+    HeadOf reservoir;
+    float *NrgPot, *CapPot, *OprPot;
+
+    explicit Potentials(Binder& b) : u(b.size()), dt(b.timeStep()), s(readHydro(b)), reservoir(b, b.findReservoir()) {
+        NrgPot = b.potential(Series::NrgPot);
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+    }
+
+    static HydroSpecifications readHydro(Binder& b) {
+        return std::apply([](auto... values) { return HydroSpecifications{values...}; },
+                          b.specifications<12, 13, 37, 38, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51>());
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(NrgPot, [&](std::int32_t j) {
+            const float H = reservoir.exists() ? reservoir.at(block, j).H : 0.0F;
+            return energy(s, ports.in1[j].quantity / dt, H, u, dt);
+        });
+        block.bookConstant(CapPot, s[0]);
+        block.bookConstant(OprPot, s[1] * dt / 365.0F);
+    }
+};
+
 }  // namespace
 
-void Hd_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto s = readSpecifications<12, 13, 37, 38, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51>(Globals, row);
-    if (!s) return;
-    float H = 0.0F;
-    if (const ComponentRow* const reservoir = findReservoir(Globals, row)) {
-        const auto stored = readHead(Globals, reservoir);
-        if (!stored) return;
-        H = stored->H;
-    }
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::NrgPot, g, energy(*s, in1.quantity / dt, H, row->size, dt))) return;
-    if (!addPotential(Globals, Series::CapPot, g, (*s)[0])) return;
-    addPotential(Globals, Series::OprPot, g, (*s)[1] * dt / 365.0F);
-}
+const Form Hd_Pots = kPotentials<Potentials>;

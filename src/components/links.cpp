@@ -14,8 +14,7 @@
 //
 // Links keep no state, and no factor is clamped: a loss above 1 turns the flow round.
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -28,89 +27,94 @@ float increased(float fraction, float Q) {
     return (1.0F + fraction) * Q;
 }
 
+// GL and PL
+struct Potentials {
+    float s2, s3, s12, s13, dt;
+    const float* m;
+    float *NrgPot, *CapPot, *OprPot, *LosPot;
+
+    explicit Potentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s2, s3, s12, s13) = b.specifications<2, 3, 12, 13>();
+        m = b.multiplier();
+        NrgPot = b.potential(Series::NrgPot);
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        LosPot = b.potential(Series::LosPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(NrgPot, m, [&](float factor, std::int32_t j) { return s3 * ports.in1[j].quantity * factor; });
+        block.book(CapPot, m, [&](float factor) { return s12 * factor; });
+        block.book(OprPot, m, [&](float factor) { return s13 * factor * dt / 365.0F; });
+        block.book(LosPot, m, [&](float factor, std::int32_t j) { return factor * (ports.in1[j].quantity * s2); });
+    }
+};
+
+// SG and DS
+struct DrainPotentials {
+    float s2, s12, s13, dt;
+    const float* m;
+    float *CapPot, *OprPot, *LosPot;
+
+    explicit DrainPotentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s2, s12, s13) = b.specifications<2, 12, 13>();
+        m = b.multiplier();
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        LosPot = b.potential(Series::LosPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(CapPot, m, [&](float factor) { return s12 * factor; });
+        block.book(OprPot, m, [&](float factor) { return s13 * factor * dt / 365.0F; });
+        block.book(LosPot, m, [&](float factor, std::int32_t j) { return factor * s2 * ports.in1[j].quantity; });
+    }
+};
+
+// LS
+struct SeepagePotentials {
+    float s12, s13, s28, dt;
+    const float* m;
+    float *OprPot, *CapPot, *InfPot;
+
+    explicit SeepagePotentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s12, s13, s28) = b.specifications<12, 13, 28>();
+        m = b.multiplier();
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+        InfPot = b.potential(Series::InfPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(OprPot, m, [&](float factor) { return s13 * dt / 365.0F * factor; });
+        block.book(CapPot, m, [&](float factor) { return s12 * factor; });
+        block.book(InfPot, m, [&](float factor, std::int32_t j) { return factor * (s28 * ports.in1[j].quantity); });
+    }
+};
+
 // Applies a formula of one specification to the flow.
-template <int Number>
-void convey(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, float (*formula)(float, float)) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<Number>(Globals, row);
-    if (!specifications) return;
-    *out1 = {formula(specifications->front(), in1.quantity), in1.quality};
-}
+template <int Number, float (*formula)(float, float)>
+struct Flow {
+    float fraction;
+
+    explicit Flow(Binder& b) { std::tie(fraction) = b.specifications<Number>(); }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {formula(fraction, ports.in1[j].quantity), ports.in1[j].quality};
+    }
+};
 
 }  // namespace
 
-void Gl_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<2, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s2, s3, s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float Q = in1.quantity;
-    if (!addPotential(Globals, Series::NrgPot, g, s3 * Q * *m)) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * *m)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * *m * Globals->TimeStep / 365.0F)) return;
-    addPotential(Globals, Series::LosPot, g, *m * (Q * s2));
-}
+const Form Gl_Pots = kPotentials<Potentials>;
+const Form Pl_Pots = kPotentials<Potentials>;
+const Form Sg_Pots = kPotentials<DrainPotentials>;
+const Form Ds_Pots = kPotentials<DrainPotentials>;
+const Form Ls_Pots = kPotentials<SeepagePotentials>;
 
-void Sg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<2, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s2, s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * *m)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * *m * Globals->TimeStep / 365.0F)) return;
-    addPotential(Globals, Series::LosPot, g, *m * s2 * in1.quantity);
-}
-
-void Ls_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12, 13, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13, s28] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * Globals->TimeStep / 365.0F * *m)) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * *m)) return;
-    addPotential(Globals, Series::InfPot, g, *m * (s28 * in1.quantity));
-}
-
-void Pl_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    Gl_Pots(id, Globals, Mult, in1);
-}
-
-void Ds_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    Sg_Pots(id, Globals, Mult, in1);
-}
-
-void Gl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    convey<2>(id, Globals, in1, out1, reduced);
-}
-
-void Pl_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    convey<2>(id, Globals, in1, out1, increased);
-}
-
-void Ls_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    convey<28>(id, Globals, in1, out1, reduced);
-}
-
-void Sg_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    Gl_Outs(id, Globals, in1, out1);
-}
-
-void Ds_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    Gl_Outs(id, Globals, in1, out1);
-}
+const Form Gl_Outs = kOutputs<Flow<2, reduced>, Sets::Out1>;
+const Form Pl_Outs = kOutputs<Flow<2, increased>, Sets::Out1>;
+const Form Sg_Outs = kOutputs<Flow<2, reduced>, Sets::Out1>;
+const Form Ds_Outs = kOutputs<Flow<2, reduced>, Sets::Out1>;
+const Form Ls_Outs = kOutputs<Flow<28, reduced>, Sets::Out1>;

@@ -20,10 +20,6 @@ std::int32_t scan(const Row* table, std::int32_t count, Key Row::*column, Key ke
     return -1;
 }
 
-bool isInside(const AUEglobals* Globals, std::int32_t step) {
-    return step >= 0 && step < Globals->nSteps;
-}
-
 // Where the entry stands in its list, or -1 with the error reported.
 std::int32_t positionOf(AUEglobals* Globals, Series kind, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
@@ -32,48 +28,6 @@ std::int32_t positionOf(AUEglobals* Globals, Series kind, std::int32_t id) {
                                       : scan(Globals->*series.table, Globals->*series.count, &SeriesEntry::id, id);
     if (position < 0) fail(Globals, text::kSeriesNotFound, series.name, id);
     return position;
-}
-
-// The values to write to. The count is the host's and is read anew: a host that shrinks a list during a run is told so
-// instead of being written to beyond it.
-float* writableSeries(AUEglobals* Globals, Series kind, std::int32_t id) {
-    const SeriesKind& series = kSeries[static_cast<int>(kind)];
-    const std::int32_t position = positionOf(Globals, kind, id);
-    if (position < 0) return nullptr;
-    if (position < Globals->*series.count) return (Globals->*series.table)[position].Value;
-    fail(Globals, text::kIndexBeyond, series.name);
-    return nullptr;
-}
-
-template <typename Amount>
-bool add(AUEglobals* Globals, Series kind, std::int32_t key, Amount amount) {
-    float* const values = writableSeries(Globals, kind, key);
-    if (!values) return false;
-    if (!isInside(Globals, Globals->CurStep)) return true;
-    float& value = values[Globals->CurStep];
-    value = static_cast<float>(static_cast<Amount>(value) + amount);
-    return true;
-}
-
-// The factors, one a step, by which a component's potentials are scaled; null when nothing multiplies them.
-std::optional<const float*> findMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id) {
-    if (!Mult || Mult->nUniq() == 0) return nullptr;
-    std::int32_t position = callIndex ? callIndex->sequence.first(id) : -1;
-    for (std::size_t i = 0; !callIndex && position < 0 && i < Mult->CompntId.size(); ++i) {
-        if (Mult->CompntId[i] == id) position = static_cast<std::int32_t>(i);
-    }
-    if (position < 0) {
-        fail(Globals, text::kNotInSequence);
-        return std::nullopt;
-    }
-    const std::int32_t sequence = Mult->SeqId[static_cast<std::size_t>(position)];
-    if (sequence == -1) return nullptr;
-    const auto index = static_cast<std::size_t>(sequence);
-    if (index < Mult->TotNumComp.size() && Mult->TotNumComp[index].index == sequence) {
-        return Mult->TotNumComp[index].Value.data();
-    }
-    fail(Globals, text::kMultiplierNotFound);
-    return std::nullopt;
 }
 
 }  // namespace
@@ -124,12 +78,24 @@ std::optional<float> findSpecification(AUEglobals* Globals, std::int32_t brand, 
     return Globals->TechSpecs[found].value;
 }
 
-std::optional<float> readMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id) {
-    const auto factors = findMultiplier(Globals, Mult, id);
-    if (!factors) return std::nullopt;
-    if (!*factors) return 1.0F;
-    if (!checkStep(Globals, Globals->CurStep, id)) return std::nullopt;
-    return (*factors)[Globals->CurStep];
+std::optional<const float*> findMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id) {
+    if (!Mult || Mult->nUniq() == 0) return nullptr;
+    std::int32_t position = callIndex ? callIndex->sequence.first(id) : -1;
+    for (std::size_t i = 0; !callIndex && position < 0 && i < Mult->CompntId.size(); ++i) {
+        if (Mult->CompntId[i] == id) position = static_cast<std::int32_t>(i);
+    }
+    if (position < 0) {
+        fail(Globals, text::kNotInSequence);
+        return std::nullopt;
+    }
+    const std::int32_t sequence = Mult->SeqId[static_cast<std::size_t>(position)];
+    if (sequence == -1) return nullptr;
+    const auto index = static_cast<std::size_t>(sequence);
+    if (index < Mult->TotNumComp.size() && Mult->TotNumComp[index].index == sequence) {
+        return Mult->TotNumComp[index].Value.data();
+    }
+    fail(Globals, text::kMultiplierNotFound);
+    return std::nullopt;
 }
 
 const float* findFrequencies(AUEglobals* Globals, std::int32_t group) {
@@ -149,6 +115,15 @@ float* findSeries(AUEglobals* Globals, Series kind, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
     const std::int32_t position = positionOf(Globals, kind, id);
     return position < 0 ? nullptr : (Globals->*series.table)[position].Value;
+}
+
+float* writableSeries(AUEglobals* Globals, Series kind, std::int32_t id) {
+    const SeriesKind& series = kSeries[static_cast<int>(kind)];
+    const std::int32_t position = positionOf(Globals, kind, id);
+    if (position < 0) return nullptr;
+    if (position < Globals->*series.count) return (Globals->*series.table)[position].Value;
+    fail(Globals, text::kIndexBeyond, series.name);
+    return nullptr;
 }
 
 Signal* findRecord(AUEglobals* Globals, Record kind, std::int32_t id) {
@@ -176,36 +151,22 @@ const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow*
     return nullptr;
 }
 
+const Receiver* findReceiver(const RCVTOLEAFS& Receivers, std::int32_t id) {
+    if (callIndex) {
+        const std::int32_t position = callIndex->receivers.first(id);
+        return position < 0 ? nullptr : &Receivers[static_cast<std::size_t>(position)];
+    }
+    const auto receiver =
+        std::find_if(Receivers.begin(), Receivers.end(), [&](const Receiver& entry) { return entry.id == id; });
+    return receiver == Receivers.end() ? nullptr : &*receiver;
+}
+
+bool isInside(const AUEglobals* Globals, std::int32_t step) {
+    return step >= 0 && step < Globals->nSteps;
+}
+
 bool checkStep(AUEglobals* Globals, std::int32_t step, std::int32_t id) {
     if (isInside(Globals, step)) return true;
     fail(Globals, text::kStepOutside, Globals->CurStep, id);
     return false;
-}
-
-std::optional<float> readNow(AUEglobals* Globals, Series kind, std::int32_t id) {
-    const float* const values = findSeries(Globals, kind, id);
-    if (!values || !checkStep(Globals, Globals->CurStep, id)) return std::nullopt;
-    return values[Globals->CurStep];
-}
-
-std::optional<float> readBefore(AUEglobals* Globals, Series kind, std::int32_t id) {
-    const float* const values = findSeries(Globals, kind, id);
-    const std::int32_t step = Globals->CurStep > 0 ? Globals->CurStep - 1 : Globals->CurStep;
-    if (!values || !checkStep(Globals, step, id)) return std::nullopt;
-    return values[step];
-}
-
-bool store(AUEglobals* Globals, Series kind, std::int32_t id, float value) {
-    float* const values = writableSeries(Globals, kind, id);
-    if (!values || !checkStep(Globals, Globals->CurStep, id)) return false;
-    values[Globals->CurStep] = value;
-    return true;
-}
-
-bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, float amount) {
-    return add(Globals, kind, key, amount);
-}
-
-bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, double amount) {
-    return add(Globals, kind, key, amount);
 }

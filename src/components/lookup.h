@@ -10,11 +10,14 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "AUEglobals.h"
 #include "components/series.h"
 
 struct InstInfo;
+struct Receiver;
+using RCVTOLEAFS = std::vector<Receiver>;
 
 // Rounds a number to an integer, half away from zero. NaN and what 32 bits cannot hold give -2147483648.
 std::int32_t nint(double value);
@@ -53,8 +56,8 @@ std::optional<std::array<float, sizeof...(Numbers)>> readSpecifications(AUEgloba
     return readSpecifications<Numbers...>(Globals, nint(row->brand));
 }
 
-// The factor by which a component's potentials are scaled in this step: 1 when nothing multiplies them.
-std::optional<float> readMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id);
+// The factors, one a step, by which a component's potentials are scaled; null when nothing multiplies them.
+std::optional<const float*> findMultiplier(AUEglobals* Globals, const InstInfo* Mult, std::int32_t id);
 
 // The uses of all appliance kinds in a group.
 const float* findFrequencies(AUEglobals* Globals, std::int32_t group);
@@ -65,19 +68,9 @@ std::int32_t findSplit(const AUEglobals* Globals, std::int32_t id, std::int32_t 
 // All values of a series.
 float* findSeries(AUEglobals* Globals, Series kind, std::int32_t id);
 
-// The value of this step.
-std::optional<float> readNow(AUEglobals* Globals, Series kind, std::int32_t id);
-
-// A state at the end of the previous step; at step 0 what the host put into element 0.
-std::optional<float> readBefore(AUEglobals* Globals, Series kind, std::int32_t id);
-
-// Writes a state at the end of this step. False when that failed.
-bool store(AUEglobals* Globals, Series kind, std::int32_t id, float value);
-
-// Adds to a potential in this step; outside the series it adds nothing, which is no error. False when the key has no
-// such potential. The amount is added in its own precision and the sum is rounded to single.
-bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, float amount);
-bool addPotential(AUEglobals* Globals, Series kind, std::int32_t key, double amount);
+// The values to write to. The count is the host's and is read anew: a host that shrinks a list during a run is told so
+// instead of being written to beyond it.
+float* writableSeries(AUEglobals* Globals, Series kind, std::int32_t id);
 
 // The two tables of recorded signals.
 enum class Record { Logs, WatBod };
@@ -90,7 +83,13 @@ Signal* findRecord(AUEglobals* Globals, Record kind, std::int32_t id);
 const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow* component,
                                   const ComponentRow* after = nullptr);
 
-// Whether a step lies within the series; if not, that is an error of the id searched for.
+// The ways of a receiving unit; null without an entry.
+const Receiver* findReceiver(const RCVTOLEAFS& Receivers, std::int32_t id);
+
+// Whether a step lies within the series.
+bool isInside(const AUEglobals* Globals, std::int32_t step);
+
+// The same; if not, that is an error of the id searched for.
 bool checkStep(AUEglobals* Globals, std::int32_t step, std::int32_t id);
 
 #endif

@@ -1,5 +1,7 @@
 #include "components/lookup_index.h"
 
+#include "components.h"
+
 namespace {
 
 // A key that is not a number is equal to none and would spoil the order.
@@ -24,11 +26,13 @@ Positions<std::int32_t> idsOf(const Entry* table, std::int32_t count) {
 
 }  // namespace
 
-LookupIndex::LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId)
+LookupIndex::LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId,
+                         const RCVTOLEAFS& Receivers)
     : frequencies(idsOf(Globals->FreqSer, Globals->nFreqSer)),
       logs(idsOf(Globals->Logs, Globals->nLogs)),
       waterBodies(idsOf(Globals->WatBod, Globals->nWatBod)),
-      splits(idsOf(Globals->Splits, Globals->nSplits)) {
+      splits(idsOf(Globals->Splits, Globals->nSplits)),
+      receivers(idsOf(Receivers.data(), static_cast<std::int32_t>(Receivers.size()))) {
     for (std::int32_t i = 0; i < Globals->nComps; ++i) {
         const ComponentRow& row = Globals->Net_Compnt[i];
         if (isNumber(row.id)) rows.add(row.id, i);

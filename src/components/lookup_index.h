@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "AUEglobals.h"
+#include "components/lookup.h"
 #include "components/series.h"
 
 // Positions by key, ascending within a key.
@@ -41,7 +42,7 @@ inline bool isSelected(const SpecificationRow& row) {
 // The tables of a record whose outputs are allocated.
 struct LookupIndex {
     // May throw std::bad_alloc.
-    LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId);
+    LookupIndex(const AUEglobals* Globals, const std::vector<std::int32_t>& CompntId, const RCVTOLEAFS& Receivers);
 
     const Positions<std::int32_t>& ofKind(Series kind) const;
 
@@ -53,7 +54,8 @@ struct LookupIndex {
     Positions<std::int32_t> logs;
     Positions<std::int32_t> waterBodies;
     Positions<std::int32_t> splits;
-    Positions<std::int32_t> sequence;  // places in the order of calculation
+    Positions<std::int32_t> sequence;   // places in the order of calculation
+    Positions<std::int32_t> receivers;  // places in the table of ways
 };
 
 // While one lives, look-ups use its index; null: they scan.

@@ -12,8 +12,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -28,30 +27,43 @@ float concentrateQuality(float Q, float q, float Q1) {
     return q * (Q - kPollutantFactor * Q1) / (Q - Q1);
 }
 
+struct Potentials {
+    float s1, s3, s12, s13, dt;
+    const float* m;
+    float *NrgPot, *OprPot, *CapPot;
+
+    explicit Potentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s1, s3, s12, s13) = b.specifications<1, 3, 12, 13>();
+        m = b.multiplier();
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        // DELIBERATE: the energy of the full capacity, whatever the flow, the step's length and the size.
+        block.book(NrgPot, m, [&](float factor) { return s1 * s3 * factor; });
+        block.book(OprPot, m, [&](float factor) { return s13 * dt / 365.0F * factor; });
+        block.book(CapPot, m, [&](float factor) { return factor * s12; });
+    }
+};
+
+struct Flows {
+    float s1, dt;
+
+    explicit Flows(Binder& b) : dt(b.timeStep()) { std::tie(s1) = b.specifications<1>(); }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            const float Q1 = permeate(Q, s1 * dt);
+            ports.out1[j] = {Q1, kPollutantFactor * q};
+            ports.out2[j] = {Q - Q1, concentrateQuality(Q, q, Q1)};
+        }
+    }
+};
+
 }  // namespace
 
-void Mn_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s3, s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    // DELIBERATE: the energy of the full capacity, whatever the flow, the step's length and the size.
-    if (!addPotential(Globals, Series::NrgPot, g, s1 * s3 * *m)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * Globals->TimeStep / 365.0F * *m)) return;
-    addPotential(Globals, Series::CapPot, g, *m * s12);
-}
-
-void Mn_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1>(Globals, row);
-    if (!specifications) return;
-    const float Q1 = permeate(in1.quantity, specifications->front() * Globals->TimeStep);
-    *out1 = {Q1, kPollutantFactor * in1.quality};
-    *out2 = {in1.quantity - Q1, concentrateQuality(in1.quantity, in1.quality, Q1)};
-}
+const Form Mn_Pots = kPotentials<Potentials>;
+const Form Mn_Outs = kOutputs<Flows, Sets::Both>;

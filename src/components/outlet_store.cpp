@@ -10,8 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -27,17 +26,28 @@ float levelAfter(float Q, float F, float A, float H) {
     return std::max((Q - F * A) / A + H, 0.0F);
 }
 
+struct Flow {
+    float A, k, dt;
+    const float* H;
+    float* H1;
+
+    explicit Flow(Binder& b) : A(b.size()), dt(b.timeStep()), H(b.before(Series::WatQuant)) {
+        std::tie(k) = b.specifications<1>();
+        H1 = b.after(Series::WatQuant);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float level = *block.before(H);
+        float* const levels = block.now(H1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            const float F = outflowDepth(level, k, dt);
+            levels[j] = level = levelAfter(Q, F, A, level);
+            ports.out1[j] = {F * A, q};
+        }
+    }
+};
+
 }  // namespace
 
-void Dt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto H = readBefore(Globals, Series::WatQuant, id);
-    if (!H) return;
-    const auto specifications = readSpecifications<1>(Globals, row);
-    if (!specifications) return;
-    const float A = row->size;
-    const float F = outflowDepth(*H, specifications->front(), Globals->TimeStep);
-    if (!store(Globals, Series::WatQuant, id, levelAfter(in1.quantity, F, A, *H))) return;
-    *out1 = {F * A, in1.quality};
-}
+const Form Dt_Outs = kOutputs<Flow, Sets::Out1>;

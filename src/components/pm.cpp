@@ -8,19 +8,29 @@
 //
 // No multiplier scales a pump.
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
-void Pm_Pots(std::int32_t id, AUEglobals* Globals, Signal* in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s3, s12, s13] = *specifications;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    // DELIBERATE: the size scales the energy alone, not the costs.
-    if (!addPotential(Globals, Series::CapPot, g, s12)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * Globals->TimeStep / 365.0F)) return;
-    addPotential(Globals, Series::NrgPot, g, row->size * (s3 * in1->quantity));
-}
+namespace {
+
+struct Potentials {
+    float N, s3, s12, s13, dt;
+    float *CapPot, *OprPot, *NrgPot;
+
+    explicit Potentials(Binder& b) : N(b.size()), dt(b.timeStep()) {
+        std::tie(s3, s12, s13) = b.specifications<3, 12, 13>();
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        NrgPot = b.potential(Series::NrgPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        // DELIBERATE: the size scales the energy alone, not the costs.
+        block.bookConstant(CapPot, s12);
+        block.bookConstant(OprPot, s13 * dt / 365.0F);
+        block.book(NrgPot, [&](std::int32_t j) { return N * (s3 * ports.in1[j].quantity); });
+    }
+};
+
+}  // namespace
+
+const Form Pm_Pots = kPotentials<Potentials>;

@@ -10,42 +10,66 @@
 //   e       InsDmd of the own id at this step: the quality set
 //   limit   size
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
 namespace {
 
-std::optional<float> readQuality(AUEglobals* Globals, const ComponentRow* reservoir) {
-    return readBefore(Globals, Series::WatQual, truncated(static_cast<double>(reservoir->id)));
+// The quality of the first reservoir of a component's key at the end of the step before; null without a reservoir.
+const float* readQuality(Binder& b, const ComponentRow* reservoir) {
+    return reservoir ? b.before(Series::WatQual, truncated(static_cast<double>(reservoir->id))) : nullptr;
 }
+
+struct Reader {
+    const float* w;
+
+    explicit Reader(Binder& b) : w(readQuality(b, b.findReservoir())) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const quality = w ? block.before(w) : nullptr;
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float Q = ports.in1[j].quantity;
+            ports.out1[j] = {Q, quality ? quality[j] : 0.0F};
+            ports.out2[j] = {Q, -1.0F};
+        }
+    }
+};
+
+struct Setter {
+    const float* e;
+
+    explicit Setter(Binder& b) : e(b.own(Series::InsDmd)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const quality = block.now(e);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {ports.in1[j].quantity, quality[j]};
+    }
+};
+
+struct Switch {
+    float limit;
+    const float* w;
+
+    explicit Switch(Binder& b) : limit(b.size()), w(readQuality(b, b.findReservoir())) {
+        if (w || b.failed()) return;
+        fail(b.record(), text::kNoReservoir, b.id());
+        b.giveUp();
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const quality = block.before(w);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float Q = ports.in1[j].quantity;
+            const bool below = quality[j] < limit;
+            ports.out1[j] = {below ? Q : 0.0F, -1.0F};
+            ports.out2[j] = {below ? 0.0F : Q, -1.0F};
+        }
+    }
+};
 
 }  // namespace
 
-void Fc_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const ComponentRow* const reservoir = findReservoir(Globals, row);
-    const auto w = reservoir ? readQuality(Globals, reservoir) : 0.0F;
-    if (!w) return;
-    *out1 = {in1.quantity, *w};
-    *out2 = {in1.quantity, -1.0F};
-}
-
-void Fl_Outs(std::int32_t id, AUEglobals* Globals, float quantity, Signal* out1) {
-    const auto e = readNow(Globals, Series::InsDmd, id);
-    if (!e) return;
-    *out1 = {quantity, *e};
-}
-
-void Qs_Outs(std::int32_t id, AUEglobals* Globals, float quantity, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const ComponentRow* const reservoir = findReservoir(Globals, row);
-    if (!reservoir) return fail(Globals, text::kNoReservoir, id);
-    const auto w = readQuality(Globals, reservoir);
-    if (!w) return;
-    const bool below = *w < row->size;
-    *out1 = {below ? quantity : 0.0F, -1.0F};
-    *out2 = {below ? 0.0F : quantity, -1.0F};
-}
+const Form Fc_Outs = kOutputs<Reader, Sets::Both>;
+const Form Fl_Outs = kOutputs<Setter, Sets::Out1>;
+const Form Qs_Outs = kOutputs<Switch, Sets::Both>;

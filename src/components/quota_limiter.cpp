@@ -15,8 +15,7 @@
 #include <algorithm>
 
 #include "calendar.h"
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
 namespace {
@@ -37,24 +36,31 @@ float passedBefore(const Signal* log, std::int32_t step, std::int32_t days) {
     return sum;
 }
 
+struct Quota {
+    float D, M, Y;
+    Signal* log;
+
+    explicit Quota(Binder& b) : log(b.record(Record::Logs)) {
+        if (b.timeStep() != 1.0F) b.error(text::kDailyQuota);
+        if (!b.dates()) b.giveUp();
+        b.checkStepOf(b.id());
+        std::tie(D, M, Y) = b.specifications<61, 62, 63>();
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const std::int32_t k = block.begin + j;
+            const auto [Q, q] = ports.in1[j];
+            // DELIBERATE: the month's sum counts one day more than have passed of the month; the year's exactly those.
+            const float UM = passedBefore(log, k, block.dates[j].dayOfMonth);
+            const float UY = passedBefore(log, k, block.dates[j].dayOfYear);
+            const float A = letPass(Q, D, M, Y, UM, UY);
+            ports.out1[j] = log[k] = {A, q};
+            ports.out2[j] = {Q - A, q};
+        }
+    }
+};
+
 }  // namespace
 
-void Mt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const Signal* const log = findRecord(Globals, Record::Logs, id);
-    if (!log) return;
-    if (Globals->TimeStep != 1.0F) return error(Globals, text::kDailyQuota);
-    const auto date = calendarOfStep(Globals);
-    if (!date || !checkStep(Globals, Globals->CurStep, id)) return;
-    // DELIBERATE: the month's sum counts one day more than have passed of the month; the year's sum exactly those.
-    const float UM = passedBefore(log, Globals->CurStep, date->tm_mday);
-    const float UY = passedBefore(log, Globals->CurStep, date->tm_yday);
-    const auto specifications = readSpecifications<61, 62, 63>(Globals, row);
-    if (!specifications) return;
-    const auto [D, M, Y] = *specifications;
-    const float A = letPass(in1.quantity, D, M, Y, UM, UY);
-    *out1 = {A, in1.quality};
-    *out2 = {in1.quantity - A, in1.quality};
-    Lg_Append(id, Globals, *out1);
-}
+const Form Mt_Outs = kOutputs<Quota, Sets::Both>;

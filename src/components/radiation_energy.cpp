@@ -13,11 +13,8 @@
 // 0.000278 kWh is one kJ; 0.8 is what is not reflected. Each evaluation adds one daily range of temperature to the 30
 // that all radiation units share, so the order of components matters.
 
-#include "components.h"
-#include "components/lookup.h"
-#include "components/temperatures.h"
+#include "components/model.h"
 #include "errors.h"
-#include "solarrad.h"
 
 namespace {
 
@@ -33,49 +30,68 @@ float deliveredEnergy(float R, float A, float s55) {
                               static_cast<double>(s55));
 }
 
-bool isDaily(AUEglobals* Globals) {
-    if (Globals->TimeStep == 1.0F) return true;
-    error(Globals, text::kDailyRadiation);
-    return false;
+void requireDailyStep(Binder& b) {
+    if (b.timeStep() != 1.0F) b.error(text::kDailyRadiation);
 }
+
+// PA
+struct Collector {
+    float A, s12, s13, s55, dt;
+    const float *R, *m;
+    float *NrgPot, *OprPot, *CapPot;
+
+    explicit Collector(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        static DayTable Rpot{};
+        requireDailyStep(b);
+        b.fillOnFirstUse(Rpot);
+        const Temperatures temperatures = b.temperatures();
+        std::tie(s12, s13, s55) = b.specifications<12, 13, 55>();
+        R = b.shortWave(Rpot, temperatures);
+        m = b.multiplier();
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        block.book(NrgPot, m, [&](float factor, std::int32_t j) { return factor * deliveredEnergy(R[j], A, s55); });
+        block.book(OprPot, m, [&](float factor) { return s13 * A * dt / 365.0F * factor; });
+        block.book(CapPot, m, [&](float factor) { return factor * (A * s12); });
+    }
+};
+
+// NR
+struct NetRadiation {
+    float A;
+    const DayTable* table;
+    Temperatures temperatures;
+    const float *R, *m;
+    float* NrgPot;
+
+    explicit NetRadiation(Binder& b) : A(b.size()) {
+        static DayTable Rpot{};
+        requireDailyStep(b);
+        b.fillOnFirstUse(Rpot);
+        table = &Rpot;
+        temperatures = b.temperatures();
+        R = b.shortWave(Rpot, temperatures);
+        m = b.multiplier();
+        NrgPot = b.potential(Series::NrgPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        block.book(NrgPot, m, [&](float factor, std::int32_t j) {
+            const std::int32_t k = block.begin + j;
+            const float Ra = insolationofthisstep(*table, block.dates[j].dayOfYear);
+            const float shortWave = R[j] * kAbsorbed;
+            // DELIBERATE: the absorbed part divided again, not the value that it came from.
+            const float longWave = netlongwave(Ra, shortWave / kAbsorbed, temperatures.tMin[k], temperatures.tMax[k]);
+            return factor * netEnergy(shortWave, longWave, A);
+        });
+    }
+};
 
 }  // namespace
 
-void Pa_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    static DayTable Rpot{};
-    if (!isDaily(Globals)) return;
-    fillOnFirstUse(Globals, Rpot);
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t g = nint(row->key);
-    const auto temperatures = readTemperatures(Globals, g);
-    if (!temperatures) return;
-    const auto specifications = readSpecifications<12, 13, 55>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13, s55] = *specifications;
-    const float R = directbeamsolar(Globals, Rpot, temperatures->tMin, temperatures->tMax);
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m || g < 1) return;
-    const float A = row->size;
-    if (!addPotential(Globals, Series::NrgPot, g, *m * deliveredEnergy(R, A, s55))) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * A * Globals->TimeStep / 365.0F * *m)) return;
-    addPotential(Globals, Series::CapPot, g, *m * (A * s12));
-}
-
-void Nr_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    static DayTable Rpot{};
-    if (!isDaily(Globals)) return;
-    fillOnFirstUse(Globals, Rpot);
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t g = nint(row->key);
-    const auto temperatures = readTemperatures(Globals, g);
-    if (!temperatures) return;
-    const auto [tMin, tMax] = *temperatures;
-    const float shortWave = directbeamsolar(Globals, Rpot, tMin, tMax) * kAbsorbed;
-    // DELIBERATE: the absorbed part divided again, not the value that it came from.
-    const float longWave = netlongwave(Globals, Rpot, shortWave / kAbsorbed, tMin, tMax);
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m || g < 1) return;
-    addPotential(Globals, Series::NrgPot, g, *m * netEnergy(shortWave, longWave, row->size));
-}
+const Form Pa_Pots = kPotentials<Collector>;
+const Form Nr_Pots = kPotentials<NetRadiation>;

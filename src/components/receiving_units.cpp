@@ -24,9 +24,10 @@
 // Outputs carry no quality. When sources are not traced, the qualities are left as the host gave them.
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "components/splitter.h"
 #include "errors.h"
 
@@ -57,100 +58,183 @@ float unserved(float D, float capacity) {
     return spare > 0.0F ? -0.0F : -spare;
 }
 
-// Contribution of one way.
-std::optional<float> readPath(AUEglobals* Globals, const RCVTOLEAF& path) {
-    if (path.leaf_id == 0) return 0.0F;
-    float f = 1.0F;
-    for (const SplitterOnPath& splitter : path.splitters) {
-        const auto flow = splitFlow(splitter.Split_id, Globals, 1.0F);
-        if (!flow) return std::nullopt;
-        f *= splitter.Split_port == 1 ? flow->first : flow->second;
+// What the sources of a receiving unit hold, weighted by the shares of their ways.
+class Sources {
+  public:
+    explicit Sources(Binder& b) {
+        const Receiver* const receiver = findReceiver(*b.receivers(), b.id());
+        if (!receiver) {
+            fail(b.record(), text::kNoPaths, b.id());
+            b.giveUp();
+            return;
+        }
+        std::vector<Way> ways;
+        for (std::size_t i = 0; !b.failed() && i < receiver->paths.size(); ++i) {
+            // A way without a leaf contributes nothing.
+            if (receiver->paths[i].leaf_id != 0) ways.push_back(readWay(b, receiver->paths[i]));
+        }
+        nWays_ = ways.size();
+        ways_ = b.keep(ways);
     }
-    const auto w = readBefore(Globals, Series::WatQual, path.leaf_id);
-    if (!w) return std::nullopt;
-    return f * *w;
-}
 
-std::optional<float> readSourceQuality(AUEglobals* Globals, const RCVTOLEAFS& Receivers, std::int32_t id) {
-    const auto receiver =
-        std::find_if(Receivers.begin(), Receivers.end(), [&](const Receiver& entry) { return entry.id == id; });
-    if (receiver == Receivers.end()) {
-        fail(Globals, text::kNoPaths, id);
-        return std::nullopt;
+    float at(const Block& block, std::int32_t j) const {
+        float sigma = 0.0F;
+        for (std::size_t i = 0; i < nWays_; ++i) {
+            const auto& [nSplitters, splitters, ports, w] = ways_[i];
+            float f = 1.0F;
+            for (std::size_t s = 0; s < nSplitters; ++s) {
+                const SplitFlow flow = splitters[s].at(block, j, 1.0F);
+                f *= ports[s].Split_port == 1 ? flow.first : flow.second;
+            }
+            sigma += f * block.before(w)[j];
+        }
+        return sigma;
     }
-    float sigma = 0.0F;
-    for (const RCVTOLEAF& path : receiver->paths) {
-        const auto share = readPath(Globals, path);
-        if (!share) return std::nullopt;
-        sigma += *share;
+
+  private:
+    struct Way {
+        std::size_t nSplitters;
+        const Splitting* splitters;
+        const SplitterOnPath* ports;
+        const float* w;
+    };
+
+    static Way readWay(Binder& b, const RCVTOLEAF& path) {
+        std::vector<Splitting> splitters;
+        for (const SplitterOnPath& splitter : path.splitters)
+            splitters.emplace_back(b, splitter.Split_id);
+        return {splitters.size(), b.keep(splitters), path.splitters.data(), b.before(Series::WatQual, path.leaf_id)};
     }
-    return sigma;
-}
+
+    std::size_t nWays_ = 0;
+    const Way* ways_ = nullptr;
+};
+
+// RS
+struct Cost {
+    float V, s12;
+    const float* m;
+    float* CapPot;
+
+    explicit Cost(Binder& b) : V(b.size()) {
+        std::tie(s12) = b.specifications<12>();
+        m = b.multiplier();
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        block.book(CapPot, m, [&](float factor) { return factor * s12 * V; });
+    }
+};
+
+// RS: the water
+struct Refill {
+    float V, s52, dt;
+    const float* S;
+    float *S1, *heldBefore;
+
+    explicit Refill(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s52) = b.specifications<52>();
+        S = b.before(Series::WatQuant);
+        S1 = b.after(Series::WatQuant);
+        heldBefore = b.handedOver();
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(S);
+        float* const levels = block.now(S1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float D = ports.in1[j].quantity;
+            const float R = refill(held, D, V, s52, dt);
+            heldBefore[j] = held;
+            levels[j] = held = levelAfter(held, R, D);
+            ports.out1[j] = {R, -1.0F};
+        }
+    }
+};
+
+// RS: its quality
+struct Mixing {
+    float V, s52, dt;
+    std::optional<Sources> sources;  // none when sources are not traced
+    const float *C, *heldBefore;
+    float* C1;
+
+    explicit Mixing(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        if (!b.receivers()) return;
+        std::tie(s52) = b.specifications<52>();
+        heldBefore = b.handedOver();
+        sources.emplace(b);
+        C = b.before(Series::WatQual);
+        C1 = b.after(Series::WatQual);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        if (!sources) return;
+        float quality = *block.before(C);
+        float* const qualities = block.now(C1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float D = ports.in1[j].quantity;
+            const float S = heldBefore[j];
+            const float R = refill(S, D, V, s52, dt);
+            quality = mixedQuality(S, quality, R, sources->at(block, j), levelAfter(S, R, D));
+            qualities[j] = quality;
+        }
+    }
+};
+
+struct ThroughputPotentials {
+    float V, s1, s2, s3, s12, s13, dt;
+    float *NrgPot, *LosPot, *CapPot, *OprPot;
+
+    explicit ThroughputPotentials(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s1, s2, s3, s12, s13) = b.specifications<1, 2, 3, 12, 13>();
+        NrgPot = b.potential(Series::NrgPot);
+        LosPot = b.potential(Series::LosPot);
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(NrgPot, [&](std::int32_t j) { return std::min(s1 * V * dt, ports.in1[j].quantity) * s3; });
+        block.book(LosPot, [&](std::int32_t j) { return ports.in1[j].quantity * s2; });
+        block.bookConstant(CapPot, s12 * V);
+        block.bookConstant(OprPot, dt * (V * s13) / 365.0F);
+    }
+};
+
+struct Throughput {
+    float V, s1, s2, dt;
+    std::optional<Sources> sources;
+    const float* C;
+    float* C1;
+
+    explicit Throughput(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s1, s2) = b.specifications<1, 2>();
+        if (b.failed() || !b.receivers()) return;
+        sources.emplace(b);
+        C = b.before(Series::WatQual);
+        C1 = b.after(Series::WatQual);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float D = ports.in1[j].quantity;
+            ports.out1[j] = {(1.0F + s2) * D, -1.0F};
+            ports.out2[j] = {unserved(D, s1 * V * dt), -1.0F};
+        }
+        if (!sources) return;
+        float quality = *block.before(C);
+        float* const qualities = block.now(C1);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            qualities[j] = quality = averagedQuality(quality, sources->at(block, j));
+    }
+};
 
 }  // namespace
 
-void Rs_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12>(Globals, row);
-    if (!specifications) return;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    addPotential(Globals, Series::CapPot, g, *m * specifications->front() * row->size);
-}
-
-void Rs_Outs(std::int32_t id, AUEglobals* Globals, const RCVTOLEAFS* Receivers, float demand, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<52>(Globals, row);
-    if (!specifications) return;
-    const auto S = readBefore(Globals, Series::WatQuant, id);
-    if (!S) return;
-    const float R = refill(*S, demand, row->size, specifications->front(), Globals->TimeStep);
-    const float level = levelAfter(*S, R, demand);
-    if (!store(Globals, Series::WatQuant, id, level)) return;
-    if (Receivers) {
-        const auto sigma = readSourceQuality(Globals, *Receivers, id);
-        if (!sigma) return;
-        const auto C = readBefore(Globals, Series::WatQual, id);
-        if (!C) return;
-        if (!store(Globals, Series::WatQual, id, mixedQuality(*S, *C, R, *sigma, level))) return;
-    }
-    *out1 = {R, -1.0F};
-}
-
-void Tp_Pots(std::int32_t id, AUEglobals* Globals, float demand) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 2, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s2, s3, s12, s13] = *specifications;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float V = row->size;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::NrgPot, g, std::min(s1 * V * dt, demand) * s3)) return;
-    if (!addPotential(Globals, Series::LosPot, g, demand * s2)) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * V)) return;
-    addPotential(Globals, Series::OprPot, g, dt * (V * s13) / 365.0F);
-}
-
-void Tp_Outs(std::int32_t id, AUEglobals* Globals, const RCVTOLEAFS* Receivers, float demand, Signal* out1,
-             Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 2>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s2] = *specifications;
-    if (Receivers) {
-        const auto sigma = readSourceQuality(Globals, *Receivers, id);
-        if (!sigma) return;
-        const auto C = readBefore(Globals, Series::WatQual, id);
-        if (!C) return;
-        if (!store(Globals, Series::WatQual, id, averagedQuality(*C, *sigma))) return;
-    }
-    *out1 = {(1.0F + s2) * demand, -1.0F};
-    *out2 = {unserved(demand, s1 * row->size * Globals->TimeStep), -1.0F};
-}
+const Form Rs_Pots = kPotentials<Cost>;
+const Form Rs_Outs = kOutputs<Refill, Sets::Out1>;
+const Form Rs_Mixing = kOutputs<Mixing, Sets::Nothing>;
+const Form Tp_Pots = kPotentials<ThroughputPotentials>;
+const Form Tp_Outs = kOutputs<Throughput, Sets::Both>;

@@ -7,27 +7,34 @@
 //
 // A connector duplicates its input onto both outputs; it does not divide it.
 
-#include "components.h"
-#include "components/lookup.h"
+#include <algorithm>
+
+#include "components/model.h"
 
 namespace {
 
-void append(AUEglobals* Globals, Record kind, std::int32_t id, Signal signal) {
-    Signal* const record = findRecord(Globals, kind, id);
-    if (!record || !checkStep(Globals, Globals->CurStep, id)) return;
-    record[Globals->CurStep] = signal;
-}
+template <Record kind>
+struct Recorder {
+    Signal* record;
+
+    explicit Recorder(Binder& b) : record(b.recordNow(kind)) {}
+
+    void run(const Block& block, const Ports& ports) const { std::copy_n(ports.in1, block.length, block.now(record)); }
+};
+
+template <bool isTwofold>
+struct Copy {
+    explicit Copy(Binder&) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        std::copy_n(ports.in1, block.length, ports.out1);
+        if (isTwofold) std::copy_n(ports.in1, block.length, ports.out2);
+    }
+};
 
 }  // namespace
 
-void Lg_Append(std::int32_t id, AUEglobals* Globals, Signal signal) {
-    append(Globals, Record::Logs, id, signal);
-}
-
-void Wb_Append(std::int32_t id, AUEglobals* Globals, Signal signal) {
-    append(Globals, Record::WatBod, id, signal);
-}
-
-void CopyIn_To_Out(const Signal* source, Signal* target) {
-    *target = *source;
-}
+const Form Lg_Append = kOutputs<Recorder<Record::Logs>, Sets::Nothing>;
+const Form Wb_Append = kOutputs<Recorder<Record::WatBod>, Sets::Nothing>;
+const Form CopyIn_To_Out = kOutputs<Copy<false>, Sets::Out1>;
+const Form CopyIn_To_Outs = kOutputs<Copy<true>, Sets::Both>;

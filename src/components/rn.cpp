@@ -13,9 +13,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "components.h"
 #include "components/head.h"
-#include "components/lookup.h"
+#include "components/model.h"
 #include "errors.h"
 
 namespace {
@@ -27,23 +26,36 @@ float release(float E, float H1, float H2, float Vlim) {
     return static_cast<float>(std::min(wanted, static_cast<double>(Vlim)));
 }
 
+struct Release {
+    HeadOf first, second;
+    const float *E, *w;
+
+    explicit Release(Binder& b) : Release(b, b.findReservoir()) {}
+    Release(Binder& b, const ComponentRow* row) : Release(b, row, row ? b.findReservoir(row) : nullptr) {}
+    Release(Binder& b, const ComponentRow* row1, const ComponentRow* row2)
+        : first(b, row2 ? row1 : nullptr), second(b, row2) {
+        if (!row2) {
+            fail(b.record(), text::kNoReservoir, b.id());
+            b.giveUp();
+            return;
+        }
+        E = b.own(Series::InsDmd);
+        w = b.before(Series::WatQual, HeadOf::id(row1));
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const wanted = block.now(E);
+        const float* const quality = block.before(w);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [V1, H1] = first.at(block, j);
+            const auto [V2, H2] = second.at(block, j);
+            const float quantity = release(wanted[j], H1, H2, H1 > H2 ? V2 : V1);
+            ports.out1[j] = {quantity, quality[j]};
+            ports.out2[j] = {quantity, -1.0F};
+        }
+    }
+};
+
 }  // namespace
 
-void Rn_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const ComponentRow* const first = findReservoir(Globals, row);
-    const ComponentRow* const second = first ? findReservoir(Globals, row, first) : nullptr;
-    if (!second) return fail(Globals, text::kNoReservoir, id);
-    const auto S1 = readHead(Globals, first);
-    if (!S1) return;
-    const auto S2 = readHead(Globals, second);
-    if (!S2) return;
-    const auto E = readNow(Globals, Series::InsDmd, id);
-    if (!E) return;
-    const auto w = readBefore(Globals, Series::WatQual, truncated(static_cast<double>(first->id)));
-    if (!w) return;
-    const float quantity = release(*E, S1->H, S2->H, S1->H > S2->H ? S2->V : S1->V);
-    *out1 = {quantity, *w};
-    *out2 = {quantity, -1.0F};
-}
+const Form Rn_Outs = kOutputs<Release, Sets::Both>;

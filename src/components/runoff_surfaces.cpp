@@ -24,8 +24,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -46,61 +45,87 @@ Bucket bucket(float R, float W, float s1, float s27, float s28, float dt) {
     return {std::min(depth, s1), depth > s1 ? depth - s1 : 0.0F};
 }
 
+struct ImperviousPotentials {
+    float A, s27;
+    const float *m, *R;
+    float* EvaPot;
+
+    explicit ImperviousPotentials(Binder& b) : A(b.size()) {
+        std::tie(s27) = b.specifications<27>();
+        m = b.multiplier();
+        R = b.ofKey(Series::Rainfall);
+        EvaPot = b.potential(Series::EvaPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const rain = block.now(R);
+        block.book(EvaPot, m, [&](float factor, std::int32_t j) { return factor * (rain[j] * (s27 * A)); });
+    }
+};
+
+struct ImperviousFlow {
+    float A, s25, s27;
+    const float* R;
+
+    explicit ImperviousFlow(Binder& b) : A(b.size()) {
+        std::tie(s25, s27) = b.specifications<25, 27>();
+        R = b.ofKey(Series::Rainfall);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const rain = block.now(R);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {runoffImpervious(rain[j], s27, A), s25};
+    }
+};
+
+struct PerviousPotentials {
+    float A, s27, s28, dt;
+    const float *m, *W;
+    float *InfPot, *EvaPot;
+
+    explicit PerviousPotentials(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        std::tie(s27, s28) = b.specifications<27, 28>();
+        m = b.multiplier();
+        W = b.before(Series::WatQuant);
+        InfPot = b.potential(Series::InfPot);
+        EvaPot = b.potential(Series::EvaPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const held = block.before(W);
+        block.book(InfPot, m, [&](float factor, std::int32_t j) { return s28 * factor * held[j] * A * dt; });
+        block.book(EvaPot, m, [&](float factor, std::int32_t j) { return A * (factor * s27 * held[j]) * dt; });
+    }
+};
+
+struct PerviousFlow {
+    float A, s1, s25, s27, s28, dt;
+    const float *W, *R;
+    float* W1;
+
+    explicit PerviousFlow(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        std::tie(s1, s25, s27, s28) = b.specifications<1, 25, 27, 28>();
+        W = b.before(Series::WatQuant);
+        R = b.ofKey(Series::Rainfall);
+        W1 = b.after(Series::WatQuant);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const rain = block.now(R);
+        float* const depths = block.now(W1);
+        float held = *block.before(W);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [depth, runoff] = bucket(rain[j], held, s1, s27, s28, dt);
+            depths[j] = held = depth;
+            ports.out1[j] = {runoff * A, s25};
+        }
+    }
+};
+
 }  // namespace
 
-void Im_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<27>(Globals, row);
-    if (!specifications) return;
-    const auto [s27] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    const auto R = readNow(Globals, Series::Rainfall, g);
-    if (!R || g < 1) return;
-    addPotential(Globals, Series::EvaPot, g, *m * (*R * (s27 * row->size)));
-}
-
-void Im_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<25, 27>(Globals, row);
-    if (!specifications) return;
-    const auto [s25, s27] = *specifications;
-    const auto R = readNow(Globals, Series::Rainfall, nint(row->key));
-    if (!R) return;
-    *out1 = {runoffImpervious(*R, s27, row->size), s25};
-}
-
-void Pv_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<27, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [s27, s28] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const auto W = readBefore(Globals, Series::WatQuant, id);
-    if (!W) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float A = row->size;
-    if (!addPotential(Globals, Series::InfPot, g, s28 * *m * *W * A * Globals->TimeStep)) return;
-    addPotential(Globals, Series::EvaPot, g, A * (*m * s27 * *W) * Globals->TimeStep);
-}
-
-void Pv_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 25, 27, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s25, s27, s28] = *specifications;
-    const auto W = readBefore(Globals, Series::WatQuant, id);
-    if (!W) return;
-    const auto R = readNow(Globals, Series::Rainfall, nint(row->key));
-    if (!R) return;
-    const auto [depth, runoff] = bucket(*R, *W, s1, s27, s28, Globals->TimeStep);
-    if (!store(Globals, Series::WatQuant, id, depth)) return;
-    *out1 = {runoff * row->size, s25};
-}
+const Form Im_Pots = kPotentials<ImperviousPotentials>;
+const Form Im_Outs = kOutputs<ImperviousFlow, Sets::Out1>;
+const Form Pv_Pots = kPotentials<PerviousPotentials>;
+const Form Pv_Outs = kOutputs<PerviousFlow, Sets::Out1>;

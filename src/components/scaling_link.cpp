@@ -7,11 +7,22 @@
 //
 // The same series also scales the potentials of all that lies upstream (simulation/multipliers.cpp).
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
-void Ml_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    const auto v = readNow(Globals, Series::Multpls, id);
-    if (!v) return;
-    *out1 = {in1.quantity * *v, in1.quality};
-}
+namespace {
+
+struct Scaling {
+    const float* v;
+
+    explicit Scaling(Binder& b) : v(b.own(Series::Multpls)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const factors = block.now(v);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {ports.in1[j].quantity * factors[j], ports.in1[j].quality};
+    }
+};
+
+}  // namespace
+
+const Form Ml_Outs = kOutputs<Scaling, Sets::Out1>;

@@ -13,8 +13,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -29,35 +28,51 @@ Balance balance(float Q, float W, float s28, float dt, float V) {
     return {std::min(V, A), V - A > 0.0F ? 0.0F : A - V};
 }
 
+struct Potentials {
+    float V, s12, s13, s28, dt;
+    const float *m, *W;
+    float *OprPot, *CapPot, *InfPot;
+
+    explicit Potentials(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s12, s13, s28) = b.specifications<12, 13, 28>();
+        m = b.multiplier();
+        W = b.before(Series::WatQuant);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+        InfPot = b.potential(Series::InfPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const held = block.before(W);
+        block.book(OprPot, m, [&](float factor) { return s13 * factor * dt / 365.0F; });
+        block.book(CapPot, m, [&](float factor) { return V * (s12 * factor); });
+        block.book(InfPot, m, [&](float factor, std::int32_t j) { return factor * s28 * held[j] * dt; });
+    }
+};
+
+struct Flow {
+    float V, s28, dt;
+    const float* W;
+    float* W1;
+
+    explicit Flow(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s28) = b.specifications<28>();
+        W = b.before(Series::WatQuant);
+        W1 = b.after(Series::WatQuant);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(W);
+        float* const stored = block.now(W1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [storage, overflow] = balance(ports.in1[j].quantity, held, s28, dt, V);
+            stored[j] = held = storage;
+            ports.out1[j] = {overflow, ports.in1[j].quality};
+        }
+    }
+};
+
 }  // namespace
 
-void Cs_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12, 13, 28>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13, s28] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const auto W = readBefore(Globals, Series::WatQuant, id);
-    if (!W) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * *m * dt / 365.0F)) return;
-    if (!addPotential(Globals, Series::CapPot, g, row->size * (s12 * *m))) return;
-    addPotential(Globals, Series::InfPot, g, *m * s28 * *W * dt);
-}
-
-void Cs_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<28>(Globals, row);
-    if (!specifications) return;
-    const auto [s28] = *specifications;
-    const auto W = readBefore(Globals, Series::WatQuant, id);
-    if (!W) return;
-    const auto [storage, overflow] = balance(in1.quantity, *W, s28, Globals->TimeStep, row->size);
-    if (!store(Globals, Series::WatQuant, id, storage)) return;
-    *out1 = {overflow, in1.quality};
-}
+const Form Cs_Pots = kPotentials<Potentials>;
+const Form Cs_Outs = kOutputs<Flow, Sets::Out1>;

@@ -21,9 +21,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "components.h"
-#include "components/lookup.h"
-#include "solarrad.h"
+#include "components/model.h"
 
 namespace {
 
@@ -51,29 +49,52 @@ Balance balance(float P, float E, float S, const Soil& soil, float dt) {
     return {std::max(S1 - D - O, 0.0F), D, O + spill};
 }
 
+struct Column {
+    Soil soil;
+    float q25, dt;
+    const float *S, *P, *T;
+    float *S1, *D;
+
+    explicit Column(Binder& b) : dt(b.timeStep()) {
+        // The balance does without radiation; the table is kept like those of the other models that evaporate.
+        static DayTable Rpot{};
+        b.fillOnFirstUse(Rpot);
+        std::tie(soil.Smax, q25, soil.k28, soil.k57, soil.f58, soil.f59, soil.f60) =
+            b.specifications<1, 25, 28, 57, 58, 59, 60>();
+        S = b.before(Series::WatQuant);
+        P = b.ofKey(Series::Rainfall);
+        T = b.ofKey(Series::Temp);
+        S1 = b.after(Series::WatQuant);
+        D = b.handedOver();
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(S);
+        const float* const rain = block.now(P);
+        const float* const temperature = block.now(T);
+        float* const levels = block.now(S1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const float E = thornthwaite(temperature[j], dt);
+            const auto [level, drainage, outflow] = balance(rain[j], E, held, soil, dt);
+            levels[j] = held = level;
+            D[j] = drainage;
+            ports.out1[j] = {outflow, q25};
+        }
+    }
+};
+
+struct Drainage {
+    const float* D;
+    float* InfPot;
+
+    explicit Drainage(Binder& b) : D(b.handedOver()), InfPot(b.potential(Series::InfPot)) {}
+
+    void run(const Block& block, const Ports&) const {
+        block.book(InfPot, [&](std::int32_t j) { return D[j]; });
+    }
+};
+
 }  // namespace
 
-void Th_Outs(std::int32_t id, AUEglobals* Globals, Signal* out1) {
-    // The balance does without radiation; the table is kept like those of the other models that evaporate.
-    static DayTable Rpot{};
-    fillOnFirstUse(Globals, Rpot);
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 25, 28, 57, 58, 59, 60>(Globals, row);
-    if (!specifications) return;
-    const auto [Smax, q25, k28, k57, f58, f59, f60] = *specifications;
-    const std::int32_t g = nint(row->key);
-    const auto S = readBefore(Globals, Series::WatQuant, id);
-    if (!S) return;
-    const auto P = readNow(Globals, Series::Rainfall, g);
-    if (!P) return;
-    const auto T = readNow(Globals, Series::Temp, g);
-    if (!T) return;
-    const float dt = Globals->TimeStep;
-    const float E = thornthwaite(*T, dt);
-    const auto [level, drainage, outflow] = balance(*P, E, *S, {Smax, k28, k57, f58, f59, f60}, dt);
-    if (!store(Globals, Series::WatQuant, id, level)) return;
-    *out1 = {outflow, q25};
-    if (g < 1) return;
-    addPotential(Globals, Series::InfPot, g, drainage);
-}
+const Form Th_Outs = kOutputs<Column, Sets::Out1>;
+const Form Th_Pots = kPotentials<Drainage>;

@@ -12,15 +12,12 @@
 
 #include "components/splitter.h"
 
-#include "components.h"
-#include "components/lookup.h"
-
 namespace {
 
-constexpr int kMostGroups = 100;
+constexpr std::size_t kMostGroups = 100;
 
 // What the groups of both sides hold and can hold, and their correction of the percentage.
-struct Groups {
+struct Sums {
     float corr = 0.0F;
     float Wp = 0.0F;
     float Cp = 0.0F;
@@ -36,7 +33,7 @@ SplitFlow shares(float pct, float q) {
 }
 
 // The rules are written out so that a comparison with a NaN selects only what its own condition says.
-SplitFlow adjust(SplitFlow flow, const Groups& s) {
+SplitFlow adjust(SplitFlow flow, const Sums& s) {
     const auto [a, b] = flow;
     const float dA = a - s.Wp;
     const float dB = b - s.Wn;
@@ -55,51 +52,62 @@ SplitFlow adjust(SplitFlow flow, const Groups& s) {
     return flow;
 }
 
-// Adds what one group holds and can hold. False when a member lacks something.
-bool addGroup(AUEglobals* Globals, const SplitEntry& group, Groups& sums) {
-    float W = 0.0F;
+Splitting::Group readGroup(Binder& b, const SplitEntry& entry) {
     float C = 0.0F;
-    for (std::int32_t i = 0; i < group.nMembers; ++i) {
-        const std::int32_t member = group.members[i];
-        const auto held = readBefore(Globals, Series::WatQuant, member);
-        if (!held) return false;
-        const ComponentRow* const row = findRow(Globals, member);
-        if (!row) return false;
-        const auto specifications = readSpecifications<1>(Globals, row);
-        if (!specifications) return false;
-        W += *held;
-        C += specifications->front();
+    std::vector<const float*> held;
+    for (std::int32_t i = 0; i < entry.nMembers && !b.failed(); ++i) {
+        const std::int32_t member = entry.members[i];
+        held.push_back(b.before(Series::WatQuant, member));
+        const auto [capacity] = b.specifications<1>(b.find(member));
+        C += capacity;
     }
-    sums.corr += W * group.beta / C;
-    const bool isFirst = group.beta > 0.0F;
-    (isFirst ? sums.Wp : sums.Wn) += W;
-    (isFirst ? sums.Cp : sums.Cn) += C;
-    return true;
+    return {entry.beta, C, held.size(), b.keep(held)};
 }
 
-std::optional<Groups> readGroups(AUEglobals* Globals, std::int32_t id) {
-    Groups sums;
-    std::int32_t group = findSplit(Globals, id, 0);
-    for (int groups = 0; group >= 0 && groups < kMostGroups; ++groups) {
-        if (!addGroup(Globals, Globals->Splits[group], sums)) return std::nullopt;
-        group = findSplit(Globals, id, group + 1);
+struct Flows {
+    Splitting splitting;
+
+    explicit Flows(Binder& b) : splitting(b, b.id()) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            const auto [first, second] = splitting.at(block, j, Q);
+            ports.out1[j] = {first, q};
+            ports.out2[j] = {second, q};
+        }
     }
-    return sums;
-}
+};
 
 }  // namespace
 
-std::optional<SplitFlow> splitFlow(std::int32_t id, AUEglobals* Globals, float quantity) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return std::nullopt;
-    const auto groups = readGroups(Globals, id);
-    if (!groups) return std::nullopt;
-    return adjust(shares(groups->corr + row->size, quantity), *groups);
+Splitting::Splitting(Binder& b, std::int32_t id) {
+    const ComponentRow* const row = b.find(id);
+    if (!row) return;
+    P0_ = row->size;
+    std::vector<Group> groups;
+    std::int32_t place = findSplit(b.record(), id, 0);
+    while (place >= 0 && groups.size() < kMostGroups && !b.failed()) {
+        groups.push_back(readGroup(b, b.record()->Splits[place]));
+        place = findSplit(b.record(), id, place + 1);
+    }
+    nGroups_ = groups.size();
+    groups_ = b.keep(groups);
 }
 
-void Sp_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const auto flow = splitFlow(id, Globals, in1.quantity);
-    if (!flow) return;
-    *out1 = {flow->first, in1.quality};
-    *out2 = {flow->second, in1.quality};
+SplitFlow Splitting::at(const Block& block, std::int32_t j, float quantity) const {
+    Sums sums;
+    for (std::size_t i = 0; i < nGroups_; ++i) {
+        const auto& [beta, C, nMembers, held] = groups_[i];
+        float W = 0.0F;
+        for (std::size_t member = 0; member < nMembers; ++member)
+            W += block.before(held[member])[j];
+        sums.corr += W * beta / C;
+        const bool isFirst = beta > 0.0F;
+        (isFirst ? sums.Wp : sums.Wn) += W;
+        (isFirst ? sums.Cp : sums.Cn) += C;
+    }
+    return adjust(shares(sums.corr + P0_, quantity), sums);
 }
+
+const Form Sp_Outs = kOutputs<Flows, Sets::Both>;

@@ -1,17 +1,37 @@
-// What receiving units ask of the splitters on their ways.
+// How a splitter divides a flow, which receiving units also ask of the splitters on their ways.
 #ifndef KESTO_COMPONENTS_SPLITTER_H
 #define KESTO_COMPONENTS_SPLITTER_H
 
 #include <cstdint>
-#include <optional>
 
-#include "AUEglobals.h"
+#include "components/model.h"
 
-// Quantities at both outputs of a splitter for a quantity at its input. Reports what is missing and gives nothing back.
+// Quantities at both outputs.
 struct SplitFlow {
     float first;
     float second;
 };
-std::optional<SplitFlow> splitFlow(std::int32_t id, AUEglobals* Globals, float quantity);
+
+class Splitting {
+  public:
+    // Stores that count together.
+    struct Group {
+        float beta;
+        float C;
+        std::size_t nMembers;
+        const float* const* held;  // WatQuant of each member
+    };
+
+    // Of the splitter with an id, as it stands in the table.
+    Splitting(Binder& b, std::int32_t id);
+
+    // For a quantity at the input.
+    SplitFlow at(const Block& block, std::int32_t j, float quantity) const;
+
+  private:
+    float P0_ = 0.0F;
+    std::size_t nGroups_ = 0;
+    const Group* groups_ = nullptr;
+};
 
 #endif

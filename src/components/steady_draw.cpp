@@ -28,8 +28,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -61,74 +60,96 @@ float treatedQuality(float Q, float q, float cap) {
     return (q * (cap * 0.1F) + (Q - cap) * q) / Q;
 }
 
+// LT
+struct DrawPotentials {
+    float s3, s12, s13, dt;
+    const float* m;
+    float *NrgPot, *OprPot, *CapPot;
+
+    explicit DrawPotentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s3, s12, s13) = b.specifications<3, 12, 13>();
+        m = b.multiplier();
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        block.book(NrgPot, m, [&](float factor) { return s3 * dt * factor; });
+        block.book(OprPot, m, [&](float factor) { return s13 * dt / 365.0F * factor; });
+        block.book(CapPot, m, [&](float factor) { return factor * s12; });
+    }
+};
+
+// CR and CG, and without multiplier CW
+template <bool isScaled>
+struct TreatmentPotentials {
+    float s1, s3, s12, s13, dt;
+    const float* m;
+    float *NrgPot, *OprPot, *CapPot;
+
+    explicit TreatmentPotentials(Binder& b) : dt(b.timeStep()) {
+        std::tie(s1, s3, s12, s13) = b.specifications<1, 3, 12, 13>();
+        m = isScaled ? b.multiplier() : nullptr;
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        block.book(NrgPot, m, [&](float factor, std::int32_t j) {
+            return std::min(ports.in1[j].quantity, s1 * dt) * (s3 * factor);
+        });
+        block.book(OprPot, m, [&](float factor) { return dt * (s13 * factor) / 365.0F; });
+        block.book(CapPot, m, [&](float factor) { return factor * s12; });
+    }
+};
+
+struct Storage {
+    float V, s1, dt;
+    const float* W;
+    float* W1;
+
+    explicit Storage(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s1) = b.specifications<1>();
+        W = b.before(Series::WatQuant);
+        W1 = b.after(Series::WatQuant);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(W);
+        float* const stored = block.now(W1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            const auto [storage, supplied, overflow] = balance(held, Q, dt * s1, V);
+            stored[j] = held = storage;
+            ports.out1[j] = {supplied, q * kPollutantFactor};
+            ports.out2[j] = {overflow, spillQuality(Q, q, supplied, overflow)};
+        }
+    }
+};
+
+struct Treatment {
+    float s1, dt;
+
+    explicit Treatment(Binder& b) : dt(b.timeStep()) { std::tie(s1) = b.specifications<1>(); }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            ports.out1[j] = {Q, treatedQuality(Q, q, dt * s1)};
+        }
+    }
+};
+
 }  // namespace
 
-void Lt_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s3, s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    if (!addPotential(Globals, Series::NrgPot, g, s3 * Globals->TimeStep * *m)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * Globals->TimeStep / 365.0F * *m)) return;
-    addPotential(Globals, Series::CapPot, g, *m * s12);
-}
+const Form Lt_Pots = kPotentials<DrawPotentials>;
+const Form Cr_Pots = kPotentials<TreatmentPotentials<true>>;
+const Form Cg_Pots = kPotentials<TreatmentPotentials<true>>;
+const Form Cw_Pots = kPotentials<TreatmentPotentials<false>>;
 
-void Cg_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s3, s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::NrgPot, g, std::min(in1.quantity, s1 * dt) * (s3 * *m))) return;
-    if (!addPotential(Globals, Series::OprPot, g, dt * (s13 * *m) / 365.0F)) return;
-    addPotential(Globals, Series::CapPot, g, *m * s12);
-}
-
-void Cr_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal in1) {
-    Cg_Pots(id, Globals, Mult, in1);
-}
-
-void Cw_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    Cg_Pots(id, Globals, nullptr, in1);
-}
-
-void Lt_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1>(Globals, row);
-    if (!specifications) return;
-    const auto [s1] = *specifications;
-    const auto W = readBefore(Globals, Series::WatQuant, id);
-    if (!W) return;
-    const auto [storage, supplied, overflow] = balance(*W, in1.quantity, Globals->TimeStep * s1, row->size);
-    if (!store(Globals, Series::WatQuant, id, storage)) return;
-    *out1 = {supplied, in1.quality * kPollutantFactor};
-    *out2 = {overflow, spillQuality(in1.quantity, in1.quality, supplied, overflow)};
-}
-
-void Cr_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    Lt_Outs(id, Globals, in1, out1, out2);
-}
-
-void Cg_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    Lt_Outs(id, Globals, in1, out1, out2);
-}
-
-void Cw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1>(Globals, row);
-    if (!specifications) return;
-    const auto [s1] = *specifications;
-    *out1 = {in1.quantity, treatedQuality(in1.quantity, in1.quality, Globals->TimeStep * s1)};
-}
+const Form Lt_Outs = kOutputs<Storage, Sets::Both>;
+const Form Cr_Outs = kOutputs<Storage, Sets::Both>;
+const Form Cg_Outs = kOutputs<Storage, Sets::Both>;
+const Form Cw_Outs = kOutputs<Treatment, Sets::Out1>;

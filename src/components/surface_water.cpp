@@ -18,8 +18,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -52,49 +51,71 @@ Balance balance(float Q1, float D, float L, float V0, float s1) {
     return {std::max(0.0F, std::min(s1, B)), deficit, overflow};
 }
 
-std::optional<float> readSurface(AUEglobals* Globals, const ComponentRow* row, float V0) {
-    const auto specifications = readSpecifications<30, 31, 32>(Globals, row);
-    if (!specifications) return std::nullopt;
-    const auto [s30, s31, s32] = *specifications;
-    return surface(V0, s30, s31, s32);
-}
+// Surface and seepage of the water held.
+struct Bed {
+    float s30, s31, s32, s33, s34, dt;
+
+    float seeped(float V0) const { return seepage(surface(V0, s30, s31, s32), s33, s34, dt); }
+};
+
+struct Potentials {
+    float s12, s13;
+    Bed bed;
+    const float* V;
+    float *CapPot, *OprPot, *InfPot;
+
+    explicit Potentials(Binder& b) {
+        bed.dt = b.timeStep();
+        std::tie(s12, s13, bed.s33, bed.s34) = b.specifications<12, 13, 33, 34>();
+        V = b.before(Series::WatQuant);
+        std::tie(bed.s30, bed.s31, bed.s32) = b.specifications<30, 31, 32>();
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        InfPot = b.potential(Series::InfPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const V0 = block.before(V);
+        block.bookConstant(CapPot, s12);
+        block.bookConstant(OprPot, s13 * bed.dt / 365.0F);
+        block.book(InfPot, [&](std::int32_t j) { return bed.seeped(V0[j]); });
+    }
+};
+
+struct Flows {
+    float s1;
+    Bed bed;
+    const float *V, *C;
+    float *V1, *C1;
+
+    explicit Flows(Binder& b) {
+        bed.dt = b.timeStep();
+        std::tie(s1, bed.s33, bed.s34) = b.specifications<1, 33, 34>();
+        V = b.before(Series::WatQuant);
+        C = b.before(Series::WatQual);
+        std::tie(bed.s30, bed.s31, bed.s32) = b.specifications<30, 31, 32>();
+        V1 = b.after(Series::WatQuant);
+        C1 = b.after(Series::WatQual);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        float V0 = *block.before(V);
+        float C0 = *block.before(C);
+        float* const volumes = block.now(V1);
+        float* const qualities = block.now(C1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q1, q1] = ports.in1[j];
+            const float quality = mixedQuality(Q1, q1, V0, C0);
+            const auto [volume, deficit, overflow] = balance(Q1, ports.in2[j].quantity, bed.seeped(V0), V0, s1);
+            volumes[j] = V0 = volume;
+            qualities[j] = C0 = quality;
+            ports.out1[j] = {deficit, -1.0F};
+            ports.out2[j] = {overflow, overflow > 0.0F ? quality : 0.0F};
+        }
+    }
+};
 
 }  // namespace
 
-void Sw_Pots(std::int32_t id, AUEglobals* Globals, Signal) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12, 13, 33, 34>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13, s33, s34] = *specifications;
-    const auto V0 = readBefore(Globals, Series::WatQuant, id);
-    if (!V0) return;
-    const auto a = readSurface(Globals, row, *V0);
-    if (!a) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::CapPot, g, s12)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * dt / 365.0F)) return;
-    addPotential(Globals, Series::InfPot, g, seepage(*a, s33, s34, dt));
-}
-
-void Sw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal in2, Signal* out1, Signal* out2) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 33, 34>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s33, s34] = *specifications;
-    const auto V0 = readBefore(Globals, Series::WatQuant, id);
-    if (!V0) return;
-    const auto C0 = readBefore(Globals, Series::WatQual, id);
-    if (!C0) return;
-    const auto a = readSurface(Globals, row, *V0);
-    if (!a) return;
-    const float C = mixedQuality(in1.quantity, in1.quality, *V0, *C0);
-    const float L = seepage(*a, s33, s34, Globals->TimeStep);
-    const auto [volume, deficit, overflow] = balance(in1.quantity, in2.quantity, L, *V0, s1);
-    if (!store(Globals, Series::WatQuant, id, volume) || !store(Globals, Series::WatQual, id, C)) return;
-    *out1 = {deficit, -1.0F};
-    *out2 = {overflow, overflow > 0.0F ? C : 0.0F};
-}
+const Form Sw_Pots = kPotentials<Potentials>;
+const Form Sw_Outs = kOutputs<Flows, Sets::Both>;

@@ -12,8 +12,7 @@
 //
 // The tank does not track the quality of what it holds.
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -32,29 +31,44 @@ Balance balance(float inflow, float S, float demand, float V) {
     return {V, deficit, -room};
 }
 
+struct Costs {
+    float V, s12, s13, dt;
+    const float* m;
+    float *CapPot, *OprPot;
+
+    explicit Costs(Binder& b) : V(b.size()), dt(b.timeStep()) {
+        std::tie(s12, s13) = b.specifications<12, 13>();
+        m = b.multiplier();
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        block.book(CapPot, m, [&](float factor) { return s12 * V * factor; });
+        block.book(OprPot, m, [&](float factor) { return factor * s13 * dt / 365.0F; });
+    }
+};
+
+struct Flows {
+    float V;
+    const float* S;
+    float* S1;
+
+    explicit Flows(Binder& b) : V(b.size()), S(b.before(Series::WatQuant)), S1(b.after(Series::WatQuant)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        float held = *block.before(S);
+        float* const stored = block.now(S1);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [storage, deficit, overflow] = balance(ports.in1[j].quantity, held, ports.in2[j].quantity, V);
+            stored[j] = held = storage;
+            ports.out1[j] = {deficit, -1.0F};
+            ports.out2[j] = {overflow, 0.0F};
+        }
+    }
+};
+
 }  // namespace
 
-void Tn_Pots(std::int32_t id, AUEglobals* Globals, const InstInfo* Mult, Signal) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s12, s13] = *specifications;
-    const auto m = readMultiplier(Globals, Mult, id);
-    if (!m) return;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * row->size * *m)) return;
-    addPotential(Globals, Series::OprPot, g, *m * s13 * Globals->TimeStep / 365.0F);
-}
-
-void Tn_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal in2, Signal* out1, Signal* out2) {
-    const auto S = readBefore(Globals, Series::WatQuant, id);
-    if (!S) return;
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto [storage, deficit, overflow] = balance(in1.quantity, *S, in2.quantity, row->size);
-    if (!store(Globals, Series::WatQuant, id, storage)) return;
-    *out1 = {deficit, -1.0F};
-    *out2 = {overflow, 0.0F};
-}
+const Form Tn_Pots = kPotentials<Costs>;
+const Form Tn_Outs = kOutputs<Flows, Sets::Both>;

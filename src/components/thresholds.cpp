@@ -9,8 +9,7 @@
 //   Q   quantity of the input, whose quality both outputs carry
 //   T   Threshold of the own id at this step
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -34,23 +33,25 @@ Shares switchOver(float Q, float T, float size) {
     return T > size ? Shares{0.0F, Q} : Shares{Q, 0.0F};
 }
 
-void apply(Shares (*rule)(float, float, float), std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1,
-           Signal* out2) {
-    const auto T = readNow(Globals, Series::Threshold, id);
-    if (!T) return;
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto [first, second] = rule(in1.quantity, *T, row->size);
-    *out1 = {first, in1.quality};
-    *out2 = {second, in1.quality};
-}
+template <Shares (*rule)(float, float, float)>
+struct Flows {
+    float size;
+    const float* T;
+
+    explicit Flows(Binder& b) : size(b.size()), T(b.own(Series::Threshold)) {}
+
+    void run(const Block& block, const Ports& ports) const {
+        const float* const thresholds = block.now(T);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            const auto [Q, q] = ports.in1[j];
+            const auto [first, second] = rule(Q, thresholds[j], size);
+            ports.out1[j] = {first, q};
+            ports.out2[j] = {second, q};
+        }
+    }
+};
 
 }  // namespace
 
-void Dv_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    apply(divide, id, Globals, in1, out1, out2);
-}
-
-void Es_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1, Signal* out2) {
-    apply(switchOver, id, Globals, in1, out1, out2);
-}
+const Form Dv_Outs = kOutputs<Flows<divide>, Sets::Both>;
+const Form Es_Outs = kOutputs<Flows<switchOver>, Sets::Both>;

@@ -14,8 +14,7 @@
 
 #include <algorithm>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -27,30 +26,39 @@ float unmet(float Q, float s1, float A, float dt) {
     return std::max(0.0F, Q - s1 * A * dt);
 }
 
+struct Potentials {
+    float A, s1, s3, s12, s13, dt;
+    float *NrgPot, *CapPot, *OprPot, *InfPot;
+
+    explicit Potentials(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        std::tie(s1, s3, s12, s13) = b.specifications<1, 3, 12, 13>();
+        NrgPot = b.potential(Series::NrgPot);
+        CapPot = b.potential(Series::CapPot);
+        OprPot = b.potential(Series::OprPot);
+        InfPot = b.potential(Series::InfPot);
+    }
+
+    void run(const Block& block, const Ports& ports) const {
+        const auto abstracted = [&](std::int32_t j) { return abstraction(ports.in1[j].quantity, s1, A, dt); };
+        block.book(NrgPot, [&](std::int32_t j) { return abstracted(j) * s3; });
+        block.bookConstant(CapPot, s12 * A);
+        block.bookConstant(OprPot, A * (s13 * dt / 365.0F));
+        block.book(InfPot, [&](std::int32_t j) { return -abstracted(j); });
+    }
+};
+
+struct Flow {
+    float A, s1, dt;
+
+    explicit Flow(Binder& b) : A(b.size()), dt(b.timeStep()) { std::tie(s1) = b.specifications<1>(); }
+
+    void run(const Block& block, const Ports& ports) const {
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = {unmet(ports.in1[j].quantity, s1, A, dt), -1.0F};
+    }
+};
+
 }  // namespace
 
-void Gw_Pots(std::int32_t id, AUEglobals* Globals, Signal in1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1, 3, 12, 13>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s3, s12, s13] = *specifications;
-    const std::int32_t g = nint(row->key);
-    if (g < 1) return;
-    const float A = row->size;
-    const float dt = Globals->TimeStep;
-    const float abstracted = abstraction(in1.quantity, s1, A, dt);
-    if (!addPotential(Globals, Series::NrgPot, g, abstracted * s3)) return;
-    if (!addPotential(Globals, Series::CapPot, g, s12 * A)) return;
-    if (!addPotential(Globals, Series::OprPot, g, A * (s13 * dt / 365.0F))) return;
-    addPotential(Globals, Series::InfPot, g, -abstracted);
-}
-
-void Gw_Outs(std::int32_t id, AUEglobals* Globals, Signal in1, Signal* out1) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const auto specifications = readSpecifications<1>(Globals, row);
-    if (!specifications) return;
-    const auto [s1] = *specifications;
-    *out1 = {unmet(in1.quantity, s1, row->size, Globals->TimeStep), -1.0F};
-}
+const Form Gw_Pots = kPotentials<Potentials>;
+const Form Gw_Outs = kOutputs<Flow, Sets::Out1>;

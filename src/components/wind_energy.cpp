@@ -11,8 +11,7 @@
 
 #include <cmath>
 
-#include "components.h"
-#include "components/lookup.h"
+#include "components/model.h"
 
 namespace {
 
@@ -22,21 +21,26 @@ float generation(float U, float s1, float s56) {
     return P > 0.0 ? static_cast<float>(-P) : -0.0F;
 }
 
+struct Potentials {
+    float N, s1, s12, s13, s56, dt;
+    const float* U;
+    float *NrgPot, *OprPot, *CapPot;
+
+    explicit Potentials(Binder& b) : N(b.size()), dt(b.timeStep()), U(b.ofKey(Series::Wind)) {
+        std::tie(s1, s12, s13, s56) = b.specifications<1, 12, 13, 56>();
+        NrgPot = b.potential(Series::NrgPot);
+        OprPot = b.potential(Series::OprPot);
+        CapPot = b.potential(Series::CapPot);
+    }
+
+    void run(const Block& block, const Ports&) const {
+        const float* const wind = block.now(U);
+        block.book(NrgPot, [&](std::int32_t j) { return generation(wind[j], s1, s56) * dt * 24.0F * N; });
+        block.bookConstant(OprPot, s13 * dt / 365.0F * N);
+        block.bookConstant(CapPot, s12 * N);
+    }
+};
+
 }  // namespace
 
-void Wn_Pots(std::int32_t id, AUEglobals* Globals) {
-    const ComponentRow* const row = findRow(Globals, id);
-    if (!row) return;
-    const std::int32_t g = nint(row->key);
-    const auto U = readNow(Globals, Series::Wind, g);
-    if (!U) return;
-    const auto specifications = readSpecifications<1, 12, 13, 56>(Globals, row);
-    if (!specifications) return;
-    const auto [s1, s12, s13, s56] = *specifications;
-    if (g < 1) return;
-    const float N = row->size;
-    const float dt = Globals->TimeStep;
-    if (!addPotential(Globals, Series::NrgPot, g, generation(*U, s1, s56) * dt * 24.0F * N)) return;
-    if (!addPotential(Globals, Series::OprPot, g, s13 * dt / 365.0F * N)) return;
-    addPotential(Globals, Series::CapPot, g, s12 * N);
-}
+const Form Wn_Pots = kPotentials<Potentials>;

@@ -63,7 +63,7 @@ std::int32_t setUpTree(AUEglobals* Globals, Run& run) {
 }
 
 std::int32_t setUpIndex(AUEglobals* Globals, Run& run) try {
-    run.index.emplace(Globals, run.instInfo.CompntId);
+    run.index.emplace(Globals, run.instInfo.CompntId, run.receivers);
     return KESTO_SUCCESS;
 } catch (const std::bad_alloc&) {
     fail(Globals, text::kNoMemory, "LookupIndex");
@@ -151,10 +151,11 @@ std::int32_t evaluate(Run& run, Step& step, std::size_t position, std::int32_t c
         report(Globals, text::kWrongInputs, type->tag, step.id);
         return KESTO_RUN_FAILURE;
     }
-    // DELIBERATE: the outputs function runs even when the potentials function has failed, so that its message stands
-    // and the state that it writes stays written.
-    if (type->potentials) type->potentials(step);
-    if (type->outputs) type->outputs(step);
+    for (const Form* const form : type->forms) {
+        // DELIBERATE: outputs are computed even when booking potentials has failed, so that their message stands and
+        // the state that they write stays written.
+        if (form && !form->evaluate(step) && !form->books) break;
+    }
     return Globals->ErrFlag == 1 ? KESTO_RUN_FAILURE : KESTO_SUCCESS;
 }
 
@@ -164,9 +165,9 @@ std::int32_t runStep(Run& run, Step& step) {
         step.out1.quantity = -1.0F;
         step.out2.quantity = -1.0F;
         step.id = CompntId[i];
-        const ComponentRow* const row = findRow(step.Globals, step.id);
-        if (!row) return KESTO_RUN_FAILURE;
-        const std::int32_t status = evaluate(run, step, i, nint(row->techid));
+        step.row = findRow(step.Globals, step.id);
+        if (!step.row) return KESTO_RUN_FAILURE;
+        const std::int32_t status = evaluate(run, step, i, nint(step.row->techid));
         if (status != KESTO_SUCCESS) return status;
         PutInCrossSignal(run.signals, run.connections, i, step.out1, step.out2);
     }

@@ -1,0 +1,294 @@
+// What a model is made of.
+//
+// A model is a list of forms: what books the potentials of a component, what computes its outputs. A form is a small
+// plain struct. Its constructor looks up all that it needs for one component, in the order in which errors must come;
+// none of that depends on the step. `run` then computes a range of steps, and may be called for as many ranges as the
+// run has. So a look-up and a formula stand once, whether a step is evaluated alone or many in one go.
+//
+// Within a range the forms of outputs run before those of potentials, which read no more than the inputs and the states
+// at the end of the steps before.
+#ifndef KESTO_COMPONENTS_MODEL_H
+#define KESTO_COMPONENTS_MODEL_H
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <memory_resource>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "AUEglobals.h"
+#include "components.h"
+#include "components/lookup.h"
+#include "solarrad.h"
+
+// What the calendar says of a step.
+struct Date {
+    std::int32_t dayOfMonth;  // from 1
+    std::int32_t dayOfYear;   // from 0
+};
+
+// Consecutive steps. A block that begins with step 0, or outside the series, has that one step.
+struct Block {
+    std::int32_t begin;
+    std::int32_t length;
+    const Date* dates;  // of each step, when some form needs them
+
+    // A series from the block's first step on.
+    template <typename Element>
+    Element* now(Element* series) const {
+        return series ? series + begin : nullptr;
+    }
+    // A state from the end of the step before on; at step 0 that is what the host put into element 0.
+    template <typename Element>
+    Element* before(Element* series) const {
+        return series + (begin > 0 ? begin - 1 : begin);
+    }
+
+    // Adds to a potential in one step, the j-th of the block. Nothing is booked without a potential. The amount is
+    // added in its own precision and the sum is rounded to single.
+    template <std::floating_point Amount>
+    void add(float* potential, std::int32_t j, Amount amount) const {
+        if (!potential) return;
+        float& sum = potential[begin + j];
+        sum = static_cast<float>(static_cast<Amount>(sum) + amount);
+    }
+
+    // Adds to a potential in each step what `amount` gives for the multiplier, or for the multiplier and the step's
+    // place in the block. Adding zero would change nothing, since no sum is ever -0.0, and leaves the memory untouched.
+    template <std::invocable<float> Amount>
+    void book(float* potential, const float* m, const Amount& amount) const {
+        if (!m && amount(1.0F) == 0) return;
+        book(potential, m, [&](float factor, std::int32_t) { return amount(factor); });
+    }
+    template <std::invocable<float, std::int32_t> Amount>
+    void book(float* potential, const float* m, const Amount& amount) const {
+        if (!potential) return;
+        if (!m) {
+            for (std::int32_t j = 0; j < length; ++j)
+                add(potential, j, amount(1.0F, j));
+        } else {
+            for (std::int32_t j = 0; j < length; ++j)
+                add(potential, j, amount(m[begin + j], j));
+        }
+    }
+    // The same for potentials that no multiplier scales.
+    template <std::invocable<std::int32_t> Amount>
+    void book(float* potential, const Amount& amount) const {
+        book(potential, nullptr, [&](float, std::int32_t j) { return amount(j); });
+    }
+    void bookConstant(float* potential, float amount) const {
+        book(potential, nullptr, [&](float) { return amount; });
+    }
+};
+
+// A component's signals, one element a step of the block.
+struct Ports {
+    const Signal* in1;
+    const Signal* in2;
+    Signal* out1;
+    Signal* out2;
+};
+
+// The day's extremes of temperature [degC], which models that depend on radiation read.
+struct Temperatures {
+    const float* tMin;
+    const float* tMax;
+};
+
+// A form bound to its component, behind its type.
+struct Bound {
+    void (*run)(const void* form, const Block& block, const Ports& ports) = nullptr;
+    const void* form = nullptr;
+};
+
+// What the forms of a run use beyond their own inputs, noted while they are bound.
+struct Notes {
+    struct Access {
+        const void* memory;  // first element of a series
+        std::size_t task;
+        bool writes;  // at this step; else reads at the previous one
+    };
+    // Adds to the ranges of temperature that all radiation units of the process share, and must be there before them.
+    struct RadiationUnit {
+        std::size_t task;
+        const DayTable* Rpot;
+        Temperatures temperatures;
+        float* shortWave;  // by step of the block
+    };
+
+    std::int32_t longestBlock = 0;
+    std::size_t task = 0;         // that is being bound
+    float* handedOver = nullptr;  // array of the component that is being bound
+    std::vector<Access> accesses;
+    std::vector<RadiationUnit> radiationUnits;
+    std::vector<Temperatures> temperatures;  // the run stops where a minimum is above its maximum
+    bool needsDates = false;
+    bool canStop = false;  // by what it computes
+    std::pmr::monotonic_buffer_resource memory;
+};
+
+// All that a component may be handed in one step. The four signals are the driver's buffers: what a component leaves
+// unset holds what the one before it left, but for the quantities.
+struct Step {
+    std::int32_t id = 0;
+    const ComponentRow* row = nullptr;
+    AUEglobals* Globals = nullptr;
+    const InstInfo* Mult = nullptr;
+    const RCVTOLEAFS* Receivers = nullptr;
+    Signal in1{};
+    Signal in2{};
+    Signal out1{};
+    Signal out2{};
+    float handedOver = 0.0F;  // by one form of the component to the next
+};
+
+// Binds the forms of one component. After a look-up that fails all further ones give nothing and leave the message
+// alone; the form must not run then.
+class Binder {
+  public:
+    // Without notes the form is bound for the current step alone.
+    explicit Binder(Step& step, Notes* notes = nullptr)
+        : step_(step), Globals_(step.Globals), row_(step.row), notes_(notes) {}
+
+    bool failed() const { return failed_; }
+    AUEglobals* record() const { return Globals_; }
+    Block thisStep() const { return {Globals_->CurStep, 1, &date_}; }
+
+    // The component
+    std::int32_t id() const { return step_.id; }
+    std::int32_t key() const { return nint(row_->key); }
+    std::int32_t type() const { return nint(row_->techid); }
+    float size() const { return row_->size; }
+    float timeStep() const { return Globals_->TimeStep; }
+    const ComponentRow* row() const { return row_; }
+
+    // The specifications of its brand, or of another component's.
+    template <int... Numbers>
+    auto specifications() {
+        return specifications<Numbers...>(row_);
+    }
+    template <int... Numbers>
+    std::tuple<decltype(static_cast<void>(Numbers), 0.0F)...> specifications(const ComponentRow* row) {
+        const auto values = failed_ || !row ? std::nullopt : readSpecifications<Numbers...>(Globals_, row);
+        if (!values) failed_ = true;
+        return values ? std::tuple_cat(*values) : std::tuple_cat(std::array<float, sizeof...(Numbers)>{});
+    }
+
+    // Rows of other components. A reservoir may be missing, which is no failure.
+    const ComponentRow* find(std::int32_t id);
+    const ComponentRow* findReservoir(const ComponentRow* after = nullptr);
+
+    // A series that is read at the step; of the component's key id, of its own id, or of another one.
+    const float* now(Series kind, std::int32_t id);
+    const float* ofKey(Series kind) { return now(kind, key()); }
+    const float* own(Series kind) { return now(kind, id()); }
+
+    // A state: as it is read, at the end of the previous step, and as it is written.
+    const float* before(Series kind, std::int32_t id);
+    const float* before(Series kind) { return before(kind, id()); }
+    float* after(Series kind);
+
+    // The component's recorded signals, without and with a check of the step.
+    Signal* record(Record kind);
+    Signal* recordNow(Record kind);
+    void checkStepOf(std::int32_t id);
+
+    // A potential of its key; null when it has none.
+    float* potential(Series kind);
+
+    // The factors that scale its potentials, one a step; null when nothing does.
+    const float* multiplier();
+
+    const float* frequencies(std::int32_t group, std::int32_t kind, std::int32_t mostKinds);
+    const RCVTOLEAFS* receivers() const { return step_.Receivers; }
+
+    // The extremes of its key, checked against each other.
+    Temperatures temperatures();
+
+    // The dates of the steps will be there. A date beyond the calendar is reported; the form may run.
+    bool dates();
+
+    // Fills a day table that is still empty.
+    void fillOnFirstUse(DayTable& Rpot);
+
+    // Incoming short-wave radiation, by step of the block.
+    const float* shortWave(const DayTable& Rpot, Temperatures temperatures);
+
+    // The form may report an error while it runs.
+    void canStop();
+
+    // Ends the look-ups, with an error to report or with one that is reported.
+    void error(const char* text);
+    void giveUp() { failed_ = true; }
+
+    // Room for an array that the form points to, for as long as the form lives.
+    template <typename Element>
+    Element* array(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<Element>);
+        std::pmr::memory_resource& memory = notes_ ? notes_->memory : own_;
+        return static_cast<Element*>(memory.allocate(count * sizeof(Element), alignof(Element)));
+    }
+    template <typename Element>
+    const Element* keep(const std::vector<Element>& elements) {
+        Element* const kept = array<Element>(elements.size());
+        std::uninitialized_copy(elements.begin(), elements.end(), kept);
+        return kept;
+    }
+    // An array with one element a step of the longest block.
+    float* blockArray() { return array<float>(static_cast<std::size_t>(notes_ ? notes_->longestBlock : 1)); }
+
+    // The same for an array that one form of the component fills and the next one reads.
+    float* handedOver();
+
+  private:
+    void note(const void* memory, bool writes);
+
+    Step& step_;
+    AUEglobals* Globals_;
+    const ComponentRow* row_;
+    Notes* notes_;
+    bool failed_ = false;
+    Date date_{};
+    std::pmr::monotonic_buffer_resource own_;
+};
+
+// What a form does to the outputs of its component.
+enum class Sets { Nothing, Out1, Both, Out1AndQuantity2 };
+
+// A form as the list of types knows it.
+struct Form {
+    bool books;  // potentials, and nothing else
+    Sets sets;
+    bool (*evaluate)(Step&);  // looks everything up and runs the current step; false when a look-up failed
+    Bound (*bind)(Binder&);   // whose look-ups may have failed
+};
+
+template <typename F>
+bool evaluateStep(Step& step) {
+    Binder binder(step);
+    const F form(binder);
+    if (!binder.failed()) form.run(binder.thisStep(), {&step.in1, &step.in2, &step.out1, &step.out2});
+    return !binder.failed();
+}
+
+template <typename F>
+Bound bindForm(Binder& binder) {
+    static_assert(std::is_trivially_destructible_v<F>);
+    const auto run = [](const void* form, const Block& block, const Ports& ports) {
+        // A copy of its own: no store through the ports can change it, so its members stay in registers.
+        const F local = *static_cast<const F*>(form);
+        local.run(block, ports);
+    };
+    return {run, new (binder.array<F>(1)) F(binder)};
+}
+
+template <typename F>
+inline constexpr Form kPotentials{true, Sets::Nothing, evaluateStep<F>, bindForm<F>};
+
+template <typename F, Sets sets>
+inline constexpr Form kOutputs{false, sets, evaluateStep<F>, bindForm<F>};
+
+#endif
