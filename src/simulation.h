@@ -39,6 +39,14 @@ struct CRossConnection {
     std::vector<std::size_t> rowStart;     // of each sender in `rowCells`; one more at the end
 };
 
+// The ports in a code: 0 for port 1, 1 for port 2.
+inline std::int32_t inputSlot(std::int32_t connCode) {
+    return connCode / 100 - 1;
+}
+inline std::int32_t outputSlot(std::int32_t connCode) {
+    return connCode - 100 * (connCode / 100) - 1;
+}
+
 // The last signal that was put on each connection, in the order of CRossConnection's cells.
 using CRossSignal = std::vector<Signal>;
 

@@ -97,7 +97,7 @@ const float* Binder::shortWave(const DayTable& Rpot, Temperatures temperatures) 
     dates();
     float* const values = blockArray();
     if (notes_) {
-        notes_->radiationUnits.push_back({notes_->task, &Rpot, temperatures, values});
+        notes_->radiationUnits.push_back({&Rpot, temperatures, values});
     } else {
         const std::int32_t k = Globals_->CurStep;
         *values =

@@ -30,11 +30,13 @@ struct Date {
     std::int32_t dayOfYear;   // from 0
 };
 
-// Consecutive steps. A block that begins with step 0, or outside the series, has that one step.
+// Consecutive steps, the whole of a block of steps or a part of it. What begins with step 0, or outside the series, is
+// that one step.
 struct Block {
     std::int32_t begin;
     std::int32_t length;
-    const Date* dates;  // of each step, when some form needs them
+    const Date* dates;        // of each step, when some form needs them
+    std::int32_t offset = 0;  // of the first step in arrays that hold a value for each step of the whole block
 
     // A series from the block's first step on.
     template <typename Element>
@@ -46,6 +48,14 @@ struct Block {
     Element* before(Element* series) const {
         return series + (begin > 0 ? begin - 1 : begin);
     }
+
+    // An array by step of the whole block.
+    template <typename Element>
+    Element* part(Element* array) const {
+        return array + offset;
+    }
+    // One step of it.
+    Block step(std::int32_t j) const { return {begin + j, 1, dates ? dates + j : nullptr, offset + j}; }
 
     // Adds to a potential in one step, the j-th of the block. Nothing is booked without a potential. The amount is
     // added in its own precision and the sum is rounded to single.
@@ -113,7 +123,6 @@ struct Notes {
     };
     // Adds to the ranges of temperature that all radiation units of the process share, and must be there before them.
     struct RadiationUnit {
-        std::size_t task;
         const DayTable* Rpot;
         Temperatures temperatures;
         float* shortWave;  // by step of the block
@@ -274,15 +283,21 @@ bool evaluateStep(Step& step) {
     return !binder.failed();
 }
 
+// Keeps a form for as long as the binder's notes.
 template <typename F>
-Bound bindForm(Binder& binder) {
+Bound keepForm(Binder& binder, const F& form) {
     static_assert(std::is_trivially_destructible_v<F>);
-    const auto run = [](const void* form, const Block& block, const Ports& ports) {
+    const auto run = [](const void* kept, const Block& block, const Ports& ports) {
         // A copy of its own: no store through the ports can change it, so its members stay in registers.
-        const F local = *static_cast<const F*>(form);
+        const F local = *static_cast<const F*>(kept);
         local.run(block, ports);
     };
-    return {run, new (binder.array<F>(1)) F(binder)};
+    return {run, new (binder.array<F>(1)) F(form)};
+}
+
+template <typename F>
+Bound bindForm(Binder& binder) {
+    return keepForm(binder, F(binder));
 }
 
 template <typename F>

@@ -54,7 +54,9 @@ struct Collector {
     }
 
     void run(const Block& block, const Ports&) const {
-        block.book(NrgPot, m, [&](float factor, std::int32_t j) { return factor * deliveredEnergy(R[j], A, s55); });
+        const float* const shortWave = block.part(R);
+        block.book(NrgPot, m,
+                   [&](float factor, std::int32_t j) { return factor * deliveredEnergy(shortWave[j], A, s55); });
         block.book(OprPot, m, [&](float factor) { return s13 * A * dt / 365.0F * factor; });
         block.book(CapPot, m, [&](float factor) { return factor * (A * s12); });
     }
@@ -83,7 +85,7 @@ struct NetRadiation {
         block.book(NrgPot, m, [&](float factor, std::int32_t j) {
             const std::int32_t k = block.begin + j;
             const float Ra = insolationofthisstep(*table, block.dates[j].dayOfYear);
-            const float shortWave = R[j] * kAbsorbed;
+            const float shortWave = block.part(R)[j] * kAbsorbed;
             // DELIBERATE: the absorbed part divided again, not the value that it came from.
             const float longWave = netlongwave(Ra, shortWave / kAbsorbed, temperatures.tMin[k], temperatures.tMax[k]);
             return factor * netEnergy(shortWave, longWave, A);

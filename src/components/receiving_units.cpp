@@ -143,10 +143,11 @@ struct Refill {
     void run(const Block& block, const Ports& ports) const {
         float held = *block.before(S);
         float* const levels = block.now(S1);
+        float* const before = block.part(heldBefore);
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float D = ports.in1[j].quantity;
             const float R = refill(held, D, V, s52, dt);
-            heldBefore[j] = held;
+            before[j] = held;
             levels[j] = held = levelAfter(held, R, D);
             ports.out1[j] = {R, -1.0F};
         }
@@ -173,9 +174,10 @@ struct Mixing {
         if (!sources) return;
         float quality = *block.before(C);
         float* const qualities = block.now(C1);
+        const float* const before = block.part(heldBefore);
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float D = ports.in1[j].quantity;
-            const float S = heldBefore[j];
+            const float S = before[j];
             const float R = refill(S, D, V, s52, dt);
             quality = mixedQuality(S, quality, R, sources->at(block, j), levelAfter(S, R, D));
             qualities[j] = quality;

@@ -73,11 +73,12 @@ struct Column {
         const float* const rain = block.now(P);
         const float* const temperature = block.now(T);
         float* const levels = block.now(S1);
+        float* const drained = block.part(D);
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float E = thornthwaite(temperature[j], dt);
             const auto [level, drainage, outflow] = balance(rain[j], E, held, soil, dt);
             levels[j] = held = level;
-            D[j] = drainage;
+            drained[j] = drainage;
             ports.out1[j] = {outflow, q25};
         }
     }
@@ -90,7 +91,8 @@ struct Drainage {
     explicit Drainage(Binder& b) : D(b.handedOver()), InfPot(b.potential(Series::InfPot)) {}
 
     void run(const Block& block, const Ports&) const {
-        block.book(InfPot, [&](std::int32_t j) { return D[j]; });
+        const float* const drained = block.part(D);
+        block.book(InfPot, [&](std::int32_t j) { return drained[j]; });
     }
 };
 

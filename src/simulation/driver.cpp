@@ -1,5 +1,7 @@
-// The driver: sets a run up, then evaluates every component once a step in calculation order.
+// The driver: sets a run up, evaluates every component once a step in calculation order, and after the first step hands
+// the rest to blocks of steps.
 
+#include <algorithm>
 #include <new>
 
 #include "binarytree.h"
@@ -7,12 +9,11 @@
 #include "components/lookup_index.h"
 #include "errors.h"
 #include "simulation.h"
+#include "simulation/blocks.h"
 #include "simulation/dispatch.h"
+#include "simulation/junctions.h"
 
 namespace {
-
-constexpr std::int32_t kJunction = 30;
-constexpr std::int32_t kMixer = 31;
 
 // What lives for one call.
 struct Run {
@@ -101,40 +102,22 @@ std::int32_t setUp(AUEglobals* Globals, Run& run) {
     return setUpIndex(Globals, run);
 }
 
-// The cells of CRossSignal that hold the inputs of the component at a position, sender by sender.
-template <typename Visit>
-void forEachInput(const Run& run, std::size_t position, const Visit& visit) {
-    for (std::size_t c = run.connections.columnStart[position]; c < run.connections.columnStart[position + 1]; ++c) {
-        visit(run.signals[c]);
-    }
-}
-
-Signal junction(const Run& run, std::size_t position) {
-    float sum = 0.0F;
-    forEachInput(run, position, [&](Signal input) { sum += input.quantity; });
-    return {sum, -1.0F};
-}
-
-// Quality is load by quantity, rounded to a whole number; below a tenth of a unit the water is taken for a tenth.
-Signal mixer(const Run& run, std::size_t position) {
-    float quantity = 0.0F;
-    float load = 0.0F;
-    forEachInput(run, position, [&](Signal input) {
-        quantity += input.quantity;
-        load += input.quantity * input.quality;
-    });
-    const double divisor = static_cast<double>(quantity) > 0.1 ? static_cast<double>(quantity) : 0.1;
-    return {quantity, static_cast<float>(nint(static_cast<double>(load) / divisor))};
+// All inputs of a junction or mixer, sender by sender.
+Signal sumOfInputs(const Run& run, std::size_t position) {
+    Signal sum{};
+    for (std::size_t c = run.connections.columnStart[position]; c < run.connections.columnStart[position + 1]; ++c)
+        addInput(sum, run.signals[c]);
+    return sum;
 }
 
 std::int32_t evaluate(Run& run, Step& step, std::size_t position, std::int32_t code) {
     AUEglobals* const Globals = step.Globals;
     if (code == kJunction) {
-        step.out1 = junction(run, position);
+        step.out1 = junction(sumOfInputs(run, position));
         return KESTO_SUCCESS;
     }
     if (code == kMixer) {
-        step.out1 = mixer(run, position);
+        step.out1 = mixer(sumOfInputs(run, position));
         return KESTO_SUCCESS;
     }
     const std::int32_t inputs = GetFromCrossSignal(run.signals, run.connections, position, step.in1, step.in2);
@@ -159,7 +142,8 @@ std::int32_t evaluate(Run& run, Step& step, std::size_t position, std::int32_t c
     return Globals->ErrFlag == 1 ? KESTO_RUN_FAILURE : KESTO_SUCCESS;
 }
 
-std::int32_t runStep(Run& run, Step& step) {
+// One step by the list of components. `left`, when wanted, gets what was in the slots after each of them.
+std::int32_t runStep(Run& run, Step& step, std::vector<Slots>* left = nullptr) {
     const std::vector<std::int32_t>& CompntId = run.instInfo.CompntId;
     for (std::size_t i = 0; i < CompntId.size(); ++i) {
         step.out1.quantity = -1.0F;
@@ -170,8 +154,41 @@ std::int32_t runStep(Run& run, Step& step) {
         const std::int32_t status = evaluate(run, step, i, nint(step.row->techid));
         if (status != KESTO_SUCCESS) return status;
         PutInCrossSignal(run.signals, run.connections, i, step.out1, step.out2);
+        if (left) (*left)[i] = {step.in1, step.in2, step.out1, step.out2};
     }
     return KESTO_SUCCESS;
+}
+
+// Steps up to `end` by the list of components.
+std::int32_t runSteps(Run& run, Step& step, std::int32_t end) {
+    for (std::int32_t& k = step.Globals->CurStep; k < end; ++k) {
+        if (const std::int32_t status = runStep(run, step); status != KESTO_SUCCESS) return status;
+    }
+    return KESTO_SUCCESS;
+}
+
+// The current step by the list of components, which makes sure of all look-ups, and from there on as many as possible
+// in blocks.
+std::int32_t runBlocks(Run& run, Step& step, std::int32_t end) {
+    std::vector<Slots> left(run.instInfo.CompntId.size());
+    if (const std::int32_t status = runStep(run, step, &left); status != KESTO_SUCCESS) return status;
+    Blocks blocks(step, run.signals, run.connections, left);
+    ++step.Globals->CurStep;
+    return blocks.run(end);
+}
+
+std::int32_t runAll(Run& run, Step& step, std::int32_t last) try {
+    AUEglobals* const Globals = step.Globals;
+    // In step 0 the state before is the state after, and outside the series there is none.
+    if (const std::int32_t status = runSteps(run, step, std::min(last, 0)); status != KESTO_SUCCESS) return status;
+    const std::int32_t end = std::min(last, Globals->nSteps);
+    if (Globals->CurStep < end && Globals->CurStep + 1 < end) {
+        if (const std::int32_t status = runBlocks(run, step, end); status != KESTO_SUCCESS) return status;
+    }
+    return runSteps(run, step, last);
+} catch (const std::bad_alloc&) {
+    fail(step.Globals, text::kNoMemory, "Form");
+    return KESTO_SETUP_FAILURE;
 }
 
 }  // namespace
@@ -187,8 +204,5 @@ std::int32_t KESTO_simul(AUEglobals* Globals, std::int32_t first, std::int32_t l
     step.Receivers = Globals->BuildTree == 0 ? nullptr : &run.receivers;
     // first - 1 wraps like the 32-bit integer that it is.
     Globals->CurStep = static_cast<std::int32_t>(static_cast<std::uint32_t>(first) - 1U);
-    for (; Globals->CurStep < last; ++Globals->CurStep) {
-        if (const std::int32_t status = runStep(run, step); status != KESTO_SUCCESS) return status;
-    }
-    return KESTO_SUCCESS;
+    return runAll(run, step, last);
 }

@@ -16,14 +16,6 @@ std::int32_t connCodeOf(const ConnectionRow& connection) {
                                      static_cast<std::uint32_t>(connection.senderPort));
 }
 
-// 0 for port 1, 1 for port 2.
-std::int32_t inputSlot(std::int32_t connCode) {
-    return connCode / 100 - 1;
-}
-std::int32_t outputSlot(std::int32_t connCode) {
-    return connCode - 100 * (connCode / 100) - 1;
-}
-
 using Cell = CRossConnection::Cell;
 
 // All connections between known components, the later of two between the same pair only.

@@ -1,0 +1,362 @@
+#include "simulation/blocks.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+#include "calendar.h"
+#include "components/lookup.h"
+#include "simulation/junctions.h"
+#include "simulation/overlap.h"
+
+#ifdef KESTO_TEST_BLOCKS
+std::int32_t testBlockLength = 0;
+#endif
+
+namespace {
+
+// The arrays of signals should stay in a processor's second cache, and a block be long enough to pay for its calls.
+constexpr std::size_t kArrayBytes = 256 * 1024;
+constexpr std::size_t kShortest = 64;
+constexpr std::size_t kLongest = 256;
+
+std::size_t taskOf(std::size_t position, bool books) {
+    return 2 * position + (books ? 1 : 0);
+}
+
+// Junction or mixer with all its inputs.
+template <Signal (*result)(Signal)>
+struct Sum {
+    std::size_t count;
+    const Signal* const* inputs;  // by step of the whole block
+
+    void run(const Block& block, const Ports& ports) const {
+        std::fill_n(ports.out1, block.length, Signal{});
+        for (std::size_t i = 0; i < count; ++i) {
+            const Signal* const input = block.part(inputs[i]);
+            for (std::int32_t j = 0; j < block.length; ++j)
+                addInput(ports.out1[j], input[j]);
+        }
+        for (std::int32_t j = 0; j < block.length; ++j)
+            ports.out1[j] = result(ports.out1[j]);
+    }
+};
+
+// Who reads a state needs all who write it, and they need each other's order within each step.
+void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) {
+    const auto before = [](const Notes::Access& a, const Notes::Access& b) {
+        return std::pair(a.memory, !a.writes) < std::pair(b.memory, !b.writes);
+    };
+    std::stable_sort(accesses.begin(), accesses.end(), before);
+    for (auto first = accesses.begin(); first != accesses.end();) {
+        const auto isOther = [&](const Notes::Access& access) { return access.memory != first->memory; };
+        const auto end = std::find_if(first, accesses.end(), isOther);
+        const auto readers = std::find_if(first, end, [](const Notes::Access& access) { return !access.writes; });
+        for (auto writer = first; writer != readers; ++writer) {
+            const auto next = writer + 1 == readers ? first : writer + 1;
+            if (writer->task != next->task) needs.emplace_back(writer->task, next->task);
+            for (auto reader = readers; reader != end; ++reader) {
+                if (reader->task != writer->task) needs.emplace_back(reader->task, writer->task);
+            }
+        }
+        first = end;
+    }
+}
+
+}  // namespace
+
+Blocks::Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left)
+    : Globals_(step.Globals),
+      step_(step),
+      signals_(signals),
+      connections_(connections),
+      wiring_(step.Globals, step.Mult->CompntId, connections) {
+    layOut(left);
+    bind();
+    addTransfers();
+    order();
+}
+
+// Gives each sequence that is read its array.
+void Blocks::layOut(const std::vector<Slots>& left) {
+    const std::vector<std::size_t>& read = wiring_.read();
+    const std::size_t fitting = kArrayBytes / (read.size() * sizeof(Signal));
+    const auto longest = static_cast<std::int32_t>(std::clamp(fitting, kShortest, kLongest));
+    notes_.longestBlock = longest;
+#ifdef KESTO_TEST_BLOCKS
+    if (testBlockLength > 0) notes_.longestBlock = testBlockLength;
+#endif
+    const auto length = static_cast<std::size_t>(notes_.longestBlock) + 1;
+    places_.assign(wiring_.ofNothing() + 1, -1);
+    arrays_.resize(read.size() * length);
+    unread_.resize(2 * length);
+    dates_.resize(length);
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        places_[read[i]] = static_cast<std::int32_t>(i);
+        Signal* const first = &arrays_[i * length];
+        if (read[i] < wiring_.ofNobody()) {
+            *first = left[read[i] / kSlots][read[i] % kSlots];
+        } else if (read[i] < wiring_.ofNothing()) {
+            const Slots initial{step_.in1, step_.in2, step_.out1, step_.out2};
+            std::fill_n(first, length, initial[read[i] % kSlots]);
+        }
+    }
+}
+
+Signal* Blocks::array(std::size_t sequence) {
+    const std::int32_t place = places_[sequence];
+    const auto length = static_cast<std::size_t>(notes_.longestBlock) + 1;
+    return place < 0 ? nullptr : &arrays_[static_cast<std::size_t>(place) * length + 1];
+}
+
+const Signal* Blocks::array(const Reading& reading) {
+    Signal* const first = array(reading.sequence);
+    if (!reading.stepBack) return first;
+    readBack_.push_back(first - 1);
+    return first - 1;
+}
+
+void Blocks::bind() {
+    const std::vector<Wiring::Component>& components = wiring_.components();
+    tasks_.resize(2 * components.size());
+    ports_.resize(components.size());
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        const Wiring::Component& component = components[i];
+        const auto own = [&](Slot slot) { return array(i * kSlots + slot); };
+        const auto input = [&](Slot slot) -> const Signal* {
+            if (component.isFilled[slot]) return array(component.input[slot]);
+            return own(slot) ? own(slot) : unread_.data();
+        };
+        const auto output = [&](Slot slot) {
+            if (own(slot)) return own(slot);
+            return slot == kOut1 ? unread_.data() : unread_.data() + notes_.longestBlock;
+        };
+        ports_[i] = {input(kIn1), input(kIn2), output(kOut1), output(kOut2)};
+        step_.id = step_.Mult->CompntId[i];
+        step_.row = component.row;
+        notes_.handedOver = nullptr;
+        if (!component.type) {
+            bindSum(i);
+            continue;
+        }
+        for (const Form* const form : component.type->forms) {
+            if (!form) continue;
+            notes_.task = taskOf(i, form->books);
+            Binder binder(step_, &notes_);
+            std::array<Bound, 2>& forms = tasks_[notes_.task].forms;
+            forms[forms[0].run ? 1 : 0] = form->bind(binder);
+        }
+    }
+    std::sort(readBack_.begin(), readBack_.end());
+    readBack_.erase(std::unique(readBack_.begin(), readBack_.end()), readBack_.end());
+    blockLength_ = notes_.canStop ? 1 : notes_.longestBlock;
+}
+
+void Blocks::bindSum(std::size_t position) {
+    const Wiring::Component& component = wiring_.components()[position];
+    std::vector<const Signal*> inputs;
+    for (const Reading& reading : component.inputs)
+        inputs.push_back(array(reading));
+    Binder binder(step_, &notes_);
+    const Signal* const* const kept = binder.keep(inputs);
+    Bound& form = tasks_[taskOf(position, false)].forms[0];
+    form = nint(component.row->techid) == kJunction ? keepForm(binder, Sum<junction>{inputs.size(), kept})
+                                                    : keepForm(binder, Sum<mixer>{inputs.size(), kept});
+}
+
+// The half of a component that runs first.
+std::size_t Blocks::firstTask(std::size_t position) const {
+    const ComponentType* const type = wiring_.components()[position].type;
+    return taskOf(position, notes_.canStop && type && type->forms[0]->books);
+}
+
+void Blocks::addTransfers() {
+    for (const Wiring::Leftover& leftover : wiring_.leftovers()) {
+        const std::size_t slot = leftover.sequence % kSlots;
+        const bool isInput = slot == kIn1 || slot == kIn2;
+        const std::size_t position = leftover.sequence / kSlots;
+        transfers_.push_back({isInput ? firstTask(position) : taskOf(position, false), isInput,
+                              leftover.hasQuantity ? Part::Quality : Part::QualityOfNone, array(leftover.sequence),
+                              array(leftover.left)});
+    }
+    // An input that somebody needs later has an array of its own beside the sender's.
+    for (const std::size_t sequence : wiring_.read()) {
+        const std::size_t slot = sequence % kSlots;
+        const std::size_t position = sequence / kSlots;
+        if (sequence >= wiring_.ofNobody() || slot > kIn2 || !wiring_.components()[position].isFilled[slot]) continue;
+        const Signal* const source = slot == kIn1 ? ports_[position].in1 : ports_[position].in2;
+        transfers_.push_back({firstTask(position), true, Part::Whole, array(sequence), source});
+    }
+    std::sort(transfers_.begin(), transfers_.end(),
+              [](const Transfer& a, const Transfer& b) { return a.task < b.task; });
+    transferStart_.assign(tasks_.size() + 1, 0);
+    for (const Transfer& transfer : transfers_)
+        ++transferStart_[transfer.task + 1];
+    for (std::size_t task = 0; task < tasks_.size(); ++task)
+        transferStart_[task + 1] += transferStart_[task];
+}
+
+std::vector<Need> Blocks::needs() const {
+    std::vector<Need> needs;
+    const auto addReading = [&](std::size_t task, const Reading& reading) {
+        if (reading.sequence < wiring_.ofNobody()) needs.emplace_back(task, taskOf(reading.sequence / kSlots, false));
+    };
+    const std::vector<Wiring::Component>& components = wiring_.components();
+    std::unordered_map<std::int32_t, std::size_t> booked;  // the last task that books under a key
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        const Wiring::Component& component = components[i];
+        const std::size_t outputs = taskOf(i, false);
+        for (const Reading& reading : component.inputs)
+            addReading(outputs, reading);
+        for (const Slot slot : {kIn1, kIn2}) {
+            if (component.isFilled[slot]) addReading(outputs, component.input[slot]);
+        }
+        const std::size_t potentials = taskOf(i, true);
+        if (!tasks_[potentials].forms[0].run) continue;
+        needs.emplace_back(potentials, outputs);
+        const auto [before, isFirst] = booked.try_emplace(nint(component.row->key), potentials);
+        if (!isFirst) needs.emplace_back(potentials, std::exchange(before->second, potentials));
+    }
+    for (const Wiring::Leftover& leftover : wiring_.leftovers())
+        addReading(taskOf(leftover.sequence / kSlots, false), leftover.left);
+    addAccesses(notes_.accesses, needs);
+    return needs;
+}
+
+void Blocks::order() {
+    const std::vector<Wiring::Component>& components = wiring_.components();
+    if (notes_.canStop) {
+        // Blocks of one step, which go as far as the component that stops the run.
+        for (std::size_t i = 0; i < components.size(); ++i) {
+            const std::size_t first = firstTask(i);
+            schedule_.order.insert(schedule_.order.end(), {first, first ^ 1U});
+        }
+        schedule_.groups.push_back({0, schedule_.order.size(), false});
+        return;
+    }
+    // Components of one key together, since they mostly work on the same series.
+    std::unordered_map<std::int32_t, std::size_t> firstOfKey;
+    std::vector<std::pair<std::size_t, std::size_t>> positions;
+    for (std::size_t i = 0; i < components.size(); ++i)
+        positions.emplace_back(firstOfKey.try_emplace(nint(components[i].row->key), i).first->second, i);
+    std::sort(positions.begin(), positions.end());
+    std::vector<std::size_t> wanted;
+    for (const auto& [first, position] : positions)
+        wanted.insert(wanted.end(), {taskOf(position, false), taskOf(position, true)});
+    schedule_ = makeSchedule(needs(), wanted);
+}
+
+std::int32_t Blocks::run(std::int32_t end) {
+    // With radiation units a step that stops midway has left a part of their ranges behind.
+    if (notes_.canStop && !notes_.radiationUnits.empty()) return KESTO_SUCCESS;
+    if (writesOverlap(*Globals_, notes_.accesses)) return KESTO_SUCCESS;
+    const std::int32_t stop = lookAhead(end);
+    std::int32_t last = -1;  // step of the last block
+    while (Globals_->CurStep < stop) {
+        const std::int32_t begin = Globals_->CurStep;
+        std::int32_t length = std::min(blockLength_, stop - begin);
+        if (notes_.needsDates) length = findDates(begin, length);
+        if (length == 0) break;
+        const Block block{begin, length, dates_.data()};
+        radiate(block);
+        if (!runBlock(block)) return KESTO_RUN_FAILURE;
+        for (Signal* const first : readBack_)
+            *first = first[length];
+        Globals_->CurStep = begin + length;
+        last = length - 1;
+    }
+    if (last >= 0) leave(last);
+    return KESTO_SUCCESS;
+}
+
+// Leaves the driver's buffers and connections as they are after a step of the last block.
+void Blocks::leave(std::int32_t j) {
+    for (std::size_t c = 0; c < signals_.size(); ++c) {
+        const CRossConnection::Cell& cell = connections_.cells[c];
+        const std::int32_t output = outputSlot(cell.connCode);
+        if (output != 0 && output != 1) continue;
+        const auto sender = static_cast<std::size_t>(cell.sender);
+        // What has no array is never read.
+        const Signal* const sent = array(sender * kSlots + (output == 0 ? kOut1 : kOut2));
+        if (sent) signals_[c] = sent[j];
+    }
+    step_.in1.quality = array(wiring_.last(kIn1))[j].quality;
+    step_.in2.quality = array(wiring_.last(kIn2))[j].quality;
+    step_.out1.quality = array(wiring_.last(kOut1))[j].quality;
+    step_.out2.quality = array(wiring_.last(kOut2))[j].quality;
+}
+
+std::int32_t Blocks::lookAhead(std::int32_t end) const {
+    std::vector<std::pair<const float*, const float*>> pairs;
+    for (const auto& [tMin, tMax] : notes_.temperatures)
+        pairs.emplace_back(tMin, tMax);
+    std::sort(pairs.begin(), pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    for (const auto& [tMin, tMax] : pairs) {
+        std::int32_t k = Globals_->CurStep;
+        while (k < end && !(tMin[k] > tMax[k]))
+            ++k;
+        end = k;
+    }
+    return end;
+}
+
+// Dates of the block's steps, as far as the calendar goes.
+std::int32_t Blocks::findDates(std::int32_t begin, std::int32_t length) {
+    for (std::int32_t j = 0; j < length; ++j) {
+        const auto date = calendarOf(*Globals_, begin + j);
+        if (!date) return j;
+        dates_[static_cast<std::size_t>(j)] = {date->tm_mday, date->tm_yday};
+    }
+    return length;
+}
+
+// Short-wave radiation of all units, step by step, since they share the ranges of temperature.
+void Blocks::radiate(const Block& block) const {
+    for (std::int32_t j = 0; j < block.length; ++j) {
+        for (const auto& [Rpot, temperatures, shortWave] : notes_.radiationUnits) {
+            const std::int32_t k = block.begin + j;
+            shortWave[j] = directbeamsolar(insolationofthisstep(*Rpot, block.dates[j].dayOfYear), temperatures.tMin[k],
+                                           temperatures.tMax[k]);
+        }
+    }
+}
+
+bool Blocks::runBlock(const Block& block) const {
+    for (const auto& [begin, end, stepByStep] : schedule_.groups) {
+        const std::int32_t rounds = stepByStep ? block.length : 1;
+        for (std::int32_t round = 0; round < rounds; ++round) {
+            const Block part = stepByStep ? block.step(round) : block;
+            for (std::size_t i = begin; i < end; ++i) {
+                runTask(schedule_.order[i], part);
+                if (Globals_->ErrFlag == 1) return false;
+            }
+        }
+    }
+    return true;
+}
+
+void Blocks::runTask(std::size_t task, const Block& block) const {
+    const bool hasTransfers = transferStart_[task] != transferStart_[task + 1];
+    if (hasTransfers) transfer(task, true, block);
+    const auto& [in1, in2, out1, out2] = ports_[task / 2];
+    const Ports ports{block.part(in1), block.part(in2), block.part(out1), block.part(out2)};
+    for (const Bound& bound : tasks_[task].forms) {
+        if (bound.run) bound.run(bound.form, block, ports);
+    }
+    if (hasTransfers) transfer(task, false, block);
+}
+
+void Blocks::transfer(std::size_t task, bool isBefore, const Block& block) const {
+    for (std::size_t i = transferStart_[task]; i < transferStart_[task + 1]; ++i) {
+        const Transfer& transfer = transfers_[i];
+        if (transfer.isBefore != isBefore) continue;
+        Signal* const target = block.part(transfer.target);
+        const Signal* const source = block.part(transfer.source);
+        for (std::int32_t j = 0; j < block.length; ++j) {
+            target[j].quality = source[j].quality;
+            if (transfer.part == Part::QualityOfNone) target[j].quantity = -1.0F;
+            if (transfer.part == Part::Whole) target[j].quantity = source[j].quantity;
+        }
+    }
+}

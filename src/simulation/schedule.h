@@ -1,0 +1,30 @@
+// In which order tasks run over a block of steps, when each needs results of others.
+#ifndef KESTO_SIMULATION_SCHEDULE_H
+#define KESTO_SIMULATION_SCHEDULE_H
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+// Tasks that run one after the other. Those that need each other go round step by step; the others run a whole block at
+// a time.
+struct TaskGroup {
+    std::size_t begin;  // in the order
+    std::size_t end;
+    bool stepByStep;
+};
+
+struct Schedule {
+    std::vector<std::size_t> order;
+    std::vector<TaskGroup> groups;
+};
+
+// A task and one whose results it needs, of the same step or of an earlier one.
+using Need = std::pair<std::size_t, std::size_t>;
+
+// Every task after all that it needs. Tasks that need each other, directly or through others, or that need their own
+// earlier results, form a group; within one, tasks are in ascending order. Otherwise the order follows `wanted`, which
+// lists all tasks: each comes as early as its turn, or as somebody who needs it, has it. Linear in tasks and needs.
+Schedule makeSchedule(const std::vector<Need>& needs, const std::vector<std::size_t>& wanted);
+
+#endif
