@@ -9,8 +9,10 @@
 #include "simulation/junctions.h"
 #include "simulation/overlap.h"
 
-#ifdef KESTO_TEST_BLOCKS
-std::int32_t testBlockLength = 0;
+// Tests compile this file with other lengths of a block, and with -1 for none at all: then every step goes by the list
+// of components. 0: as many steps as suit the network.
+#ifndef KESTO_BLOCK_LENGTH
+#define KESTO_BLOCK_LENGTH 0
 #endif
 
 namespace {
@@ -82,10 +84,7 @@ void Blocks::layOut(const std::vector<Slots>& left) {
     const std::vector<std::size_t>& read = wiring_.read();
     const std::size_t fitting = kArrayBytes / (read.size() * sizeof(Signal));
     const auto longest = static_cast<std::int32_t>(std::clamp(fitting, kShortest, kLongest));
-    notes_.longestBlock = longest;
-#ifdef KESTO_TEST_BLOCKS
-    if (testBlockLength > 0) notes_.longestBlock = testBlockLength;
-#endif
+    notes_.longestBlock = KESTO_BLOCK_LENGTH > 0 ? KESTO_BLOCK_LENGTH : longest;
     const auto length = static_cast<std::size_t>(notes_.longestBlock) + 1;
     places_.assign(wiring_.ofNothing() + 1, -1);
     arrays_.resize(read.size() * length);
@@ -247,6 +246,7 @@ void Blocks::order() {
 }
 
 std::int32_t Blocks::run(std::int32_t end) {
+    if (KESTO_BLOCK_LENGTH < 0) return KESTO_SUCCESS;
     // With radiation units a step that stops midway has left a part of their ranges behind.
     if (notes_.canStop && !notes_.radiationUnits.empty()) return KESTO_SUCCESS;
     if (writesOverlap(*Globals_, notes_.accesses)) return KESTO_SUCCESS;

@@ -15,11 +15,6 @@
 #include "simulation/schedule.h"
 #include "simulation/wiring.h"
 
-#ifdef KESTO_TEST_BLOCKS
-// Steps in a block; 0: as many as suit the network; -1: every step by the list of components.
-extern std::int32_t testBlockLength;
-#endif
-
 // The driver's four buffers.
 using Slots = std::array<Signal, kSlots>;
 

@@ -1,4 +1,4 @@
-#include "components/lookup.h"
+#include "components/model.h"
 
 #include <gtest/gtest.h>
 
@@ -87,9 +87,10 @@ TEST_F(Lookup, MultiplierOfAnUnknownComponent) {
     run.TotNumComp.push_back({0, {3.0F}});
     run.CompntId = {5};
     run.SeqId = {0};
-    record.nSteps = 1;
-    EXPECT_EQ(readMultiplier(&record, &run, 5), 3.0F);
-    EXPECT_FALSE(readMultiplier(&record, &run, 6));
+    const auto factors = findMultiplier(&record, &run, 5);
+    ASSERT_TRUE(factors && *factors);
+    EXPECT_EQ(**factors, 3.0F);
+    EXPECT_FALSE(findMultiplier(&record, &run, 6));
     EXPECT_STREQ(record.ErrMsg, "Compnt id wasn't found in CompntId!");
 }
 
@@ -98,27 +99,80 @@ TEST_F(Lookup, MultiplierWithoutItsSeries) {
     run.TotNumComp.push_back({0, {3.0F}});
     run.CompntId = {5, 6};
     run.SeqId = {1, -1};
-    record.nSteps = 1;
-    EXPECT_FALSE(readMultiplier(&record, &run, 5));
+    EXPECT_FALSE(findMultiplier(&record, &run, 5));
     EXPECT_STREQ(record.ErrMsg, "Mult series not found!");
-    EXPECT_EQ(readMultiplier(&record, &run, 6), 1.0F);
-    EXPECT_EQ(readMultiplier(&record, nullptr, 5), 1.0F);
+    EXPECT_EQ(findMultiplier(&record, &run, 6), nullptr);
+    EXPECT_EQ(findMultiplier(&record, nullptr, 5), nullptr);
 }
 
-TEST_F(Lookup, StepBefore) {
+class Binding : public Lookup {
+  protected:
+    Binding() {
+        record.WatQuant = &entry;
+        record.nWatQuant = 1;
+        record.nSteps = 3;
+        step.id = 8;
+        step.row = &row;
+        step.Globals = &record;
+    }
+
     std::array<float, 3> values{1.0F, 2.0F, 3.0F};
     SeriesEntry entry{8, values.data()};
-    record.WatQuant = &entry;
-    record.nWatQuant = 1;
-    record.nSteps = 3;
+    ComponentRow row{8.0F, 32.0F, 0.0F, 0.0F, 0.0F};
+    Step step;
+};
+
+TEST_F(Binding, StepBefore) {
     record.CurStep = 0;
-    EXPECT_EQ(readBefore(&record, Series::WatQuant, 8), 1.0F);
+    Binder first(step);
+    EXPECT_EQ(*first.thisStep().before(first.before(Series::WatQuant)), 1.0F);
     record.CurStep = 2;
-    EXPECT_EQ(readBefore(&record, Series::WatQuant, 8), 2.0F);
+    Binder later(step);
+    EXPECT_EQ(*later.thisStep().before(later.before(Series::WatQuant)), 2.0F);
     record.CurStep = 3;
-    EXPECT_EQ(readBefore(&record, Series::WatQuant, 8), 3.0F);
-    EXPECT_FALSE(readNow(&record, Series::WatQuant, 8));
+    Binder beyond(step);
+    EXPECT_EQ(*beyond.thisStep().before(beyond.before(Series::WatQuant)), 3.0F);
+    EXPECT_FALSE(beyond.failed());
+    beyond.after(Series::WatQuant);
+    EXPECT_TRUE(beyond.failed());
     EXPECT_STREQ(record.ErrMsg, "Step 3 is outside the series of component with id=8!");
+}
+
+TEST_F(Binding, TheFirstFailureStands) {
+    Binder binder(step);
+    EXPECT_EQ(binder.own(Series::InsDmd), nullptr);
+    const std::string first = record.ErrMsg;
+    EXPECT_EQ(first, "Series of type InsDmd of component with id=8 not found!");
+    EXPECT_EQ(binder.before(Series::WatQuant), nullptr);
+    EXPECT_EQ(binder.find(8), nullptr);
+    EXPECT_EQ(binder.specifications<12>(), std::tuple(0.0F));
+    EXPECT_EQ(record.ErrMsg, first);
+}
+
+TEST_F(Binding, NotesWhatIsReadAndWritten) {
+    Notes notes;
+    notes.task = 7;
+    Binder binder(step, &notes);
+    binder.before(Series::WatQuant);
+    binder.after(Series::WatQuant);
+    ASSERT_EQ(notes.accesses.size(), 2U);
+    EXPECT_EQ(notes.accesses[0].memory, values.data());
+    EXPECT_FALSE(notes.accesses[0].writes);
+    EXPECT_TRUE(notes.accesses[1].writes);
+    EXPECT_EQ(notes.accesses[1].task, 7U);
+}
+
+TEST(Booking, AddsToEachStepOfTheBlock) {
+    std::array<float, 4> sums{1.0F, 1.0F, 1.0F, 1.0F};
+    const std::array<float, 4> factors{1.0F, 2.0F, 3.0F, 4.0F};
+    const Block block{1, 2, nullptr};
+    block.book(sums.data(), factors.data(), [](float factor) { return 10.0F * factor; });
+    EXPECT_EQ(sums, (std::array{1.0F, 21.0F, 31.0F, 1.0F}));
+    block.book(sums.data(), [](std::int32_t j) { return static_cast<float>(j); });
+    EXPECT_EQ(sums, (std::array{1.0F, 21.0F, 32.0F, 1.0F}));
+    block.bookConstant(sums.data(), 0.5F);
+    EXPECT_EQ(sums, (std::array{1.0F, 21.5F, 32.5F, 1.0F}));
+    block.book(nullptr, factors.data(), [](float factor) { return factor; });
 }
 
 }  // namespace
