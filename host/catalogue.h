@@ -53,6 +53,7 @@ struct SeriesNeed {
 
 // What flows through a port: water, or an amount asked for; `same` passes on what arrives.
 enum class Carries : std::uint8_t { water, demand, same };
+std::string_view toText(Carries carries);  // "water", "demand", "either"
 
 struct Port {
     std::string_view name;

@@ -119,7 +119,7 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
     for (const char* key : {"brands", "groups", "components", "connections"}) {
         const auto file = section.text(key);
         if (!file) continue;
-        const auto csv = CsvFile::read(reading.pathOf(file->value), reading.diagnostics);
+        const auto csv = CsvFile::read(reading.pathOf(file->value), file->place, reading.diagnostics);
         for (std::size_t row = 0; csv && row < csv->rows(); ++row) {
             rows[key].push_back(rowOf(*csv, row));
         }

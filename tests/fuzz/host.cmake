@@ -8,7 +8,7 @@ foreach(reader IN ITEMS model csv)
     list(FILTER sources EXCLUDE REGEX "(_command|/(netcdf|report|draw|schema|summary|results|balance|engine_run|record|shared_memory|sha256|progress_bar)[^/]*)[.]cpp$")
     if(reader STREQUAL "csv")
         set(sources ${PROJECT_SOURCE_DIR}/host/csv_file.cpp ${PROJECT_SOURCE_DIR}/host/calendar.cpp
-            ${PROJECT_SOURCE_DIR}/host/diagnostics.cpp)
+            ${PROJECT_SOURCE_DIR}/host/diagnostics.cpp ${PROJECT_SOURCE_DIR}/host/files.cpp)
     endif()
     add_executable(fuzz_${reader} host/${reader}_fuzzer.cpp ${sources})
     target_include_directories(fuzz_${reader} PRIVATE ${PROJECT_SOURCE_DIR}/host ${PROJECT_SOURCE_DIR}/src)
