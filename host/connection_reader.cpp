@@ -1,6 +1,8 @@
 // Reads what ties components together: connections, and the stores that a splitter looks at.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "reader_parts.h"
 
 namespace kesto {
@@ -55,6 +57,58 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     port = *number;
 }
 
+void readMembers(Reading& reading, const Value& members, const std::string& what, Split& split) {
+    for (const Value& member : members.items) {
+        const int found = reading.model.findComponent(member.text);
+        if (found >= 0) {
+            split.members.push_back(found);
+            continue;
+        }
+        reading.diagnostics.error(member.place,
+                                  fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
+                                              suggestion(member.text, reading.model.componentNames())));
+    }
+}
+
+void readSplit(Reading& reading, Section& section, const Value& item, Component& component) {
+    Split split;
+    split.place = item.place;
+    if (section.require("beta", "a number")) {
+        if (const auto beta = section.quantity("beta", "%")) split.beta = beta->value;
+    }
+    const Value* members = section.require("members", "a list of components");
+    if (members && members->kind != Value::Kind::array) {
+        section.wrong(*members, "members", "a list of components");
+    } else if (members) {
+        readMembers(reading, *members, section.what(), split);
+    }
+    section.finish();
+    component.splits.push_back(std::move(split));
+}
+
+// The names in one cell, with semicolons between them.
+Value listInCell(const Value& cell) {
+    Value list = cell;
+    list.kind = Value::Kind::array;
+    list.fromCell = false;
+    for (std::size_t begin = 0; begin <= cell.text.size();) {
+        const std::size_t end = std::min(cell.text.find(';', begin), cell.text.size());
+        const std::size_t first = std::min(cell.text.find_first_not_of(' ', begin), end);
+        const std::size_t last = first == end ? end : cell.text.find_last_not_of(' ', end - 1) + 1;
+        Value name;
+        name.text = cell.text.substr(first, last - first);
+        name.place = cell.place;
+        name.place.column += static_cast<int>(first);
+        if (!name.text.empty()) list.items.push_back(std::move(name));
+        begin = end + 1;
+    }
+    return list;
+}
+
+std::string splitsOf(const Component& component) {
+    return fmt::format("component \"{}\": splits", component.name);
+}
+
 }  // namespace
 
 void readSplits(Reading& reading, const Value& original) {
@@ -65,8 +119,8 @@ void readSplits(Reading& reading, const Value& original) {
     if (!splits || !name) return;
     const int index = reading.model.findComponent(name->text);
     if (index < 0) return;
-    Component& component = reading.model.components[static_cast<std::size_t>(index)];
-    const std::string what = fmt::format("component \"{}\": splits", component.name);
+    Component& component = reading.model.components[at(index)];
+    const std::string what = splitsOf(component);
     if (component.code != code::kSplitter || splits->kind != Value::Kind::array) {
         reading.diagnostics.error(
             splits->place, fmt::format("{} is {} of a {}; expected a list of {{ members = [...], beta = ... }} of "
@@ -81,24 +135,29 @@ void readSplits(Reading& reading, const Value& original) {
             continue;
         }
         Section section(item, what, reading.diagnostics);
-        Split split;
-        split.place = item.place;
-        if (const auto beta = section.quantity("beta", "%")) split.beta = beta->value;
-        if (!item.field("beta")) section.require("beta", "a number");
-        const Value* members = section.require("members", "a list of components");
-        for (const Value& member : members ? members->items : std::vector<Value>{}) {
-            const int found = reading.model.findComponent(member.text);
-            if (found >= 0) {
-                split.members.push_back(found);
-                continue;
-            }
-            reading.diagnostics.error(
-                member.place, fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
-                                          suggestion(member.text, reading.model.componentNames())));
-        }
-        section.finish();
-        component.splits.push_back(std::move(split));
+        readSplit(reading, section, item, component);
     }
+}
+
+void readSplitRow(Reading& reading, const Value& original) {
+    Value row = original;
+    for (Field& field : row.fields) {
+        if (field.name.value == "members") field.value = listInCell(field.value);
+    }
+    Section unnamed(row, "a split", reading.diagnostics);
+    const auto name = unnamed.requireText("splitter");
+    if (!name) return;
+    const int index = reading.model.findComponent(name->value);
+    if (index < 0 && reading.unknownTypes.contains(name->value)) return;
+    if (index < 0 || reading.model.components[at(index)].code != code::kSplitter) {
+        unnamed.wrong(*row.field("splitter"), "splitter",
+                      "the name of a splitter" + suggestion(name->value, reading.model.componentNames()));
+        return;
+    }
+    Component& component = reading.model.components[at(index)];
+    Section section(row, splitsOf(component), reading.diagnostics);
+    section.allow("splitter");
+    readSplit(reading, section, row, component);
 }
 
 void readConnection(Reading& reading, const Value& table) {

@@ -183,6 +183,30 @@ class Run(unittest.TestCase):
             'error: group "bare" has no rainfall [mm], needed by component "roof0" (impervious_surface) and 49 more; '
             'expected it in [groups.bare] or in [series]'])
 
+    def test_splits_can_stand_in_a_table(self):
+        stores = "".join(f'[[components]]\nname = "{name}"\ntype = "connector"\nbrand = "store"\nstorage = {stored}\n'
+                         for name, stored in (("lake", 600), ("fish pond", 30)))
+        text = ('kesto_model = 1\n[simulation]\nstart = 2024-01-01\nend = 2024-01-02\n[brands.store]\n1 = 1000\n'
+                '[[components]]\nname = "use"\ntype = "demand_source"\ndemand = 100\n'
+                '[[components]]\nname = "fork"\ntype = "splitter"\nsize = 20\n{splits}' + stores +
+                '[[connections]]\nfrom = "use"\nto = "fork"\n[[connections]]\nfrom = "fork:first"\nto = "lake"\n'
+                '[[connections]]\nfrom = "fork:second"\nto = "fish pond"\n{tables}')
+        self.write(text.format(splits='splits = [{ members = ["lake", "fish pond"], beta = 50 }, '
+                                      '{ members = ["fish pond"], beta = -10 }]\n', tables=""))
+        inline = self.flows()
+        self.write(text.format(splits="", tables='[tables]\nsplits = "splits.csv"\n'))
+        (self.folder / "splits.csv").write_text("splitter,beta,members\nfork,50,lake; fish pond\nfork,-10,fish pond\n")
+        self.assertEqual(self.flows(), inline)
+        self.assertNotEqual(float(inline[0]["fork:first [L]"]), 20)
+        (self.folder / "splits.csv").write_text("splitter,beta,members\nfrok,1,lake\nfork,x,lake; pond\nfork,1,\n")
+        done = self.kesto("check", "model.toml")
+        self.assertEqual(done.stderr, """splits.csv:2:1: error: a split: splitter is the text "frok"; expected the name of a splitter; did you mean "fork"?
+splits.csv:3:6: error: component "fork": splits: beta is the text "x"; expected a number in %
+splits.csv:3:14: error: component "fork": splits: members holds the text "pond", which is no component
+splits.csv:4:1: error: component "fork": splits has no members; expected a list of components
+4 errors, 0 warnings
+""")
+
     def test_costs_are_told_to_machines(self):
         costs = json.loads(self.kesto("run", "model.toml", "--json").stdout)["costs"]
         self.assertEqual(set(costs), {"read_seconds", "engine_seconds", "write_seconds", "peak_bytes"})
