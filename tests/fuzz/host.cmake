@@ -5,7 +5,7 @@ find_package(fmt REQUIRED)
 foreach(reader IN ITEMS model csv)
     file(GLOB sources ${PROJECT_SOURCE_DIR}/host/*.cpp)
     list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/host/main.cpp)
-    list(FILTER sources EXCLUDE REGEX "(_command|/(netcdf|report|draw|schema|summary|results|balance|engine_run|record|shared_memory|sha256|progress_bar)[^/]*)[.]cpp$")
+    list(FILTER sources EXCLUDE REGEX "(_command|/(netcdf|report|draw|schema|summary|types_json|results|balance|engine_run|record|shared_memory|sha256|progress_bar)[^/]*)[.]cpp$")
     if(reader STREQUAL "csv")
         set(sources ${PROJECT_SOURCE_DIR}/host/csv_file.cpp ${PROJECT_SOURCE_DIR}/host/calendar.cpp
             ${PROJECT_SOURCE_DIR}/host/diagnostics.cpp ${PROJECT_SOURCE_DIR}/host/files.cpp)
