@@ -3,20 +3,24 @@
 
 A page quotes its model in a toml block, after a link to the file in examples/, and figures in the csv block that
 follows: a header with names of columns as they stand in the result files, then a row for each day. Numbers that are not whole have
-six digits. Besides, each type of the engine's table must have a page, which names the ports, specifications and potentials that
-the command's catalogue gives it, and links between pages must lead somewhere.
+six digits. The tables of types, ports, series and specifications are those of the command's catalogue (catalogue_tables.py).
+Besides, each type of the engine's table must have a page, which gives the potentials that it books, and links between pages must
+lead somewhere.
 
   docs/check.py --kesto build/release/kesto              checks all pages
-  docs/check.py --kesto build/release/kesto --update     rewrites the quoted models and figures; read the difference
+  docs/check.py --kesto build/release/kesto --update     rewrites tables, quoted models and figures; read the difference
 """
 
 import argparse
 import csv
+import json
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
+
+from catalogue_tables import with_tables
 
 DOCS = pathlib.Path(__file__).resolve().parent
 PAGES = DOCS / "components"
@@ -109,53 +113,26 @@ def check_types(problems):
         problems.append(f"type {code} ({types[code]}) has no page")
 
 
-def numbers_of(cell):
-    """Numbers of a cell such as "12", "47, 48" or "37 to 46"."""
-    span = re.fullmatch(r"(\d+) to (\d+)", cell)
-    if span:
-        return list(range(int(span[1]), int(span[2]) + 1))
-    return [int(number) for number in cell.split(", ")] if re.fullmatch(r"\d+(, \d+)*", cell) else []
+def catalogue_of(kesto):
+    result = subprocess.run([kesto, "types", "--json"], capture_output=True, text=True, timeout=60, check=True)
+    return {one["name"]: one for one in json.loads(result.stdout)}
 
 
-def names_of(cell):
-    """Names of a cell in backticks; "`power_c0` to `power_c9`" are ten."""
-    span = re.search(r"`([a-z_]+)(\d)` to `\1(\d)`", cell)
-    if span:
-        return [f"{span[1]}{i}" for i in range(int(span[2]), int(span[3]) + 1)]
-    return re.findall(r"`([a-z_0-9]+)`", cell)
-
-
-def specification_rows(text):
-    """Number and name to the row's text, of all tables of a page."""
-    rows = {}
-    for line in text.split("\n"):
-        cells = [cell.strip() for cell in line.strip("|").split(" | ")]
-        names = [name for cell in cells[1:] for name in names_of(cell)]
-        for number in numbers_of(cells[0]):
-            rows.update({(number, name): line.replace("²", "2") for name in names})
-    return rows
-
-
-def check_catalogue(kesto, problems):
-    """What the command says of each type stands on the type's page: ports, specifications and potentials."""
-    for page in sorted(PAGES.glob("*.md")):
-        text = page.read_text()
-        rows = specification_rows(text)
-        for name in re.findall(r"^\| [\d, ]+ \| (?:[A-Z]{2}|none) \| `(\w+)`", text, re.MULTILINE):
-            result = subprocess.run([kesto, "types", name], capture_output=True, text=True, timeout=60)
-            if result.returncode != 0:
-                problems.append(f"{page.name}: the command knows no type {name}")
-            for port in re.findall(r"^(?:input|output) +\d+ +(\w+)", result.stdout, re.MULTILINE):
-                if f"`{port}`" not in text:
-                    problems.append(f"{page.name}: {name} has a port {port}")
-            for number, parameter, unit in re.findall(r"^brand +(\d+) (\w+) +(?:\[([^]]*)\])?", result.stdout,
-                                                      re.MULTILINE):
-                row = rows.get((int(number), parameter))
-                if row is None or (unit and unit not in row):
-                    problems.append(f"{page.name}: {name} has specification {number}, {parameter} [{unit}]")
-            for potential in re.findall(r"^books +(\w+)", result.stdout, re.MULTILINE):
-                if not re.search(rf"{potential} +[-+]=", text):
-                    problems.append(f"{page.name}: {name} books {potential}")
+def check_tables(page, catalogue, update, problems):
+    """What the command says of each type stands in the page's tables; the potentials that it books, in the equations."""
+    text = page.read_text()
+    found = []
+    fresh = with_tables(text, catalogue, found)
+    problems.extend(f"{page.name}: {problem}" for problem in found)
+    if update:
+        page.write_text(fresh)
+    elif fresh != text:
+        old, new = next((a, b) for a, b in zip(text.split("\n") + [""], fresh.split("\n") + [""]) if a != b)
+        problems.append(f"{page.name}: a table says\n    {old}\n  and the command's catalogue\n    {new}")
+    for name in re.findall(r"^\| [\d, ]+ \| (?:[A-Z]{2}|none) \| `(\w+)`", text, re.MULTILINE):
+        for potential in catalogue[name]["potentials"]:
+            if not re.search(rf"{potential['name']} +[-+]=", text):
+                problems.append(f"{page.name}: {name} books {potential['name']}")
 
 
 def check_families(problems):
@@ -176,16 +153,18 @@ def check_links(problems):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--kesto", required=True, type=pathlib.Path, help="the command to run the examples with")
-    parser.add_argument("--update", action="store_true", help="rewrite the quoted models and figures")
+    parser.add_argument("--update", action="store_true", help="rewrite tables, quoted models and figures")
     parser.add_argument("pages", nargs="*", help="stems of pages; all when none is named")
     arguments = parser.parse_args()
     problems = []
     stems = arguments.pages or sorted(path.stem for path in PAGES.glob("*.md") if path.stem != "README")
+    arguments.kesto = arguments.kesto.resolve()
+    catalogue = catalogue_of(arguments.kesto)
     for stem in stems:
+        check_tables(PAGES / f"{stem}.md", catalogue, arguments.update, problems)
         check_page(PAGES / f"{stem}.md", arguments.kesto, arguments.update, problems)
     if not arguments.pages:
         check_types(problems)
-        check_catalogue(arguments.kesto, problems)
         check_families(problems)
         check_links(problems)
     for problem in problems:

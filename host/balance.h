@@ -27,10 +27,10 @@ struct BalanceRow {
 
     bool isOff() const;
 };
+std::string_view toText(BalanceRow::Level level);
 
 struct Balance {
     std::vector<BalanceRow> rows;  // the network, then groups, then components
-    std::size_t notBalanced = 0;   // components
     bool isOff() const;
 };
 

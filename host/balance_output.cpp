@@ -1,12 +1,8 @@
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
-
 #include "balance.h"
+#include "csv_file.h"
+#include "files.h"
 
 namespace kesto {
 
@@ -14,32 +10,12 @@ namespace {
 
 constexpr std::size_t kManyComponents = 40;
 
-std::string_view word(BalanceRow::Level level) {
-    switch (level) {
-        case BalanceRow::Level::component:
-            return "component";
-        case BalanceRow::Level::group:
-            return "group";
-        case BalanceRow::Level::network:
-            break;
-    }
-    return "network";
-}
-
-std::string_view word(Carries carries) {
-    return carries == Carries::demand ? "demand" : "water";
-}
-
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"') result += '"';
-        result += c;
-    }
-    return result + "\"";
-}
-
 }  // namespace
+
+std::string_view toText(BalanceRow::Level level) {
+    static constexpr std::string_view kLevels[] = {"component", "group", "network"};
+    return kLevels[static_cast<std::size_t>(level)];
+}
 
 // Components of a large network stand in the file alone, unless there is something to say.
 std::string toText(const Balance& balance) {
@@ -55,7 +31,7 @@ std::string toText(const Balance& balance) {
                                    "", "", width, "", "in", "gained", "out", "lost", "stored", "error");
     for (const BalanceRow& row : balance.rows) {
         if (!isShown(row)) continue;
-        text += fmt::format("  {:<9}  {:<{}}  {:<6}", word(row.level), row.name, width, word(row.carries));
+        text += fmt::format("  {:<9}  {:<{}}  {:<6}", toText(row.level), row.name, width, toText(row.carries));
         if (!row.notBalanced.empty()) {
             text += fmt::format(" not balanced: {}\n", row.notBalanced);
             continue;
@@ -67,22 +43,20 @@ std::string toText(const Balance& balance) {
 }
 
 std::string writeBalanceCsv(const Balance& balance, const std::string& folder) {
-    std::filesystem::create_directories(folder);
-    const std::string path = (std::filesystem::path(folder) / "balance.csv").string();
-    std::ofstream file(path, std::ios::binary);
-    file << "level,name,type,carries,in [L],gained [L],out [L],lost [L],storage_change [L],error [L],relative_error,"
-            "tolerance [L],state\n";
+    std::string text =
+        "level,name,type,carries,in [L],gained [L],out [L],lost [L],storage_change [L],error [L],relative_error,"
+        "tolerance [L],state\n";
     for (const BalanceRow& row : balance.rows) {
-        file << fmt::format("{},{},{},{},", word(row.level), row.name, row.type, word(row.carries));
+        text += fmt::format("{},{},{},{},", toText(row.level), csvCell(row.name), row.type, toText(row.carries));
         if (!row.notBalanced.empty()) {
-            file << ",,,,,,,," << quoted("not balanced: " + row.notBalanced) << '\n';
+            text += ",,,,,,,," + csvCell("not balanced: " + row.notBalanced) + '\n';
             continue;
         }
-        file << fmt::format("{},{},{},{},{},{},{},{},{}\n", row.in, row.gain, row.out, row.loss, row.storageChange,
+        text += fmt::format("{},{},{},{},{},{},{},{},{}\n", row.in, row.gain, row.out, row.loss, row.storageChange,
                             row.error, row.relative, row.tolerance, row.isOff() ? "off" : "balanced");
     }
-    file.close();
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(errno)));
+    const std::string path = joined(folder, "balance.csv");
+    writeFile(path, text);
     return path;
 }
 

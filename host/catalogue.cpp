@@ -64,6 +64,11 @@ const std::map<std::string_view, int>& parameterTable() {
 
 }  // namespace
 
+std::string_view toText(Carries carries) {
+    if (carries == Carries::same) return "either";
+    return carries == Carries::water ? "water" : "demand";
+}
+
 const std::vector<Type>& allTypes() {
     static const std::vector<Type> types = makeTypes();
     return types;

@@ -45,14 +45,16 @@ enum class Filing : std::uint8_t { own, group };
 struct SeriesNeed {
     SeriesKind kind;
     Filing filing;
-    bool isState = false;         // the model writes it too: element 0 is the initial value, 0 unless given
-    bool onlyTracing = false;     // needed only when sources are traced
-    std::string_view unit = {};   // where it differs from the kind's own
-    std::string_view alias = {};  // a better name for it in this type
+    bool isState = false;           // the model writes it too: element 0 is the initial value, 0 unless given
+    bool onlyTracing = false;       // needed only when sources are traced
+    std::string_view unit = {};     // where it differs from the kind's own
+    std::string_view alias = {};    // a better name for it in this type
+    std::string_view meaning = {};  // likewise
 };
 
 // What flows through a port: water, or an amount asked for; `same` passes on what arrives.
 enum class Carries : std::uint8_t { water, demand, same };
+std::string_view toText(Carries carries);  // "water", "demand", "either"
 
 struct Port {
     std::string_view name;

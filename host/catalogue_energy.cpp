@@ -22,8 +22,16 @@ Type hydropower() {
               .potentials = {kEnergy, kCapacity, kOperation},
               .reservoirs = 1,
               .reservoirsOptional = true};
-    // Power [kW] as a polynomial of flow q [m3/s] and head H [m].
-    static constexpr std::string_view kTerms[] = {"1", "q", "H", "q q", "H H", "q3", "H3", "q H", "q q H", "q H H"};
+    static constexpr std::string_view kTerms[] = {"power curve: constant term",
+                                                  "power curve: of the flow q [m3/s]",
+                                                  "power curve: of the head H [m]",
+                                                  "power curve: of q q",
+                                                  "power curve: of H H",
+                                                  "power curve: of q q q",
+                                                  "power curve: of H H H",
+                                                  "power curve: of q H",
+                                                  "power curve: of q q H",
+                                                  "power curve: of q H H"};
     static constexpr std::string_view kNames[] = {"power_c0", "power_c1", "power_c2", "power_c3", "power_c4",
                                                   "power_c5", "power_c6", "power_c7", "power_c8", "power_c9"};
     for (int i = 0; i < 10; ++i) {
@@ -46,7 +54,7 @@ Type pumpedStorage() {
                 "difference of their heads.",
             .out = {{"transfer", Carries::water, "water moved, with the first reservoir's quality"},
                     {"request", Carries::demand, "the same quantity, as a demand"}},
-            .series = {ofItsOwn(demand, "kWh", "energy_available")},
+            .series = {ofItsOwn(demand, "kWh", "energy_available", "energy that there is for the transfer")},
             .reservoirs = 2};
 }
 

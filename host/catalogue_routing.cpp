@@ -97,7 +97,7 @@ Type qualityFromReservoir() {
 Type qualitySetter() {
     Type type = divider("quality_setter", "FL", 56, "Passes a flow on with a quality given as a series.",
                         {passes("outflow", "the flow with the given quality")});
-    type.series = {ofItsOwn(demand, "quality", "given_quality")};
+    type.series = {ofItsOwn(demand, "quality", "given_quality", "quality that it gives the flow")};
     return type;
 }
 

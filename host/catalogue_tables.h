@@ -21,8 +21,9 @@ inline const SeriesNeed kOwnTracedQuality{SeriesKind::quality, Filing::own, true
 inline SeriesNeed ofGroup(SeriesKind kind) {
     return {kind, Filing::group};
 }
-inline SeriesNeed ofItsOwn(SeriesKind kind, std::string_view unit = {}, std::string_view alias = {}) {
-    return {kind, Filing::own, false, false, unit, alias};
+inline SeriesNeed ofItsOwn(SeriesKind kind, std::string_view unit = {}, std::string_view alias = {},
+                           std::string_view meaning = {}) {
+    return {kind, Filing::own, false, false, unit, alias, meaning};
 }
 
 inline Parameter capacityCost(std::string_view unit) {

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "checks.h"
+#include "shared_faults.h"
 
 namespace kesto {
 
@@ -28,6 +29,8 @@ class ComponentChecks {
         checkReservoirs(component);
         checkSplits(component);
     }
+
+    void reportShared() { shared_.report(diagnostics_); }
 
     void checkBrandsAreUsed() {
         for (const Brand& brand : model_.brands) {
@@ -53,9 +56,9 @@ class ComponentChecks {
             }
             const Brand& brand = model_.brands[static_cast<std::size_t>(component.brand)];
             if (brand.specifications.contains(parameter.number)) continue;
-            error(brand.place, component,
-                  fmt::format("its brand \"{}\" does not give {} [{}]: {}", brand.name, parameter.name, parameter.unit,
-                              parameter.meaning));
+            shared_.add(Severity::error, brand.place, component,
+                        fmt::format("brand \"{}\" does not give {} [{}], {}; needed by", brand.name, parameter.name,
+                                    parameter.unit, parameter.meaning));
         }
     }
 
@@ -108,10 +111,9 @@ class ComponentChecks {
 
     void missingOfGroup(const Component& component, std::string_view what, std::string_view unit) {
         const Group& group = model_.groups[static_cast<std::size_t>(component.group)];
-        error(group.place, component,
-              fmt::format("its group \"{}\" has no {} [{}]; expected it in [groups.{}] or in "
-                          "[series]",
-                          group.name, what, unit, group.name));
+        shared_.add(Severity::error, group.place, component,
+                    fmt::format("group \"{}\" has no {} [{}], needed by", group.name, what, unit),
+                    fmt::format("; expected it in [groups.{}] or in [series]", group.name));
     }
 
     void checkUses(const Component& component) {
@@ -121,10 +123,9 @@ class ComponentChecks {
         if (source != kNoSource) {
             series_.of(source);
         } else {
-            error(group.place, component,
-                  fmt::format("its group \"{}\" has no uses of kind {} [1/d]; expected "
-                              "uses = {{ {} = ... }} in [groups.{}]",
-                              group.name, component.code, component.code, group.name));
+            shared_.add(Severity::error, group.place, component,
+                        fmt::format("group \"{}\" has no uses of kind {} [1/d], needed by", group.name, component.code),
+                        fmt::format("; expected uses = {{ {} = ... }} in [groups.{}]", component.code, group.name));
         }
     }
 
@@ -211,6 +212,7 @@ class ComponentChecks {
     const Model& model_;
     SeriesValues& series_;
     Diagnostics& diagnostics_;
+    SharedFaults shared_;
     std::map<int, int> reservoirs_;  // by group
     std::map<int, bool> usedBrands_;
     std::map<int, bool> checkedGroups_;
@@ -223,6 +225,7 @@ void checkComponents(const Model& model, SeriesValues& series, Diagnostics& diag
     for (const Component& component : model.components) {
         checks.check(component);
     }
+    checks.reportShared();
     if (model.isNetworkComplete) checks.checkBrandsAreUsed();
 }
 

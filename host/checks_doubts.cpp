@@ -8,14 +8,11 @@
 
 #include "checks.h"
 #include "network.h"
+#include "shared_faults.h"
 
 namespace kesto {
 
 namespace {
-
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
 
 class Doubts {
   public:
@@ -36,6 +33,7 @@ class Doubts {
         checkInfiltration();
         if (model_.isNetworkComplete) checkReach();
         if (model_.simulation.traceSources) checkIds();
+        shared_.report(diagnostics_);
     }
 
   private:
@@ -107,11 +105,11 @@ class Doubts {
         if (first == values->end()) return;
         const auto frost = std::count_if(values->begin(), values->end(), [](float t) { return t < 0; });
         const auto step = static_cast<std::size_t>(first - values->begin());
-        doubt(
-            series_.placeOf(source, step), component,
-            fmt::format("{} day{} below 0 degC, the first on {}: from then on all it computes is not a number; cut the "
-                        "series at 0",
-                        frost, frost == 1 ? "" : "s", toText(model_.simulation.start + static_cast<Day>(step))));
+        shared_.add(
+            Severity::warning, series_.placeOf(source, step), component,
+            fmt::format("{} day{} below 0 degC, the first on {}: from then on nothing but not-a-number comes from",
+                        frost, frost == 1 ? "" : "s", toText(model_.simulation.start + static_cast<Day>(step))),
+            "; cut the series at 0");
     }
 
     void checkQuota(const Component& component) {
@@ -249,6 +247,7 @@ class Doubts {
     const Model& model_;
     SeriesValues& series_;
     Diagnostics& diagnostics_;
+    SharedFaults shared_;
 };
 
 }  // namespace

@@ -10,10 +10,6 @@ namespace kesto {
 
 namespace {
 
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
 std::string ends(const Model& model, const Connection& connection) {
     const Component& to = model.components[at(connection.to)];
     return fmt::format("\"{}\" to \"{}:{}\"", outputName(model.components[at(connection.from)], connection.fromPort),

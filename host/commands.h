@@ -31,6 +31,7 @@ struct CheckOptions {
 
 struct TypesOptions {
     std::string type;  // empty: list them all
+    bool json = false;
 };
 
 struct NewOptions {

@@ -1,4 +1,4 @@
-// Reads components and the connections between them.
+// Reads components.
 #include <fmt/format.h>
 
 #include "reader_parts.h"
@@ -106,54 +106,6 @@ bool isGoodName(const std::string& name) {
     return name.find_first_of(":,\"\n\t") == std::string::npos;
 }
 
-// "wc:2", "wc:demand", or "roof" where there is only one port.
-void readEnd(Reading& reading, Section& section, std::string_view key, bool isSender, int& component, int& port) {
-    component = kNone;
-    const auto text = section.requireText(key);
-    if (!text) return;
-    const std::size_t colon = text->value.find(':');
-    const std::string name = text->value.substr(0, colon);
-    component = reading.model.findComponent(name);
-    if (component < 0 && reading.unknownTypes.contains(name)) return;
-    if (component < 0) {
-        section.diagnostics().error(
-            text->place, fmt::format("{}: {} names the component \"{}\", which there is not{}", section.what(), key,
-                                     name, suggestion(name, reading.model.componentNames())));
-        return;
-    }
-    const Type& type = *reading.model.components[static_cast<std::size_t>(component)].type;
-    const std::vector<Port>& ports = isSender ? type.out : type.in;
-    std::vector<std::string_view> names;
-    for (const Port& one : ports) {
-        names.push_back(one.name);
-    }
-    const std::string_view side = isSender ? "output" : "input";
-    if (ports.empty()) {
-        section.diagnostics().error(text->place, fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(),
-                                                             key, text->value, type.name, side));
-        component = kNone;
-        return;
-    }
-    std::optional<int> number;
-    if (colon != std::string::npos) {
-        const std::string given = text->value.substr(colon + 1);
-        number = portNumber(ports, given);
-        if (!isSender && !number && (given == "1" || given == "2")) number = given == "1" ? 1 : 2;
-    } else if (ports.size() == 1) {
-        number = 1;
-    }
-    if (!number) {
-        section.diagnostics().error(
-            text->place,
-            fmt::format("{}: {} is \"{}\"; expected an {} of the {}: {}{}", section.what(), key, text->value, side,
-                        type.name, listOf(names),
-                        colon == std::string::npos ? "" : suggestion(text->value.substr(colon + 1), names)));
-        component = kNone;
-        return;
-    }
-    port = *number;
-}
-
 }  // namespace
 
 void readComponent(Reading& reading, const Value& original) {
@@ -202,64 +154,6 @@ void readComponent(Reading& reading, const Value& original) {
         return;
     }
     model.components.push_back(std::move(component));
-}
-
-void readSplits(Reading& reading, const Value& original) {
-    const Value* named = original.field("name");
-    const Value table = withOverrides(original, named ? named->text : std::string(), reading.overrides);
-    const Value* splits = table.field("splits");
-    const Value* name = table.field("name");
-    if (!splits || !name) return;
-    const int index = reading.model.findComponent(name->text);
-    if (index < 0) return;
-    Component& component = reading.model.components[static_cast<std::size_t>(index)];
-    const std::string what = fmt::format("component \"{}\": splits", component.name);
-    if (component.code != code::kSplitter || splits->kind != Value::Kind::array) {
-        reading.diagnostics.error(
-            splits->place, fmt::format("{} is {} of a {}; expected a list of {{ members = [...], beta = ... }} of "
-                                       "a splitter",
-                                       what, describe(*splits), component.type->name));
-        return;
-    }
-    for (const Value& item : splits->items) {
-        if (item.kind != Value::Kind::table) {
-            reading.diagnostics.error(item.place, fmt::format("{} holds {}; expected {{ members = [...], beta = ... }}",
-                                                              what, describe(item)));
-            continue;
-        }
-        Section section(item, what, reading.diagnostics);
-        Split split;
-        split.place = item.place;
-        if (const auto beta = section.quantity("beta", "%")) split.beta = beta->value;
-        if (!item.field("beta")) section.require("beta", "a number");
-        const Value* members = section.require("members", "a list of components");
-        for (const Value& member : members ? members->items : std::vector<Value>{}) {
-            const int found = reading.model.findComponent(member.text);
-            if (found >= 0) {
-                split.members.push_back(found);
-                continue;
-            }
-            reading.diagnostics.error(
-                member.place, fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
-                                          suggestion(member.text, reading.model.componentNames())));
-        }
-        section.finish();
-        component.splits.push_back(std::move(split));
-    }
-}
-
-void readConnection(Reading& reading, const Value& table) {
-    Section section(table, "a connection", reading.diagnostics);
-    Connection connection;
-    connection.place = table.place;
-    readEnd(reading, section, "from", true, connection.from, connection.fromPort);
-    readEnd(reading, section, "to", false, connection.to, connection.toPort);
-    section.finish();
-    if (connection.from < 0 || connection.to < 0) {
-        reading.model.isNetworkComplete = false;
-        return;
-    }
-    reading.model.connections.push_back(std::move(connection));
 }
 
 }  // namespace kesto

@@ -2,12 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
-#include <fstream>
-#include <sstream>
+#include <stdexcept>
+
+#include "files.h"
 
 namespace kesto {
 
@@ -35,16 +34,24 @@ std::optional<float> parseFloat(std::string_view cell) {
     return parse<float>(cell);
 }
 
-std::optional<CsvFile> CsvFile::read(const std::string& path, Diagnostics& diagnostics) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    if (in) text << in.rdbuf();
-    if (!in || text.fail()) {
-        const Place place{std::make_shared<const std::string>(path), 0, 0};
-        diagnostics.error(place, fmt::format("cannot read this file: {}", std::strerror(errno)));
+std::string csvCell(std::string_view text) {
+    std::string cell;
+    for (const char c : text) {
+        if (c == '"') cell += '"';
+        cell += c == '\n' || c == '\r' ? ' ' : c;
+    }
+    const bool isPlain = cell.find_first_of(",\"#") == std::string::npos && (cell.empty() || cell.front() != ' ') &&
+                         (cell.empty() || cell.back() != ' ');
+    return isPlain ? cell : '"' + cell + '"';
+}
+
+std::optional<CsvFile> CsvFile::read(const std::string& path, const Place& named, Diagnostics& diagnostics) {
+    try {
+        return parse(readFile(path), path, diagnostics);
+    } catch (const std::runtime_error& error) {
+        diagnostics.error(named, error.what());
         return std::nullopt;
     }
-    return parse(std::move(text).str(), path, diagnostics);
 }
 
 std::optional<CsvFile> CsvFile::parse(std::string text, const std::string& name, Diagnostics& diagnostics) {

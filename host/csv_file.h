@@ -13,7 +13,8 @@ namespace kesto {
 
 class CsvFile {
   public:
-    static std::optional<CsvFile> read(const std::string& path, Diagnostics& diagnostics);
+    // `named` is where the file is named; a file that cannot be read is told there.
+    static std::optional<CsvFile> read(const std::string& path, const Place& named, Diagnostics& diagnostics);
     static std::optional<CsvFile> parse(std::string text, const std::string& name, Diagnostics& diagnostics);
 
     const std::vector<std::string>& columns() const { return columns_; }
@@ -39,6 +40,9 @@ class CsvFile {
     std::vector<int> lines_;   // of each row
     std::vector<std::size_t> starts_;
 };
+
+// A text as a cell: quoted where it must be, on one line.
+std::string csvCell(std::string_view text);
 
 // The whole of a cell as a number; none when it is not one, or is not finite.
 std::optional<double> parseNumber(std::string_view cell);

@@ -3,10 +3,9 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <optional>
 
+#include "carriers.h"
 #include "catalogue_tables.h"
-#include "network.h"
 
 namespace kesto {
 
@@ -84,42 +83,8 @@ std::string node(std::size_t index, const Component& component) {
         portCells(type.out, 'o'), escaped(component.name));
 }
 
-// What connections carry. Where a type passes on what it gets, that is what its senders send.
-class Carriage {
-  public:
-    explicit Carriage(const Model& model) : model_(model), network_(model), known_(model.components.size()) {}
-
-    bool isDemand(const Connection& connection) { return of(connection.from, connection.fromPort) == Carries::demand; }
-
-  private:
-    Carries of(int component, int port) {
-        const auto at = static_cast<std::size_t>(component);
-        const std::vector<Port>& out = model_.components[at].type->out;
-        const auto index = static_cast<std::size_t>(port - 1);
-        if (index < out.size() && out[index].carries != Carries::same) return out[index].carries;
-        if (!known_[at]) {
-            known_[at] = Carries::same;  // ends the search on loops
-            known_[at] = ofSenders(component);
-        }
-        return *known_[at];
-    }
-
-    Carries ofSenders(int component) {
-        for (const int incoming : network_.incoming(component)) {
-            const Connection& connection = model_.connections[static_cast<std::size_t>(incoming)];
-            const Carries carries = of(connection.from, connection.fromPort);
-            if (carries != Carries::same) return carries;
-        }
-        return Carries::same;
-    }
-
-    const Model& model_;
-    Network network_;
-    std::vector<std::optional<Carries>> known_;
-};
-
 std::string arrows(const Model& model) {
-    Carriage carriage(model);
+    const Carriers carriers(model, Network(model));
     std::string text;
     for (const Connection& connection : model.connections) {
         const auto end = [&](int component, const std::vector<Port>& ports, char side, int port) {
@@ -131,7 +96,9 @@ std::string arrows(const Model& model) {
         const Type& to = *model.components[static_cast<std::size_t>(connection.to)].type;
         text += fmt::format("{} -> {}{};\n", end(connection.from, from.out, 'o', connection.fromPort),
                             end(connection.to, to.in, 'i', connection.toPort),
-                            carriage.isDemand(connection) ? " [style=dashed, color=\"#b45f06\"]" : "");
+                            carriers.ofOutput(connection.from, connection.fromPort) == Carries::demand
+                                ? " [style=dashed, color=\"#b45f06\"]"
+                                : "");
     }
     return text;
 }

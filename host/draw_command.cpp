@@ -4,11 +4,11 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "commands.h"
 #include "draw.h"
+#include "files.h"
 #include "load.h"
 
 namespace kesto {
@@ -29,11 +29,7 @@ int drawCommand(const DrawOptions& options) {
     if (!loaded.isFit()) return kBadModel;
 
     const std::string dot = networkDot(loaded.model());
-    const std::string picture = format == "dot" ? dot : renderGraph(dot, format);
-    std::ofstream file(options.output, std::ios::binary);
-    file << picture;
-    file.close();
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}", options.output));
+    writeFile(options.output, format == "dot" ? dot : renderGraph(dot, format));
     return kGood;
 }
 

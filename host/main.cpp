@@ -45,6 +45,7 @@ int main(int argc, char** argv) {
     kesto::TypesOptions types;
     CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or print all about one");
     typesCommand->add_option("type", types.type, "Name or tag of a type");
+    typesCommand->add_flag("--json", types.json, "Print all that the catalogue holds as JSON");
 
     kesto::NewOptions create;
     CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
@@ -57,7 +58,7 @@ int main(int argc, char** argv) {
 
     kesto::ReportOptions report;
     CLI::App* reportCommand = app.add_subcommand("report", "Make one page with charts of the results of a run");
-    reportCommand->add_option("results", report.results, "Folder with the results (CSV)")->required();
+    reportCommand->add_option("results", report.results, "Folder with the results")->required();
     reportCommand->add_option("-o,--output", report.output, "Page to write (HTML)")->required();
     reportCommand->add_option("--model", report.model, "Model file, where it is no longer where the run found it");
 

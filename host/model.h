@@ -35,6 +35,11 @@ struct SeriesSource {
     Place place;
 };
 
+// Index of a component, group, brand or connection into its vector.
+inline std::size_t at(int index) {
+    return static_cast<std::size_t>(index);
+}
+
 using SourceIndex = int;  // into Model::sources
 inline constexpr SourceIndex kNoSource = -1;
 inline constexpr SourceIndex kBadSource = -2;  // given, but not understood: reported already

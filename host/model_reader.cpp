@@ -116,10 +116,10 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
     std::map<std::string, std::vector<Value>, std::less<>> rows;
     if (!tables) return rows;
     Section section(*tables, "[tables]", reading.diagnostics);
-    for (const char* key : {"brands", "groups", "components", "connections"}) {
+    for (const char* key : {"brands", "groups", "components", "splits", "connections"}) {
         const auto file = section.text(key);
         if (!file) continue;
-        const auto csv = CsvFile::read(reading.pathOf(file->value), reading.diagnostics);
+        const auto csv = CsvFile::read(reading.pathOf(file->value), file->place, reading.diagnostics);
         for (std::size_t row = 0; csv && row < csv->rows(); ++row) {
             rows[key].push_back(rowOf(*csv, row));
         }
@@ -174,6 +174,8 @@ void readContents(Reading& reading, const Value& file) {
     for (const Value& row : rowsOf("components"))
         component(row);
     forEachTable(reading, section.find("components"), "components", splits);
+    for (const Value& row : rowsOf("splits"))
+        readSplitRow(reading, row);
     forEachTable(reading, section.find("connections"), "connections", connection);
     for (const Value& row : rowsOf("connections"))
         connection(row);

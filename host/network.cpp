@@ -5,12 +5,6 @@
 
 namespace kesto {
 
-namespace {
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-}  // namespace
-
 Network::Network(const Model& model)
     : model_(model), outgoing_(model.components.size()), incoming_(model.components.size()) {
     for (std::size_t i = 0; i < model.connections.size(); ++i) {

@@ -2,12 +2,11 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <stdexcept>
 
 #include "calendar.h"
 #include "commands.h"
+#include "files.h"
 
 namespace kesto {
 
@@ -88,13 +87,6 @@ from = "toilet:wastewater"
 to = "sewer"
 )";
 
-void writeFile(const std::filesystem::path& path, const std::string& text) {
-    std::ofstream out(path, std::ios::binary);
-    out << text;
-    out.close();
-    if (!out) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
-}
-
 // Made-up weather: a wet day every third one, and little rain in summer.
 std::string weather() {
     constexpr std::array<double, 12> kRain{9, 8, 7, 6, 4, 2, 1, 1, 4, 8, 9, 10};
@@ -110,17 +102,17 @@ std::string weather() {
 }  // namespace
 
 int newCommand(const NewOptions& options) {
-    const std::filesystem::path folder(options.folder);
-    for (const char* name : {"model.toml", "weather.csv"}) {
-        if (!std::filesystem::exists(folder / name)) continue;
-        std::cerr << fmt::format("kesto new: {} is there already\n", (folder / name).string());
+    const std::string model = joined(options.folder, "model.toml"), data = joined(options.folder, "weather.csv");
+    for (const std::string& path : {model, data}) {
+        if (!std::filesystem::exists(path)) continue;
+        std::cerr << fmt::format("kesto new: error: {} is there already\n", path);
         return kBadModel;
     }
-    std::filesystem::create_directories(folder);
-    writeFile(folder / "model.toml", kModel);
-    writeFile(folder / "weather.csv", weather());
-    std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", (folder / "model.toml").string(),
-                             (folder / "model.toml").string(), (folder / "results").string());
+    makeFolder(options.folder);
+    writeFile(model, kModel);
+    writeFile(data, weather());
+    std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", model, model,
+                             joined(options.folder, "results"));
     return kGood;
 }
 

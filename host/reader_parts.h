@@ -33,7 +33,8 @@ struct Reading {
 void readBrand(Reading& reading, const PlacedText& name, const Value& table);
 void readGroup(Reading& reading, const PlacedText& name, const Value& table);
 void readComponent(Reading& reading, const Value& table);
-void readSplits(Reading& reading, const Value& table);  // once all components are known
+void readSplits(Reading& reading, const Value& table);    // of a component, once all components are known
+void readSplitRow(Reading& reading, const Value& table);  // of a table: splitter, beta, members
 int addGroup(Reading& reading, const PlacedText& name);
 void readConnection(Reading& reading, const Value& table);
 

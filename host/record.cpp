@@ -9,10 +9,6 @@ namespace kesto {
 
 namespace {
 
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
 std::int32_t count(std::size_t size) {
     return static_cast<std::int32_t>(size);
 }
@@ -123,95 +119,6 @@ std::size_t Record::sharedBytes(std::size_t states) const {
            SharedMemory::rounded(logs_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(waterBodies_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) + 32;
-}
-
-float* Record::constantSeries(float value) {
-    const auto known = constants_.find(value);
-    if (known != constants_.end()) return known->second;
-    owned_.emplace_back(steps_, value);
-    return constants_[value] = owned_.back().data();
-}
-
-// Series that the engine only reads are shared between all that name the same source.
-void Record::add(SeriesKind kind, int id, SourceIndex source, float standard) {
-    if (source == kNoSource) {
-        table(kind).push_back({id, constantSeries(standard)});
-        return;
-    }
-    shared_.push_back(series_.of(source));
-    table(kind).push_back({id, const_cast<float*>(shared_.back()->data())});
-}
-
-void Record::fillGroupSeries() {
-    for (std::size_t i = 0; i < model_.groups.size(); ++i) {
-        const Group& group = model_.groups[i];
-        for (const SeriesKind kind : {SeriesKind::occupancy, SeriesKind::rainfall, SeriesKind::temperature,
-                                      SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
-            if (group.series[kind] != kNoSource) add(kind, group.id, group.series[kind], 0);
-        }
-        add(SeriesKind::demandFluctuation, group.id, group.series[SeriesKind::demandFluctuation], 1);
-    }
-}
-
-// Eleven values a step, one for each kind of appliance.
-void Record::fillUses() {
-    for (const Group& group : model_.groups) {
-        if (std::all_of(group.uses.begin(), group.uses.end(), [](SourceIndex s) { return s == kNoSource; })) continue;
-        Floats values(steps_ * kUseKinds, 0);
-        for (std::size_t kind = 0; kind < kUseKinds; ++kind) {
-            if (group.uses[kind] == kNoSource) continue;
-            const auto daily = series_.of(group.uses[kind]);
-            for (std::size_t step = 0; step < steps_; ++step) {
-                values[step * kUseKinds + kind] = (*daily)[step];
-            }
-        }
-        owned_.push_back(std::move(values));
-        table(SeriesKind::uses).push_back({group.id, owned_.back().data()});
-    }
-}
-
-void Record::fillOwnSeries() {
-    for (const Component& component : model_.components) {
-        for (const SeriesKind kind : {SeriesKind::multiplier, SeriesKind::threshold, SeriesKind::demand}) {
-            if (component.series[kind] != kNoSource) add(kind, component.id, component.series[kind], 0);
-        }
-    }
-}
-
-// What needs an array of its own in WatQuant or WatQual: states, what was given, and, when sources are traced, the
-// quality of all that the engine may take for a source.
-std::vector<std::pair<int, SeriesNeed>> Record::stateNeeds() const {
-    std::vector<std::pair<int, SeriesNeed>> needs;
-    for (std::size_t i = 0; i < model_.components.size(); ++i) {
-        const Component& component = model_.components[i];
-        for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality}) {
-            SeriesNeed need{kind, Filing::own};
-            bool wanted = component.series[kind] != kNoSource;
-            for (const SeriesNeed& one : component.type->series) {
-                if (one.kind != kind || one.filing != Filing::own || !isNeeded(model_, one)) continue;
-                need = one;
-                wanted = true;
-            }
-            const bool isSource = kind == SeriesKind::quality && canBeSource(component.code);
-            if (wanted || (isSource && model_.simulation.traceSources)) needs.emplace_back(static_cast<int>(i), need);
-        }
-    }
-    return needs;
-}
-
-void Record::fillStates() {
-    for (const auto& [index, need] : stateNeeds()) {
-        const Component& component = model_.components[at(index)];
-        float* values = memory_->take<float>(steps_);
-        const SourceIndex source = component.series[need.kind];
-        if (source != kNoSource) {
-            const auto given = series_.of(source);
-            std::copy(given->begin(), given->end(), values);
-        }
-        table(need.kind).push_back({component.id, values});
-        states_.push_back(
-            {index, need.kind, need.unit.empty() ? info(need.kind).unit : need.unit, values, need.isState});
-    }
 }
 
 void Record::fillSplits() {

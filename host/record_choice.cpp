@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 
 namespace kesto {
 
@@ -20,11 +21,19 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
     return parts;
 }
 
-void add(std::vector<OutputPort>& outputs, OutputPort output) {
-    if (std::find(outputs.begin(), outputs.end(), output) == outputs.end()) outputs.push_back(output);
-}
+// Each output once, in the order in which it was asked for.
+class Choice {
+  public:
+    void add(OutputPort output) {
+        if (known_.insert(output).second) outputs.push_back(output);
+    }
+    std::vector<OutputPort> outputs;
 
-void addNamed(const Model& model, const std::string& text, Diagnostics& diagnostics, std::vector<OutputPort>& outputs) {
+  private:
+    std::set<OutputPort> known_;
+};
+
+void addNamed(const Model& model, const std::string& text, Diagnostics& diagnostics, Choice& choice) {
     const Place place{std::make_shared<const std::string>("--record " + text), 0, 0};
     const std::size_t colon = text.find(':');
     const std::string name = text.substr(0, colon);
@@ -41,13 +50,13 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
     }
     if (colon == std::string::npos) {
         for (int port = 1; port <= static_cast<int>(names.size()); ++port) {
-            add(outputs, {component, port});
+            choice.add({component, port});
         }
         return;
     }
     const std::string wanted = text.substr(colon + 1);
     if (const auto port = portNumber(type.out, wanted)) {
-        add(outputs, {component, *port});
+        choice.add({component, *port});
     } else if (names.empty()) {
         diagnostics.error(place, fmt::format("a {} has no output", type.name));
     } else {
@@ -60,20 +69,38 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
 
 std::vector<OutputPort> parseRecordChoice(const Model& model, const std::string& text, Diagnostics& diagnostics) {
     if (text == "all") return allOutputs(model);
-    std::vector<OutputPort> outputs;
-    if (text == "none") return outputs;
+    Choice choice;
+    if (text == "none") return {};
     for (const std::string& part : splitAtCommas(text)) {
-        addNamed(model, part, diagnostics, outputs);
+        addNamed(model, part, diagnostics, choice);
     }
-    return outputs;
+    return choice.outputs;
 }
 
+// One message for all outputs that are refused for the same reason: in some models that is every one.
 void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, Diagnostics& diagnostics) {
-    const Place place{std::make_shared<const std::string>(model.path), 0, 0};
+    std::vector<std::pair<std::string_view, std::vector<OutputPort>>> reasons;
     for (const Refusal& refusal : plan.refused) {
-        const Component& component = model.components[static_cast<std::size_t>(refusal.output.component)];
-        const std::string text = fmt::format("\"{}\" is not recorded, since that would change results: {}",
-                                             outputName(component, refusal.output.port), refusal.reason);
+        const auto known =
+            std::find_if(reasons.begin(), reasons.end(), [&](const auto& one) { return one.first == refusal.reason; });
+        if (known == reasons.end()) {
+            reasons.push_back({refusal.reason, {refusal.output}});
+        } else {
+            known->second.push_back(refusal.output);
+        }
+    }
+    const auto componentOf = [&](OutputPort output) -> const Component& {
+        return model.components[static_cast<std::size_t>(output.component)];
+    };
+    for (const auto& [reason, outputs] : reasons) {
+        std::vector<std::string> names;
+        for (const OutputPort output : outputs) {
+            names.push_back(fmt::format("\"{}\"", outputName(componentOf(output), output.port)));
+        }
+        const std::string text =
+            fmt::format("{} {} not recorded, since that would change results: {}",
+                        listOf({names.begin(), names.end()}, "and"), names.size() == 1 ? "is" : "are", reason);
+        const Place& place = componentOf(outputs.front()).place;
         if (byName) {
             diagnostics.error(place, text);
         } else {

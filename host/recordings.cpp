@@ -10,10 +10,6 @@ namespace kesto {
 
 namespace {
 
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
 // The paths of the tree are cut at 1000 components; below this size none can reach that length.
 constexpr std::size_t kSafePathLength = 990;
 
@@ -76,13 +72,13 @@ class Planner {
         });
         if (isConnected) return {};
         if (!outgoing.empty()) {
-            return "sources are traced through this component, and a logger on its unused output would add a path; "
+            return "sources are traced through the component, and a logger on an unused output would add a path; "
                    "connect the output to something";
         }
         const bool mayEnd = sender.code != code::kSplitter && sender.code != code::kServiceReservoir &&
                             model_.components.size() < kSafePathLength && ended_.insert(output.component).second;
         if (mayEnd) return {};
-        return "sources are traced to this component, where a path ends that a logger would lengthen; connect the "
+        return "sources are traced to the component, where a path ends that a logger would lengthen; connect the "
                "output "
                "to something";
     }

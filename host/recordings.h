@@ -16,6 +16,7 @@
 //    would be that component: nothing is recorded beside such a one.
 #pragma once
 
+#include <compare>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ namespace kesto {
 struct OutputPort {
     int component;
     int port;
-    bool operator==(const OutputPort&) const = default;
+    auto operator<=>(const OutputPort&) const = default;
 };
 
 struct Refusal {

@@ -1,22 +1,14 @@
 #include "report.h"
 
-#include <fmt/format.h>
-
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
-#include <sstream>
-#include <stdexcept>
 
-#include "calendar.h"
-#include "csv_file.h"
 #include "report_page.h"
+#include "results_reader.h"
 
 namespace kesto {
 
@@ -24,31 +16,22 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A file of daily results and how the page shows it.
+// A chart of daily results.
 struct Section {
-    std::string_view file, ending, id, title, note;
+    std::vector<NamedSeries> ReadResults::*series;
+    std::string_view id, title, note;
     bool marksAbsence = false;
 };
 
 constexpr Section kSections[] = {
-    {"flows.csv", "", "flows", "Flows",
+    {&ReadResults::flows, "flows", "Flows",
      "Drag to zoom into days, double-click to see all; all charts show the same days."},
-    {"states.csv", ":storage", "storages", "Storages", "What each store holds at the end of the day."},
-    {"qualities.csv", "", "qualities", "Qualities", "Quality of each flow; days on which it had none are left out.",
+    {&ReadResults::storages, "storages", "Storages", "What each store holds at the end of the day."},
+    {&ReadResults::qualities, "qualities", "Qualities", "Quality of each flow; days on which it had none are left out.",
      true},
-    {"states.csv", ":quality", "store-qualities", "Qualities of stores", "Quality of what each store holds.", true},
-    {"potentials.csv", "", "potentials", "Potentials", "What was booked on each group, day by day."},
+    {&ReadResults::storeQualities, "store-qualities", "Qualities of stores", "Quality of what each store holds.", true},
+    {&ReadResults::potentials, "potentials", "Potentials", "What was booked on each group, day by day."},
 };
-
-std::optional<CsvFile> readResults(const std::filesystem::path& path) {
-    if (!std::filesystem::exists(path)) return std::nullopt;
-    Diagnostics diagnostics;
-    std::optional<CsvFile> csv = CsvFile::read(path.string(), diagnostics);
-    if (csv && !diagnostics.hasErrors()) return csv;
-    std::ostringstream text;
-    diagnostics.print(text);
-    throw std::runtime_error(text.str());
-}
 
 std::string base64(const std::vector<unsigned char>& bytes) {
     constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -65,13 +48,13 @@ std::string base64(const std::vector<unsigned char>& bytes) {
     return text;
 }
 
-// The values of a column as little-endian floats: exact, and a third of the text.
-std::string packedColumn(const CsvFile& csv, std::size_t column) {
+// Little-endian floats: exact, and a third of the text. What is no finite number is a gap, however the file has it.
+std::string packed(const std::vector<float>& values) {
     std::vector<unsigned char> bytes;
-    bytes.reserve(4 * csv.rows());
-    for (std::size_t row = 0; row < csv.rows(); ++row) {
-        const float value = parseFloat(csv.cell(row, column)).value_or(std::numeric_limits<float>::quiet_NaN());
-        const auto bits = std::bit_cast<std::uint32_t>(value);
+    bytes.reserve(4 * values.size());
+    for (const float value : values) {
+        const auto bits =
+            std::bit_cast<std::uint32_t>(std::isfinite(value) ? value : std::numeric_limits<float>::quiet_NaN());
         for (int shift = 0; shift < 32; shift += 8) {
             bytes.push_back(static_cast<unsigned char>(bits >> shift));
         }
@@ -79,87 +62,25 @@ std::string packedColumn(const CsvFile& csv, std::size_t column) {
     return base64(bytes);
 }
 
-// "tank:overflow [L]" apart.
-std::pair<std::string, std::string> nameAndUnit(const std::string& header) {
-    const std::size_t bracket = header.rfind(" [");
-    if (bracket == std::string::npos || header.back() != ']') return {header, ""};
-    return {header.substr(0, bracket), header.substr(bracket + 2, header.size() - bracket - 3)};
-}
-
-Json seriesOf(const CsvFile& csv, std::string_view ending) {
+Json seriesOf(const std::vector<NamedSeries>& list) {
     Json all = Json::array();
-    for (std::size_t column = 1; column < csv.columns().size(); ++column) {
-        auto [name, unit] = nameAndUnit(csv.columns()[column]);
-        if (!name.ends_with(ending)) continue;
-        name.resize(name.size() - ending.size());
-        if (unit == "quality") unit.clear();  // it has none of its own
-        all.push_back({{"name", name}, {"unit", unit}, {"values", packedColumn(csv, column)}});
+    for (const NamedSeries& one : list) {
+        all.push_back({{"name", one.name}, {"unit", one.unit}, {"values", packed(one.values)}});
     }
     return all;
 }
 
-Json daysOf(const CsvFile& csv) {
-    Json days = Json::array();
-    for (std::size_t row = 0; row < csv.rows(); ++row) {
-        const std::optional<Day> day = parseDay(csv.cell(row, 0));
-        if (!day) {
-            throw std::runtime_error(fmt::format("{}: expected a date as in 2012-01-31, found \"{}\"",
-                                                 toString(csv.placeOf(row, 0)), csv.cell(row, 0)));
-        }
-        days.push_back(*day);
-    }
-    return days;
-}
-
-// A table that is shown as it stands.
-Json tableOf(const CsvFile& csv, std::string_view title) {
-    Json rows = Json::array();
-    for (std::size_t row = 0; row < csv.rows(); ++row) {
-        Json cells = Json::array();
-        for (std::size_t column = 0; column < csv.columns().size(); ++column) {
-            const std::string_view cell = csv.cell(row, column);
-            const std::optional<double> number = parseNumber(cell);
-            if (number) {
-                cells.push_back(*number);
-            } else {
-                cells.push_back(cell);
-            }
-        }
-        rows.push_back(std::move(cells));
-    }
-    return {{"title", title}, {"columns", csv.columns()}, {"rows", std::move(rows)}};
-}
-
 Json dataOf(const std::string& folder, const std::string& summary) {
-    Json data{{"summary", Json::parse(summary)},
-              {"days", Json::array()},
-              {"sections", Json::array()},
-              {"tables", Json::array()}};
+    const ReadResults results = readResults(folder);
+    Json data{{"summary", Json::parse(summary)}, {"days", results.days}, {"sections", Json::array()}};
     for (const Section& section : kSections) {
-        const std::optional<CsvFile> csv = readResults(std::filesystem::path(folder) / section.file);
-        if (!csv) continue;
-        Json series = seriesOf(*csv, section.ending);
-        if (series.empty()) continue;
-        Json days = daysOf(*csv);
-        if (!data["sections"].empty() && days != data["days"]) {
-            throw std::runtime_error(fmt::format(
-                "{}: {} has other dates than the files before it; they are of two runs", folder, section.file));
-        }
-        data["days"] = std::move(days);
+        const std::vector<NamedSeries>& list = results.*section.series;
+        if (list.empty()) continue;
         data["sections"].push_back({{"id", section.id},
                                     {"title", section.title},
                                     {"note", section.note},
                                     {"marksAbsence", section.marksAbsence},
-                                    {"series", std::move(series)}});
-    }
-    if (data["sections"].empty()) {
-        throw std::runtime_error(
-            fmt::format("{}: no results as CSV stand here; expected a folder that "
-                        "\"kesto run MODEL -o FOLDER\" wrote",
-                        folder));
-    }
-    if (const auto balance = readResults(std::filesystem::path(folder) / "balance.csv")) {
-        data["tables"].push_back(tableOf(*balance, "Water balance"));
+                                    {"series", seriesOf(list)}});
     }
     return data;
 }
@@ -195,6 +116,10 @@ std::string filled(std::string_view page, const std::map<std::string_view, std::
 }
 
 }  // namespace
+
+bool hasCharts() {
+    return !page::kUplotScript.empty();
+}
 
 std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing) {
     const Json data = dataOf(folder, summary);

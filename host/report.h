@@ -9,4 +9,7 @@ namespace kesto {
 // says why there is none.
 std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing);
 
+// False where the command was built without the library that draws them; the page then holds tables alone.
+bool hasCharts();
+
 }  // namespace kesto

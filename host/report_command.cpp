@@ -1,13 +1,12 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "commands.h"
 #include "draw.h"
+#include "files.h"
 #include "load.h"
 #include "report.h"
 
@@ -19,15 +18,12 @@ namespace {
 constexpr std::size_t kDrawable = 300;
 
 std::string readSummary(const std::string& folder) {
-    const std::string path = (std::filesystem::path(folder) / "summary.json").string();
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    if (in) text << in.rdbuf();
-    if (!in) {
+    try {
+        return readFile(joined(folder, "summary.json"));
+    } catch (const std::runtime_error& error) {
         throw std::runtime_error(
-            fmt::format("{}: cannot read this file; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", path));
+            fmt::format("{}; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", error.what()));
     }
-    return std::move(text).str();
 }
 
 std::string missing(const std::string& why) {
@@ -62,11 +58,11 @@ int reportCommand(const ReportOptions& options) {
         const auto known = nlohmann::json::parse(summary);
         model = known.value("model_file", known.value("model", ""));
     }
-    const std::string page = reportPage(options.results, summary, drawingOf(model));
-    std::ofstream file(options.output, std::ios::binary);
-    file << page;
-    file.close();
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}", options.output));
+    writeFile(options.output, reportPage(options.results, summary, drawingOf(model)));
+    if (!hasCharts()) {
+        std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
+                     "which npm fetches when kesto is built\n";
+    }
     return kGood;
 }
 

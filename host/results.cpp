@@ -3,25 +3,28 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
+
+#include "carriers.h"
 
 namespace kesto {
 
 namespace {
 
-std::size_t at(int index) {
-    return static_cast<std::size_t>(index);
-}
-
-Flow flowOf(const Model& model, OutputPort output, const Signal* signals) {
+Flow flowOf(const Model& model, const Carriers& carriers, OutputPort output, const Signal* signals) {
     const Component& component = model.components[at(output.component)];
     const Port& port = component.type->out[at(output.port) - 1];
-    return {outputName(component, output.port), port.unit, output.component, output.port, port.carries, signals};
+    return {outputName(component, output.port),
+            port.unit,
+            output.component,
+            output.port,
+            carriers.ofOutput(output.component, output.port),
+            signals};
 }
 
-Flow receivedBy(const Model& model, int index, const Signal* signals) {
+Flow receivedBy(const Model& model, const Carriers& carriers, int index, const Signal* signals) {
     const Component& component = model.components[at(index)];
-    const bool isBody = component.code == code::kWaterBody;
-    return {component.name, "L", index, 0, isBody ? Carries::water : Carries::same, signals};
+    return {component.name, "L", index, 0, carriers.of(index), signals};
 }
 
 // A delay's log holds what reached it; it sends the same so many steps later, and nothing before.
@@ -37,28 +40,29 @@ const Signal* delayed(Results& results, const Component& delay, const Signal* lo
 
 void collectFlows(Results& results, const Record& record, const RecordingPlan& plan) {
     const Model& model = *results.model;
+    const Carriers carriers(model, Network(model));
+    const std::set<OutputPort> fromOwnLog(plan.fromOwnLog.begin(), plan.fromOwnLog.end());
     for (std::size_t i = 0; i < record.logs().size(); ++i) {
         const Signal* signals = record.outputs().logs + i * record.steps();
         const int index = record.logs()[i];
         if (index < 0) {
-            results.flows.push_back(flowOf(model, plan.logged[at(-1 - index)], signals));
+            results.flows.push_back(flowOf(model, carriers, plan.logged[at(-1 - index)], signals));
             continue;
         }
         const Component& component = model.components[at(index)];
         const OutputPort output{index, 1};
-        const bool wanted = std::find(plan.fromOwnLog.begin(), plan.fromOwnLog.end(), output) != plan.fromOwnLog.end();
-        if (component.code == code::kLogger) results.flows.push_back(receivedBy(model, index, signals));
+        const bool wanted = fromOwnLog.contains(output);
+        if (component.code == code::kLogger) results.flows.push_back(receivedBy(model, carriers, index, signals));
         if (component.code == code::kDelay && wanted) {
-            results.flows.push_back(flowOf(model, output, delayed(results, component, signals)));
+            results.flows.push_back(flowOf(model, carriers, output, delayed(results, component, signals)));
         }
     }
     for (std::size_t i = 0; i < record.waterBodies().size(); ++i) {
         results.flows.push_back(
-            receivedBy(model, record.waterBodies()[i], record.outputs().waterBodies + i * record.steps()));
+            receivedBy(model, carriers, record.waterBodies()[i], record.outputs().waterBodies + i * record.steps()));
     }
-    std::stable_sort(results.flows.begin(), results.flows.end(), [](const Flow& a, const Flow& b) {
-        return a.component != b.component ? a.component < b.component : a.port < b.port;
-    });
+    std::stable_sort(results.flows.begin(), results.flows.end(),
+                     [](const Flow& a, const Flow& b) { return a.output() < b.output(); });
 }
 
 // Which potentials the components of each group book.
@@ -78,10 +82,9 @@ std::map<std::pair<int, int>, std::string_view> bookedPotentials(const Model& mo
 }  // namespace
 
 const Flow* Results::find(OutputPort output) const {
-    for (const Flow& flow : flows) {
-        if (flow.component == output.component && flow.port == output.port) return &flow;
-    }
-    return nullptr;
+    const auto found = std::lower_bound(flows.begin(), flows.end(), output,
+                                        [](const Flow& flow, OutputPort wanted) { return flow.output() < wanted; });
+    return found != flows.end() && found->output() == output ? &*found : nullptr;
 }
 
 Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run) {

@@ -17,6 +17,8 @@ struct Flow {
     int port;  // 0: what a logger or a water body received
     Carries carries;
     const Signal* signals;
+
+    OutputPort output() const { return {component, port}; }
 };
 
 struct PotentialSeries {
@@ -36,8 +38,8 @@ struct State {
 struct Results {
     const Model* model;
     EngineRun run;
-    std::size_t steps;  // complete ones: what can be read of every series
-    std::vector<Flow> flows;
+    std::size_t steps;                        // complete ones: what can be read of every series
+    std::vector<Flow> flows;                  // in order of component and port
     std::vector<PotentialSeries> potentials;  // of groups, in the order of the potentials; only those something books
     std::vector<State> states;
     std::vector<std::unique_ptr<Signal[]>> derived;

@@ -8,9 +8,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <functional>
 #include <stdexcept>
+
+#include "csv_file.h"
+#include "files.h"
 
 namespace kesto {
 
@@ -58,7 +60,7 @@ void write(const Results& results, const std::string& path, const std::vector<Co
 }
 
 std::string header(std::string_view name, std::string_view unit) {
-    return unit.empty() ? std::string(name) : fmt::format("{} [{}]", name, unit);
+    return csvCell(unit.empty() ? std::string(name) : fmt::format("{} [{}]", name, unit));
 }
 
 // A signal that never carried a quality needs no column for it.
@@ -69,7 +71,6 @@ bool hasQuality(const Flow& flow, std::size_t steps) {
 }  // namespace
 
 std::vector<std::string> writeCsv(const Results& results, const std::string& folder) {
-    std::filesystem::create_directories(folder);
     std::vector<Column> flows, qualities, states, potentials;
     constexpr std::size_t kStride = sizeof(Signal) / sizeof(float);
     for (const Flow& flow : results.flows) {
@@ -89,7 +90,7 @@ std::vector<std::string> writeCsv(const Results& results, const std::string& fol
     std::vector<std::string> written;
     const auto writeOne = [&](const char* name, const std::vector<Column>& columns) {
         if (columns.empty()) return;
-        written.push_back((std::filesystem::path(folder) / name).string());
+        written.push_back(joined(folder, name));
         write(results, written.back(), columns);
     };
     writeOne("flows.csv", flows);

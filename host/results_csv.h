@@ -9,7 +9,7 @@
 
 namespace kesto {
 
-// Writes flows.csv, qualities.csv, states.csv and potentials.csv into a folder, which is made when it is missing, and
+// Writes flows.csv, qualities.csv, states.csv and potentials.csv into a folder and
 // returns the files that were written. Throws std::runtime_error when one cannot be written.
 std::vector<std::string> writeCsv(const Results& results, const std::string& folder);
 

@@ -3,13 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <set>
 #include <utility>
 
+#include "files.h"
 #include "netcdf_file.h"
 #include "sha256.h"
 
@@ -31,11 +30,6 @@ struct Table {
 
 constexpr std::string_view unitOrOne(std::string_view unit) {
     return unit.empty() || unit == "cost" ? "1" : unit;
-}
-
-std::string_view word(Carries carries) {
-    if (carries == Carries::same) return "either";
-    return carries == Carries::water ? "water" : "demand";
 }
 
 class Writer {
@@ -141,7 +135,7 @@ class Writer {
             if (flow.unit != unit) continue;
             flows.push_back(&flow);
             names.push_back(flow.name);
-            carries.emplace_back(word(flow.carries));
+            carries.emplace_back(toText(flow.carries));
         }
         if (flows.empty()) return;
         const Id dimension = file_.dimension(table.dimension, flows.size());
@@ -184,8 +178,7 @@ class Writer {
     void writePotentials() {
         std::vector<std::string> groups;
         std::map<std::string, std::size_t> rows;
-        std::array<Id, kPotentials> variables;
-        variables.fill(NetcdfFile::kGlobal);
+        std::map<std::string, Id> variables;
         for (const PotentialSeries& series : results_.potentials) {
             if (rows.emplace(series.group, groups.size()).second) groups.push_back(series.group);
         }
@@ -194,22 +187,22 @@ class Writer {
         writeNames("group", dimension, groups);
         for (const PotentialSeries& series : results_.potentials) {
             const PotentialInfo& potential = info(series.potential);
-            Id& id = variables[series.potential];
-            if (id == NetcdfFile::kGlobal) {
-                const std::string meaning = fmt::format("{} potential [{}]", potential.name, potential.unit);
-                id = define({"group", std::string(potential.name), meaning, potential.unit}, dimension);
+            const std::string name = potentialVariable(potential, series.unit);
+            const auto [variable, isNew] = variables.emplace(name, NetcdfFile::kGlobal);
+            if (isNew) {
+                const std::string meaning = fmt::format("{} potential [{}]", potential.name, series.unit);
+                variable->second = define({"group", name, meaning, series.unit}, dimension);
             }
-            file_.writeRow(id, rows[series.group], {series.values, series.values + results_.steps});
+            file_.writeRow(variable->second, rows[series.group], {series.values, series.values + results_.steps});
         }
     }
 
     void writeBalance(const Balance& balance) {
-        static constexpr const char* kLevels[] = {"component", "group", "network"};
         const Id dimension = file_.dimension("balance", balance.rows.size());
         std::vector<std::string> names, levels, reasons;
         for (const BalanceRow& row : balance.rows) {
             names.push_back(row.name);
-            levels.emplace_back(kLevels[static_cast<int>(row.level)]);
+            levels.emplace_back(toText(row.level));
             reasons.push_back(row.notBalanced);
         }
         const auto texts = [&](const std::string& name, const char* meaning, const std::vector<std::string>& values) {
@@ -248,10 +241,13 @@ class Writer {
 
 }  // namespace
 
+std::string potentialVariable(const PotentialInfo& potential, std::string_view unit) {
+    return std::string(potential.name) + (unit == potential.unit ? "" : "_depth");
+}
+
 std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
                         const std::string& folder) {
-    std::filesystem::create_directories(folder);
-    const std::string path = (std::filesystem::path(folder) / "results.nc").string();
+    const std::string path = joined(folder, "results.nc");
     Writer(results, path).write(read, balance);
     return path;
 }

@@ -10,9 +10,12 @@
 
 namespace kesto {
 
-// Writes results.nc into a folder, which is made when it is missing, and returns its path. `read` is what the model was
+// Writes results.nc into a folder and returns its path. `read` is what the model was
 // read with; `balance` may be null. Throws std::runtime_error when it cannot be written.
 std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
                         const std::string& folder);
+
+// Variable of a potential that is booked in this unit: depths, as of soil, stand apart from volumes.
+std::string potentialVariable(const PotentialInfo& potential, std::string_view unit);
 
 }  // namespace kesto

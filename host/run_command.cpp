@@ -1,18 +1,20 @@
 #include <fmt/format.h>
+#include <sys/resource.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <chrono>
 #include <iostream>
+#include <set>
+#include <utility>
 
 #include "balance.h"
 #include "commands.h"
 #include "engine_run.h"
+#include "files.h"
 #include "load.h"
 #include "progress_bar.h"
 #include "record_choice.h"
-#include "results_csv.h"
-#include "results_netcdf.h"
+#include "results_folder.h"
 #include "summary.h"
 #include "summary_json.h"
 
@@ -20,44 +22,23 @@ namespace kesto {
 
 namespace {
 
-// What went wrong, when, and in which component.
-void reportFailure(const Results& results) {
-    const EngineRun& run = results.run;
-    const Model& model = *results.model;
-    std::string when = "before the first step";
-    if (run.step >= 0 && run.step < model.simulation.days()) {
-        when = fmt::format("on {}, step {} of {}", toText(results.dayOf(static_cast<std::size_t>(run.step))),
-                           run.step + 1, model.simulation.days());
-    }
-    switch (run.outcome) {
-        case Outcome::finished:
-            return;
-        case Outcome::failed:
-            std::cerr << fmt::format("{}: error: the run stopped {}: {}\n", model.path, when,
-                                     explainMessage(run.message, model));
-            return;
-        case Outcome::crashed:
-            std::cerr << fmt::format("{}: error: the engine gave up {}: {}\n", model.path, when, run.message);
-            return;
-        case Outcome::interrupted:
-            std::cerr << fmt::format("{}: interrupted {}\n", model.path, when);
-            return;
-    }
-}
-
-bool contains(const std::vector<OutputPort>& outputs, OutputPort output) {
-    return std::find(outputs.begin(), outputs.end(), output) != outputs.end();
-}
-
 // A balance needs all outputs; those that nobody asked for are not shown, and not complained of.
-RecordingPlan planFor(const LoadedModel& loaded, const std::vector<OutputPort>& asked, const RunOptions& options,
+RecordingPlan planFor(const Model& model, const std::vector<OutputPort>& asked, const RunOptions& options,
                       Diagnostics& diagnostics) {
-    const Model& model = loaded.model();
     const RecordingPlan plan = planRecordings(model, Network(model), options.balance ? allOutputs(model) : asked);
+    const std::set<OutputPort> wanted(asked.begin(), asked.end());
     RecordingPlan told = plan;
-    std::erase_if(told.refused, [&](const Refusal& refusal) { return !contains(asked, refusal.output); });
+    std::erase_if(told.refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
     reportRefusals(model, told, options.record != "all", diagnostics);
     return plan;
+}
+
+Balance balanceWith(Results& results, const RecordingPlan& plan, SeriesValues& series,
+                    const std::vector<OutputPort>& asked) {
+    Balance balance = balanceOf(results, plan, series);
+    const std::set<OutputPort> wanted(asked.begin(), asked.end());
+    std::erase_if(results.flows, [&](const Flow& flow) { return flow.port > 0 && !wanted.contains(flow.output()); });
+    return balance;
 }
 
 // A balance that does not close is told even to those who want to hear of errors alone.
@@ -75,67 +56,93 @@ void warnOfBalance(const Model& model, const Balance& balance) {
     }
 }
 
-void writeResults(const Results& results, const Balance* balance, const RunOptions& options) {
-    std::vector<std::string> files;
-    if (options.format == "netcdf") {
-        files.push_back(writeNetcdf(results, balance, options.read, options.output));
-    } else {
-        files = writeCsv(results, options.output);
-        if (balance) files.push_back(writeBalanceCsv(*balance, options.output));
+// Seconds since the last call, or since the program began to read.
+class Watch {
+  public:
+    double lap() {
+        const Clock::time_point now = Clock::now();
+        return std::chrono::duration<double>(now - std::exchange(last_, now)).count();
     }
-    files.push_back((std::filesystem::path(options.output) / "summary.json").string());
-    std::ofstream summary(files.back(), std::ios::binary);
-    summary << summaryJson(results, balance);
-    summary.close();
-    if (!summary) throw std::runtime_error(fmt::format("cannot write {}", files.back()));
-    if (options.quiet || options.json) return;
-    std::cout << "\nResults\n";
-    for (const std::string& file : files) {
-        std::cout << "  " << file << '\n';
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point last_ = Clock::now();
+};
+
+// The largest of this process and the engine's.
+double peakMemory() {
+    double most = 0;
+    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage usage{};
+        getrusage(who, &usage);
+        most = std::max(most, 1024.0 * static_cast<double>(usage.ru_maxrss));
+    }
+    return most;
+}
+
+void printSummary(const Results& results, const Balance* balance, const RunOptions& options, const RunCosts& costs) {
+    if (options.json) {
+        std::cout << summaryJson(results, balance, &costs);
+    } else if (!options.quiet) {
+        std::cout << summaryOf(results);
+        if (balance) std::cout << toText(*balance);
     }
 }
 
 }  // namespace
 
 int runCommand(const RunOptions& options) {
+    Watch watch;
     LoadedModel loaded(options.model, options.read);
     Diagnostics& diagnostics = loaded.diagnostics();
     std::vector<OutputPort> asked;
     RecordingPlan plan;
     if (loaded.isFit()) {
-        const Model& model = loaded.model();
-        asked = parseRecordChoice(model, options.record, diagnostics);
-        plan = planFor(loaded, asked, options, diagnostics);
+        asked = parseRecordChoice(loaded.model(), options.record, diagnostics);
+        plan = planFor(loaded.model(), asked, options, diagnostics);
     }
     diagnostics.print(std::cerr, !options.quiet);
     if (!loaded.isFit()) return kBadModel;
+    if (!options.output.empty()) makeFolder(options.output);  // rather told now than after an hour
 
     const Model& model = loaded.model();
+    RunCosts costs;
+    costs.readSeconds = watch.lap();
     Record record(model, loaded.series(), plan);
     const EngineRun run = [&] {
         ProgressBar bar(!options.quiet);
         return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
     }();
+    costs.engineSeconds = watch.lap();
     Results results = collectResults(model, record, plan, run);
     std::optional<Balance> balance;
-    if (options.balance) {
-        balance = balanceOf(results, plan, loaded.series());
-        std::erase_if(results.flows, [&](const Flow& flow) {
-            return flow.port > 0 && !contains(asked, {flow.component, flow.port});
-        });
+    if (options.balance) balance = balanceWith(results, plan, loaded.series(), asked);
+    const Balance* const balanced = balance ? &*balance : nullptr;
+
+    // The summary is shown even when the files cannot be written.
+    std::vector<std::string> files;
+    std::string failure;
+    try {
+        if (!options.output.empty())
+            files = writeResults(results, balanced, options.read, options.format, options.output);
+    } catch (const std::exception& error) {
+        failure = error.what();
     }
-    if (options.json) {
-        std::cout << summaryJson(results, balance ? &*balance : nullptr);
-    } else if (!options.quiet) {
-        std::cout << summaryOf(results);
-        if (balance) std::cout << toText(*balance);
+    costs.writeSeconds = watch.lap();
+    costs.peakBytes = peakMemory();
+    printSummary(results, balanced, options, costs);
+    if (!files.empty() && !options.quiet && !options.json) {
+        std::cout << "\nResults\n";
+        for (const std::string& file : files) {
+            std::cout << "  " << file << '\n';
+        }
     }
-    if (!options.output.empty()) writeResults(results, balance ? &*balance : nullptr, options);
     std::cout.flush();
-    reportFailure(results);
+    if (run.outcome != Outcome::finished) std::cerr << failureOf(results) << '\n';
     if (balance) warnOfBalance(model, *balance);
-    if (options.strict && balance && balance->isOff()) return kRunFailed;
-    return run.outcome == Outcome::finished ? kGood : kRunFailed;
+    if (!failure.empty()) std::cerr << "kesto run: error: " << failure << '\n';
+    const bool isStrictlyOff = options.strict && balance && balance->isOff();
+    return run.outcome == Outcome::finished && failure.empty() && !isStrictlyOff ? kGood : kRunFailed;
 }
 
 }  // namespace kesto

@@ -124,7 +124,7 @@ Json connection() {
 
 Json tables() {
     Json keys = Json::object();
-    for (const char* key : {"brands", "groups", "components", "connections"}) {
+    for (const char* key : {"brands", "groups", "components", "splits", "connections"}) {
         keys[key] = text("CSV file with a row for each, and the keys as columns");
     }
     return closedTable(std::move(keys));

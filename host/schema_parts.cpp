@@ -116,8 +116,8 @@ std::string_view ownUnit(const Type& type, SeriesKind kind) {
 }
 
 void addSeries(Json& keys, const Type& type) {
-    const auto add = [&](std::string_view key, SeriesKind kind) {
-        keys[std::string(key)] = source(ownUnit(type, kind), info(kind).meaning);
+    const auto add = [&](std::string_view key, SeriesKind kind, std::string_view meaning = {}) {
+        keys[std::string(key)] = source(ownUnit(type, kind), meaning.empty() ? info(kind).meaning : meaning);
     };
     for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality}) {
         add(fmt::format("initial_{}", info(kind).name), kind);
@@ -127,7 +127,7 @@ void addSeries(Json& keys, const Type& type) {
         add(info(kind).name, kind);
     }
     for (const SeriesNeed& need : type.series) {
-        if (!need.alias.empty()) add(need.alias, need.kind);
+        if (!need.alias.empty()) add(need.alias, need.kind, need.meaning);
     }
 }
 

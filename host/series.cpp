@@ -4,6 +4,12 @@
 
 namespace kesto {
 
+namespace {
+
+constexpr std::size_t kMostTold = 10;  // cells of a column
+
+}  // namespace
+
 std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
     if (index < 0) return nullptr;
     const auto known = values_.find(index);
@@ -49,7 +55,7 @@ bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
                                                      suggestion(source.column, names)));
         return false;
     }
-    bool good = true;
+    std::size_t wrong = 0;
     for (std::size_t step = 0; step < values.size(); ++step) {
         const std::size_t row = table.firstRow + step;
         const std::string_view cell = table.csv->cell(row, *column);
@@ -57,15 +63,20 @@ bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
         const auto value = source.conversion.isIdentity() ? parseFloat(cell) : std::nullopt;
         const auto number = value ? std::nullopt : parseNumber(cell);
         if (!value && !number) {
-            diagnostics_.error(table.csv->placeOf(row, *column),
-                               fmt::format("column \"{}\" holds \"{}\"; expected a number", source.column, cell));
-            good = false;
+            if (++wrong <= kMostTold) {
+                diagnostics_.error(table.csv->placeOf(row, *column),
+                                   fmt::format("column \"{}\" holds \"{}\"; expected a number", source.column, cell));
+            }
             continue;
         }
         values[step] =
             value ? *value : static_cast<float>(*number * source.conversion.factor + source.conversion.offset);
     }
-    return good;
+    if (wrong > kMostTold) {
+        diagnostics_.error(source.place, fmt::format("column \"{}\" holds no number on {} of the {} days of the run",
+                                                     source.column, wrong, values.size()));
+    }
+    return wrong == 0;
 }
 
 const SeriesValues::Table& SeriesValues::tableOf(int index) {
@@ -73,7 +84,7 @@ const SeriesValues::Table& SeriesValues::tableOf(int index) {
     if (known != tables_.end()) return known->second;
     const TimeTable& description = model_.tables[static_cast<std::size_t>(index)];
     Table table;
-    table.csv = CsvFile::read(description.path, diagnostics_);
+    table.csv = CsvFile::read(description.path, description.place, diagnostics_);
     table.good = table.csv && findFirstRow(description, table);
     return tables_[index] = std::move(table);
 }
@@ -110,9 +121,10 @@ bool SeriesValues::findFirstRow(const TimeTable& description, Table& table) {
         if (day && *day == start) break;
     }
     if (row == csv.rows()) {
-        diagnostics_.error(csv.place(), fmt::format("no row for {}, the first day of the run{}", toText(start),
-                                                    first ? fmt::format("; the first row is for {}", toText(*first))
-                                                          : "; expected dates such as 2012-01-31"));
+        diagnostics_.error(csv.rows() > 0 ? csv.placeOf(0, *time) : csv.headerPlace(),
+                           fmt::format("no row for {}, the first day of the run{}", toText(start),
+                                       first ? fmt::format("; the first row is for {}", toText(*first))
+                                             : "; expected dates such as 2012-01-31"));
         return false;
     }
     table.firstRow = row;
@@ -124,7 +136,7 @@ bool SeriesValues::checkDates(const CsvFile& csv, std::size_t timeColumn, std::s
     for (Day day = model_.simulation.start; day <= model_.simulation.end; ++day) {
         const std::size_t row = firstRow + static_cast<std::size_t>(day - model_.simulation.start);
         if (row >= csv.rows()) {
-            diagnostics_.error(csv.place(),
+            diagnostics_.error(csv.placeOf(csv.rows() - 1, timeColumn),
                                fmt::format("the last row is for {}; expected days up to {}, the end of the "
                                            "run",
                                            toText(day - 1), toText(model_.simulation.end)));

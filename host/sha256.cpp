@@ -3,15 +3,19 @@
 #include <fmt/format.h>
 #include <openssl/evp.h>
 
-#include <fstream>
-#include <iterator>
+#include <stdexcept>
+
+#include "files.h"
 
 namespace kesto {
 
 std::string sha256OfFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return {};
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    std::string bytes;
+    try {
+        bytes = readFile(path);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int length = 0;
     if (EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr) != 1) return {};

@@ -19,18 +19,6 @@ std::string amount(double value) {
     return fmt::format("{:.1f}", value);
 }
 
-std::string_view word(Carries carries) {
-    switch (carries) {
-        case Carries::water:
-            return "water";
-        case Carries::demand:
-            return "demand";
-        case Carries::same:
-            break;
-    }
-    return "";
-}
-
 std::string heading(const Results& results) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
@@ -56,7 +44,7 @@ std::string flowTable(const Results& results) {
     for (const Flow& flow : results.flows) {
         const double sum = total(flow, results.steps);
         const double steps = std::max<double>(static_cast<double>(results.steps), 1);
-        text += fmt::format("  {:<{}}  {:<6}  {:>14} {:<2}  {:>12} {}\n", flow.name, width, word(flow.carries),
+        text += fmt::format("  {:<{}}  {:<6}  {:>14} {:<2}  {:>12} {}\n", flow.name, width, toText(flow.carries),
                             amount(sum), flow.unit, amount(sum / steps), flow.unit);
     }
     return text;
@@ -142,6 +130,29 @@ std::vector<TankService> tankServices(const Results& results) {
         tanks.push_back(service);
     }
     return tanks;
+}
+
+// What went wrong, when, and in which component; empty when nothing did.
+std::string failureOf(const Results& results) {
+    const EngineRun& run = results.run;
+    const Model& model = *results.model;
+    std::string when = "before the first step";
+    if (run.step >= 0 && run.step < model.simulation.days()) {
+        when = fmt::format("on {}, step {} of {}", toText(results.dayOf(static_cast<std::size_t>(run.step))),
+                           run.step + 1, model.simulation.days());
+    }
+    switch (run.outcome) {
+        case Outcome::finished:
+            break;
+        case Outcome::failed:
+            return fmt::format("{}: error: the run stopped {}: {}", model.path, when,
+                               explainMessage(run.message, model));
+        case Outcome::crashed:
+            return fmt::format("{}: error: the engine gave up {}: {}", model.path, when, run.message);
+        case Outcome::interrupted:
+            return fmt::format("{}: interrupted {}", model.path, when);
+    }
+    return {};
 }
 
 std::string summaryOf(const Results& results) {

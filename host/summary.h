@@ -10,6 +10,9 @@ namespace kesto {
 
 std::string summaryOf(const Results& results);
 
+// What went wrong, when, and in which component; empty when nothing did.
+std::string failureOf(const Results& results);
+
 // What became of what was asked of one tank. `served` is none when nothing was asked, or when it is not recorded.
 struct TankService {
     const Component* tank;

@@ -11,23 +11,11 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* word(Carries carries) {
-    switch (carries) {
-        case Carries::water:
-            return "water";
-        case Carries::demand:
-            return "demand";
-        case Carries::same:
-            break;
-    }
-    return "either";
-}
-
 Json flowsOf(const Results& results) {
     Json flows = Json::array();
     for (const Flow& flow : results.flows) {
         flows.push_back({{"name", flow.name},
-                         {"carries", word(flow.carries)},
+                         {"carries", toText(flow.carries)},
                          {"unit", flow.unit},
                          {"total", total(flow, results.steps)}});
     }
@@ -64,10 +52,9 @@ Json potentialsOf(const Results& results) {
 }
 
 Json balanceOf(const Balance& balance) {
-    static constexpr const char* kLevels[] = {"component", "group", "network"};
     Json rows = Json::array();
     for (const BalanceRow& row : balance.rows) {
-        Json entry{{"level", kLevels[static_cast<int>(row.level)]}, {"name", row.name}, {"carries", word(row.carries)}};
+        Json entry{{"level", toText(row.level)}, {"name", row.name}, {"carries", toText(row.carries)}};
         if (!row.notBalanced.empty()) {
             entry["not_balanced"] = row.notBalanced;
         } else {
@@ -89,7 +76,7 @@ Json balanceOf(const Balance& balance) {
 
 }  // namespace
 
-std::string summaryJson(const Results& results, const Balance* balance) {
+std::string summaryJson(const Results& results, const Balance* balance, const RunCosts* costs) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     Json summary{{"model", model.path},
@@ -108,6 +95,12 @@ std::string summaryJson(const Results& results, const Balance* balance) {
                  {"tanks", tanksOf(results)},
                  {"potentials", potentialsOf(results)}};
     if (balance) summary["balance"] = balanceOf(*balance);
+    if (costs) {
+        summary["costs"] = {{"read_seconds", costs->readSeconds},
+                            {"engine_seconds", costs->engineSeconds},
+                            {"write_seconds", costs->writeSeconds},
+                            {"peak_bytes", costs->peakBytes}};
+    }
     return summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -8,8 +8,16 @@
 
 namespace kesto {
 
+// What a run took, which is another matter each time.
+struct RunCosts {
+    double readSeconds = 0;    // and to check
+    double engineSeconds = 0;  // with the record's set-up
+    double writeSeconds = 0;   // with sums and balances
+    double peakBytes = 0;
+};
+
 // One JSON object: the run and how it ended, totals of flows and potentials, the service of tanks. What is not a number
 // is null.
-std::string summaryJson(const Results& results, const Balance* balance = nullptr);
+std::string summaryJson(const Results& results, const Balance* balance = nullptr, const RunCosts* costs = nullptr);
 
 }  // namespace kesto

@@ -4,10 +4,9 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <sstream>
+#include <stdexcept>
+
+#include "files.h"
 
 namespace kesto {
 
@@ -87,15 +86,14 @@ std::optional<Value> readTomlText(const std::string& text, const std::string& na
 }
 
 std::optional<Value> readTomlFile(const std::string& path, Diagnostics& diagnostics) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    if (in) text << in.rdbuf();
-    if (!in || text.fail()) {
-        const Place place{std::make_shared<const std::string>(path), 0, 0};
-        diagnostics.error(place, fmt::format("cannot read this file: {}", std::strerror(errno)));
+    std::string text;
+    try {
+        text = readFile(path);
+    } catch (const std::runtime_error& error) {
+        diagnostics.error({std::make_shared<const std::string>("kesto"), 0, 0}, error.what());
         return std::nullopt;
     }
-    return readTomlText(text.str(), path, diagnostics);
+    return readTomlText(text, path, diagnostics);
 }
 
 }  // namespace kesto

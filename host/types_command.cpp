@@ -5,6 +5,7 @@
 #include "catalogue.h"
 #include "commands.h"
 #include "diagnostics.h"
+#include "types_json.h"
 
 namespace kesto {
 
@@ -79,6 +80,10 @@ void printType(const Type& type) {
 }  // namespace
 
 int typesCommand(const TypesOptions& options) {
+    if (options.type.empty() && options.json) {
+        std::cout << typesJson(allTypes());
+        return kGood;
+    }
     if (options.type.empty()) {
         for (const Type& type : allTypes()) {
             std::cout << fmt::format("{:<23} {:<3} {}\n", type.name, type.tag, type.summary);
@@ -91,7 +96,11 @@ int typesCommand(const TypesOptions& options) {
                                  suggestion(options.type, typeNames()));
         return kBadModel;
     }
-    printType(*type);
+    if (options.json) {
+        std::cout << typesJson({*type});
+    } else {
+        printType(*type);
+    }
     return kGood;
 }
 

@@ -47,6 +47,14 @@ function table(title, names, rows) {
                    className: isNumber(cell) ? "number" : "" })))))));
 }
 
+function balanceTable(rows) {
+  return table("Water balance [L]", ["", "name", "carries", "in", "gained", "out", "lost", "storage change", "error",
+                                     "relative error", "tolerance", "state"],
+    rows.map(r => [r.level, r.name, r.carries, ...(r.not_balanced ? Array(8).fill("") :
+      [r.in, r.gained, r.out, r.lost, r.storage_change, r.error, r.relative_error, r.tolerance]),
+      r.not_balanced ? `not balanced: ${r.not_balanced}` : r.balanced ? "balanced" : "DOES NOT BALANCE"]));
+}
+
 function writeSummary() {
   const s = report.summary;
   element("lead").textContent = `${s.start} to ${s.end} · ${number(s.steps_run)} of ${number(s.steps)} steps run · ` +
@@ -68,7 +76,7 @@ function writeSummary() {
     tables.append(table("Potentials, total", ["group", "potential", "total", "unit"],
       s.potentials.map(p => [p.group, p.potential, p.total, p.unit])));
   }
-  for (const t of report.tables) tables.append(table(t.title, t.columns, t.rows));
+  if (s.balance) tables.append(balanceTable(s.balance));
 }
 
 const zoomed = [];  // charts over time: they show the same days
@@ -203,7 +211,12 @@ function drawDuration(flows) {
 }
 
 writeSummary();
-if (seconds.length) {
+const canDraw = typeof uPlot !== "undefined";
+element("licence").hidden = !canDraw;
+if (!canDraw) {
+  element("charts").append(make("p", { className: "note",
+    textContent: "There are no charts: the command that made this page was built without uPlot." }));
+} else if (seconds.length) {
   for (const section of report.sections) new TimeChart(section);
   const flows = report.sections.find(section => section.id === "flows");
   if (flows) drawDuration(flows.series);

@@ -1,5 +1,8 @@
 // The output tables of the record: recorded signals and potentials. They belong to the library, live until the host
 // drops them with FreeAUEglobals, and are zero wherever no step has run.
+//
+// The series of a table are one block of memory, one entry after the other, and the first entry points to it: a block
+// of its own for each series would touch a page of memory for each before anything is computed.
 
 #include <cstdlib>
 
@@ -14,6 +17,18 @@ template <typename T>
 T* allocate(std::int32_t count) {
     if (count < 0) return nullptr;
     return static_cast<T*>(std::calloc(count > 0 ? static_cast<std::size_t>(count) : 1, sizeof(T)));
+}
+
+// Gives each entry of a table its series. False when there is no memory, and no entry has a series then.
+template <typename Entry, typename T>
+bool allocateSeries(Entry* table, std::int32_t entries, T* Entry::*series, std::int32_t nSteps) {
+    // Series without steps have a place each all the same.
+    const auto length = static_cast<std::size_t>(nSteps > 0 ? nSteps : 1);
+    const auto count = static_cast<std::size_t>(entries);
+    T* const block = nSteps < 0 ? nullptr : static_cast<T*>(std::calloc(count * length, sizeof(T)));
+    for (std::size_t i = 0; i < count; ++i)
+        table[i].*series = block ? block + i * length : nullptr;
+    return block != nullptr;
 }
 
 // The recorder tables: which types have an entry, in which order. A type code with a fraction has none.
@@ -44,12 +59,9 @@ void allocateRecorders(AUEglobals* Globals, const RecorderTable& recorders, std:
     if (entries == 0) return;
     table = allocate<SignalSeriesEntry>(entries);
     if (!table) return fail(Globals, text::kNoMemory, recorders.tableName);
-    forEach([&](const ComponentRow& row) {
-        SignalSeriesEntry& entry = table[count++];
-        entry.id = nint(row.id);
-        entry.Signal = allocate<Signal>(Globals->nSteps);
-        if (!entry.Signal) fail(Globals, text::kNoMemory, recorders.seriesName);
-    });
+    forEach([&](const ComponentRow& row) { table[count++].id = nint(row.id); });
+    if (!allocateSeries(table, entries, &SignalSeriesEntry::Signal, Globals->nSteps))
+        fail(Globals, text::kNoMemory, recorders.seriesName);
 }
 
 struct PotentialTable {
@@ -72,27 +84,19 @@ void allocatePotentials(AUEglobals* Globals) {
         Globals->*potential.table = allocate<SeriesEntry>(Globals->nPotComps);
         if (!(Globals->*potential.table)) fail(Globals, text::kNoMemory, potential.tableName);
     }
-    if (Globals->ErrFlag == 1) return;
+    if (Globals->ErrFlag == 1 || Globals->nPotComps == 0) return;
     for (const PotentialTable& potential : kPotentials) {
-        for (std::int32_t k = 0; k < Globals->nPotComps; ++k) {
-            SeriesEntry& entry = (Globals->*potential.table)[k];
-            entry.id = Globals->PotCompIds[k];
-            entry.Value = allocate<float>(Globals->nSteps);
-            if (!entry.Value) fail(Globals, text::kNoMemory, potential.seriesName);
-        }
+        SeriesEntry* const table = Globals->*potential.table;
+        for (std::int32_t k = 0; k < Globals->nPotComps; ++k)
+            table[k].id = Globals->PotCompIds[k];
+        if (!allocateSeries(table, Globals->nPotComps, &SeriesEntry::Value, Globals->nSteps))
+            fail(Globals, text::kNoMemory, potential.seriesName);
     }
 }
 
-void freeRecorders(SignalSeriesEntry*& table, std::int32_t count) {
-    for (std::int32_t i = 0; table && i < count; ++i)
-        std::free(table[i].Signal);
-    std::free(table);
-    table = nullptr;
-}
-
-void freePotentials(SeriesEntry*& table, std::int32_t count) {
-    for (std::int32_t i = 0; table && i < count; ++i)
-        std::free(table[i].Value);
+template <typename Entry, typename T>
+void freeTable(Entry*& table, std::int32_t entries, T* Entry::*series) {
+    if (table && entries > 0) std::free(table[0].*series);
     std::free(table);
     table = nullptr;
 }
@@ -106,10 +110,10 @@ void AllocOuts(AUEglobals* Globals) {
 }
 
 void FreeAUEglobals(AUEglobals* Globals) {
-    freeRecorders(Globals->Logs, Globals->nLogs);
-    freeRecorders(Globals->WatBod, Globals->nWatBod);
+    freeTable(Globals->Logs, Globals->nLogs, &SignalSeriesEntry::Signal);
+    freeTable(Globals->WatBod, Globals->nWatBod, &SignalSeriesEntry::Signal);
     for (SeriesEntry* AUEglobals::*table : {&AUEglobals::NrgPot, &AUEglobals::InfPot, &AUEglobals::EvaPot,
                                             &AUEglobals::LosPot, &AUEglobals::CapPot, &AUEglobals::OprPot}) {
-        freePotentials(Globals->*table, Globals->nPotComps);
+        freeTable(Globals->*table, Globals->nPotComps, &SeriesEntry::Value);
     }
 }

@@ -130,8 +130,11 @@ class Netcdf(unittest.TestCase):
         for head, texts in self.columns("potentials.csv").items():
             if head == "date":
                 continue
-            group, potential = head.rsplit(" ", 1)[0].rsplit(":", 1)
-            self.assertEqual(bits(data[potential][names["group_name"].index(group)]), bits(texts), head)
+            name, unit = head.rsplit(" ", 1)
+            group, potential = name.rsplit(":", 1)
+            variable = data[potential + ("_depth" if unit == "[mm]" else "")]
+            self.assertEqual(bits(variable[names["group_name"].index(group)]), bits(texts), head)
+            self.assertEqual(variable.attrs["units"], "1" if unit == "[cost]" else unit.strip("[]"))
             seen += 1
         return seen
 
@@ -176,6 +179,10 @@ class Netcdf(unittest.TestCase):
         self.assertEqual((data.attrs["steps_run"], data.sizes["time"]), (4, 4))
         self.assertEqual((data.attrs["stopped_at_step"], data.attrs["stopped_on"]), (5, "2012-01-05"))
         self.assertIn("intake", data.attrs["message"])
+        for form in ("csv", "netcdf"):
+            stopped = (self.folder / form / "STOPPED.txt").read_text()
+            self.assertIn("on 2012-01-05, step 5 of 10", stopped)
+            self.assertIn("the 4 of 10 steps that ran", stopped)
 
 
 unittest.main()

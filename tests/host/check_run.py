@@ -115,13 +115,14 @@ class Run(unittest.TestCase):
         with open(self.folder / "model.toml", "a") as model:
             model.write('[[components]]\nname = "pump"\ntype = "pump"\n[[connections]]\nfrom = "tank:deficit"\n'
                         'to = "pump:2"\n')
-        reason = '"tank:deficit" is not recorded, since that would change results: nothing is connected to input 1'
+        reason = ' not recorded, since that would change results: nothing is connected to input 1 of "pump"'
         done = self.kesto("run", "model.toml")
         self.assertEqual(done.returncode, 0)
-        self.assertIn("warning: " + reason, done.stderr)
+        self.assertIn('warning: "roof:runoff", "asked:demand", "tank:deficit", "tank:overflow" and "pump:outflow" are'
+                      + reason, done.stderr)
         done = self.kesto("run", "model.toml", "--record", "tank:deficit")
         self.assertEqual(done.returncode, 2)
-        self.assertIn("error: " + reason, done.stderr)
+        self.assertIn('error: "tank:deficit" is' + reason, done.stderr)
 
     def test_recordings_can_be_chosen(self):
         self.assertEqual(list(self.flows("--record", "tank:overflow,asked")[0])[1:],
@@ -146,6 +147,70 @@ class Run(unittest.TestCase):
         again = self.kesto("new", "first")
         self.assertEqual(again.returncode, 2)
         self.assertIn("is there already", again.stderr)
+
+    def test_results_take_the_place_of_earlier_ones(self):
+        self.flows("--balance")
+        self.assertTrue((self.folder / "out" / "balance.csv").exists())
+        (self.folder / "out" / "notes.txt").write_text("mine")
+        self.assertEqual(self.kesto("run", "model.toml", "-q", "-o", "out", "--format", "netcdf").returncode, 0)
+        self.assertEqual(sorted(path.name for path in (self.folder / "out").iterdir()),
+                         ["notes.txt", "results.nc", "summary.json"])
+
+    def test_a_disk_that_is_full_is_told(self):
+        (self.folder / "out").mkdir()
+        (self.folder / "out" / "flows.csv").symlink_to("/dev/full")
+        done = self.kesto("run", "model.toml", "-o", "out")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stderr, "kesto run: error: cannot write out/flows.csv: No space left on device\n")
+        self.assertIn("Tanks", done.stdout)
+
+    def test_a_folder_that_cannot_be_is_told_before_the_run(self):
+        done = self.kesto("run", "model.toml", "-o", "rain.csv/out")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("cannot make the folder rain.csv/out: Not a directory", done.stderr)
+
+    def test_the_same_fault_is_told_once(self):
+        text = MODEL.format(time="").replace("evaporation_fraction", "loss_fraction")
+        for i in range(50):
+            text += f'[[components]]\nname = "roof{i}"\ntype = "impervious_surface"\nbrand = "roof"\ngroup = "bare"\nsize = 1\n'
+        self.write(text + "[groups.bare]\n")
+        done = self.kesto("check", "model.toml")
+        self.assertEqual(done.returncode, 2)
+        self.assertEqual([line.split(": ", 1)[1] for line in done.stderr.splitlines()[:-1]], [
+            'error: brand "roof" does not give evaporation_fraction [-], fraction of the rain that evaporates; needed by '
+            'component "roof" (impervious_surface) and 50 more',
+            'warning: brand "roof": no component that uses it reads this parameter (specification 2)',
+            'error: group "bare" has no rainfall [mm], needed by component "roof0" (impervious_surface) and 49 more; '
+            'expected it in [groups.bare] or in [series]'])
+
+    def test_splits_can_stand_in_a_table(self):
+        stores = "".join(f'[[components]]\nname = "{name}"\ntype = "connector"\nbrand = "store"\nstorage = {stored}\n'
+                         for name, stored in (("lake", 600), ("fish pond", 30)))
+        text = ('kesto_model = 1\n[simulation]\nstart = 2024-01-01\nend = 2024-01-02\n[brands.store]\n1 = 1000\n'
+                '[[components]]\nname = "use"\ntype = "demand_source"\ndemand = 100\n'
+                '[[components]]\nname = "fork"\ntype = "splitter"\nsize = 20\n{splits}' + stores +
+                '[[connections]]\nfrom = "use"\nto = "fork"\n[[connections]]\nfrom = "fork:first"\nto = "lake"\n'
+                '[[connections]]\nfrom = "fork:second"\nto = "fish pond"\n{tables}')
+        self.write(text.format(splits='splits = [{ members = ["lake", "fish pond"], beta = 50 }, '
+                                      '{ members = ["fish pond"], beta = -10 }]\n', tables=""))
+        inline = self.flows()
+        self.write(text.format(splits="", tables='[tables]\nsplits = "splits.csv"\n'))
+        (self.folder / "splits.csv").write_text("splitter,beta,members\nfork,50,lake; fish pond\nfork,-10,fish pond\n")
+        self.assertEqual(self.flows(), inline)
+        self.assertNotEqual(float(inline[0]["fork:first [L]"]), 20)
+        (self.folder / "splits.csv").write_text("splitter,beta,members\nfrok,1,lake\nfork,x,lake; pond\nfork,1,\n")
+        done = self.kesto("check", "model.toml")
+        self.assertEqual(done.stderr, """splits.csv:2:1: error: a split: splitter is the text "frok"; expected the name of a splitter; did you mean "fork"?
+splits.csv:3:6: error: component "fork": splits: beta is the text "x"; expected a number in %
+splits.csv:3:14: error: component "fork": splits: members holds the text "pond", which is no component
+splits.csv:4:1: error: component "fork": splits has no members; expected a list of components
+4 errors, 0 warnings
+""")
+
+    def test_costs_are_told_to_machines(self):
+        costs = json.loads(self.kesto("run", "model.toml", "--json").stdout)["costs"]
+        self.assertEqual(set(costs), {"read_seconds", "engine_seconds", "write_seconds", "peak_bytes"})
+        self.assertGreater(costs["peak_bytes"], 1e6)
 
     def test_wrong_usage_is_status_2(self):
         for arguments in ((), ("run",), ("run", "none.toml"), ("fly",), ("run", "model.toml", "--colour"),

@@ -2,10 +2,28 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
 namespace {
+
+// All ways, as text: "1/1 2/1 3/2 ;..." with id/port of each stop.
+class AllWays : public PathSearch {
+  public:
+    AllWays() : PathSearch(std::vector<bool>(BinaryTreeNodes().size(), true)) {}
+    std::string text;
+
+  private:
+    bool found(const std::vector<Stop>& way, std::size_t at) override {
+        EXPECT_EQ(at, 1U);
+        for (const Stop& stop : way)
+            text += std::to_string(stop.node->compId) + "/" + std::to_string(stop.port) + " ";
+        text += ";";
+        return true;
+    }
+};
 
 struct Tree : testing::Test {
     std::vector<ComponentRow> components;
@@ -15,33 +33,26 @@ struct Tree : testing::Test {
         for (int id = 1; id <= 9; ++id)
             components.push_back({static_cast<float>(id), 30.0F, 0, 0, 0});
     }
-    ~Tree() override {
-        PathsKill();
-        BinaryTreeKill();
-    }
+    ~Tree() override { BinaryTreeKill(); }
     void connect(std::int32_t sender, std::int32_t port, std::int32_t receiver) {
         connections.push_back({0, sender, port, receiver, 1});
     }
     void build() {
+        BinaryTreeKill();
         BinaryTreeBuild(connections.data(), components.data(), static_cast<std::int32_t>(connections.size()),
                         static_cast<std::int32_t>(components.size()));
     }
-    // "1 2/1 3/2; ..." with id/port of each stop.
-    std::string paths(std::int32_t start) {
-        std::string text;
-        for (const PathToLeaf& path : PathsBuild(BinaryTreeFetchNode(start))) {
-            for (const auto& stop : path.stops)
-                text += std::to_string(stop.compId) + "/" + std::to_string(stop.port) + " ";
-            text += ";";
-        }
-        return text;
+    static std::string paths(std::int32_t start) {
+        AllWays ways;
+        EXPECT_TRUE(ways.PathsBuild(BinaryTreeFetchNode(start)));
+        return ways.text;
     }
 };
 
 TEST_F(Tree, StartWithoutSuccessors) {
     connect(1, 1, 2);
     build();
-    EXPECT_EQ(paths(2), "2/1 ;");
+    EXPECT_EQ(paths(2), "");
 }
 
 TEST_F(Tree, FirstPortBeforeSecond) {
@@ -91,18 +102,46 @@ TEST_F(Tree, NoNodeWithoutConnection) {
     EXPECT_EQ(BinaryTreeFetchNode(3), nullptr);
 }
 
+TEST_F(Tree, AnotherReceiverOnACycleIsNoEnd) {
+    components[0].techid = 33.0F;
+    components[1].techid = 33.0F;
+    connect(1, 1, 2);
+    connect(2, 1, 1);
+    build();
+    EXPECT_EQ(paths(1), "");
+}
+
+TEST_F(Tree, NodesKnowTheirRow) {
+    components[0].techid = 0.0F;
+    connect(1, 1, 99);
+    build();
+    const Node* const known = BinaryTreeFetchNode(1);
+    ASSERT_NE(known, nullptr);
+    EXPECT_TRUE(known->isKnown);
+    EXPECT_EQ(known->techId, 0);
+    ASSERT_NE(known->next1, nullptr);
+    EXPECT_EQ(known->next1->compId, 99);
+    EXPECT_FALSE(known->next1->isKnown);
+    EXPECT_EQ(known->next1->techId, 0);
+}
+
+TEST_F(Tree, OfTwoRowsWithOneIdTheFirstCounts) {
+    components = {{std::nanf(""), 1, 0, 0, 0}, {-0.0F, 30.4F, 0, 0, 0}, {0, 31, 0, 0, 0}};
+    connect(0, 1, 7);
+    build();
+    EXPECT_EQ(BinaryTreeFetchNode(0)->techId, 30);
+}
+
 TEST_F(Tree, LongChains) {
     for (int i = 0; i < 999; ++i)
         connect(1000 + i, 1, 1001 + i);
     build();
-    const auto& longest = PathsBuild(BinaryTreeFetchNode(1000));
-    ASSERT_EQ(longest.size(), 1U);
-    EXPECT_EQ(longest[0].stops.size(), 1000U);
-    PathsKill();
-    BinaryTreeKill();
+    const std::string longest = paths(1000);
+    EXPECT_EQ(std::count(longest.begin(), longest.end(), '/'), 1000);
+    EXPECT_EQ(std::count(longest.begin(), longest.end(), ';'), 1);
     connect(1999, 1, 2000);
     build();
-    EXPECT_TRUE(PathsBuild(BinaryTreeFetchNode(1000)).empty());
+    EXPECT_EQ(paths(1000), "");
 }
 
 using TreeDeathTest = Tree;

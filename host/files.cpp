@@ -1,0 +1,60 @@
+#include "files.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+namespace kesto {
+
+namespace {
+
+[[noreturn]] void fail(std::string_view what, const std::string& path, int error) {
+    throw std::runtime_error(fmt::format("cannot {} {}: {}", what, path, std::strerror(error)));
+}
+
+struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+std::string readFile(const std::string& path) {
+    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
+    if (!file) fail("read", path, errno);
+    std::string text;
+    char buffer[1 << 16];
+    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get()))
+        text.append(buffer, count);
+    if (std::ferror(file.get())) fail("read", path, errno);
+    return text;
+}
+
+void writeFile(const std::string& path, std::string_view text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) fail("write", path, errno);
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const int error = errno;
+    // What is buffered may meet the full disk only now.
+    if (std::fclose(file) != 0) fail("write", path, errno);
+    if (!written) fail("write", path, error);
+}
+
+void makeFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    if (error) fail("make the folder", path, error.value());
+    if (!std::filesystem::is_directory(path)) fail("write into", path, ENOTDIR);
+    if (access(path.c_str(), W_OK | X_OK) != 0) fail("write into", path, errno);
+}
+
+std::string joined(const std::string& folder, std::string_view name) {
+    return (std::filesystem::path(folder) / name).string();
+}
+
+}  // namespace kesto

@@ -1,0 +1,95 @@
+#include "netcdf_reader.h"
+
+#include <fmt/format.h>
+#include <netcdf.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace kesto {
+
+NetcdfReader::NetcdfReader(const std::string& path) : path_(path) {
+    check(nc_open(path.c_str(), NC_NOWRITE, &file_));
+}
+
+NetcdfReader::~NetcdfReader() {
+    if (file_ >= 0) nc_close(file_);
+}
+
+void NetcdfReader::check(int status) const {
+    if (status != NC_NOERR) throw std::runtime_error(fmt::format("cannot read {}: {}", path_, nc_strerror(status)));
+}
+
+bool NetcdfReader::has(const std::string& variable) const {
+    int id = -1;
+    return nc_inq_varid(file_, variable.c_str(), &id) == NC_NOERR;
+}
+
+int NetcdfReader::idOf(const std::string& variable) const {
+    int id = -1;
+    if (const int status = nc_inq_varid(file_, variable.c_str(), &id); status != NC_NOERR) {
+        throw std::runtime_error(fmt::format("cannot read {} of {}: {}", variable, path_, nc_strerror(status)));
+    }
+    return id;
+}
+
+std::vector<std::size_t> NetcdfReader::shapeOf(int variable) const {
+    int count = 0;
+    check(nc_inq_varndims(file_, variable, &count));
+    std::vector<int> dimensions(static_cast<std::size_t>(count));
+    check(nc_inq_vardimid(file_, variable, dimensions.data()));
+    std::vector<std::size_t> shape;
+    for (const int dimension : dimensions) {
+        shape.emplace_back();
+        check(nc_inq_dimlen(file_, dimension, &shape.back()));
+    }
+    return shape;
+}
+
+std::vector<std::string> NetcdfReader::texts(const std::string& variable) const {
+    const int id = idOf(variable);
+    const std::vector<std::size_t> shape = shapeOf(id);
+    if (shape.size() != 1 || shape[0] == 0) return {};
+    std::vector<char*> found(shape[0], nullptr);
+    check(nc_get_var_string(file_, id, found.data()));
+    std::vector<std::string> result;
+    for (const char* text : found) {
+        result.emplace_back(text ? text : "");
+    }
+    check(nc_free_string(found.size(), found.data()));
+    return result;
+}
+
+std::vector<int> NetcdfReader::integers(const std::string& variable) const {
+    const int id = idOf(variable);
+    const std::vector<std::size_t> shape = shapeOf(id);
+    if (shape.size() != 1 || shape[0] == 0) return {};
+    std::vector<int> values(shape[0]);
+    check(nc_get_var_int(file_, id, values.data()));
+    return values;
+}
+
+std::vector<float> NetcdfReader::row(const std::string& variable, std::size_t row) const {
+    const int id = idOf(variable);
+    const std::vector<std::size_t> shape = shapeOf(id);
+    if (shape.size() != 2 || row >= shape[0] || shape[1] == 0) return {};
+    std::vector<float> values(shape[1]);
+    const std::size_t start[] = {row, 0};
+    const std::size_t count[] = {1, shape[1]};
+    check(nc_get_vara_float(file_, id, start, count, values.data()));
+    float fill = NC_FILL_FLOAT;
+    check(nc_inq_var_fill(file_, id, nullptr, &fill));
+    const bool isWritten = std::any_of(values.begin(), values.end(), [fill](float value) { return value != fill; });
+    return isWritten ? values : std::vector<float>{};
+}
+
+std::string NetcdfReader::textAttribute(const std::string& variable, const std::string& name) const {
+    const int id = idOf(variable);
+    std::size_t length = 0;
+    if (nc_inq_attlen(file_, id, name.c_str(), &length) != NC_NOERR) return {};
+    std::string text(length, '\0');
+    check(nc_get_att_text(file_, id, name.c_str(), text.data()));
+    return text;
+}
+
+}  // namespace kesto

@@ -1,0 +1,34 @@
+// A NetCDF file that is being read: the few things that a page of results needs of it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kesto {
+
+class NetcdfReader {
+  public:
+    // All calls throw std::runtime_error, with the file's path and the library's reason.
+    explicit NetcdfReader(const std::string& path);
+    ~NetcdfReader();
+    NetcdfReader(const NetcdfReader&) = delete;
+    NetcdfReader& operator=(const NetcdfReader&) = delete;
+
+    bool has(const std::string& variable) const;
+    std::vector<std::string> texts(const std::string& variable) const;
+    std::vector<int> integers(const std::string& variable) const;
+
+    // A row of a variable with two dimensions; empty where the row has never been written.
+    std::vector<float> row(const std::string& variable, std::size_t row) const;
+    std::string textAttribute(const std::string& variable, const std::string& name) const;
+
+  private:
+    void check(int status) const;
+    int idOf(const std::string& variable) const;
+    std::vector<std::size_t> shapeOf(int variable) const;
+
+    std::string path_;
+    int file_ = -1;
+};
+
+}  // namespace kesto

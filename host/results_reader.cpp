@@ -1,0 +1,185 @@
+#include "results_reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+
+#include "catalogue.h"
+#include "csv_file.h"
+#include "files.h"
+#include "netcdf_reader.h"
+#include "results_netcdf.h"
+
+namespace kesto {
+
+namespace {
+
+// "tank:overflow [L]" apart.
+std::pair<std::string, std::string> nameAndUnit(const std::string& header) {
+    const std::size_t bracket = header.rfind(" [");
+    if (bracket == std::string::npos || header.back() != ']') return {header, ""};
+    return {header.substr(0, bracket), header.substr(bracket + 2, header.size() - bracket - 3)};
+}
+
+class CsvFolder {
+  public:
+    CsvFolder(const std::string& folder, ReadResults& results) : folder_(folder), results_(results) {}
+
+    void read() {
+        take(
+            "flows.csv", [&](const std::string&) { return &results_.flows; }, "");
+        take(
+            "states.csv",
+            [&](const std::string& name) { return name.ends_with(":storage") ? &results_.storages : nullptr; },
+            ":storage");
+        take(
+            "states.csv",
+            [&](const std::string& name) { return name.ends_with(":quality") ? &results_.storeQualities : nullptr; },
+            ":quality");
+        take(
+            "qualities.csv", [&](const std::string&) { return &results_.qualities; }, "");
+        take(
+            "potentials.csv", [&](const std::string&) { return &results_.potentials; }, "");
+    }
+
+  private:
+    template <class Where>
+    void take(const char* file, const Where& where, std::string_view ending) {
+        const CsvFile* csv = open(file);
+        for (std::size_t column = 1; csv && column < csv->columns().size(); ++column) {
+            auto [name, unit] = nameAndUnit(csv->columns()[column]);
+            std::vector<NamedSeries>* list = where(name);
+            if (!list) continue;
+            name.resize(name.size() - ending.size());
+            if (unit == "quality") unit.clear();  // it has none of its own
+            list->push_back({name, unit, valuesOf(*csv, column)});
+        }
+    }
+
+    // Each file is read once, and its days must be those of the others.
+    const CsvFile* open(const std::string& file) {
+        const auto known = files_.find(file);
+        if (known != files_.end()) return known->second ? &*known->second : nullptr;
+        std::optional<CsvFile>& csv = files_[file];
+        const std::string path = joined(folder_, file);
+        if (!std::filesystem::exists(path)) return nullptr;
+        Diagnostics diagnostics;
+        csv = CsvFile::read(path, {std::make_shared<const std::string>(folder_), 0, 0}, diagnostics);
+        if (!csv || diagnostics.hasErrors()) {
+            std::ostringstream text;
+            diagnostics.print(text);
+            throw std::runtime_error(text.str());
+        }
+        const std::vector<Day> days = daysOf(*csv);
+        const bool isFirst =
+            std::count_if(files_.begin(), files_.end(), [](const auto& one) { return one.second; }) == 1;
+        if (isFirst) results_.days = days;
+        if (days != results_.days) {
+            throw std::runtime_error(
+                fmt::format("{}: {} has other dates than the files before it; they are of two runs", folder_, file));
+        }
+        return &*csv;
+    }
+
+    static std::vector<float> valuesOf(const CsvFile& csv, std::size_t column) {
+        std::vector<float> values;
+        values.reserve(csv.rows());
+        for (std::size_t row = 0; row < csv.rows(); ++row) {
+            values.push_back(parseFloat(csv.cell(row, column)).value_or(std::numeric_limits<float>::quiet_NaN()));
+        }
+        return values;
+    }
+
+    static std::vector<Day> daysOf(const CsvFile& csv) {
+        std::vector<Day> days;
+        for (std::size_t row = 0; row < csv.rows(); ++row) {
+            const std::optional<Day> day = parseDay(csv.cell(row, 0));
+            if (!day) {
+                throw std::runtime_error(fmt::format("{}: expected a date as in 2012-01-31, found \"{}\"",
+                                                     toString(csv.placeOf(row, 0)), csv.cell(row, 0)));
+            }
+            days.push_back(*day);
+        }
+        return days;
+    }
+
+    std::string folder_;
+    ReadResults& results_;
+    std::map<std::string, std::optional<CsvFile>> files_;
+};
+
+void takeRows(const NetcdfReader& file, const std::string& variable, const std::string& dimension,
+              std::vector<NamedSeries>& list) {
+    if (!file.has(variable)) return;
+    std::string unit = file.textAttribute(variable, "units");
+    if (unit == "1") unit.clear();
+    const std::vector<std::string> names = file.texts(dimension + "_name");
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::vector<float> values = file.row(variable, i);
+        if (!values.empty()) list.push_back({names[i], unit, std::move(values)});
+    }
+}
+
+void readNetcdf(const std::string& path, ReadResults& results) {
+    const NetcdfReader file(path);
+    for (const int day : file.integers("time")) {
+        results.days.push_back(day);
+    }
+    takeRows(file, "quantity", "flow", results.flows);
+    takeRows(file, "depth", "depth_flow", results.flows);
+    takeRows(file, "quality", "flow", results.qualities);
+    takeRows(file, "depth_quality", "depth_flow", results.qualities);
+    takeRows(file, "storage", "store", results.storages);
+    takeRows(file, "storage_depth", "depth_store", results.storages);
+    takeRows(file, "stored_quality", "quality_store", results.storeQualities);
+    if (!file.has("group_name")) return;
+    const std::vector<std::string> groups = file.texts("group_name");
+    for (std::size_t group = 0; group < groups.size(); ++group) {
+        for (std::size_t i = 0; i < kPotentials; ++i) {
+            const PotentialInfo& potential = info(static_cast<Potential>(i));
+            for (const std::string_view unit : {potential.unit, std::string_view("mm")}) {
+                const std::string variable = potentialVariable(potential, unit);
+                if (!file.has(variable)) continue;
+                std::vector<float> values = file.row(variable, group);
+                if (values.empty()) continue;
+                results.potentials.push_back(
+                    {fmt::format("{}:{}", groups[group], potential.name), std::string(unit), std::move(values)});
+            }
+        }
+    }
+}
+
+// Both kinds of file in the same order.
+void sortByUnit(ReadResults& results) {
+    const auto byUnit = [](const NamedSeries& a, const NamedSeries& b) { return a.unit < b.unit; };
+    std::stable_sort(results.flows.begin(), results.flows.end(), byUnit);
+    std::stable_sort(results.storages.begin(), results.storages.end(), byUnit);
+    std::map<std::string_view, std::size_t> order;
+    for (const NamedSeries& flow : results.flows) {
+        order.emplace(flow.name, order.size());
+    }
+    std::stable_sort(results.qualities.begin(), results.qualities.end(),
+                     [&](const NamedSeries& a, const NamedSeries& b) { return order[a.name] < order[b.name]; });
+}
+
+}  // namespace
+
+ReadResults readResults(const std::string& folder) {
+    ReadResults results;
+    const std::string netcdf = joined(folder, "results.nc");
+    if (std::filesystem::exists(netcdf)) {
+        readNetcdf(netcdf, results);
+    } else {
+        CsvFolder(folder, results).read();
+    }
+    sortByUnit(results);
+    return results;
+}
+
+}  // namespace kesto

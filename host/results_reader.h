@@ -1,0 +1,26 @@
+// Results of a run, read back from the files that it wrote: CSV or NetCDF.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "calendar.h"
+
+namespace kesto {
+
+struct NamedSeries {
+    std::string name;
+    std::string unit;
+    std::vector<float> values;
+};
+
+// Flows and storages in L stand before those in mm, whatever the files' order.
+struct ReadResults {
+    std::vector<Day> days;
+    std::vector<NamedSeries> flows, storages, qualities, storeQualities, potentials;
+};
+
+// Empty when nothing was recorded; throws std::runtime_error when a file cannot be read.
+ReadResults readResults(const std::string& folder);
+
+}  // namespace kesto

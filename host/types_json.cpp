@@ -1,0 +1,92 @@
+#include "types_json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json orNull(const std::optional<double>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json portsOf(const std::vector<Port>& ports) {
+    Json list = Json::array();
+    for (const Port& port : ports) {
+        list.push_back(
+            {{"name", port.name}, {"carries", toText(port.carries)}, {"unit", port.unit}, {"meaning", port.meaning}});
+    }
+    return list;
+}
+
+Json parametersOf(const Type& type) {
+    Json list = Json::array();
+    for (const Parameter& parameter : type.parameters) {
+        list.push_back({{"number", parameter.number},
+                        {"name", parameter.name},
+                        {"unit", parameter.unit},
+                        {"meaning", parameter.meaning},
+                        {"standard", orNull(parameter.standard)}});
+    }
+    return list;
+}
+
+Json seriesOf(const Type& type) {
+    Json list = Json::array();
+    for (const SeriesNeed& need : type.series) {
+        const SeriesKindInfo& kind = info(need.kind);
+        list.push_back({{"kind", kind.name},
+                        {"name", need.alias.empty() ? kind.name : need.alias},
+                        {"filed_under", need.filing == Filing::own ? "component" : "group"},
+                        {"unit", need.unit.empty() ? kind.unit : need.unit},
+                        {"meaning", need.meaning.empty() ? kind.meaning : need.meaning},
+                        {"is_state", need.isState},
+                        {"only_with_trace_sources", need.onlyTracing}});
+    }
+    return list;
+}
+
+Json potentialsOf(const Type& type) {
+    Json list = Json::array();
+    for (const Potential potential : type.potentials) {
+        list.push_back({{"name", info(potential).name}, {"unit", type.booksDepth ? "mm" : info(potential).unit}});
+    }
+    return list;
+}
+
+Json sizeOf(const Size& size) {
+    if (size.meaning.empty()) return nullptr;
+    return {{"meaning", size.meaning}, {"unit", size.unit}, {"standard", orNull(size.standard)}};
+}
+
+}  // namespace
+
+std::string typesJson(const std::vector<Type>& types) {
+    Json list = Json::array();
+    for (const Type& type : types) {
+        list.push_back({{"name", type.name},
+                        {"tag", type.tag},
+                        {"codes", type.codes},
+                        {"summary", type.summary},
+                        {"any_number_of_inputs", type.inputs == kAnyInputs},
+                        {"inputs", portsOf(type.in)},
+                        {"outputs", portsOf(type.out)},
+                        {"size", sizeOf(type.size)},
+                        {"parameters", parametersOf(type)},
+                        {"series", seriesOf(type)},
+                        {"potentials", potentialsOf(type)},
+                        {"reservoirs", type.reservoirs},
+                        {"needs_latitude", type.usesLatitude},
+                        {"daily_steps_only", type.dailyOnly},
+                        {"balance",
+                         {{"carries", toText(type.balance.carries)},
+                          {"identity", type.balance.identity},
+                          {"gains", type.balance.gains},
+                          {"losses", type.balance.losses}}}});
+    }
+    return list.dump(2) + "\n";
+}
+
+}  // namespace kesto
