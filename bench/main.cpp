@@ -1,136 +1,142 @@
-// Speed of whole runs through the shared library, in component-steps per second, and of set-up alone.
-//
-// Only the call of KESTO_simul is timed: freeing its outputs and putting the states back lie outside. The clock is the
-// thread's processor time, so that other work on the machine does not count. Every result also stands in units of the
-// tank loop below, measured in the same process: machines differ, the ratio much less.
+// Speed of runs through the shared library, of set-up alone, and of one step; memory. README.md says what each is.
 
 #include <benchmark/benchmark.h>
-#include <time.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <vector>
+#include <functional>
+#include <string>
 
-#include "network.h"
+#include "measure.h"
+#include "networks.h"
+#include "tank_loop.h"
 
 namespace {
 
-constexpr std::int32_t kSteps = 365;
+using Builder = std::function<void(Network&, std::int32_t)>;
 
-double processorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-// One tank over many steps, written the way one would without an engine: what a component-step costs at least.
-struct TankLoop {
-    static constexpr std::size_t kLength = 3650;
-    std::vector<float> inflow, demand, stored, deficit, overflow;
-
-    TankLoop() : inflow(kLength), demand(kLength), stored(kLength), deficit(kLength), overflow(kLength) {
-        for (std::size_t k = 0; k < kLength; ++k) {
-            inflow[k] = k % 7 == 0 ? 900.0F : k % 3 == 0 ? 300.0F : 0.0F;
-            demand[k] = 150.0F;
-        }
-    }
-
-    void run() {
-        constexpr float V = 3000.0F;
-        float S = 500.0F;
-        for (std::size_t k = 0; k < kLength; ++k) {
-            const float net = inflow[k] + S - demand[k];
-            const float available = std::max(net, 0.0F);
-            S = std::min(available, V);
-            stored[k] = S;
-            deficit[k] = std::max(-net, 0.0F);
-            overflow[k] = available - S;
-        }
-    }
+struct Size {
+    std::int32_t components;
+    std::int32_t steps;
 };
+constexpr Size kSizes[] = {{100, 3650}, {1000, 3650}, {10000, 3650}, {100000, 365}};
+constexpr Size kInCache = {1, 365};
+constexpr Size kOneTypeSize = {1000, 3650};
 
-// Seconds that the loop takes for one step: the median of many runs.
-double tankStepSeconds() {
-    static const double seconds = [] {
-        TankLoop loop;
-        std::vector<double> runs(301);
-        for (double& run : runs) {
-            const double begin = processorSeconds();
-            loop.run();
-            benchmark::DoNotOptimize(loop.overflow.data());
-            benchmark::ClobberMemory();
-            run = processorSeconds() - begin;
-        }
-        std::nth_element(runs.begin(), runs.begin() + 150, runs.end());
-        return runs[150] / static_cast<double>(TankLoop::kLength);
-    }();
+double secondsOfCall(Network& network, std::int32_t firstStep, std::int32_t lastStep) {
+    const Stopwatch watch;
+    network.run(firstStep, lastStep);
+    const double seconds = watch.seconds();
+    network.reset();
     return seconds;
 }
 
-void reportRate(benchmark::State& state, double componentSteps, double seconds) {
-    const double total = componentSteps * static_cast<double>(state.iterations());
-    state.counters["component_steps"] = benchmark::Counter(total, benchmark::Counter::kIsRate);
-    state.counters["tank_loops"] = seconds / total / tankStepSeconds();
+// A first run, that nothing is timed of: what memory it takes, and whether it moves water.
+void watchRun(benchmark::State& state, Network& network, bool isRecorded) {
+    const MemoryWatch memory;
+    network.run(1, network.steps());
+    const double peak = memory.peak();
+    const double own = peak - memory.held();
+    const double n = network.components();
+    if (isRecorded) network.requireSound();
+    network.reset();
+    state.counters["peak_B"] = peak / n;
+    state.counters["own_B"] = own / n;
+    state.counters["tables_B"] = static_cast<double>(network.outputBytes()) / n;
+    state.counters["host_B"] = static_cast<double>(network.hostBytes()) / n;
 }
 
-void tankLoop(benchmark::State& state) {
-    TankLoop loop;
-    double seconds = 0.0;
+void solve(benchmark::State& state, Size size, const Builder& build, bool isRecorded) {
+    const double tankStep = TankLoop(size.components, size.steps).secondsPerStep();
+    Network network(size.steps);
+    build(network, size.components);
+    watchRun(state, network, isRecorded);
+    double solved = 0.0;
+    double whole = 0.0;
     for ([[maybe_unused]] auto iteration : state) {
-        const double begin = processorSeconds();
-        loop.run();
-        benchmark::DoNotOptimize(loop.overflow.data());
-        benchmark::ClobberMemory();
-        const double taken = processorSeconds() - begin;
-        state.SetIterationTime(taken);
-        seconds += taken;
+        const double setUp = secondsOfCall(network, 1, 0);
+        const double taken = secondsOfCall(network, 1, size.steps);
+        state.SetIterationTime(taken - setUp);
+        solved += taken - setUp;
+        whole += taken;
     }
-    reportRate(state, static_cast<double>(TankLoop::kLength), seconds);
+    const double componentSteps =
+        static_cast<double>(network.components()) * size.steps * static_cast<double>(state.iterations());
+    state.counters["ns"] = 1e9 * solved / componentSteps;
+    state.counters["tank_loops"] = solved / componentSteps / tankStep;
+    state.counters["whole_loops"] = whole / componentSteps / tankStep;
 }
 
-double timeRuns(benchmark::State& state, Network& network, std::int32_t lastStep) {
-    double seconds = 0.0;
-    for ([[maybe_unused]] auto iteration : state) {
-        const double begin = processorSeconds();
-        network.run(1, lastStep);
-        const double taken = processorSeconds() - begin;
-        state.SetIterationTime(taken);
-        seconds += taken;
-        network.reset();
-    }
-    return seconds;
-}
-
-using Builder = void (*)(Network&, std::int32_t);
-
-void wholeRun(benchmark::State& state, Builder build) {
-    const auto n = static_cast<std::int32_t>(state.range(0));
-    Network network(kSteps, std::max(n / kHouseSize, 1));
-    build(network, n);
-    const double seconds = timeRuns(state, network, kSteps);
-    reportRate(state, static_cast<double>(network.components()) * kSteps, seconds);
+void timeCalls(benchmark::State& state, Network& network, std::int32_t lastStep) {
+    secondsOfCall(network, 1, lastStep);
+    for ([[maybe_unused]] auto iteration : state)
+        state.SetIterationTime(secondsOfCall(network, 1, lastStep));
 }
 
 // A call with no steps: order, routing, multipliers, outputs.
-void setUpAlone(benchmark::State& state, Builder build) {
-    const auto n = static_cast<std::int32_t>(state.range(0));
-    Network network(kSteps, std::max(n / kHouseSize, 1));
+void setUp(benchmark::State& state, std::int32_t n, const Builder& build) {
+    Network network(365);
     build(network, n);
-    timeRuns(state, network, 0);
-    state.counters["components"] =
-        benchmark::Counter(static_cast<double>(network.components()), benchmark::Counter::kIsIterationInvariantRate);
+    timeCalls(state, network, 0);
+    state.counters["per_component_or_connection"] =
+        benchmark::Counter(network.components() + network.connections(),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void sizes(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(10)->Arg(100)->Arg(1000)->Arg(5000)->UseManualTime()->Unit(benchmark::kMillisecond);
+void oneStep(benchmark::State& state, std::int32_t n, const Builder& build) {
+    Network network(365);
+    build(network, n);
+    timeCalls(state, network, 1);
 }
 
-BENCHMARK(tankLoop)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(wholeRun, chain, buildChain)->Apply(sizes);
-BENCHMARK_CAPTURE(wholeRun, houses, buildHouses)->Apply(sizes);
-BENCHMARK_CAPTURE(setUpAlone, chain, buildChain)->Apply(sizes);
-BENCHMARK_CAPTURE(setUpAlone, houses, buildHouses)->Apply(sizes);
+void tankLoop(benchmark::State& state, Size size) {
+    TankLoop loop(size.components, size.steps);
+    for ([[maybe_unused]] auto iteration : state) {
+        const double perStep = loop.secondsPerStep();
+        state.SetIterationTime(perStep * size.components * size.steps);
+        state.counters["ns"] = 1e9 * perStep;
+    }
+}
+
+template <typename Function, typename... Arguments>
+auto* add(const std::string& name, benchmark::TimeUnit unit, Function function, Arguments... arguments) {
+    return benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { function(state, arguments...); })
+        ->UseManualTime()
+        ->Unit(unit);
+}
+
+void addAll() {
+    for (const Size size : {kInCache, kSizes[0], kSizes[1], kSizes[2], kSizes[3]})
+        add("tankLoop/" + std::to_string(size.components), benchmark::kMillisecond, tankLoop, size)->Iterations(1);
+    const std::pair<const char*, Builder> networks[] = {
+        {"city", buildCity},     {"cityByType", buildCityByType}, {"chain", buildChain},
+        {"houses", buildHouses}, {"loops", buildLoops},           {"receivers", buildReceivers},
+    };
+    for (const auto& [name, build] : networks) {
+        const std::string slashed = std::string("/") + name + "/";
+        for (const Size size : kSizes) {
+            const std::string n = slashed + std::to_string(size.components);
+            add("solve" + n, benchmark::kMillisecond, solve, size, build, true);
+            add("setUp" + n, benchmark::kMicrosecond, setUp, size.components, build);
+        }
+        add("oneStep" + slashed + "100", benchmark::kMicrosecond, oneStep, 100, build);
+    }
+    Network every(1);
+    buildCity(every, 1200);
+    const std::vector<int> counts = every.countTypes();
+    for (int type = 0; type < static_cast<int>(counts.size()); ++type) {
+        if (counts[static_cast<std::size_t>(type)] == 0) continue;
+        const auto build = [type](Network& network, std::int32_t n) {
+            buildOneType(network, n, static_cast<Type>(type));
+        };
+        add("type/" + std::to_string(type), benchmark::kMillisecond, solve, kOneTypeSize, Builder(build), false);
+    }
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    addAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
