@@ -223,7 +223,7 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
     def test_an_interrupt_keeps_the_steps_that_ran(self):
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
                 '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
-        for i in range(1, 100):
+        for i in range(1, 3000):  # some seconds of work
             text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n')
             text.append(f'[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
         self.write("".join(text))

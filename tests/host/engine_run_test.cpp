@@ -42,20 +42,22 @@ class EndingSeries {
 };
 
 TEST(EngineRun, KeepsTheStepsBeforeACrash) {
-    LoadedModel loaded(test::writeModel(test::headText(5, false) + kRain));
+    LoadedModel loaded(test::writeModel(test::headText(900, false) + kRain));
     ASSERT_TRUE(loaded.isFit());
     const RecordingPlan plan = planRecordings(loaded.model(), Network(loaded.model()), {{0, 1}});
     Record record(loaded.model(), loaded.series(), plan);
-    EndingSeries rain(3);
+    EndingSeries rain(800);
     record.globals().Rainfall[0].Value = rain.first;
     const EngineRun run = runEngine(record);
     EXPECT_EQ(run.outcome, Outcome::crashed);
-    EXPECT_EQ(run.stepsRun, 3U);
-    EXPECT_EQ(run.step, 3);
+    // The engine goes block by block; the block that it died in is lost.
+    EXPECT_GT(run.stepsRun, 500U);
+    EXPECT_LE(run.stepsRun, 800U);
+    EXPECT_EQ(run.step, run.stepsRun);
     EXPECT_NE(run.message.find("signal 11"), std::string::npos) << run.message;
     const Results results = collectResults(loaded.model(), record, plan, run);
     ASSERT_EQ(results.flows.size(), 1U);
-    for (std::size_t step = 0; step < 3; ++step) {
+    for (std::size_t step = 0; step < run.stepsRun; ++step) {
         EXPECT_EQ(results.flows[0].signals[step].quantity, 20.0F);
     }
 }

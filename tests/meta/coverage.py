@@ -79,15 +79,15 @@ for outcome in sorted(outcomes):
         if outcome != "left by the host":
             problems.append(f"a case expects a text that the engine does not have: {outcome}")
 
-# Each type: which family defines its functions, and are there cases and a page?
-families = {function: path.stem
+# Each type: which family defines its forms, and are there cases and a page?
+families = {form: path.stem
             for path in (source / "components").glob("*.cpp")
-            for function in re.findall(r"^void (\w+)\(", read(path), flags=re.M)}
+            for form in re.findall(r"^const Form (\w+) =", read(path), flags=re.M)}
 pages = root / "docs/components"
 for code, tag, _, calls in types:
-    functions = [name for name in re.findall(r"\b[A-Z]\w+_\w+", calls)] or \
-                {"SW": ["Sw_Outs"], "CN": ["CopyIn_To_Out"], "PM": ["Pm_Pots"]}[tag]
-    stems = {families[name] for name in functions if name in families}
+    forms = re.findall(r"&(\w+)", calls)
+    own = [form for form in forms if not form.startswith("CopyIn")] or forms
+    stems = {families[form] for form in own if form in families}
     if len(stems) != 1:
         problems.append(f"type {code} ({tag}): defined in {sorted(stems)}")
         continue
