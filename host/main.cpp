@@ -66,13 +66,20 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        if (*runCommand) return kesto::runCommand(run);
-        if (*checkCommand) return kesto::checkCommand(check);
-        if (*newCommand) return kesto::newCommand(create);
-        if (*drawCommand) return kesto::drawCommand(draw);
-        if (*reportCommand) return kesto::reportCommand(report);
-        if (*schemaCommand) return kesto::schemaCommand();
-        return kesto::typesCommand(types);
+        const int status = [&] {
+            if (*runCommand) return kesto::runCommand(run);
+            if (*checkCommand) return kesto::checkCommand(check);
+            if (*newCommand) return kesto::newCommand(create);
+            if (*drawCommand) return kesto::drawCommand(draw);
+            if (*reportCommand) return kesto::reportCommand(report);
+            if (*schemaCommand) return kesto::schemaCommand();
+            return kesto::typesCommand(types);
+        }();
+        // A summary that was lost, as on a full disk, is a failure.
+        std::cout.flush();
+        if (std::cout) return status;
+        std::cerr << "kesto: error: cannot write to the standard output\n";
+        return status == kesto::kGood ? kesto::kRunFailed : status;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;
     } catch (const std::exception& error) {
