@@ -41,6 +41,9 @@ struct Tail {
 class Walks {
   public:
     explicit Walks(AUEglobals* Globals) : Globals_(Globals) {
+        types_.reserve(static_cast<std::size_t>(Globals->nComps));
+        hops_.reserve(static_cast<std::size_t>(Globals->nComps));
+        receivers_.reserve(static_cast<std::size_t>(Globals->nConns));
         for (std::int32_t i = 0; i < Globals->nComps; ++i) {
             const ComponentRow& row = Globals->Net_Compnt[i];
             // Not a number equals no id; thousands of them would fill one place of the table.

@@ -37,6 +37,7 @@ class Sequence {
              std::vector<std::int32_t>& CompntId)
         : order_(CompntId) {
         rows_.reserve(static_cast<std::size_t>(nComps));
+        nodes_.reserve(static_cast<std::size_t>(nComps));
         for (std::int32_t i = 0; i < nComps; ++i) {
             const std::int32_t id = nint(Net_Compnt[i].id);
             rows_.push_back({id, nint(Net_Compnt[i].techid), id == kPlacedMark});
