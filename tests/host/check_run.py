@@ -7,6 +7,7 @@ import csv
 import json
 import os
 import pathlib
+import resource
 import signal
 import struct
 import subprocess
@@ -164,6 +165,17 @@ class Run(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, "kesto run: error: cannot write out/flows.csv: No space left on device\n")
         self.assertIn("Tanks", done.stdout)
+
+    def test_a_file_that_cannot_grow_is_told(self):
+        for form, file in ("csv", "flows.csv"), ("netcdf", "results.nc"):
+            with self.subTest(form):
+                done = subprocess.run(
+                    [KESTO, "run", "model.toml", "-o", "out", "--format", form], cwd=self.folder, capture_output=True,
+                    text=True, timeout=60, restore_signals=False,  # a write beyond the limit is an error, no signal
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(f"kesto run: error: cannot write out/{file}: ", done.stderr)
+                self.assertIn("Tanks", done.stdout)
 
     def test_a_folder_that_cannot_be_is_told_before_the_run(self):
         done = self.kesto("run", "model.toml", "-o", "rain.csv/out")
