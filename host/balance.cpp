@@ -106,7 +106,8 @@ bool Balance::isOff() const {
 Balance balanceOf(const Results& results, const RecordingPlan& plan, SeriesValues& series) {
     const Model& model = *results.model;
     const Accounts accounts(results, plan, series);
-    std::vector<BalanceRow> network{emptyRow(BalanceRow::Level::network, model.title)};
+    std::vector<BalanceRow> network{
+        emptyRow(BalanceRow::Level::network, model.title.empty() ? model.path : model.title)};
     addRegions(model, accounts, std::vector<int>(model.components.size(), 0), network);
 
     std::vector<BalanceRow> groups;

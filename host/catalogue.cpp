@@ -121,6 +121,13 @@ const SeriesKindInfo& info(SeriesKind kind) {
     return kSeriesKindTable[static_cast<std::size_t>(kind)];
 }
 
+std::string_view ownUnit(const Type& type, SeriesKind kind) {
+    for (const SeriesNeed& need : type.series) {
+        if (need.kind == kind && need.filing == Filing::own && !need.unit.empty()) return need.unit;
+    }
+    return info(kind).unit;
+}
+
 std::optional<SeriesKind> findSeriesKind(std::string_view name) {
     for (const SeriesKindInfo& row : kSeriesKindTable) {
         if (row.name == name) return row.kind;
@@ -138,6 +145,14 @@ std::vector<std::string_view> seriesKindNames() {
 
 const PotentialInfo& info(Potential potential) {
     return kPotentialTable[potential];
+}
+
+std::vector<std::string_view> portNames(const std::vector<Port>& ports) {
+    std::vector<std::string_view> names;
+    for (const Port& port : ports) {
+        names.push_back(port.name);
+    }
+    return names;
 }
 
 std::optional<int> portNumber(const std::vector<Port>& ports, std::string_view text) {

@@ -5,6 +5,7 @@
 // degC, km/h, kWh, days. Costs are in whatever currency the model uses.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -30,6 +31,11 @@ enum class SeriesKind : std::uint8_t {
     quality,
 };
 inline constexpr std::size_t kSeriesKinds = 13;
+
+// Those that a group gives its components, but for the uses, of which there are eleven.
+inline constexpr std::array kGroupSeries{
+    SeriesKind::occupancy,      SeriesKind::demandFluctuation, SeriesKind::rainfall, SeriesKind::temperature,
+    SeriesKind::temperatureMin, SeriesKind::temperatureMax,    SeriesKind::wind};
 
 struct SeriesKindInfo {
     SeriesKind kind;
@@ -150,9 +156,12 @@ std::vector<std::string_view> parameterNames();
 const Parameter* findParameter(const Type& type, int number);
 
 const SeriesKindInfo& info(SeriesKind kind);
+std::string_view ownUnit(const Type& type, SeriesKind kind);  // of a series that is filed under the component itself
 std::optional<SeriesKind> findSeriesKind(std::string_view name);
 std::vector<std::string_view> seriesKindNames();
 const PotentialInfo& info(Potential potential);
+
+std::vector<std::string_view> portNames(const std::vector<Port>& ports);
 
 // Number (1 or 2) of a port given by name or number; none when the list has no such port.
 std::optional<int> portNumber(const std::vector<Port>& ports, std::string_view text);

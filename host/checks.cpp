@@ -29,7 +29,8 @@ void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnosti
     checkSimulation(model, diagnostics);
     checkComponents(model, series, diagnostics);
     if (model.isNetworkComplete) checkNetwork(model, diagnostics);
-    checkDoubts(model, series, diagnostics);
+    checkDoubts(model, diagnostics);
+    checkValues(model, series, diagnostics);
 }
 
 SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {

@@ -13,7 +13,8 @@ void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnosti
 // Its parts, each in a file of its own.
 void checkComponents(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 void checkNetwork(const Model& model, Diagnostics& diagnostics);
-void checkDoubts(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
+void checkDoubts(const Model& model, Diagnostics& diagnostics);
+void checkValues(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 
 // The source that meets a need of a component, its own or its group's; kNoSource when there is none.
 SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need);

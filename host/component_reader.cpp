@@ -7,14 +7,6 @@ namespace kesto {
 
 namespace {
 
-// Units of the series of its own that a component can be given directly.
-std::string_view unitOf(const Type& type, SeriesKind kind) {
-    for (const SeriesNeed& need : type.series) {
-        if (need.kind == kind && need.filing == Filing::own && !need.unit.empty()) return need.unit;
-    }
-    return info(kind).unit;
-}
-
 const Type* readType(Section& section, int& code) {
     const Value* value = section.require("type", "the name of a type (see kesto types)");
     if (!value) return nullptr;
@@ -76,7 +68,7 @@ void readOwnSeries(Reading& reading, Section& section, Component& component) {
         const Value* value = section.find(key);
         if (!value) return;
         const auto source =
-            readSource(reading, *value, unitOf(*component.type, kind), fmt::format("{}: {}", section.what(), key));
+            readSource(reading, *value, ownUnit(*component.type, kind), fmt::format("{}: {}", section.what(), key));
         if (component.series[kind] != kNoSource) {
             section.wrong(*value, key, "not to be given twice, under two names");
             return;

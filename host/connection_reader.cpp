@@ -26,10 +26,7 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     }
     const Type& type = *reading.model.components[static_cast<std::size_t>(component)].type;
     const std::vector<Port>& ports = isSender ? type.out : type.in;
-    std::vector<std::string_view> names;
-    for (const Port& one : ports) {
-        names.push_back(one.name);
-    }
+    const std::vector<std::string_view> names = portNames(ports);
     const std::string_view side = isSender ? "output" : "input";
     if (ports.empty()) {
         section.diagnostics().error(text->place, fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(),

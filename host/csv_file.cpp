@@ -58,13 +58,13 @@ std::optional<CsvFile> CsvFile::parse(std::string text, const std::string& name,
     CsvFile csv;
     csv.file_ = std::make_shared<const std::string>(name);
     csv.text_ = std::make_shared<std::string>(std::move(text));
-    if (!csv.split(diagnostics)) return std::nullopt;
+    csv.split(diagnostics);
+    if (csv.columns_.empty()) return std::nullopt;
     return csv;
 }
 
-bool CsvFile::split(Diagnostics& diagnostics) {
+void CsvFile::split(Diagnostics& diagnostics) {
     const std::string& text = *text_;
-    bool good = true;
     std::vector<Cell> cells;
     std::size_t begin = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
     for (int line = 1; begin < text.size(); ++line) {
@@ -74,16 +74,18 @@ bool CsvFile::split(Diagnostics& diagnostics) {
         if (end > begin && text[end - 1] == '\r') --end;
         if (end > begin && text[begin] != '#') {
             if (!splitLine(begin, end, line, cells, diagnostics)) {
-                good = false;
+                isWhole_ = false;
+                if (columns_.empty()) return;
             } else if (columns_.empty()) {
                 headerLine_ = line;
                 for (const Cell& cell : cells) {
                     columns_.emplace_back(text, cell.begin, cell.length);
                 }
             } else if (cells.size() != columns_.size()) {
-                diagnostics.error({file_, line, 0}, fmt::format("found {} cells, expected {} as in the first line",
-                                                                cells.size(), columns_.size()));
-                good = false;
+                diagnostics.error({file_, line, 0},
+                                  fmt::format("found {} cell{}, expected {} as in the first line", cells.size(),
+                                              cells.size() == 1 ? "" : "s", columns_.size()));
+                isWhole_ = false;
             } else {
                 cells_.insert(cells_.end(), cells.begin(), cells.end());
                 lines_.push_back(line);
@@ -92,11 +94,9 @@ bool CsvFile::split(Diagnostics& diagnostics) {
         }
         begin = next;
     }
-    if (columns_.empty() && good) {
+    if (columns_.empty()) {
         diagnostics.error(place(), "this table is empty; expected a line with the names of its columns");
-        good = false;
     }
-    return good;
 }
 
 // Cells of one line. A quoted cell is unquoted in place, since that only makes it shorter.

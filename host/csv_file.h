@@ -17,6 +17,9 @@ class CsvFile {
     static std::optional<CsvFile> read(const std::string& path, const Place& named, Diagnostics& diagnostics);
     static std::optional<CsvFile> parse(std::string text, const std::string& name, Diagnostics& diagnostics);
 
+    // False when rows were left out, which has been reported: what is left can be checked, but not run.
+    bool isWhole() const { return isWhole_; }
+
     const std::vector<std::string>& columns() const { return columns_; }
     std::optional<std::size_t> column(std::string_view name) const;
     std::size_t rows() const { return lines_.size(); }
@@ -29,12 +32,13 @@ class CsvFile {
     struct Cell {
         std::size_t begin, length;
     };
-    bool split(Diagnostics& diagnostics);
+    void split(Diagnostics& diagnostics);
     bool splitLine(std::size_t begin, std::size_t end, int line, std::vector<Cell>& cells, Diagnostics& diagnostics);
 
     std::shared_ptr<const std::string> file_;
     std::shared_ptr<std::string> text_;  // cells point into it, unquoted in place; shared, so that copies stay valid
     std::vector<std::string> columns_;
+    bool isWhole_ = true;
     int headerLine_ = 0;
     std::vector<Cell> cells_;  // row by row
     std::vector<int> lines_;   // of each row

@@ -84,6 +84,10 @@ std::string suggestion(std::string_view found, const std::vector<std::string_vie
             best = candidate;
         }
     }
+    // Half a word is often meant for the whole.
+    for (const std::string_view candidate : candidates) {
+        if (best.empty() && found.size() >= 3 && candidate.starts_with(found)) best = candidate;
+    }
     return best.empty() ? std::string{} : fmt::format("; did you mean \"{}\"?", best);
 }
 

@@ -34,7 +34,8 @@ class Diagnostics {
     std::vector<Diagnostic> all_;
 };
 
-// `; did you mean "tank"?` for the candidate nearest to what was found, or nothing when none is near.
+// `; did you mean "tank"?` for the candidate nearest to what was found, or one that it begins; nothing when
+// none is near.
 std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates);
 
 // "a, b or c", cut short after some twenty.

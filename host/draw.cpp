@@ -6,6 +6,7 @@
 
 #include "carriers.h"
 #include "catalogue_tables.h"
+#include "markup.h"
 
 namespace kesto {
 
@@ -38,35 +39,11 @@ const Family& familyOf(const Type& type) {
     return *families.at(type.name);
 }
 
-// Text inside a label that is written like HTML.
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            default:
-                result += c;
-        }
-    }
-    return result;
-}
-
 std::string portCells(const std::vector<Port>& ports, char side) {
     std::string cells;
     for (std::size_t i = 0; i < ports.size(); ++i) {
         cells += fmt::format("<tr><td port=\"{}{}\" align=\"{}\"><font point-size=\"9\">{}</font></td></tr>", side,
-                             i + 1, side == 'i' ? "left" : "right", escaped(ports[i].name));
+                             i + 1, side == 'i' ? "left" : "right", escapeMarkup(ports[i].name));
     }
     if (cells.empty()) return "";
     return fmt::format("<td><table border=\"0\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"1\">{}</table></td>",
@@ -79,8 +56,8 @@ std::string node(std::size_t index, const Component& component) {
         "c{} [label=<<table border=\"1\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"3\" color=\"#666666\" "
         "bgcolor=\"{}\" style=\"rounded\"><tr>{}<td><b>{}</b><br/><font point-size=\"9\" "
         "color=\"#555555\">{}</font></td>{}</tr></table>>, tooltip=\"{}\"];\n",
-        index, familyOf(type).colour, portCells(type.in, 'i'), escaped(component.name), escaped(type.name),
-        portCells(type.out, 'o'), escaped(component.name));
+        index, familyOf(type).colour, portCells(type.in, 'i'), escapeMarkup(component.name), escapeMarkup(type.name),
+        portCells(type.out, 'o'), escapeMarkup(component.name));
 }
 
 std::string arrows(const Model& model) {
@@ -139,7 +116,7 @@ std::string networkDot(const Model& model) {
         text += fmt::format(
             "subgraph cluster_{} {{\nlabel=<{}>; labelloc=t; labeljust=l; fontcolor=\"#777777\"; color=\"#bbbbbb\"; "
             "style=\"rounded\";\n{}}}\n",
-            i, escaped(model.groups[i].name), clusters[i]);
+            i, escapeMarkup(model.groups[i].name), clusters[i]);
     }
     return text + arrows(model) + "}\n";
 }

@@ -41,12 +41,15 @@ void copyOutputs() {
             if (table && table[i].Value) std::memcpy(to, table[i].Value, done * sizeof(float));
         }
     }
+    *out.kept = 1;
 }
 
 extern "C" void keepResultsAndDie(int signal) {
-    // A second fault while the outputs are copied ends the process at once.
-    std::signal(signal, SIG_DFL);
+    // Whoever presses the keys again must not cut the copy short; a fault within it ends the process at once.
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
     copyOutputs();
+    std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
@@ -70,7 +73,7 @@ extern "C" void keepResultsAndDie(int signal) {
 struct Pipe {
     int ends[2] = {-1, -1};
     Pipe() {
-        if (pipe(ends) != 0) throw std::runtime_error("cannot open a pipe");
+        if (pipe(ends) != 0) throw std::runtime_error(fmt::format("cannot open a pipe: {}", std::strerror(errno)));
     }
     ~Pipe() {
         closeEnd(0);
@@ -119,6 +122,7 @@ void prepare(Record& record) {
     globals.ErrFlag = 0;
     globals.ErrMsg[0] = '\0';
     *record.outputs().finished = 0;
+    *record.outputs().kept = 0;
 }
 
 // Reads what the child says on stderr until it ends.
@@ -147,7 +151,8 @@ EngineRun conclude(const Record& record, int waitStatus, std::string errors) {
     const AUEglobals& globals = record.globals();
     EngineRun run;
     run.step = globals.CurStep;
-    run.stepsRun = std::min(stepsDone(record), record.steps());
+    // A process that was killed from outside, as when memory runs out, has left nothing.
+    if (*record.outputs().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
     while (!errors.empty() && errors.back() == '\n') {
         errors.pop_back();
     }

@@ -80,8 +80,9 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original) 
         }
         const auto quantity =
             readQuantity(value, unitOfParameter(key.value), what + ": " + key.value, reading.diagnostics);
-        if (!quantity) continue;
-        const auto [existing, isNew] = brand.specifications.emplace(*number, Placed<double>{*quantity, key.place});
+        // One that cannot be read is given all the same.
+        const auto [existing, isNew] =
+            brand.specifications.emplace(*number, Placed<double>{quantity.value_or(0), key.place});
         if (!isNew) {
             reading.diagnostics.error(
                 key.place, fmt::format("{}: {} is specification {}, which stands already at {}", what, key.value,
@@ -122,9 +123,7 @@ void readGroup(Reading& reading, const PlacedText& name, const Value& original) 
     group.potentials = section.boolean("potentials").value_or(true);
     if (const auto id = section.integer("id", 1, (1 << 24) - 1)) group.id = *id;
     readUses(reading, section, group);
-    for (const SeriesKind kind :
-         {SeriesKind::occupancy, SeriesKind::demandFluctuation, SeriesKind::rainfall, SeriesKind::temperature,
-          SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
+    for (const SeriesKind kind : kGroupSeries) {
         const std::string_view key = info(kind).name;
         const Value* value = section.find(key);
         if (!value) continue;

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <iostream>
 
 #include "commands.h"
@@ -12,9 +13,7 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
     command.add_option("--to", options.to, "Last day, in place of the model's");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runCommandLine(int argc, char** argv) {
     CLI::App app{"KESTO: simulates the urban water cycle of a model, day by day"};
     app.require_subcommand(1);
     app.set_version_flag("--version", "kesto " KESTO_VERSION);
@@ -66,17 +65,34 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        if (*runCommand) return kesto::runCommand(run);
-        if (*checkCommand) return kesto::checkCommand(check);
-        if (*newCommand) return kesto::newCommand(create);
-        if (*drawCommand) return kesto::drawCommand(draw);
-        if (*reportCommand) return kesto::reportCommand(report);
-        if (*schemaCommand) return kesto::schemaCommand();
-        return kesto::typesCommand(types);
+        const int status = [&] {
+            if (*runCommand) return kesto::runCommand(run);
+            if (*checkCommand) return kesto::checkCommand(check);
+            if (*newCommand) return kesto::newCommand(create);
+            if (*drawCommand) return kesto::drawCommand(draw);
+            if (*reportCommand) return kesto::reportCommand(report);
+            if (*schemaCommand) return kesto::schemaCommand();
+            return kesto::typesCommand(types);
+        }();
+        // A summary that was lost, as on a full disk, is a failure.
+        std::cout.flush();
+        if (std::cout) return status;
+        std::cerr << "kesto: error: cannot write to the standard output\n";
+        return status == kesto::kGood ? kesto::kRunFailed : status;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;
     } catch (const std::exception& error) {
         std::cerr << "kesto: error: " << error.what() << '\n';
         return kesto::kRunFailed;
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int status = runCommandLine(argc, argv);
+    if (status != kesto::kRunFailed) return status;
+    // On a full disk the NetCDF library is left with a file that it cannot close; its exit handler would crash on it.
+    std::cout.flush();
+    std::_Exit(status);
 }

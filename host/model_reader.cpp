@@ -120,6 +120,7 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
         const auto file = section.text(key);
         if (!file) continue;
         const auto csv = CsvFile::read(reading.pathOf(file->value), file->place, reading.diagnostics);
+        if (!csv || !csv->isWhole()) reading.model.isNetworkComplete = false;
         for (std::size_t row = 0; csv && row < csv->rows(); ++row) {
             rows[key].push_back(rowOf(*csv, row));
         }
@@ -187,6 +188,21 @@ void readContents(Reading& reading, const Value& file) {
     }
 }
 
+// What --set can name.
+std::vector<std::string> targetsOf(const Model& model) {
+    std::vector<std::string> targets{"simulation"};
+    for (const std::string_view name : model.brandNames()) {
+        targets.push_back(fmt::format("brands.{}", name));
+    }
+    for (const std::string_view name : model.groupNames()) {
+        targets.push_back(fmt::format("groups.{}", name));
+    }
+    for (const std::string_view name : model.componentNames()) {
+        targets.emplace_back(name);
+    }
+    return targets;
+}
+
 }  // namespace
 
 std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
@@ -195,12 +211,14 @@ std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics
     Model model;
     model.path = path;
     Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};
-    std::vector<std::string> overrides = options.set;
-    if (!options.from.empty()) overrides.push_back("simulation.start=" + options.from);
-    if (!options.to.empty()) overrides.push_back("simulation.end=" + options.to);
-    reading.overrides = parseOverrides(overrides, diagnostics);
+    reading.overrides = parseOverrides(options.set, diagnostics);
+    const auto setDay = [&](const char* key, const std::string& option, const std::string& day) {
+        if (!day.empty()) reading.overrides.push_back(overrideOf("simulation", key, day, option + day));
+    };
+    setDay("start", "--from ", options.from);
+    setDay("end", "--to ", options.to);
     readContents(reading, *file);
-    reportUnused(reading.overrides, model.componentNames(), diagnostics);
+    reportUnused(reading.overrides, targetsOf(model), diagnostics);
     numberModel(model, diagnostics);
     return model;
 }

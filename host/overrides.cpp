@@ -34,20 +34,25 @@ Value parseValue(const std::string& text, const Place& place) {
 
 }  // namespace
 
+Override overrideOf(std::string target, std::string key, const std::string& value, const std::string& argument) {
+    const Place place{std::make_shared<const std::string>(argument), 0, 0};
+    return {std::move(target), std::move(key), parseValue(value, place)};
+}
+
 std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics) {
     std::vector<Override> overrides;
     for (const std::string& text : texts) {
-        const Place place{std::make_shared<const std::string>("--set " + text), 0, 0};
+        const std::string argument = "--set " + text;
         const std::size_t equals = text.find('=');
         const std::size_t dot = text.substr(0, equals).rfind('.');
         if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals) {
-            diagnostics.error(place,
+            diagnostics.error({std::make_shared<const std::string>(argument), 0, 0},
                               "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE or "
                               "simulation.KEY=VALUE");
             continue;
         }
         overrides.push_back(
-            {text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), parseValue(text.substr(equals + 1), place)});
+            overrideOf(text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1), argument));
     }
     return overrides;
 }
@@ -63,12 +68,13 @@ Value withOverrides(const Value& table, std::string_view target, std::vector<Ove
     return merged;
 }
 
-void reportUnused(const std::vector<Override>& overrides, const std::vector<std::string_view>& components,
+void reportUnused(const std::vector<Override>& overrides, const std::vector<std::string>& targets,
                   Diagnostics& diagnostics) {
+    const std::vector<std::string_view> names(targets.begin(), targets.end());
     for (const Override& one : overrides) {
         if (one.used) continue;
-        diagnostics.error(one.value.place, fmt::format("there is no \"{}\" in the model{}", one.target,
-                                                       suggestion(one.target, components)));
+        diagnostics.error(one.value.place,
+                          fmt::format("there is no \"{}\" in the model{}", one.target, suggestion(one.target, names)));
     }
 }
 

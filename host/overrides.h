@@ -18,14 +18,17 @@ struct Override {
     bool used = false;
 };
 
+// As written in an argument, which messages name.
+Override overrideOf(std::string target, std::string key, const std::string& value, const std::string& argument);
+
 // Values are read as TOML, and as plain text where they are not TOML.
 std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics);
 
 // The table with what is to be set in it.
 Value withOverrides(const Value& table, std::string_view target, std::vector<Override>& overrides);
 
-// Overrides that met nothing are errors.
-void reportUnused(const std::vector<Override>& overrides, const std::vector<std::string_view>& components,
+// Overrides that met nothing are errors; `targets` are what there is.
+void reportUnused(const std::vector<Override>& overrides, const std::vector<std::string>& targets,
                   Diagnostics& diagnostics);
 
 }  // namespace kesto

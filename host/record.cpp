@@ -28,6 +28,7 @@ Record::Record(const Model& model, SeriesValues& series, const RecordingPlan& pl
     outputs_.potentials = memory_->take<float>(kPotentials * potentialIds_.size() * steps_);
     outputs_.status = memory_->take<std::int32_t>(1);
     outputs_.finished = memory_->take<std::int32_t>(1);
+    outputs_.kept = memory_->take<std::int32_t>(1);
     fillGroupSeries();
     fillUses();
     fillOwnSeries();
@@ -118,7 +119,8 @@ std::size_t Record::sharedBytes(std::size_t states) const {
     return SharedMemory::rounded(sizeof(AUEglobals)) + states * SharedMemory::rounded(steps_ * sizeof(float)) +
            SharedMemory::rounded(logs_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(waterBodies_.size() * steps_ * sizeof(Signal)) +
-           SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) + 32;
+           SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) +
+           3 * SharedMemory::rounded(sizeof(std::int32_t));
 }
 
 void Record::fillSplits() {

@@ -29,6 +29,7 @@ struct SharedOutputs {
     float* potentials = nullptr;  // six tables of nPotComps x nSteps
     std::int32_t* status = nullptr;
     std::int32_t* finished = nullptr;  // 1 once the engine has returned
+    std::int32_t* kept = nullptr;      // 1 once its outputs stand here
 };
 
 class Record {

@@ -44,10 +44,7 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
         return;
     }
     const Type& type = *model.components[static_cast<std::size_t>(component)].type;
-    std::vector<std::string_view> names;
-    for (const Port& port : type.out) {
-        names.push_back(port.name);
-    }
+    const std::vector<std::string_view> names = portNames(type.out);
     if (colon == std::string::npos) {
         for (int port = 1; port <= static_cast<int>(names.size()); ++port) {
             choice.add({component, port});

@@ -24,13 +24,11 @@ void Record::add(SeriesKind kind, int id, SourceIndex source, float standard) {
 }
 
 void Record::fillGroupSeries() {
-    for (std::size_t i = 0; i < model_.groups.size(); ++i) {
-        const Group& group = model_.groups[i];
-        for (const SeriesKind kind : {SeriesKind::occupancy, SeriesKind::rainfall, SeriesKind::temperature,
-                                      SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
-            if (group.series[kind] != kNoSource) add(kind, group.id, group.series[kind], 0);
+    for (const Group& group : model_.groups) {
+        for (const SeriesKind kind : kGroupSeries) {
+            const bool hasStandard = kind == SeriesKind::demandFluctuation;
+            if (hasStandard || group.series[kind] != kNoSource) add(kind, group.id, group.series[kind], 1);
         }
-        add(SeriesKind::demandFluctuation, group.id, group.series[SeriesKind::demandFluctuation], 1);
     }
 }
 

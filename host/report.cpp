@@ -7,6 +7,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "markup.h"
 #include "report_page.h"
 #include "results_reader.h"
 
@@ -85,14 +86,6 @@ Json dataOf(const std::string& folder, const std::string& summary) {
     return data;
 }
 
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        result += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
-    }
-    return result;
-}
-
 // JSON within a script element: no "<" that the browser could take for the end of the script or the start of a comment.
 std::string insideScript(std::string text) {
     constexpr std::string_view kEscaped = "\\u003c";
@@ -125,15 +118,15 @@ std::string reportPage(const std::string& folder, const std::string& summary, co
     const Json data = dataOf(folder, summary);
     std::string title = data["summary"].value("title", "");
     if (title.empty()) title = data["summary"].value("model", "Results");
-    return filled(page::kHtml, {{"title", escaped(title)},
-                                {"folder", escaped(folder)},
+    return filled(page::kHtml, {{"title", escapeMarkup(title)},
+                                {"folder", escapeMarkup(folder)},
                                 {"drawing", drawing},
                                 {"data", insideScript(data.dump(-1, ' ', false, Json::error_handler_t::replace))},
                                 {"page.css", std::string(page::kCss)},
                                 {"page.js", std::string(page::kScript)},
                                 {"uplot.js", std::string(page::kUplotScript)},
                                 {"uplot.css", std::string(page::kUplotCss)},
-                                {"uplot.licence", escaped(page::kUplotLicence)}});
+                                {"uplot.licence", escapeMarkup(page::kUplotLicence)}});
 }
 
 }  // namespace kesto

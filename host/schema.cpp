@@ -82,9 +82,7 @@ Json group() {
     keys["uses"]["items"] = source(info(SeriesKind::uses).unit);
     keys["uses"]["minItems"] = keys["uses"]["maxItems"] = kUseKinds;
     keys["uses"]["description"] = info(SeriesKind::uses).meaning;
-    for (const SeriesKind kind :
-         {SeriesKind::occupancy, SeriesKind::demandFluctuation, SeriesKind::rainfall, SeriesKind::temperature,
-          SeriesKind::temperatureMin, SeriesKind::temperatureMax, SeriesKind::wind}) {
+    for (const SeriesKind kind : kGroupSeries) {
         keys[std::string(info(kind).name)] = source(info(kind).unit, info(kind).meaning);
     }
     return closedTable(std::move(keys));

@@ -108,13 +108,6 @@ Json namesOf(const Type& type) {
 
 namespace {
 
-std::string_view ownUnit(const Type& type, SeriesKind kind) {
-    for (const SeriesNeed& need : type.series) {
-        if (need.kind == kind && need.filing == Filing::own && !need.unit.empty()) return need.unit;
-    }
-    return info(kind).unit;
-}
-
 void addSeries(Json& keys, const Type& type) {
     const auto add = [&](std::string_view key, SeriesKind kind, std::string_view meaning = {}) {
         keys[std::string(key)] = source(ownUnit(type, kind), meaning.empty() ? info(kind).meaning : meaning);

@@ -85,7 +85,7 @@ const SeriesValues::Table& SeriesValues::tableOf(int index) {
     const TimeTable& description = model_.tables[static_cast<std::size_t>(index)];
     Table table;
     table.csv = CsvFile::read(description.path, description.place, diagnostics_);
-    table.good = table.csv && findFirstRow(description, table);
+    table.good = table.csv && table.csv->isWhole() && findFirstRow(description, table);
     return tables_[index] = std::move(table);
 }
 

@@ -25,11 +25,29 @@ struct Hop {
     std::int32_t distance;  // 0: there is none
 };
 
+// A multiplier met on a walk: how many that makes and how many steps are left.
+struct Met {
+    std::int32_t multiplier;
+    std::int32_t length;
+    std::int32_t left;
+};
+
+// How many multipliers come after a multiplier and how many steps lead to the last one. Only where there is a last one.
+struct Tail {
+    std::int32_t length;
+    std::int32_t steps;
+};
+
 class Walks {
   public:
     explicit Walks(AUEglobals* Globals) : Globals_(Globals) {
+        types_.reserve(static_cast<std::size_t>(Globals->nComps));
+        hops_.reserve(static_cast<std::size_t>(Globals->nComps));
+        receivers_.reserve(static_cast<std::size_t>(Globals->nConns));
         for (std::int32_t i = 0; i < Globals->nComps; ++i) {
-            types_.try_emplace(Globals->Net_Compnt[i].id, nint(Globals->Net_Compnt[i].techid));
+            const ComponentRow& row = Globals->Net_Compnt[i];
+            // Not a number equals no id; thousands of them would fill one place of the table.
+            if (row.id == row.id) types_.try_emplace(row.id, nint(row.techid));
         }
         for (std::int32_t i = 0; i < Globals->nConns; ++i) {
             receivers_.try_emplace(Globals->Net_Conn[i].senderId, Globals->Net_Conn[i].receiverId);
@@ -39,12 +57,14 @@ class Walks {
     // The multipliers downstream of a component. Sets ErrFlag when a connection leads to an unknown id.
     MultiplierList list(std::int32_t id) {
         MultiplierList list;
+        std::vector<Met> mets;
         std::int32_t left = kMostSteps;
-        std::unordered_map<std::int32_t, std::pair<std::int32_t, std::int32_t>> met;  // length and steps left there
+        Met before{};  // one of them, ever later, to see when the walk comes round
         bool roundsSkipped = false;
         while (true) {
             const Hop hop = firstMultiplier(id);
-            if (Globals_->ErrFlag == 1 || hop.distance == 0 || hop.distance > left) return list;
+            if (Globals_->ErrFlag == 1 || hop.distance > left) return list;
+            if (hop.distance == 0) break;
             if (list.length == 0) {
                 list.first = hop.multiplier;
             } else {
@@ -53,19 +73,37 @@ class Walks {
             id = hop.multiplier;
             left -= hop.distance;
             ++list.length;
-            const auto [before, isNew] = met.try_emplace(id, list.length, left);
-            if (isNew || roundsSkipped) continue;
-            const std::int32_t perRound = list.length - before->second.first;
-            const std::int32_t roundSteps = before->second.second - left;
-            list.length += left / roundSteps * perRound;
-            left %= roundSteps;
-            roundsSkipped = true;
+            const auto tail = tails_.find(id);
+            if (tail != tails_.end() && tail->second.steps <= left) {
+                list.length += tail->second.length;
+                left -= tail->second.steps;
+                break;
+            }
+            mets.push_back({id, list.length, left});
+            if (roundsSkipped) continue;
+            if (before.length > 0 && id == before.multiplier) {
+                skipRounds(before, list, left);
+                roundsSkipped = true;
+            } else if (mets.size() >= 2 * static_cast<std::size_t>(before.length)) {
+                before = mets.back();
+            }
         }
+        for (const Met& met : mets)
+            tails_.try_emplace(met.multiplier, Tail{list.length - met.length, met.left - left});
+        return list;
     }
 
     NextMultiplier takeNext() { return std::move(next_); }
 
   private:
+    // Of a walk that is back at a multiplier met before: whole rounds, as many as there are steps for.
+    static void skipRounds(const Met& before, MultiplierList& list, std::int32_t& left) {
+        const std::int32_t perRound = list.length - before.length;
+        const std::int32_t roundSteps = before.left - left;
+        list.length += left / roundSteps * perRound;
+        left %= roundSteps;
+    }
+
     Hop firstMultiplier(std::int32_t start) {
         std::vector<std::int32_t> way;
         Hop hop{0, 0};
@@ -103,6 +141,7 @@ class Walks {
     std::unordered_map<float, std::int32_t> types_;
     std::unordered_map<std::int32_t, std::int32_t> receivers_;
     std::unordered_map<std::int32_t, Hop> hops_;
+    std::unordered_map<std::int32_t, Tail> tails_;
     NextMultiplier next_;
 };
 

@@ -23,16 +23,12 @@ constexpr std::int32_t kPlacedMark = -1;  // a component with this id passes for
 constexpr std::int32_t kDelay = 51;
 constexpr int kMostPasses = 1000001;
 
-struct Connection {
-    std::int32_t receiverId;
-    bool removed;
-};
-
 // All that carries one id; two rows may share it.
 struct Node {
     std::vector<std::int32_t> rows;
-    std::vector<Connection> sends;  // in table order
-    std::int32_t waitsFor = 0;      // connections not yet removed
+    std::vector<std::int32_t> receivers;  // of its connections, in table order
+    std::size_t removed = 0;              // so many of these connections; the first ones, always
+    std::int32_t waitsFor = 0;            // connections to it that are not yet removed
 };
 
 class Sequence {
@@ -41,13 +37,14 @@ class Sequence {
              std::vector<std::int32_t>& CompntId)
         : order_(CompntId) {
         rows_.reserve(static_cast<std::size_t>(nComps));
+        nodes_.reserve(static_cast<std::size_t>(nComps));
         for (std::int32_t i = 0; i < nComps; ++i) {
             const std::int32_t id = nint(Net_Compnt[i].id);
             rows_.push_back({id, nint(Net_Compnt[i].techid), id == kPlacedMark});
             nodes_[id].rows.push_back(i);
         }
         for (std::int32_t i = 0; i < nConns; ++i) {
-            nodes_[Net_Conn[i].senderId].sends.push_back({Net_Conn[i].receiverId, false});
+            nodes_[Net_Conn[i].senderId].receivers.push_back(Net_Conn[i].receiverId);
             ++nodes_[Net_Conn[i].receiverId].waitsFor;
         }
     }
@@ -79,8 +76,9 @@ class Sequence {
                 const std::int32_t i = thisPass_.top();
                 thisPass_.pop();
                 place(i);
-                for (Connection& connection : nodes_[row(i).id].sends)
-                    remove(connection, i);
+                Node& node = nodes_[row(i).id];
+                while (node.removed < node.receivers.size())
+                    removeFirst(node, i);
             }
             if (passes == kMostPasses) return false;
             thisPass_.swap(nextPass_);
@@ -93,11 +91,9 @@ class Sequence {
         order_.push_back(row(i).id);
     }
 
-    // Removes a connection while a pass stands at row `at`.
-    void remove(Connection& connection, std::int32_t at) {
-        if (connection.removed) return;
-        connection.removed = true;
-        Node& receiver = nodes_[connection.receiverId];
+    // Removes the first connection that a sender has left while a pass stands at row `at`.
+    void removeFirst(Node& sender, std::int32_t at) {
+        Node& receiver = nodes_[sender.receivers[sender.removed++]];
         if (--receiver.waitsFor > 0) return;
         for (const std::int32_t i : receiver.rows) {
             if (!row(i).placed) (i > at ? thisPass_ : nextPass_).push(i);
@@ -110,13 +106,10 @@ class Sequence {
         while (firstDelay_ < end && (row(firstDelay_).placed || row(firstDelay_).type != kDelay))
             ++firstDelay_;
         if (firstDelay_ == end) return false;
-        std::vector<Connection>& sends = nodes_[row(firstDelay_).id].sends;
-        auto first = sends.begin();
-        while (first != sends.end() && first->removed)
-            ++first;
-        invariant(first != sends.end(), "ir!=NOTFOUND", "simulation", 601);
+        Node& delay = nodes_[row(firstDelay_).id];
+        invariant(delay.removed < delay.receivers.size(), "ir!=NOTFOUND", "simulation", 601);
         place(firstDelay_);
-        remove(*first, kBeforeFirstRow);
+        removeFirst(delay, kBeforeFirstRow);
         return true;
     }
 

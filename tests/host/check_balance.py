@@ -166,7 +166,7 @@ class Balance(unittest.TestCase):
         expected = {("component", "roof"): (0, 120, 90, 30, 0), ("component", "tank"): (90, 0, 80 + 15, 0, -5),
                     ("component", "sewer"): (15, 0, 7.5, 7.5, 0), ("component", "river"): (7.5, 0, 7.5, 0, 0),
                     ("component", "asked"): (0, 90, 90, 0, 0), ("group", "house"): (0, 120, 95, 30, -5),
-                    ("group", "street"): (15, 0, 7.5, 7.5, 0), ("network", ""): (0, 120, 80 + 7.5, 37.5, -5)}
+                    ("group", "street"): (15, 0, 7.5, 7.5, 0), ("network", str(self.folder / "model.toml")): (0, 120, 80 + 7.5, 37.5, -5)}
         for key, values in expected.items():
             row = rows[key]
             for name, value in zip(("in", "gained", "out", "lost", "storage_change"), values):

@@ -5,7 +5,9 @@ usage: check_run.py KESTO"""
 
 import csv
 import json
+import os
 import pathlib
+import resource
 import signal
 import struct
 import subprocess
@@ -164,6 +166,17 @@ class Run(unittest.TestCase):
         self.assertEqual(done.stderr, "kesto run: error: cannot write out/flows.csv: No space left on device\n")
         self.assertIn("Tanks", done.stdout)
 
+    def test_a_file_that_cannot_grow_is_told(self):
+        for form, file in ("csv", "flows.csv"), ("netcdf", "results.nc"):
+            with self.subTest(form):
+                done = subprocess.run(
+                    [KESTO, "run", "model.toml", "-o", "out", "--format", form], cwd=self.folder, capture_output=True,
+                    text=True, timeout=60, restore_signals=False,  # a write beyond the limit is an error, no signal
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(f"kesto run: error: cannot write out/{file}: ", done.stderr)
+                self.assertIn("Tanks", done.stdout)
+
     def test_a_folder_that_cannot_be_is_told_before_the_run(self):
         done = self.kesto("run", "model.toml", "-o", "rain.csv/out")
         self.assertEqual((done.returncode, done.stdout), (1, ""))
@@ -207,6 +220,13 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
 4 errors, 0 warnings
 """)
 
+    def test_percentages_for_fractions_are_doubted(self):
+        done = self.kesto("check", "model.toml", "--set", "brands.roof.evaporation_fraction=10", "--set", "tank.size=-1")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn('brand "roof": evaporation_fraction is 10, which is not between 0 and 1; read by component "roof" '
+                      '(impervious_surface)', done.stderr)
+        self.assertIn('component "tank" (tank): its capacity is -1 L', done.stderr)
+
     def test_costs_are_told_to_machines(self):
         costs = json.loads(self.kesto("run", "model.toml", "--json").stdout)["costs"]
         self.assertEqual(set(costs), {"read_seconds", "engine_seconds", "write_seconds", "peak_bytes"})
@@ -220,19 +240,25 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
                 self.assertEqual(done.returncode, 2)
                 self.assertNotEqual(done.stderr, "")
 
-    def test_an_interrupt_keeps_the_steps_that_ran(self):
+    def start_long_run(self, *arguments):
+        """A run of some seconds, and the id of the engine's process."""
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
                 '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
         for i in range(1, 3000):  # some seconds of work
             text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n')
             text.append(f'[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
         self.write("".join(text))
-        running = subprocess.Popen([KESTO, "run", "model.toml", "--json", "--record", "p99"], cwd=self.folder,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        running = subprocess.Popen([KESTO, "run", "model.toml", "--json", "--record", "p99", *arguments],
+                                   cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         children = pathlib.Path(f"/proc/{running.pid}/task/{running.pid}/children")
         while running.poll() is None and not children.read_text():
             time.sleep(0.01)
-        time.sleep(0.2)  # the engine runs by now
+        engine = int(children.read_text())
+        time.sleep(0.2)  # it runs by now
+        return running, engine
+
+    def test_an_interrupt_keeps_the_steps_that_ran(self):
+        running, _ = self.start_long_run()
         running.send_signal(signal.SIGINT)
         out, errors = running.communicate(timeout=60)
         self.assertEqual(running.returncode, 1, errors)
@@ -241,6 +267,17 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
         self.assertEqual(summary["outcome"], "interrupted")
         self.assertGreater(summary["steps_run"], 0)
         self.assertEqual(summary["flows"][0]["total"], summary["steps_run"])
+
+    def test_an_engine_that_is_killed_leaves_no_step(self):
+        running, engine = self.start_long_run("-o", "out")
+        os.kill(engine, signal.SIGKILL)
+        out, errors = running.communicate(timeout=60)
+        self.assertEqual(running.returncode, 1, errors)
+        self.assertIn("ended by signal 9", errors)
+        summary = json.loads(out)
+        self.assertEqual((summary["outcome"], summary["steps_run"]), ("crashed", 0))
+        self.assertEqual((self.folder / "out" / "flows.csv").read_text(), "date,p99:outflow [L]\n")
+        self.assertIn("0 of 1472293 steps", (self.folder / "out" / "STOPPED.txt").read_text())
 
 
 unittest.main()

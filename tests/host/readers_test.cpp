@@ -65,9 +65,12 @@ TEST(Csv, ReadsCellsQuotesAndComments) {
 
 TEST(Csv, NamesLinesThatAreWrong) {
     Diagnostics diagnostics;
-    EXPECT_FALSE(CsvFile::parse("a,b\n1\n1,2\n1,2,3\n\"x,2\n\"x\"y,2\n", "t.csv", diagnostics));
+    const auto csv = CsvFile::parse("a,b\n1\n1,2\n1,2,3\n\"x,2\n\"x\"y,2\n", "t.csv", diagnostics);
+    ASSERT_TRUE(csv);
+    EXPECT_FALSE(csv->isWhole());
+    EXPECT_EQ(csv->rows(), 1U);
     EXPECT_EQ(said(diagnostics),
-              "t.csv:2: error: found 1 cells, expected 2 as in the first line\n"
+              "t.csv:2: error: found 1 cell, expected 2 as in the first line\n"
               "t.csv:4: error: found 3 cells, expected 2 as in the first line\n"
               "t.csv:5:1: error: a quote is not closed\n"
               "t.csv:6:4: error: expected a comma after a quoted cell\n");

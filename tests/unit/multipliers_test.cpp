@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <random>
 #include <vector>
 
 #include "bits_equal.h"
@@ -65,6 +68,63 @@ TEST_F(Multipliers, MissingSeries) {
     CombineMult(&record, ids, unique, products);
     EXPECT_EQ(record.ErrFlag, 1);
     EXPECT_STREQ(record.ErrMsg, "Series of type Multpls of component with id=7 not found!");
+}
+
+// Each component sends to one other or to none; the walks are compared with walks step by step.
+TEST(MultiplierWalks, RandomNetworks) {
+    std::mt19937 random(7);
+    const auto below = [&](int n) { return static_cast<std::int32_t>(random() % static_cast<unsigned>(n)); };
+    int rounds = 0;
+    for (int number = 0; number < 400; ++number) {
+        const std::int32_t n = 2 + below(10);
+        const bool mayComeRound = number % 8 == 0;
+        std::vector<ComponentRow> components;
+        std::vector<ConnectionRow> connections;
+        std::vector<std::int32_t> order;
+        std::vector<std::int32_t> next(static_cast<std::size_t>(n), -1);
+        for (std::int32_t i = 0; i < n; ++i) {
+            components.push_back({static_cast<float>(i), below(2) == 0 ? 34.0F : 30.0F, 0, 0, 0});
+            order.push_back(i);
+            const std::int32_t to = mayComeRound ? below(n) : i + 1 + below(n);
+            if (to >= n) continue;
+            next[static_cast<std::size_t>(i)] = to;
+            connections.push_back({0, i, 1, to, 1});
+        }
+        std::shuffle(order.begin(), order.end(), random);
+        AUEglobals record{};
+        record.Net_Compnt = components.data();
+        record.nComps = n;
+        record.Net_Conn = connections.data();
+        record.nConns = static_cast<std::int32_t>(connections.size());
+        MultIds ids;
+        getCompsMultipliers(&record, order, ids);
+        ASSERT_EQ(record.ErrFlag, 0);
+        for (std::size_t k = 0; k < order.size(); ++k) {
+            std::vector<std::int32_t> met;
+            std::int32_t at = order[k];
+            for (int step = 0; step < 1000001 && next[static_cast<std::size_t>(at)] >= 0; ++step) {
+                at = next[static_cast<std::size_t>(at)];
+                if (components[static_cast<std::size_t>(at)].techid == 34.0F) met.push_back(at);
+            }
+            ASSERT_EQ(ids.lists[k].length, static_cast<std::int32_t>(met.size())) << number << ", " << order[k];
+            if (met.empty()) continue;
+            ASSERT_EQ(ids.lists[k].first, met[0]);
+            for (std::size_t i = 1; i < std::min<std::size_t>(met.size(), 100); ++i)
+                ASSERT_EQ(ids.next.at(met[i - 1]), met[i]);
+            if (met.size() > 1000) ++rounds;
+        }
+    }
+    EXPECT_GT(rounds, 50);
+}
+
+TEST_F(Multipliers, IdsThatAreNoNumbersAreNotSearched) {
+    std::vector<ComponentRow> many(30000, {std::nanf(""), 30, 0, 0, 0});
+    many.insert(many.end(), components.begin(), components.end());
+    record.Net_Compnt = many.data();
+    record.nComps = static_cast<std::int32_t>(many.size());
+    getCompsMultipliers(&record, order, ids);
+    EXPECT_EQ(record.ErrFlag, 0);
+    EXPECT_EQ(ids.lists[0].length, 2);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <vector>
 
 #include "simulation.h"
@@ -87,6 +88,21 @@ TEST(Sequence, NegativeNumberOfConnections) {
     Ids ids;
     const ComponentRow row{1, 30, 0, 0, 0};
     EXPECT_EQ(CalcSequence(nullptr, -1, &row, 1, ids), KESTO_SETUP_FAILURE);
+}
+
+// Many rows of one id, all of which send what that id sends.
+TEST(Sequence, OneIdInManyRowsTakesNoTimeForEach) {
+    Network network;
+    Ids expected;
+    for (int i = 0; i < 100000; ++i) {
+        network.component(7).component(static_cast<float>(8 + i)).connect(7, 8 + i);
+        expected.insert(expected.end(), {7, 8 + i});
+    }
+    Ids ids;
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(network.order(ids), KESTO_SUCCESS);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    EXPECT_EQ(ids, expected);
 }
 
 TEST(SequenceDeathTest, DelayWithoutReceiver) {
