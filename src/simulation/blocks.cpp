@@ -44,19 +44,17 @@ struct Sum {
     }
 };
 
-// Who reads a state needs all who write it, and they need each other's order within each step.
+// Who reads a state needs all who write it. Two rows with one id write the same twice: only a type without inputs can
+// have them, and both run the same form.
 void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) {
-    const auto before = [](const Notes::Access& a, const Notes::Access& b) {
+    std::stable_sort(accesses.begin(), accesses.end(), [](const Notes::Access& a, const Notes::Access& b) {
         return std::pair(a.memory, !a.writes) < std::pair(b.memory, !b.writes);
-    };
-    std::stable_sort(accesses.begin(), accesses.end(), before);
+    });
     for (auto first = accesses.begin(); first != accesses.end();) {
         const auto isOther = [&](const Notes::Access& access) { return access.memory != first->memory; };
         const auto end = std::find_if(first, accesses.end(), isOther);
         const auto readers = std::find_if(first, end, [](const Notes::Access& access) { return !access.writes; });
         for (auto writer = first; writer != readers; ++writer) {
-            const auto next = writer + 1 == readers ? first : writer + 1;
-            if (writer->task != next->task) needs.emplace_back(writer->task, next->task);
             for (auto reader = readers; reader != end; ++reader) {
                 if (reader->task != writer->task) needs.emplace_back(reader->task, writer->task);
             }
@@ -201,7 +199,6 @@ std::vector<Need> Blocks::needs() const {
         if (reading.sequence < wiring_.ofNobody()) needs.emplace_back(task, taskOf(reading.sequence / kSlots, false));
     };
     const std::vector<Wiring::Component>& components = wiring_.components();
-    std::unordered_map<std::int32_t, std::size_t> booked;  // the last task that books under a key
     for (std::size_t i = 0; i < components.size(); ++i) {
         const Wiring::Component& component = components[i];
         const std::size_t outputs = taskOf(i, false);
@@ -210,11 +207,7 @@ std::vector<Need> Blocks::needs() const {
         for (const Slot slot : {kIn1, kIn2}) {
             if (component.isFilled[slot]) addReading(outputs, component.input[slot]);
         }
-        const std::size_t potentials = taskOf(i, true);
-        if (!tasks_[potentials].forms[0].run) continue;
-        needs.emplace_back(potentials, outputs);
-        const auto [before, isFirst] = booked.try_emplace(nint(component.row->key), potentials);
-        if (!isFirst) needs.emplace_back(potentials, std::exchange(before->second, potentials));
+        needs.emplace_back(taskOf(i, true), outputs);
     }
     for (const Wiring::Leftover& leftover : wiring_.leftovers())
         addReading(taskOf(leftover.sequence / kSlots, false), leftover.left);
@@ -233,7 +226,8 @@ void Blocks::order() {
         schedule_.groups.push_back({0, schedule_.order.size(), false});
         return;
     }
-    // Components of one key together, since they mostly work on the same series.
+    // Components of one key together, since they mostly work on the same series. Nobody needs what is booked, so that
+    // all who book under a key do so in the order in which they stand here: that of calculation.
     std::unordered_map<std::int32_t, std::size_t> firstOfKey;
     std::vector<std::pair<std::size_t, std::size_t>> positions;
     for (std::size_t i = 0; i < components.size(); ++i)

@@ -62,7 +62,7 @@ class Maker {
         M().Latitude = pick(-8 * 60, 8 * 60);
         M().StartTime = 86400 * dice_(0, 20000);
         M().TimeStep = dice_.oneIn(20) ? 0.5F : 1.0F;
-        M().StopOnInfeas = dice_.oneIn(3) ? 1 : 0;
+        M().StopOnInfeas = dice_(0, 2);
         M().BuildTree = dice_(0, 2);
         keys_ = dice_(1, 4);
     }
@@ -81,7 +81,7 @@ class Maker {
         add(Table::Occup, picks(1, 0, 40));
         add(Table::Dmdflct, picks(1, 0, 16));
         // A day whose minimum is above its maximum stops the run there.
-        if (dice_.oneIn(8)) M().table(Table::Tmin).back().values[step()] = 100.0F;
+        if (dice_.oneIn(5)) M().table(Table::Tmin).back().values[step()] = 100.0F;
     }
 
     std::size_t step() { return static_cast<std::size_t>(dice_(0, M().nSteps)); }
@@ -178,10 +178,11 @@ class Maker {
 
     void oddities() {
         std::vector<ConnectionRow>& rows = M().connections;
-        if (!rows.empty() && dice_.oneIn(6)) anyOf(rows).receiverPort = 2;
-        if (!rows.empty() && dice_.oneIn(12)) anyOf(rows).senderPort = M().BuildTree ? 2 : 3;
-        if (!rows.empty() && dice_.oneIn(25)) anyOf(rows).receiverPort = 0;
-        if (!rows.empty() && dice_.oneIn(12)) rows.push_back(anyOf(rows));
+        for (int lone = dice_(0, 6); lone > 3; --lone)
+            anyOf(rows).receiverPort = 2;
+        if (dice_.oneIn(12)) anyOf(rows).senderPort = M().BuildTree ? 2 : 3;
+        if (dice_.oneIn(25)) anyOf(rows).receiverPort = 0;
+        if (dice_.oneIn(12)) rows.push_back(anyOf(rows));
         if (dice_.oneIn(12)) anyOf(M().components).id = anyOf(M().components).id;
         if (dice_.oneIn(2)) {
             auto& table = M().components;
@@ -212,6 +213,8 @@ class Maker {
         } else {
             made_.calls = {{1, n}};
         }
+        // What the process keeps shows in a call after that.
+        if (dice_.oneIn(2)) made_.calls.push_back({1, n});
         if (dice_.oneIn(8)) made_.calls.push_back({dice_(-2, 2), n + dice_(0, 3)});
     }
 
