@@ -182,7 +182,7 @@ void Blocks::addTransfers() {
         const std::size_t position = sequence / kSlots;
         if (sequence >= wiring_.ofNobody() || slot > kIn2 || !wiring_.components()[position].isFilled[slot]) continue;
         const Signal* const source = slot == kIn1 ? ports_[position].in1 : ports_[position].in2;
-        transfers_.push_back({firstTask(position), true, Part::Whole, array(sequence), source});
+        transfers_.push_back({taskOf(position, false), true, Part::Whole, array(sequence), source});
     }
     std::sort(transfers_.begin(), transfers_.end(),
               [](const Transfer& a, const Transfer& b) { return a.task < b.task; });

@@ -102,6 +102,11 @@ class Maker {
         // What feeds the first ones, and all the rest where nothing else does.
         for (int source = 0; source < kSources; ++source)
             addComponent({28, 0, true}, dice_(0, keys_));
+        // A multiplier without an input takes what the last component of the step before left.
+        if (dice_.oneIn(4)) {
+            addComponent({34, 0, false}, 0);
+            addComponent({26, 1, false}, 0);
+        }
         const int delays = dice_(0, 3);
         for (int i = 0; i < delays; ++i)
             addComponent({kDelay, 1, false}, dice_(0, keys_));
@@ -115,6 +120,26 @@ class Maker {
             const Kind kind = kKinds[dice_(0, static_cast<int>(std::size(kKinds)))];
             addComponent(kind, kind.usesKey ? dice_(0, keys_) : dice_(-1, keys_));
         }
+        if (dice_.oneIn(10)) addInfeasible();
+        if (dice_.oneIn(10)) addStopping();
+    }
+
+    // An abstraction that cannot deliver on some day, after a unit that leaves its range of temperature to the process.
+    void addInfeasible() {
+        addComponent({59, 0, true}, 0);
+        addComponent({45, 0, false}, 0);
+        addComponent({40, 1, false}, 0);
+        M().StopOnInfeas = 1;
+        isShuffled_ = false;
+    }
+
+    // A store whose weather ends the run, last of all.
+    void addStopping() {
+        addComponent({46, 0, true}, 0);
+        for (NamedSeries& tMin : M().table(Table::Tmin)) {
+            if (tMin.id == kFirstKey) tMin.values[step()] = 100.0F;
+        }
+        isShuffled_ = false;
     }
 
     void addComponent(Kind kind, int key) {
@@ -139,10 +164,15 @@ class Maker {
         const auto count = static_cast<int>(kinds_.size());
         for (int i = 0; i < count; ++i) {
             const Kind kind = kinds_[static_cast<std::size_t>(i)];
-            const int inputs = kind.code == kDelay ? 1 : kind.inputs < 0 ? dice_(0, 5) : kind.inputs;
+            const int inputs = kind.code == kDelay ? 1
+                               : kind.inputs < 0   ? dice_(0, 5)
+                               : kind.code == 34   ? dice_(0, 3)
+                                                   : kind.inputs;
             // Of two connections between the same two the first would be lost.
             const int senders = kind.code == kDelay ? count : i;
-            const int first = dice_(0, std::max(senders, 1));
+            const std::int32_t before = i > 0 ? kinds_[static_cast<std::size_t>(i) - 1].code : 0;
+            const bool belongTogether = (kind.code == 40 && before == 45) || (kind.code == 26 && before == 34);
+            const int first = belongTogether ? i - 1 : dice_(0, std::max(senders, 1));
             for (int port = 1; port <= inputs; ++port) {
                 const int at = kind.code == 34 && dice_.oneIn(4) ? 2 : kind.inputs < 0 ? 1 : port;
                 connect(onceOnly((first + (port - 1) * dice_(1, kSources)) % senders), dice_(1, 3), i, at);
@@ -184,27 +214,51 @@ class Maker {
         if (dice_.oneIn(25)) anyOf(rows).receiverPort = 0;
         if (dice_.oneIn(12)) rows.push_back(anyOf(rows));
         if (dice_.oneIn(12)) anyOf(M().components).id = anyOf(M().components).id;
-        if (dice_.oneIn(2)) {
+        if (isShuffled_ && dice_.oneIn(2)) {
             auto& table = M().components;
             for (std::size_t i = table.size(); i > 1; --i)
                 std::swap(table[i - 1], table[static_cast<std::size_t>(dice_(0, static_cast<int>(i)))]);
         }
-        if (dice_.oneIn(8)) {
-            constexpr Table kTables[] = {Table::WatQuant, Table::WatQual, Table::InsDmd, Table::Threshold};
-            const Table state = kTables[dice_(0, 2)];
-            const Table other = kTables[dice_(0, 4)];
-            made_.overlaps.push_back({state, entryOf(state), other, entryOf(other), dice_(0, 2)});
+        if (dice_.oneIn(6)) overlap();
+    }
+
+    // What a store writes is what a source sends, what a threshold is, or what another store writes.
+    void overlap() {
+        std::vector<std::size_t> stores;
+        std::vector<std::pair<Table, std::size_t>> others;
+        for (std::size_t i = 0; i < kinds_.size(); ++i) {
+            switch (kinds_[i].code) {
+                case 22:
+                case 29:
+                case 32:
+                case 33:
+                case 39:
+                case 50:
+                case 62:
+                    stores.push_back(i);
+                    others.emplace_back(Table::WatQuant, i);
+                    others.emplace_back(Table::WatQual, i);
+                    break;
+                case 45:
+                case 56:
+                    others.emplace_back(Table::InsDmd, i);
+                    break;
+                case 53:
+                case 63:
+                    others.emplace_back(Table::Threshold, i);
+                    break;
+                default:
+                    break;
+            }
         }
+        const auto [other, entry] = anyOf(others);
+        made_.overlaps.push_back({Table::WatQuant, anyOf(stores), other, entry, dice_(0, 2)});
     }
 
     template <typename Element>
     Element& anyOf(std::vector<Element>& elements) {
         return elements[static_cast<std::size_t>(dice_(0, static_cast<int>(elements.size())))];
     }
-    std::size_t entryOf(Table table) {
-        return static_cast<std::size_t>(dice_(0, static_cast<int>(M().table(table).size())));
-    }
-
     void calls() {
         const std::int32_t n = M().nSteps;
         if (dice_.oneIn(3)) {
@@ -224,6 +278,7 @@ class Maker {
     RandomModel made_;
     std::vector<Kind> kinds_;
     int keys_ = 1;
+    bool isShuffled_ = true;
 };
 
 }  // namespace
