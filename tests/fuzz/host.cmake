@@ -16,8 +16,8 @@ foreach(reader IN ITEMS model csv)
     target_compile_options(fuzz_${reader} PRIVATE ${KESTO_FUZZ_OPTIONS})
     target_link_options(fuzz_${reader} PRIVATE ${KESTO_FUZZ_OPTIONS})
     file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/${reader}_found)
-    add_test(NAME fuzz.${reader}
+    add_test(NAME fuzz/${reader}
         COMMAND fuzz_${reader} -seed=1 -runs=20000 -max_total_time=10 -timeout=20 -rss_limit_mb=2048 -verbosity=0
                 ${CMAKE_CURRENT_BINARY_DIR}/${reader}_found ${CMAKE_CURRENT_SOURCE_DIR}/host/${reader}_corpus)
-    set_tests_properties(fuzz.${reader} PROPERTIES ENVIRONMENT TZ=UTC)
+    set_tests_properties(fuzz/${reader} PROPERTIES ENVIRONMENT TZ=UTC)
 endforeach()
