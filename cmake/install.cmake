@@ -37,9 +37,23 @@ install(DIRECTORY examples hosts DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto
     PATTERN CMakeLists.txt EXCLUDE PATTERN check*.py EXCLUDE PATTERN Layout.cs EXCLUDE PATTERN layout.pas EXCLUDE
     PATTERN __pycache__ EXCLUDE)
 string(TOLOWER ${PROJECT_NAME} package)
-set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
+# The pages stand beside what they link to, as in the source tree: on Windows as files, elsewhere by symbolic links.
+if(WIN32)
+    set(documents ${CMAKE_INSTALL_DATADIR}/kesto)
+    install(FILES src/AUEglobals.h DESTINATION ${documents}/src)
+else()
+    set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
+    file(RELATIVE_PATH headers /${documents} /${kesto_include})
+    file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/beside_pages)
+    foreach(link IN ITEMS examples:../../kesto/examples hosts:../../kesto/hosts python:../../kesto/python src:${headers})
+        string(REGEX MATCH "^(.*):(.*)$" link ${link})
+        file(CREATE_LINK ${CMAKE_MATCH_2} ${PROJECT_BINARY_DIR}/beside_pages/${CMAKE_MATCH_1} SYMBOLIC)
+    endforeach()
+    install(DIRECTORY ${PROJECT_BINARY_DIR}/beside_pages/ DESTINATION ${documents})
+endif()
 install(FILES README.md CHANGELOG.md DESTINATION ${documents})
-install(DIRECTORY docs/ DESTINATION ${documents} FILES_MATCHING PATTERN *.md)
+install(DIRECTORY docs DESTINATION ${documents}
+    FILES_MATCHING PATTERN *.md PATTERN *.toml)
 
 set(CPACK_PACKAGE_NAME ${package})
 set(CPACK_PACKAGE_VENDOR "The KESTO authors")
@@ -55,6 +69,7 @@ else()
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
     set(CPACK_DEBIAN_PACKAGE_SECTION science)
+    set(CPACK_DEBIAN_PACKAGE_RECOMMENDS graphviz) # a program that kesto draw and kesto report start
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

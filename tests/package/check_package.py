@@ -37,7 +37,8 @@ def install_deb(package, root):
     """Installs by dpkg into a root of its own, and says how to remove it again."""
     fields = run("dpkg-deb", "--field", package)
     print(fields.strip())
-    for pattern in (r"^Package: kesto$", r"^Version: \d+\.\d+\.\d+$", r"^Architecture: amd64$", r"^Depends: .*libc6 "):
+    for pattern in (r"^Package: kesto$", r"^Version: \d+\.\d+\.\d+$", r"^Architecture: amd64$", r"^Depends: .*libc6 ",
+                    r"^Recommends: graphviz$"):
         if not re.search(pattern, fields, re.MULTILINE):
             sys.exit(f"the package's fields have no {pattern}")
     if "libkesto" in re.search(r"^Depends: .*$", fields, re.MULTILINE)[0].lower():
@@ -75,6 +76,29 @@ def expect_files(prefix, names):
     if missing:
         found = "\n".join(str(path.relative_to(prefix)) for path in sorted(prefix.rglob("*")))
         sys.exit(f"not in the package: {missing}\nbut:\n{found}")
+
+
+# What the pages link to for those who work on the sources, which are not in a package.
+OF_SOURCES = re.compile(r"ARCHITECTURE\.md$|CONTRIBUTING\.md$|(bench|scripts|tests)(/|$)|docs/[^/]*\.py$|examples/[^/]*\.py$")
+
+
+def check_links(documents):
+    """Each link of the installed pages leads to a file in the package, or to sources."""
+    # The other two patterns follow symbolic links.
+    pages = sorted({*documents.rglob("*.md"), *documents.glob("*/*/README.md"), *documents.glob("*/README.md")})
+    dead, links = [], 0
+    for page in pages:
+        for target in re.findall(r"\]\(([^)\s#]+)", page.read_text()):
+            if "://" in target:
+                continue
+            links += 1
+            # Not through symbolic links: the pages know their places in the source tree.
+            place = pathlib.Path(os.path.normpath(page.parent / target))
+            if not place.exists() and not OF_SOURCES.match(os.path.relpath(place, documents)):
+                dead.append(f"{page.relative_to(documents)}: {target}")
+    if dead or links < 100:
+        sys.exit(f"{links} links, those that lead nowhere: {dead}")
+    print(f"{len(pages)} pages, {links} links")
 
 
 def consumer(prefix, folder, toolchain, emulator):
@@ -133,7 +157,7 @@ def main():
     parser.add_argument("--emulator")
     arguments = parser.parse_args()
     common = ["include/kesto/AUEglobals.h", "lib/cmake/KESTO/KESTOConfig.cmake", "lib/pkgconfig/kesto.pc",
-              "share/kesto/examples/rainwater-house/model.toml", "share/doc/kesto/README.md"]
+              "share/kesto/examples/rainwater-house/model.toml"]
     with tempfile.TemporaryDirectory() as scratch:
         scratch = pathlib.Path(scratch)
         folders = [scratch / name for name in ("package", "root", "consumer", "work")]
@@ -142,13 +166,16 @@ def main():
         package = pack(arguments.build, arguments.kind, folders[0])
         if arguments.kind == "deb":
             prefix, remove = install_deb(package, folders[1])
-            expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0"])
+            expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0", "share/man/man1/kesto.1",
+                                           "share/bash-completion/completions/kesto"])
+            check_links(prefix / "share/doc/kesto")
             by_pkg_config(prefix, folders[3])
             installed_python(prefix)
             installed_command(prefix, folders[3])
         else:
             prefix, remove = unpack_zip(package, folders[1])
             expect_files(prefix, common + ["bin/KESTO.dll", "lib/libKESTO.dll.a", "lib/KESTO.def"])
+            check_links(prefix / "share/kesto")
         consumer(prefix, folders[2], arguments.toolchain, arguments.emulator)
         remove()
         if arguments.kind == "deb" and prefix.exists():
