@@ -5,6 +5,7 @@
 #include <cctype>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 
 #include "commands.h"
 #include "draw.h"
@@ -12,6 +13,19 @@
 #include "load.h"
 
 namespace kesto {
+
+namespace {
+
+std::string pictureOf(const std::string& dot, const std::string& format) {
+    if (format == "dot") return dot;
+    try {
+        return renderGraph(dot, format);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(fmt::format("{}; -o NAME.dot writes the graph as text, without it", error.what()));
+    }
+}
+
+}  // namespace
 
 int drawCommand(const DrawOptions& options) {
     constexpr std::array<std::string_view, 4> kFormats{"svg", "png", "pdf", "dot"};
@@ -28,8 +42,7 @@ int drawCommand(const DrawOptions& options) {
     loaded.diagnostics().print(std::cerr, false);
     if (!loaded.isFit()) return kBadModel;
 
-    const std::string dot = networkDot(loaded.model());
-    writeFile(options.output, format == "dot" ? dot : renderGraph(dot, format));
+    writeFile(options.output, pictureOf(networkDot(loaded.model()), format));
     return kGood;
 }
 

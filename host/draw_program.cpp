@@ -51,8 +51,7 @@ int runDot(const std::string& format, std::FILE* in, std::FILE* out, std::FILE* 
     posix_spawn_file_actions_destroy(&actions);
     if (failure == ENOENT) {
         throw std::runtime_error(
-            "the program \"dot\" of Graphviz was not found; install graphviz (Debian: apt-get install graphviz), or "
-            "write the graph as text with -o NAME.dot");
+            "the program \"dot\" of Graphviz was not found; install graphviz (Debian: apt-get install graphviz)");
     }
     if (failure != 0) throw std::runtime_error(fmt::format("cannot start \"dot\": {}", std::strerror(failure)));
     int status = 0;

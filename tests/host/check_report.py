@@ -94,7 +94,15 @@ class Pictures(unittest.TestCase):
         alone = kesto("draw", MODEL, "-o", str(self.folder / "net.svg"), PATH=str(self.folder))
         self.assertEqual(alone.returncode, 1)
         self.assertIn("install graphviz", alone.stderr)
+        self.assertIn("-o NAME.dot writes the graph as text", alone.stderr)
         self.assertFalse((self.folder / "net.svg").exists())
+        self.assertEqual(kesto("run", MODEL, "-q", "-o", str(self.folder / "out")).returncode, 0)
+        page = self.folder / "report.html"
+        report = kesto("report", str(self.folder / "out"), "-o", str(page), PATH=str(self.folder))
+        self.assertEqual(report.returncode, 0)
+        self.assertIn("the network is not drawn: the program \"dot\" of Graphviz was not found", report.stderr)
+        self.assertNotIn("NAME.dot", report.stderr)  # that would be a page
+        self.assertIn("The network is not drawn here.", page.read_text())
 
     def test_folder_without_results(self):
         empty = kesto("report", str(self.folder), "-o", str(self.folder / "report.html"))
