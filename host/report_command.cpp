@@ -61,7 +61,7 @@ int reportCommand(const ReportOptions& options) {
     writeFile(options.output, reportPage(options.results, summary, drawingOf(model)));
     if (!hasCharts()) {
         std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
-                     "which npm fetches when kesto is built\n";
+                     "which npm fetches when kesto is built (CMake says why at its start)\n";
     }
     return kGood;
 }
