@@ -92,18 +92,19 @@ bool Binder::dates() {
     return date.has_value();
 }
 
-const float* Binder::shortWave(const DayTable& Rpot, Temperatures temperatures) {
-    if (failed_) return nullptr;
+BlockArray Binder::shortWave(const DayTable& Rpot, Temperatures temperatures) {
     dates();
-    float* const values = blockArray();
     if (notes_) {
-        notes_->radiationUnits.push_back({&Rpot, temperatures, values});
-    } else {
-        const std::int32_t k = Globals_->CurStep;
-        *values =
-            directbeamsolar(insolationofthisstep(Rpot, date_.dayOfYear), temperatures.tMin[k], temperatures.tMax[k]);
+        const BlockArray array{notes_->blockArrays++};
+        notes_->radiationUnits.push_back({&Rpot, temperatures, array});
+        return array;
     }
-    return values;
+    const BlockArray array{1};
+    if (failed_) return array;
+    const std::int32_t k = Globals_->CurStep;
+    const float Ra = insolationofthisstep(Rpot, date_.dayOfYear);
+    *thisStep().part(array) = directbeamsolar(Ra, temperatures.tMin[k], temperatures.tMax[k]);
+    return array;
 }
 
 void Binder::fillOnFirstUse(DayTable& Rpot) {
@@ -119,10 +120,10 @@ void Binder::error(const char* text) {
     failed_ = true;
 }
 
-float* Binder::handedOver() {
-    if (!notes_) return &step_.handedOver;
-    if (!notes_->handedOver) notes_->handedOver = blockArray();
-    return notes_->handedOver;
+BlockArray Binder::handedOver() {
+    if (!notes_) return {};
+    if (!notes_->handedOver) notes_->handedOver = BlockArray{notes_->blockArrays++};
+    return *notes_->handedOver;
 }
 
 void Binder::note(const void* memory, bool writes) {

@@ -10,11 +10,13 @@
 #ifndef KESTO_COMPONENTS_MODEL_H
 #define KESTO_COMPONENTS_MODEL_H
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <memory_resource>
+#include <optional>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -30,13 +32,21 @@ struct Date {
     std::int32_t dayOfYear;   // from 0
 };
 
+// An array with one value for each step of a block: what is computed for a form, or what one form of a component hands
+// over to the next.
+struct BlockArray {
+    std::ptrdiff_t index = 0;
+};
+
 // Consecutive steps, the whole of a block of steps or a part of it. What begins with step 0, or outside the series, is
 // that one step.
 struct Block {
     std::int32_t begin;
     std::int32_t length;
     const Date* dates;        // of each step, when some form needs them
-    std::int32_t offset = 0;  // of the first step in arrays that hold a value for each step of the whole block
+    float* arrays = nullptr;  // one after the other
+    std::ptrdiff_t arrayLength = 1;
+    std::int32_t offset = 0;  // of the first step in arrays by step of the whole block
 
     // A series from the block's first step on.
     template <typename Element>
@@ -49,13 +59,16 @@ struct Block {
         return series + (begin > 0 ? begin - 1 : begin);
     }
 
-    // An array by step of the whole block.
+    // Arrays by step of the whole block.
+    float* part(BlockArray array) const { return arrays + array.index * arrayLength + offset; }
     template <typename Element>
     Element* part(Element* array) const {
         return array + offset;
     }
     // One step of it.
-    Block step(std::int32_t j) const { return {begin + j, 1, dates ? dates + j : nullptr, offset + j}; }
+    Block step(std::int32_t j) const {
+        return {begin + j, 1, dates ? dates + j : nullptr, arrays, arrayLength, offset + j};
+    }
 
     // Adds to a potential in one step, the j-th of the block. Nothing is booked without a potential. The amount is
     // added in its own precision and the sum is rounded to single.
@@ -125,12 +138,12 @@ struct Notes {
     struct RadiationUnit {
         const DayTable* Rpot;
         Temperatures temperatures;
-        float* shortWave;  // by step of the block
+        BlockArray shortWave;
     };
 
-    std::int32_t longestBlock = 0;
-    std::size_t task = 0;         // that is being bound
-    float* handedOver = nullptr;  // array of the component that is being bound
+    std::size_t task = 0;                  // that is being bound
+    std::optional<BlockArray> handedOver;  // of the component that is being bound
+    std::ptrdiff_t blockArrays = 0;        // how many there are
     std::vector<Access> accesses;
     std::vector<RadiationUnit> radiationUnits;
     std::vector<Temperatures> temperatures;  // the run stops where a minimum is above its maximum
@@ -151,7 +164,7 @@ struct Step {
     Signal in2{};
     Signal out1{};
     Signal out2{};
-    float handedOver = 0.0F;  // by one form of the component to the next
+    std::array<float, 2> blockArrays{};  // of one value: what is handed over, and short-wave radiation
 };
 
 // Binds the forms of one component. After a look-up that fails all further ones give nothing and leave the message
@@ -164,7 +177,7 @@ class Binder {
 
     bool failed() const { return failed_; }
     AUEglobals* record() const { return Globals_; }
-    Block thisStep() const { return {Globals_->CurStep, 1, &date_}; }
+    Block thisStep() const { return {Globals_->CurStep, 1, &date_, step_.blockArrays.data()}; }
 
     // The component
     std::int32_t id() const { return step_.id; }
@@ -223,8 +236,8 @@ class Binder {
     // Fills a day table that is still empty.
     void fillOnFirstUse(DayTable& Rpot);
 
-    // Incoming short-wave radiation, by step of the block.
-    const float* shortWave(const DayTable& Rpot, Temperatures temperatures);
+    // Incoming short-wave radiation.
+    BlockArray shortWave(const DayTable& Rpot, Temperatures temperatures);
 
     // The form may report an error while it runs.
     void canStop();
@@ -246,11 +259,8 @@ class Binder {
         std::uninitialized_copy(elements.begin(), elements.end(), kept);
         return kept;
     }
-    // An array with one element a step of the longest block.
-    float* blockArray() { return array<float>(static_cast<std::size_t>(notes_ ? notes_->longestBlock : 1)); }
-
-    // The same for an array that one form of the component fills and the next one reads.
-    float* handedOver();
+    // What one form of the component fills and the next one reads.
+    BlockArray handedOver();
 
   private:
     void note(const void* memory, bool writes);

@@ -37,7 +37,8 @@ void requireDailyStep(Binder& b) {
 // PA
 struct Collector {
     float A, s12, s13, s55, dt;
-    const float *R, *m;
+    BlockArray R;
+    const float* m;
     float *NrgPot, *OprPot, *CapPot;
 
     explicit Collector(Binder& b) : A(b.size()), dt(b.timeStep()) {
@@ -67,7 +68,8 @@ struct NetRadiation {
     float A;
     const DayTable* table;
     Temperatures temperatures;
-    const float *R, *m;
+    BlockArray R;
+    const float* m;
     float* NrgPot;
 
     explicit NetRadiation(Binder& b) : A(b.size()) {

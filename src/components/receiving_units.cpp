@@ -131,7 +131,8 @@ struct Cost {
 struct Refill {
     float V, s52, dt;
     const float* S;
-    float *S1, *heldBefore;
+    float* S1;
+    BlockArray heldBefore;
 
     explicit Refill(Binder& b) : V(b.size()), dt(b.timeStep()) {
         std::tie(s52) = b.specifications<52>();
@@ -158,8 +159,9 @@ struct Refill {
 struct Mixing {
     float V, s52, dt;
     std::optional<Sources> sources;  // none when sources are not traced
-    const float *C, *heldBefore;
+    const float* C;
     float* C1;
+    BlockArray heldBefore;
 
     explicit Mixing(Binder& b) : V(b.size()), dt(b.timeStep()) {
         if (!b.receivers()) return;

@@ -53,7 +53,8 @@ struct Column {
     Soil soil;
     float q25, dt;
     const float *S, *P, *T;
-    float *S1, *D;
+    float* S1;
+    BlockArray D;
 
     explicit Column(Binder& b) : dt(b.timeStep()) {
         // The balance does without radiation; the table is kept like those of the other models that evaporate.
@@ -85,7 +86,7 @@ struct Column {
 };
 
 struct Drainage {
-    const float* D;
+    BlockArray D;
     float* InfPot;
 
     explicit Drainage(Binder& b) : D(b.handedOver()), InfPot(b.potential(Series::InfPot)) {}

@@ -17,10 +17,11 @@
 
 namespace {
 
-// The arrays of signals should stay in a processor's second cache, and a block be long enough to pay for its calls.
-constexpr std::size_t kArrayBytes = 256 * 1024;
+// A block should be long, so that what it costs to come to a component's memory does not count, but the arrays of a
+// block not take more memory than this, as long as it is not too short.
+constexpr std::size_t kArrayBytes = 64 * 1024 * 1024;
 constexpr std::size_t kShortest = 64;
-constexpr std::size_t kLongest = 256;
+constexpr std::size_t kLongest = 512;
 
 std::size_t taskOf(std::size_t position, bool books) {
     return 2 * position + (books ? 1 : 0);
@@ -65,45 +66,104 @@ void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) 
 
 }  // namespace
 
-Blocks::Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left)
+Blocks::Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left,
+               std::int32_t end)
     : Globals_(step.Globals),
       step_(step),
       signals_(signals),
       connections_(connections),
+      end_(end),
       wiring_(step.Globals, step.Mult->CompntId, connections) {
-    layOut(left);
     bind();
-    addTransfers();
     order();
+    layOut(left);
+    connect();
+    addTransfers();
 }
 
-// Gives each sequence that is read its array.
-void Blocks::layOut(const std::vector<Slots>& left) {
-    const std::vector<std::size_t>& read = wiring_.read();
-    const std::size_t fitting = kArrayBytes / (read.size() * sizeof(Signal));
-    const auto longest = static_cast<std::int32_t>(std::clamp(fitting, kShortest, kLongest));
-    notes_.longestBlock = KESTO_BLOCK_LENGTH > 0 ? KESTO_BLOCK_LENGTH : longest;
-    const auto length = static_cast<std::size_t>(notes_.longestBlock) + 1;
-    places_.assign(wiring_.ofNothing() + 1, -1);
-    arrays_.resize(read.size() * length);
-    unread_.resize(2 * length);
-    dates_.resize(length);
-    for (std::size_t i = 0; i < read.size(); ++i) {
-        places_[read[i]] = static_cast<std::int32_t>(i);
-        Signal* const first = &arrays_[i * length];
-        if (read[i] < wiring_.ofNobody()) {
-            *first = left[read[i] / kSlots][read[i] % kSlots];
-        } else if (read[i] < wiring_.ofNothing()) {
-            const Slots initial{step_.in1, step_.in2, step_.out1, step_.out2};
-            std::fill_n(first, length, initial[read[i] % kSlots]);
+void Blocks::bind() {
+    const std::vector<Wiring::Component>& components = wiring_.components();
+    tasks_.resize(2 * components.size());
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        if (!components[i].type) continue;  // sums are bound to their inputs
+        step_.id = step_.Mult->CompntId[i];
+        step_.row = components[i].row;
+        notes_.handedOver.reset();
+        for (const Form* const form : components[i].type->forms) {
+            if (!form) continue;
+            notes_.task = taskOf(i, form->books);
+            Binder binder(step_, &notes_);
+            std::array<Bound, 2>& forms = tasks_[notes_.task].forms;
+            forms[forms[0].run ? 1 : 0] = form->bind(binder);
         }
     }
 }
 
+// Gives each sequence that is read its array.
+void Blocks::layOut(const std::vector<Slots>& left) {
+    places_ = sharePlaces(lifetimes());
+    const std::size_t bytes =
+        places_.count * sizeof(Signal) + static_cast<std::size_t>(notes_.blockArrays) * sizeof(float);
+    const auto longest = static_cast<std::int32_t>(std::clamp(kArrayBytes / bytes, kShortest, kLongest));
+    blockLength_ = notes_.canStop ? 1 : KESTO_BLOCK_LENGTH > 0 ? KESTO_BLOCK_LENGTH : longest;
+    blockLength_ = std::min(blockLength_, end_ - Globals_->CurStep);
+    const auto length = static_cast<std::size_t>(blockLength_);
+    arrayLength_ = length + 1;
+    arrays_.resize(places_.count * arrayLength_);
+    unread_.resize(2 * length);
+    blockArrays_.resize(static_cast<std::size_t>(notes_.blockArrays) * length);
+    const Slots initial{step_.in1, step_.in2, step_.out1, step_.out2};
+    for (const std::size_t sequence : wiring_.read()) {
+        Signal* const first = array(sequence) - 1;
+        if (sequence < wiring_.ofNobody()) {
+            *first = left[sequence / kSlots][sequence % kSlots];
+        } else if (sequence < wiring_.ofNothing()) {
+            std::fill_n(first, arrayLength_, initial[sequence % kSlots]);
+        }
+    }
+}
+
+// When in the order of tasks each sequence is in use.
+std::vector<Lifetime> Blocks::lifetimes() const {
+    std::vector<Lifetime> lifetimes(wiring_.ofNothing() + 1);
+    std::vector<Lifetime> ofTask(tasks_.size());
+    for (const auto& [begin, end, stepByStep] : schedule_.groups) {
+        for (std::size_t i = begin; i < end; ++i)
+            ofTask[schedule_.order[i]] = stepByStep ? Lifetime{begin, end - 1} : Lifetime{i, i};
+    }
+    const auto useFor = [&](std::size_t sequence, const Lifetime& time) {
+        lifetimes[sequence].first = std::min(lifetimes[sequence].first, time.first);
+        lifetimes[sequence].last = std::max(lifetimes[sequence].last, time.last);
+    };
+    const auto use = [&](std::size_t sequence, std::size_t position) {
+        useFor(sequence, ofTask[taskOf(position, false)]);
+        useFor(sequence, ofTask[taskOf(position, true)]);
+    };
+    const Lifetime always{0, schedule_.order.size()};
+    const auto read = [&](const Reading& reading, std::size_t position) {
+        const bool lasts = reading.stepBack || reading.sequence >= wiring_.ofNobody();
+        lasts ? useFor(reading.sequence, always) : use(reading.sequence, position);
+    };
+    const std::vector<Wiring::Component>& components = wiring_.components();
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        for (const Reading& reading : components[i].inputs)
+            read(reading, i);
+        for (const Slot slot : {kIn1, kIn2}) {
+            if (components[i].isFilled[slot]) read(components[i].input[slot], i);
+        }
+    }
+    for (const Wiring::Leftover& leftover : wiring_.leftovers())
+        read(leftover.left, leftover.sequence / kSlots);
+    for (const std::size_t sequence : wiring_.read()) {
+        if (sequence < wiring_.ofNobody()) use(sequence, sequence / kSlots);
+    }
+    for (const Slot slot : {kIn1, kIn2, kOut1, kOut2})
+        useFor(wiring_.last(slot).sequence, always);
+    return lifetimes;
+}
+
 Signal* Blocks::array(std::size_t sequence) {
-    const std::int32_t place = places_[sequence];
-    const auto length = static_cast<std::size_t>(notes_.longestBlock) + 1;
-    return place < 0 ? nullptr : &arrays_[static_cast<std::size_t>(place) * length + 1];
+    return &arrays_[places_.of[sequence] * arrayLength_ + 1];
 }
 
 const Signal* Blocks::array(const Reading& reading) {
@@ -113,40 +173,22 @@ const Signal* Blocks::array(const Reading& reading) {
     return first - 1;
 }
 
-void Blocks::bind() {
+void Blocks::connect() {
     const std::vector<Wiring::Component>& components = wiring_.components();
-    tasks_.resize(2 * components.size());
+    const std::vector<std::size_t>& read = wiring_.read();
     ports_.resize(components.size());
     for (std::size_t i = 0; i < components.size(); ++i) {
         const Wiring::Component& component = components[i];
-        const auto own = [&](Slot slot) { return array(i * kSlots + slot); };
-        const auto input = [&](Slot slot) -> const Signal* {
-            if (component.isFilled[slot]) return array(component.input[slot]);
-            return own(slot) ? own(slot) : unread_.data();
+        const auto own = [&](Slot slot, Signal* instead) {
+            const std::size_t sequence = i * kSlots + slot;
+            return std::binary_search(read.begin(), read.end(), sequence) ? array(sequence) : instead;
         };
-        const auto output = [&](Slot slot) {
-            if (own(slot)) return own(slot);
-            return slot == kOut1 ? unread_.data() : unread_.data() + notes_.longestBlock;
+        const auto input = [&](Slot slot) {
+            return component.isFilled[slot] ? array(component.input[slot]) : own(slot, unread_.data());
         };
-        ports_[i] = {input(kIn1), input(kIn2), output(kOut1), output(kOut2)};
-        step_.id = step_.Mult->CompntId[i];
-        step_.row = component.row;
-        notes_.handedOver = nullptr;
-        if (!component.type) {
-            bindSum(i);
-            continue;
-        }
-        for (const Form* const form : component.type->forms) {
-            if (!form) continue;
-            notes_.task = taskOf(i, form->books);
-            Binder binder(step_, &notes_);
-            std::array<Bound, 2>& forms = tasks_[notes_.task].forms;
-            forms[forms[0].run ? 1 : 0] = form->bind(binder);
-        }
+        ports_[i] = {input(kIn1), input(kIn2), own(kOut1, unread_.data()), own(kOut2, unread_.data() + blockLength_)};
+        if (!component.type) bindSum(i);
     }
-    std::sort(readBack_.begin(), readBack_.end());
-    readBack_.erase(std::unique(readBack_.begin(), readBack_.end()), readBack_.end());
-    blockLength_ = notes_.canStop ? 1 : notes_.longestBlock;
 }
 
 void Blocks::bindSum(std::size_t position) {
@@ -184,6 +226,8 @@ void Blocks::addTransfers() {
         const Signal* const source = slot == kIn1 ? ports_[position].in1 : ports_[position].in2;
         transfers_.push_back({taskOf(position, false), true, Part::Whole, array(sequence), source});
     }
+    std::sort(readBack_.begin(), readBack_.end());
+    readBack_.erase(std::unique(readBack_.begin(), readBack_.end()), readBack_.end());
     std::sort(transfers_.begin(), transfers_.end(),
               [](const Transfer& a, const Transfer& b) { return a.task < b.task; });
     transferStart_.assign(tasks_.size() + 1, 0);
@@ -234,75 +278,56 @@ void Blocks::order() {
         positions.emplace_back(firstOfKey.try_emplace(nint(components[i].row->key), i).first->second, i);
     std::sort(positions.begin(), positions.end());
     std::vector<std::size_t> wanted;
-    for (const auto& [first, position] : positions)
-        wanted.insert(wanted.end(), {taskOf(position, false), taskOf(position, true)});
-    schedule_ = makeSchedule(needs(), wanted);
+    for (const auto& [first, position] : positions) {
+        wanted.push_back(taskOf(position, false));
+        if (tasks_[taskOf(position, true)].forms[0].run) wanted.push_back(taskOf(position, true));
+    }
+    schedule_ = makeSchedule(tasks_.size(), needs(), wanted);
 }
 
-std::int32_t Blocks::run(std::int32_t end) {
+std::int32_t Blocks::run() {
     if (KESTO_BLOCK_LENGTH < 0) return KESTO_SUCCESS;
     // With radiation units a step that stops midway has left a part of their ranges behind.
     if (notes_.canStop && !notes_.radiationUnits.empty()) return KESTO_SUCCESS;
     if (writesOverlap(*Globals_, notes_.accesses)) return KESTO_SUCCESS;
-    const std::int32_t stop = lookAhead(end);
-    std::int32_t last = -1;  // step of the last block
+    const std::int32_t first = Globals_->CurStep;
+    const std::int32_t stop = lookAhead();
     while (Globals_->CurStep < stop) {
         const std::int32_t begin = Globals_->CurStep;
-        std::int32_t length = std::min(blockLength_, stop - begin);
-        if (notes_.needsDates) length = findDates(begin, length);
-        if (length == 0) break;
-        const Block block{begin, length, dates_.data()};
+        const std::int32_t length = std::min(blockLength_, stop - begin);
+        const Date* const dates = notes_.needsDates ? &dates_[static_cast<std::size_t>(begin - first)] : nullptr;
+        const Block block{begin, length, dates, blockArrays_.data(), blockLength_};
+        const bool isLast = begin + length == stop;
         radiate(block);
-        if (!runBlock(block)) return KESTO_RUN_FAILURE;
-        for (Signal* const first : readBack_)
-            *first = first[length];
+        if (!runBlock(block, isLast)) return KESTO_RUN_FAILURE;
+        for (Signal* const before : readBack_)
+            *before = before[length];
+        if (isLast) leave(length - 1);
         Globals_->CurStep = begin + length;
-        last = length - 1;
     }
-    if (last >= 0) leave(last);
     return KESTO_SUCCESS;
 }
 
-// Leaves the driver's buffers and connections as they are after a step of the last block.
-void Blocks::leave(std::int32_t j) {
-    for (std::size_t c = 0; c < signals_.size(); ++c) {
-        const CRossConnection::Cell& cell = connections_.cells[c];
-        const std::int32_t output = outputSlot(cell.connCode);
-        if (output != 0 && output != 1) continue;
-        const auto sender = static_cast<std::size_t>(cell.sender);
-        // What has no array is never read.
-        const Signal* const sent = array(sender * kSlots + (output == 0 ? kOut1 : kOut2));
-        if (sent) signals_[c] = sent[j];
-    }
-    step_.in1.quality = array(wiring_.last(kIn1))[j].quality;
-    step_.in2.quality = array(wiring_.last(kIn2))[j].quality;
-    step_.out1.quality = array(wiring_.last(kOut1))[j].quality;
-    step_.out2.quality = array(wiring_.last(kOut2))[j].quality;
-}
-
-std::int32_t Blocks::lookAhead(std::int32_t end) const {
+// The steps before this one run without a stop for temperatures, and have dates.
+std::int32_t Blocks::lookAhead() {
     std::vector<std::pair<const float*, const float*>> pairs;
     for (const auto& [tMin, tMax] : notes_.temperatures)
         pairs.emplace_back(tMin, tMax);
     std::sort(pairs.begin(), pairs.end());
     pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    std::int32_t end = end_;
     for (const auto& [tMin, tMax] : pairs) {
         std::int32_t k = Globals_->CurStep;
         while (k < end && !(tMin[k] > tMax[k]))
             ++k;
         end = k;
     }
-    return end;
-}
-
-// Dates of the block's steps, as far as the calendar goes.
-std::int32_t Blocks::findDates(std::int32_t begin, std::int32_t length) {
-    for (std::int32_t j = 0; j < length; ++j) {
-        const auto date = calendarOf(*Globals_, begin + j);
-        if (!date) return j;
-        dates_[static_cast<std::size_t>(j)] = {date->tm_mday, date->tm_yday};
+    for (std::int32_t k = Globals_->CurStep; notes_.needsDates && k < end; ++k) {
+        const auto date = calendarOf(*Globals_, k);
+        if (!date) return k;
+        dates_.push_back({date->tm_mday, date->tm_yday});
     }
-    return length;
+    return end;
 }
 
 // Short-wave radiation of all units, step by step, since they share the ranges of temperature.
@@ -310,19 +335,19 @@ void Blocks::radiate(const Block& block) const {
     for (std::int32_t j = 0; j < block.length; ++j) {
         for (const auto& [Rpot, temperatures, shortWave] : notes_.radiationUnits) {
             const std::int32_t k = block.begin + j;
-            shortWave[j] = directbeamsolar(insolationofthisstep(*Rpot, block.dates[j].dayOfYear), temperatures.tMin[k],
-                                           temperatures.tMax[k]);
+            const float Ra = insolationofthisstep(*Rpot, block.dates[j].dayOfYear);
+            block.part(shortWave)[j] = directbeamsolar(Ra, temperatures.tMin[k], temperatures.tMax[k]);
         }
     }
 }
 
-bool Blocks::runBlock(const Block& block) const {
+bool Blocks::runBlock(const Block& block, bool isLast) {
     for (const auto& [begin, end, stepByStep] : schedule_.groups) {
         const std::int32_t rounds = stepByStep ? block.length : 1;
         for (std::int32_t round = 0; round < rounds; ++round) {
             const Block part = stepByStep ? block.step(round) : block;
             for (std::size_t i = begin; i < end; ++i) {
-                runTask(schedule_.order[i], part);
+                runTask(schedule_.order[i], part, isLast);
                 if (Globals_->ErrFlag == 1) return false;
             }
         }
@@ -330,15 +355,19 @@ bool Blocks::runBlock(const Block& block) const {
     return true;
 }
 
-void Blocks::runTask(std::size_t task, const Block& block) const {
+void Blocks::runTask(std::size_t task, const Block& block, bool isLast) {
     const bool hasTransfers = transferStart_[task] != transferStart_[task + 1];
     if (hasTransfers) transfer(task, true, block);
-    const auto& [in1, in2, out1, out2] = ports_[task / 2];
+    const std::size_t position = task / 2;
+    const auto& [in1, in2, out1, out2] = ports_[position];
     const Ports ports{block.part(in1), block.part(in2), block.part(out1), block.part(out2)};
     for (const Bound& bound : tasks_[task].forms) {
         if (bound.run) bound.run(bound.form, block, ports);
     }
     if (hasTransfers) transfer(task, false, block);
+    if (!isLast || task != taskOf(position, false)) return;
+    const std::int32_t j = block.length - 1;
+    PutInCrossSignal(signals_, connections_, position, ports.out1[j], ports.out2[j]);
 }
 
 void Blocks::transfer(std::size_t task, bool isBefore, const Block& block) const {
@@ -353,4 +382,12 @@ void Blocks::transfer(std::size_t task, bool isBefore, const Block& block) const
             if (transfer.part == Part::Whole) target[j].quantity = source[j].quantity;
         }
     }
+}
+
+// Leaves the driver's buffers as they are after a step of the last block.
+void Blocks::leave(std::int32_t j) {
+    step_.in1.quality = array(wiring_.last(kIn1))[j].quality;
+    step_.in2.quality = array(wiring_.last(kIn2))[j].quality;
+    step_.out1.quality = array(wiring_.last(kOut1))[j].quality;
+    step_.out2.quality = array(wiring_.last(kOut2))[j].quality;
 }

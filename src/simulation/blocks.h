@@ -12,6 +12,7 @@
 
 #include "components/model.h"
 #include "simulation.h"
+#include "simulation/lifetimes.h"
 #include "simulation/schedule.h"
 #include "simulation/wiring.h"
 
@@ -20,14 +21,14 @@ using Slots = std::array<Signal, kSlots>;
 
 class Blocks {
   public:
-    // After step CurStep has been evaluated by the list of components. `left` is what was in the slots after each of
-    // them. May throw std::bad_alloc.
-    Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left);
+    // For the steps after CurStep, which has been evaluated by the list of components, and before `end`; all lie within
+    // the series. `left` is what was in the slots after each component. May throw std::bad_alloc.
+    Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left,
+           std::int32_t end);
 
-    // Runs steps from CurStep on, those before `end`, which lie within the series. CurStep is then the first step that
-    // has not run: `end`, or one that is to be evaluated by the list of components. KESTO_RUN_FAILURE: a component has
-    // stopped the run in step CurStep.
-    std::int32_t run(std::int32_t end);
+    // Runs them, from CurStep on. CurStep is then the first step that has not run: `end`, or one that is to be
+    // evaluated by the list of components. KESTO_RUN_FAILURE: a component has stopped the run in step CurStep.
+    std::int32_t run();
 
   private:
     // Half of a component: one books its potentials, the other does all else.
@@ -44,22 +45,23 @@ class Blocks {
         const Signal* source;
     };
 
+    void bind();
+    std::size_t firstTask(std::size_t position) const;
+    void order();
+    std::vector<Need> needs() const;
+    std::vector<Lifetime> lifetimes() const;
     void layOut(const std::vector<Slots>& left);
-    // The elements for the steps of the block, of the sequence itself or as somebody reads it; null: it has no array.
+    // The elements for the steps of the block, of the sequence itself or as somebody reads it.
     Signal* array(std::size_t sequence);
     const Signal* array(const Reading& reading);
-    void addTransfers();
-    std::size_t firstTask(std::size_t position) const;
-    void bind();
+    void connect();
     void bindSum(std::size_t position);
-    std::vector<Need> needs() const;
-    void order();
+    void addTransfers();
 
-    std::int32_t lookAhead(std::int32_t end) const;
-    std::int32_t findDates(std::int32_t begin, std::int32_t length);
+    std::int32_t lookAhead();
     void radiate(const Block& block) const;
-    bool runBlock(const Block& block) const;
-    void runTask(std::size_t task, const Block& block) const;
+    bool runBlock(const Block& block, bool isLast);
+    void runTask(std::size_t task, const Block& block, bool isLast);
     void transfer(std::size_t task, bool isBefore, const Block& block) const;
     void leave(std::int32_t j);
 
@@ -67,19 +69,23 @@ class Blocks {
     Step& step_;
     CRossSignal& signals_;
     const CRossConnection& connections_;
+    std::int32_t end_;
     Wiring wiring_;
     Notes notes_;
-    std::vector<std::int32_t> places_;  // of each sequence among the arrays; -1: without
-    std::vector<Signal> arrays_;
-    std::vector<Signal*> readBack_;  // arrays whose first element is read
-    std::vector<Signal> unread_;     // what nobody reads goes here
     std::vector<Task> tasks_;
+    Schedule schedule_;
     std::vector<Ports> ports_;  // by component
     std::vector<Transfer> transfers_;
     std::vector<std::size_t> transferStart_;  // of each task in transfers_
-    Schedule schedule_;
-    std::vector<Date> dates_;
+
     std::int32_t blockLength_ = 0;
+    std::size_t arrayLength_ = 0;
+    Places places_;  // of each sequence's array
+    std::vector<Signal> arrays_;
+    std::vector<Signal*> readBack_;  // arrays whose first element is read
+    std::vector<Signal> unread_;     // what nobody reads goes here
+    std::vector<float> blockArrays_;
+    std::vector<Date> dates_;  // of all steps, when some form needs them
 };
 
 #endif

@@ -172,9 +172,9 @@ std::int32_t runSteps(Run& run, Step& step, std::int32_t end) {
 std::int32_t runBlocks(Run& run, Step& step, std::int32_t end) {
     std::vector<Slots> left(run.instInfo.CompntId.size());
     if (const std::int32_t status = runStep(run, step, &left); status != KESTO_SUCCESS) return status;
-    Blocks blocks(step, run.signals, run.connections, left);
+    Blocks blocks(step, run.signals, run.connections, left, end);
     ++step.Globals->CurStep;
-    return blocks.run(end);
+    return blocks.run();
 }
 
 std::int32_t runAll(Run& run, Step& step, std::int32_t last) try {

@@ -97,8 +97,8 @@ class DepthFirst {
 
 }  // namespace
 
-Schedule makeSchedule(const std::vector<Need>& needs, const std::vector<std::size_t>& wanted) {
-    DepthFirst search(needs, wanted.size());
+Schedule makeSchedule(std::size_t tasks, const std::vector<Need>& needs, const std::vector<std::size_t>& wanted) {
+    DepthFirst search(needs, tasks);
     for (const std::size_t task : wanted)
         search.visit(task);
     return search.take();

@@ -22,9 +22,9 @@ struct Schedule {
 // A task and one whose results it needs, of the same step or of an earlier one.
 using Need = std::pair<std::size_t, std::size_t>;
 
-// Every task after all that it needs. Tasks that need each other, directly or through others, or that need their own
-// earlier results, form a group; within one, tasks are in ascending order. Otherwise the order follows `wanted`, which
-// lists all tasks: each comes as early as its turn, or as somebody who needs it, has it. Linear in tasks and needs.
-Schedule makeSchedule(const std::vector<Need>& needs, const std::vector<std::size_t>& wanted);
+// Every task, of those from 0 to `tasks`, after all that it needs. Tasks that need each other, directly or through
+// others, or that need their own earlier results, form a group; within one, tasks are in ascending order. Otherwise the
+// order follows `wanted`: each comes as early as its turn, or that of somebody who needs it. Linear in tasks and needs.
+Schedule makeSchedule(std::size_t tasks, const std::vector<Need>& needs, const std::vector<std::size_t>& wanted);
 
 #endif
