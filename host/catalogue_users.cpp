@@ -12,8 +12,8 @@ Type appliance() {
             .tag = "OU",
             .codes = {1, 2, 4, 5, 6, 7, 8, 9, 10},
             .summary =
-                "A use of water by a group. Kinds 9 and 10 do not depend on the people present; the water of kind "
-                "9 goes into the ground.",
+                "A use of water by a group. What a kind stands for is up to the model, but kinds 9 and 10 do not "
+                "depend on the people present, and the water of kind 9 goes into the ground.",
             .out = {{"wastewater", Carries::water, "what is released, with water_quality"},
                     {"demand", Carries::demand, "what is drawn"}},
             .parameters = {{1, "volume_per_use", "L", "water drawn for one use"},

@@ -1,8 +1,12 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
+#include <vector>
 
 #include "commands.h"
+#include "diagnostics.h"
 
 namespace {
 
@@ -11,6 +15,17 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
         ->allow_extra_args(false);
     command.add_option("--from", options.from, "First day, in place of the model's; initial states count there");
     command.add_option("--to", options.to, "Last day, in place of the model's");
+}
+
+// The argument library would only say that a subcommand is missing.
+bool isUnknownCommand(const CLI::App& app, std::string_view word) {
+    std::vector<std::string_view> names;
+    for (const CLI::App* command : app.get_subcommands({}))
+        names.emplace_back(command->get_name());
+    if (word.starts_with('-') || std::find(names.begin(), names.end(), word) != names.end()) return false;
+    std::cerr << "kesto: error: there is no command \"" << word << "\"; kesto --help lists them"
+              << kesto::suggestion(word, names) << '\n';
+    return true;
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -63,6 +78,7 @@ int runCommandLine(int argc, char** argv) {
 
     CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of the model file, for editors");
 
+    if (argc > 1 && isUnknownCommand(app, argv[1])) return kesto::kBadModel;
     try {
         app.parse(argc, argv);
         const int status = [&] {

@@ -47,7 +47,7 @@ size = 50                        # m2
 [[components]]
 name = "toilet"
 type = "appliance"
-kind = 1
+kind = 1                         # of the uses above
 group = "house"
 brand = "toilet"
 

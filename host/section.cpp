@@ -94,13 +94,16 @@ std::optional<double> readQuantity(const Value& value, std::string_view unit, co
     const std::string wanted = unit.empty() || unit == "-" ? "a number" : fmt::format("a number in {}", unit);
     if (value.isNumber() && std::isfinite(value.number)) return value.number;
     const std::size_t blank = value.kind == Value::Kind::text ? value.text.find(' ') : std::string::npos;
-    if (blank == std::string::npos) {
+    // "3m3" was meant to have a unit.
+    const bool startsWithDigit = value.kind == Value::Kind::text && !value.text.empty() && value.text[0] >= '0' &&
+                                 value.text[0] <= '9' && unitsFor(unit).size() > 1;
+    if (blank == std::string::npos && !startsWithDigit) {
         diagnostics.error(value.place, fmt::format("{} is {}; expected {}", what, describe(value), wanted));
         return std::nullopt;
     }
-    const auto number = parseNumber(std::string_view(value.text).substr(0, blank));
-    const auto found = std::string_view(value.text).substr(blank + 1);
-    const auto factor = conversion(found, unit);
+    const std::string_view text = value.text;
+    const auto number = parseNumber(text.substr(0, blank));
+    const auto factor = conversion(blank == std::string::npos ? "" : text.substr(blank + 1), unit);
     if (!number || !factor) {
         diagnostics.error(value.place,
                           fmt::format("{} is {}; expected {}, or a text with a number, a blank and one of {}", what,

@@ -240,6 +240,15 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
                 self.assertEqual(done.returncode, 2)
                 self.assertNotEqual(done.stderr, "")
 
+    def test_unknown_command_is_named(self):
+        self.assertEqual(self.kesto("chekc", "model.toml").stderr,
+                         'kesto: error: there is no command "chekc"; kesto --help lists them; did you mean "check"?\n')
+
+    def test_unit_without_blank(self):
+        self.assertEqual(self.kesto("run", "model.toml", "--set", "tank.size=3m3").stderr,
+                         '--set tank.size=3m3: error: component "tank": size is the text "3m3"; expected a number in L, '
+                         "or a text with a number, a blank and one of L, m3, ML or hm3\n")
+
     def start_long_run(self, *arguments):
         """A run of some seconds, and the id of the engine's process."""
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
