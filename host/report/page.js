@@ -127,7 +127,9 @@ class TimeChart {
   // What changes says more than what stays the same.
   mostVaried() {
     const variety = this.section.series.map(one => new Set(values(one, this.section.marksAbsence)).size);
-    return variety.map((_, i) => i).sort((a, b) => variety[b] - variety[a]).slice(0, kFirstShown);
+    const order = variety.map((_, i) => i).sort((a, b) => variety[b] - variety[a]);
+    const changing = order.filter(i => variety[i] > 1);
+    return (changing.length ? changing : order).slice(0, kFirstShown);
   }
 
   colour(i) { return colours[i % colours.length]; }
