@@ -1,6 +1,6 @@
 /* A host in C: a roof fills a tank that a garden draws from, for eight days.
  *
- *   cc hosts/c/host.c -Isrc -Lbuild/release -lKESTO -Wl,-rpath,build/release -o host && ./host
+ *   cc hosts/c/host.c -Isrc -Lbuild/release -lKESTO -Wl,-rpath,build/release -o build/c-host && build/c-host
  */
 #include <stdio.h>
 #include <string.h>

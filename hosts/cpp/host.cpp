@@ -1,7 +1,8 @@
 // A host in C++: a roof fills a tank that a garden draws from, for eight days. The tables are vectors, and the outputs
 // are given back when the object that holds the record goes.
 //
-//   c++ -std=c++20 hosts/cpp/host.cpp -Isrc -Lbuild/release -lKESTO -Wl,-rpath,build/release -o host && ./host
+//   c++ -std=c++20 hosts/cpp/host.cpp -Isrc -Lbuild/release -lKESTO -Wl,-rpath,build/release -o build/cpp-host
+//   build/cpp-host
 
 #include <cstdio>
 #include <stdexcept>

@@ -1,8 +1,8 @@
 // A host in C#: a roof fills a tank that a garden draws from, for eight days. What the library reads stands in memory
 // that the garbage collector does not move while the record points there.
 //
-//   mcs -unsafe hosts/csharp/Host.cs hosts/csharp/Kesto.cs -out:host.exe
-//   LD_LIBRARY_PATH=build/release mono host.exe
+//   mcs -unsafe hosts/csharp/Host.cs hosts/csharp/Kesto.cs -out:build/csharp-host.exe
+//   LD_LIBRARY_PATH=build/release mono build/csharp-host.exe
 
 using System;
 using System.Collections.Generic;

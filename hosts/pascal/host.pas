@@ -1,6 +1,7 @@
 { A host in Free Pascal: a roof fills a tank that a garden draws from, for eight days.
 
-    fpc -Flbuild/release -k-rpath -kbuild/release -ohost hosts/pascal/host.pas && ./host }
+    fpc -Flbuild/release -k-rpath -kbuild/release -FUbuild -obuild/pascal-host hosts/pascal/host.pas
+    build/pascal-host }
 program host;
 
 {$mode objfpc}{$packrecords c}

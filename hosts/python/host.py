@@ -1,6 +1,6 @@
 """A host in Python: a roof fills a tank that a garden draws from, for eight days.
 
-    PYTHONPATH=python KESTO_LIBRARY=build/release/libKESTO.so hosts/python/host.py
+    PYTHONPATH=python KESTO_LIBRARY=build/release/libKESTO.so python3 hosts/python/host.py
 """
 import sys
 
