@@ -251,7 +251,7 @@ class Binder {
     Element* array(std::size_t count) {
         static_assert(std::is_trivially_destructible_v<Element>);
         std::pmr::memory_resource& memory = notes_ ? notes_->memory : own_;
-        return static_cast<Element*>(memory.allocate(count * sizeof(Element), alignof(Element)));
+        return std::pmr::polymorphic_allocator<Element>(&memory).allocate(count);
     }
     template <typename Element>
     const Element* keep(const std::vector<Element>& elements) {
@@ -259,6 +259,7 @@ class Binder {
         std::uninitialized_copy(elements.begin(), elements.end(), kept);
         return kept;
     }
+
     // What one form of the component fills and the next one reads.
     BlockArray handedOver();
 
