@@ -40,20 +40,23 @@ struct Uses {
     const float *frequencies, *occupancy, *fluctuation;  // occupancy: null for kinds that run alone
     float dt;
 
-    // Looked up in two parts, since the multiplier comes between them.
-    explicit Uses(Binder& b) : kind(b.type()), dt(b.timeStep()) {
-        frequencies = b.frequencies(b.key(), kind, kKinds);
-        // The series is required of kinds that run alone as well.
-        const float* const required = b.ofKey(Series::Occup);
-        occupancy = runsAlone(kind) ? nullptr : required;
-    }
-    void readFluctuation(Binder& b) { fluctuation = b.ofKey(Series::Dmdflct); }
-
     float n(std::int32_t k) const { return occupancy ? occupancy[k] : 1.0F; }
     float f(std::int32_t k) const { return frequencies[static_cast<std::ptrdiff_t>(kKinds) * k + kind - 1]; }
     float perStep(std::int32_t k) const { return usesPerStep(n(k), f(k), dt, fluctuation[k]); }
     float volume(std::int32_t k, float s1) const { return volumePerStep(n(k), f(k), s1, dt, fluctuation[k]); }
 };
+
+// All but the fluctuation, which is looked up later.
+Uses readUses(Binder& b) {
+    Uses uses{};
+    uses.kind = b.type();
+    uses.frequencies = b.frequencies(b.key(), uses.kind, kKinds);
+    // The series is required of kinds that run alone as well.
+    const float* const required = b.ofKey(Series::Occup);
+    uses.occupancy = runsAlone(uses.kind) ? nullptr : required;
+    uses.dt = b.timeStep();
+    return uses;
+}
 
 struct Potentials {
     float s1, s3, s12, s13;
@@ -61,11 +64,11 @@ struct Potentials {
     const float* m;
     float *InfPot, *NrgPot, *OprPot, *CapPot;
 
-    explicit Potentials(Binder& b) : Potentials(b, b.specifications<1, 3, 12, 13>()) {}
-    Potentials(Binder& b, std::tuple<float, float, float, float> specifications) : uses(b) {
-        std::tie(s1, s3, s12, s13) = specifications;
+    explicit Potentials(Binder& b) {
+        std::tie(s1, s3, s12, s13) = b.specifications<1, 3, 12, 13>();
+        uses = readUses(b);
         m = b.multiplier();
-        uses.readFluctuation(b);
+        uses.fluctuation = b.ofKey(Series::Dmdflct);
         InfPot = uses.kind == kOutdoor ? b.potential(Series::InfPot) : nullptr;
         NrgPot = b.potential(Series::NrgPot);
         OprPot = b.potential(Series::OprPot);
@@ -85,10 +88,10 @@ struct Flows {
     float s1, s25;
     Uses uses;
 
-    explicit Flows(Binder& b) : Flows(b, b.specifications<1, 25>()) {}
-    Flows(Binder& b, std::tuple<float, float> specifications) : uses(b) {
-        std::tie(s1, s25) = specifications;
-        uses.readFluctuation(b);
+    explicit Flows(Binder& b) {
+        std::tie(s1, s25) = b.specifications<1, 25>();
+        uses = readUses(b);
+        uses.fluctuation = b.ofKey(Series::Dmdflct);
     }
 
     void run(const Block& block, const Ports& ports) const {

@@ -60,8 +60,6 @@ struct Evaporation {
     const DayTable* Rpot;
     Temperatures temperatures;
 
-    Evaporation(Binder& b, const DayTable& table) : Rpot(&table), temperatures(b.temperatures()) { b.dates(); }
-
     float at(const Block& block, std::int32_t j) const {
         const std::int32_t k = block.begin + j;
         return hargreaves(insolationofthisstep(*Rpot, block.dates[j].dayOfYear), temperatures.tMin[k],
@@ -69,36 +67,25 @@ struct Evaporation {
     }
 };
 
-struct Specifications {
-    float s12, s13, f27, k28, Smax, q25;
-    const DayTable* Rpot;
-};
-
-Specifications readForPotentials(Binder& b) {
-    static DayTable Rpot{};
-    requireDailyStep(b);
-    b.fillOnFirstUse(Rpot);
-    const auto [s12, s13, f27, k28] = b.specifications<12, 13, 27, 28>();
-    return {s12, s13, f27, k28, 0.0F, 0.0F, &Rpot};
-}
-
-Specifications readForFlows(Binder& b) {
-    static DayTable Rpot{};
-    requireDailyStep(b);
-    b.fillOnFirstUse(Rpot);
-    const auto [Smax, q25, f27, k28] = b.specifications<1, 25, 27, 28>();
-    return {0.0F, 0.0F, f27, k28, Smax, q25, &Rpot};
+Evaporation readEvaporation(Binder& b, const DayTable& Rpot) {
+    const Temperatures temperatures = b.temperatures();
+    b.dates();
+    return {&Rpot, temperatures};
 }
 
 struct Potentials {
-    float A, dt;
-    Specifications s;
+    float A, s12, s13, f27, k28, dt;
     Evaporation evaporation;
     const float *m, *S;
     float *InfPot, *EvaPot, *NrgPot, *CapPot, *OprPot;
 
-    explicit Potentials(Binder& b)
-        : A(b.size()), dt(b.timeStep()), s(readForPotentials(b)), evaporation(b, *s.Rpot), m(b.multiplier()) {
+    explicit Potentials(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        static DayTable Rpot{};
+        requireDailyStep(b);
+        b.fillOnFirstUse(Rpot);
+        std::tie(s12, s13, f27, k28) = b.specifications<12, 13, 27, 28>();
+        evaporation = readEvaporation(b, Rpot);
+        m = b.multiplier();
         S = b.before(Series::WatQuant);
         InfPot = b.potential(Series::InfPot);
         EvaPot = b.potential(Series::EvaPot);
@@ -113,30 +100,31 @@ struct Potentials {
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float E = evaporation.at(block, j);
             const float factor = factors ? factors[j] : 1.0F;
-            block.add(InfPot, j, (held[j] * s.k28 * dt - s.f27 * E) * factor * A);
+            block.add(InfPot, j, (held[j] * k28 * dt - f27 * E) * factor * A);
             block.add(EvaPot, j, factor * E * A);
             block.add(NrgPot, j, static_cast<double>(E * -factor * A) * kEnergyOfEvaporation);
         }
-        block.book(CapPot, m, [&](float factor) { return s.s12 * factor * A; });
-        block.book(OprPot, m, [&](float factor) { return dt * (factor * A * s.s13) / 365.0F; });
+        block.book(CapPot, m, [&](float factor) { return s12 * factor * A; });
+        block.book(OprPot, m, [&](float factor) { return dt * (factor * A * s13) / 365.0F; });
     }
 };
 
 struct Flows {
-    float A, dt;
-    Specifications s;
+    float A, Smax, q25, f27, k28, dt;
     const float *S, *P;
     Evaporation evaporation;
     float* S1;
 
-    explicit Flows(Binder& b)
-        : A(b.size()),
-          dt(b.timeStep()),
-          s(readForFlows(b)),
-          S(b.before(Series::WatQuant)),
-          P(b.ofKey(Series::Rainfall)),
-          evaporation(b, *s.Rpot),
-          S1(b.after(Series::WatQuant)) {}
+    explicit Flows(Binder& b) : A(b.size()), dt(b.timeStep()) {
+        static DayTable Rpot{};
+        requireDailyStep(b);
+        b.fillOnFirstUse(Rpot);
+        std::tie(Smax, q25, f27, k28) = b.specifications<1, 25, 27, 28>();
+        S = b.before(Series::WatQuant);
+        P = b.ofKey(Series::Rainfall);
+        evaporation = readEvaporation(b, Rpot);
+        S1 = b.after(Series::WatQuant);
+    }
 
     void run(const Block& block, const Ports& ports) const {
         float held = *block.before(S);
@@ -144,9 +132,9 @@ struct Flows {
         float* const levels = block.now(S1);
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float E = evaporation.at(block, j);
-            const auto [level, spill, shortfall] = balance(rain[j], held, s.k28, dt, E, s.f27, s.Smax);
+            const auto [level, spill, shortfall] = balance(rain[j], held, k28, dt, E, f27, Smax);
             levels[j] = held = level;
-            ports.out1[j] = {spill * A, s.q25};
+            ports.out1[j] = {spill * A, q25};
             ports.out2[j] = {shortfall * A, -1.0F};
         }
     }
