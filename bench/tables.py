@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """tables.py KESTO_BENCH [FILTER]: runs the benchmarks twice and prints the tables of docs/performance.md.
 
 Where two numbers stand in a cell, they are those of the two runs.
