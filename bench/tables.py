@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""tables.py KESTO_BENCH [FILTER]: runs the benchmarks twice and prints the tables of docs/performance.md.
+"""tables.py KESTO_BENCH: runs the benchmarks twice and prints the tables of docs/performance.md.
 
 Where two numbers stand in a cell, they are those of the two runs.
 """
@@ -13,9 +13,9 @@ from pathlib import Path
 BRANDS = Path(__file__).with_name("brands.h")
 
 
-def run(program, wanted):
+def run(program):
     """The counters of each benchmark, by its name without what the library adds to it."""
-    command = [program, f"--benchmark_filter={wanted}", "--benchmark_min_time=0.3", "--benchmark_format=json"]
+    command = [program, "--benchmark_min_time=0.3", "--benchmark_format=json"]
     out = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=True).stdout
     names = {row["name"]: row for row in json.loads(out)["benchmarks"]}
     return {re.sub("/(iterations|manual_time).*", "", name): row for name, row in names.items()}
@@ -66,4 +66,4 @@ def print_tables(runs):
 
 
 if __name__ == "__main__":
-    print_tables([run(sys.argv[1], sys.argv[2] if len(sys.argv) > 2 else ".") for _ in range(2)])
+    print_tables([run(sys.argv[1]) for _ in range(2)])
