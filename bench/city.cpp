@@ -3,12 +3,12 @@
 //
 //   36   4 houses with no tank: 4 appliances each
 //   30   2 houses with a rainwater tank: 7 appliances each
-//   13   water supply: the street's junction, a works, a refilled store, splitter, throughput, well, two reservoirs
-//   with
-//        release, hydropower and catchment, a demand put in
-//   10   sewage: the street's mixer, delay, membrane, connector, a store, quota, pump ...
+//   13   water supply: the street's junction, a refilled store, splitter, throughput, well, two reservoirs with
+//   release,
+//        hydropower, catchment and river, a demand put in
+//    9   sewage: the street's mixer, delay, membrane, connector, a store, quota, pump ...
 //    7   storm water: the street's mixer, green roof, soil, soak-away, outlet store, threshold, logger
-//    4   two scaling links, a collector or a net radiation unit, a wind turbine
+//    5   abstraction, transport or treatment works; two scaling links; solar collector or net radiation; wind turbine
 
 #include <array>
 
