@@ -56,6 +56,8 @@ int main() {
     isOver = true;
     watcher.join();
     std::printf("status %d, %d values of CurStep seen, the last %d\n", status, seen, *current);
-    const bool isRight = status == KESTO_SUCCESS && !wentBack && seen >= kFewestSeen && *current == kSteps;
+    const std::int32_t last = *current;
+    host.free();
+    const bool isRight = status == KESTO_SUCCESS && !wentBack && seen >= kFewestSeen && last == kSteps;
     return isRight ? EXIT_SUCCESS : EXIT_FAILURE;
 }
