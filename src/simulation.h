@@ -63,7 +63,7 @@ std::int32_t GetFromCrossSignal(const CRossSignal& signals, const CRossConnectio
 void PutInCrossSignal(CRossSignal& signals, const CRossConnection& connections, std::size_t position, Signal out1,
                       Signal out2);
 
-// Multipliers (simulation/multipliers.cpp)
+// Multipliers (simulation/multiplier_series.cpp)
 
 // The multipliers that a component meets downstream, along the first listed connection of each component: where the
 // list begins and how many it has. The first one settles all that follow. Equal lists are the same product.

@@ -39,7 +39,7 @@ formats = dict(re.findall(r'constexpr char (k\w+)\[\] = "([^"]*)";', read(source
 dispatch = read(source / "simulation/dispatch.cpp")
 types = [(int(code), tag, inputs, calls)
          for code, tag, inputs, calls in re.findall(r'^    \{(\d+), "(\w\w)", (\w+), (.*)\},$', dispatch, flags=re.M)]
-memory = {word for name in ("driver", "multipliers", "outputs", "receivers")
+memory = {word for name in ("driver", "multiplier_series", "outputs", "receivers")
           for word in literals(source / f"simulation/{name}.cpp")
           if re.fullmatch(r"(Globals->)?[A-Z]\w+(\[i\]\.\w+)?|compIdNodeLink", word)}
 series = {word for word in literals(source / "components/series.h") if re.fullmatch(r"[A-Z]\w+", word)}

@@ -1,4 +1,4 @@
-#include "components/rn.cpp"
+#include "components/pumped_storage.cpp"
 
 #include <gtest/gtest.h>
 

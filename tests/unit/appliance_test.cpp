@@ -1,4 +1,4 @@
-#include "components/appliances.cpp"
+#include "components/appliance.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/soil_water.cpp"
+#include "components/soil_store.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/evaporating_store.cpp"
+#include "components/green_area.cpp"
 
 #include <gtest/gtest.h>
 

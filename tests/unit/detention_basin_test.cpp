@@ -1,4 +1,4 @@
-#include "components/outlet_store.cpp"
+#include "components/detention_basin.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/hydro_energy.cpp"
+#include "components/hydropower.cpp"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 //   Q, q   input
 //   v      Multpls of the component's own id at this step
 //
-// The same series also scales the potentials of all that lies upstream (simulation/multipliers.cpp).
+// The same series also scales the potentials of all that lies upstream (simulation/multiplier_series.cpp).
 
 #include "components/model.h"
 

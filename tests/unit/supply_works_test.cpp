@@ -1,4 +1,4 @@
-#include "components/abstraction.cpp"
+#include "components/supply_works.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/mn.cpp"
+#include "components/membrane.cpp"
 
 #include <gtest/gtest.h>
 

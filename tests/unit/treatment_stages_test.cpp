@@ -1,4 +1,4 @@
-#include "components/steady_draw.cpp"
+#include "components/treatment_stages.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/surface_water.cpp"
+#include "components/reservoir.cpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "components/wind_energy.cpp"
+#include "components/wind_turbine.cpp"
 
 #include <gtest/gtest.h>
 
