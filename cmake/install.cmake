@@ -25,10 +25,10 @@ if(TARGET kesto)
     set_target_properties(kesto PROPERTIES INSTALL_RPATH "$ORIGIN/${library_folder}")
     install(TARGETS kesto)
 endif()
-file(GLOB man_pages CONFIGURE_DEPENDS host/*.1 docs/man/*.1)
+file(GLOB man_pages CONFIGURE_DEPENDS command/commands/*.1)
 install(FILES ${man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 if(TARGET kesto)
-    install(FILES host/completion/kesto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kesto)
+    install(FILES command/commands/completion/kesto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kesto)
 endif()
 
 # Python's wrapper, the examples, the small hosts, and what there is to read.

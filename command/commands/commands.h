@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "model_reader.h"
+#include "read_options.h"
 
 namespace kesto {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "balance.h"
-#include "model_reader.h"
+#include "read_options.h"
 #include "results.h"
 
 namespace kesto {

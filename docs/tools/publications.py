@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Computes how far the engine's formulas are from the publications, by calling the engine.
 
-  docs/publications.py build/release/libKESTO.so             compares with the figures in publications.md
-  docs/publications.py build/release/libKESTO.so --update    rewrites them; read the difference
+  docs/tools/publications.py build/release/libKESTO.so             compares with the figures in publications.md
+  docs/tools/publications.py build/release/libKESTO.so --update    rewrites them; read the difference
 """
 
 import argparse
@@ -15,7 +15,7 @@ import pathlib
 import re
 import sys
 
-PAGE = pathlib.Path(__file__).resolve().parent / "publications.md"
+PAGE = pathlib.Path(__file__).resolve().parents[1] / "publications.md"
 DAYS_BEFORE = [0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334]
 
 # Allen, Pereira, Raes and Smith (1998), FAO Irrigation and Drainage Paper 56, Table 2.6: extraterrestrial radiation on

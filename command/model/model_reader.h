@@ -3,17 +3,12 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "diagnostics.h"
 #include "model.h"
+#include "read_options.h"
 
 namespace kesto {
-
-struct ReadOptions {
-    std::vector<std::string> set;  // as in tank.size=3000
-    std::string from, to;          // first and last day of the run; empty: the model's
-};
 
 // A model as far as it could be understood; it is fit to be run only when the diagnostics hold no error. None when the
 // file cannot be read at all.

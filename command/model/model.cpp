@@ -58,6 +58,20 @@ std::optional<std::string_view> unitBooked(const Component& component, Potential
     return type.booksDepth ? "mm" : info(potential).unit;
 }
 
+SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {
+    if (need.filing == Filing::own) return component.series[need.kind];
+    if (component.group < 0) return kNoSource;
+    return model.groups[static_cast<std::size_t>(component.group)].series[need.kind];
+}
+
+bool isNeeded(const Model& model, const SeriesNeed& need) {
+    return !need.onlyTracing || model.simulation.traceSources;
+}
+
+std::string nameOf(const Component& component) {
+    return "component \"" + component.name + "\"";
+}
+
 std::string outputName(const Component& component, int port) {
     return component.name + ":" + portName(component.type->out, port);
 }

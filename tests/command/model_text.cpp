@@ -129,7 +129,7 @@ std::string randomModel(std::mt19937& random, int components) {
 
 std::string writeModel(const std::string& text) {
     static const std::filesystem::path folder = [] {
-        auto path = std::filesystem::temp_directory_path() / fmt::format("kesto-host-tests-{}", getpid());
+        auto path = std::filesystem::temp_directory_path() / fmt::format("kesto-command-tests-{}", getpid());
         std::filesystem::create_directories(path);
         return path;
     }();

@@ -102,7 +102,7 @@ class Schema(unittest.TestCase):
         jsonschema.Draft202012Validator.check_schema(SCHEMA)
 
     def test_takes_the_models_there_are(self):
-        paths = list(models_below("examples", "docs", "tests/host/doubtful", "tests/host/failing"))
+        paths = list(models_below("examples", "docs", "tests/command/doubtful", "tests/command/failing"))
         self.assertGreater(len(paths), 20)
         for path in paths:
             self.assertEqual(faults(tomllib.loads(path.read_text())), [], path)
@@ -114,7 +114,7 @@ class Schema(unittest.TestCase):
 
     def test_refuses_what_is_broken(self):
         for name in ("missing", "names", "top", "series"):
-            text = (SOURCES / f"tests/host/broken/{name}.toml").read_text()
+            text = (SOURCES / f"tests/command/broken/{name}.toml").read_text()
             self.assertNotEqual(faults(tomllib.loads(text)), [], name)
 
     def broken(self, change, where):

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "checks.h"
 
 namespace kesto {
 

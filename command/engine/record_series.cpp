@@ -1,7 +1,6 @@
 // The record's series: of groups, of components, and the states that the engine writes.
 #include <algorithm>
 
-#include "checks.h"
 #include "record.h"
 
 namespace kesto {

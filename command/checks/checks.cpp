@@ -33,18 +33,4 @@ void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnosti
     checkValues(model, series, diagnostics);
 }
 
-SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {
-    if (need.filing == Filing::own) return component.series[need.kind];
-    if (component.group < 0) return kNoSource;
-    return model.groups[static_cast<std::size_t>(component.group)].series[need.kind];
-}
-
-bool isNeeded(const Model& model, const SeriesNeed& need) {
-    return !need.onlyTracing || model.simulation.traceSources;
-}
-
-std::string nameOf(const Component& component) {
-    return fmt::format("component \"{}\"", component.name);
-}
-
 }  // namespace kesto

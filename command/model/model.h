@@ -142,7 +142,14 @@ struct Model {
 // does not book it.
 std::optional<std::string_view> unitBooked(const Component& component, Potential potential);
 
-// "tank:overflow".
+// The source that meets a need of a component, its own or its group's; kNoSource when there is none.
+SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need);
+
+// True when the engine will read this series in a run of this model.
+bool isNeeded(const Model& model, const SeriesNeed& need);
+
+// For messages: 'component "wc"' and "tank:overflow".
+std::string nameOf(const Component& component);
 std::string outputName(const Component& component, int port);
 
 }  // namespace kesto

@@ -2,8 +2,8 @@
 """Runs the commands of docs/guide/first-model.md and compares what they print, and the tables of model-file.md with the
 command's catalogue.
 
-  docs/check_guide.py --kesto build/release/kesto              checks
-  docs/check_guide.py --kesto build/release/kesto --update     rewrites outputs and tables; read the difference
+  docs/tools/check_guide.py --kesto build/release/kesto              checks
+  docs/tools/check_guide.py --kesto build/release/kesto --update     rewrites outputs and tables; read the difference
 """
 
 import argparse
@@ -15,7 +15,7 @@ import subprocess
 import sys
 import tempfile
 
-GUIDE = pathlib.Path(__file__).resolve().parent / "guide"
+GUIDE = pathlib.Path(__file__).resolve().parents[1] / "guide"
 CONSOLE = re.compile(r"(```console\n)(.*?)(```\n)", re.DOTALL)
 
 

@@ -7,8 +7,8 @@ six digits. The tables of types, ports, series and specifications are those of t
 Besides, each type of the engine's table must have a page, which gives the potentials that it books, and links between pages must
 lead somewhere.
 
-  docs/check.py --kesto build/release/kesto              checks all pages
-  docs/check.py --kesto build/release/kesto --update     rewrites tables, quoted models and figures; read the difference
+  docs/tools/check.py --kesto build/release/kesto              checks all pages
+  docs/tools/check.py --kesto build/release/kesto --update     rewrites tables, quoted models and figures; read the difference
 """
 
 import argparse
@@ -22,7 +22,7 @@ import tempfile
 
 from catalogue_tables import with_tables
 
-DOCS = pathlib.Path(__file__).resolve().parent
+DOCS = pathlib.Path(__file__).resolve().parents[1]
 PAGES = DOCS / "components"
 BLOCK = re.compile(r"(\[examples/(?P<file>[\w-]+\.toml)\]\(examples/(?P=file)\).*?\n```toml\n)(?P<model>.*?)"
                    r"(```\n.*?```csv\n)(?P<figures>.*?)(```\n)", re.DOTALL)

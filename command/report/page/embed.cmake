@@ -1,6 +1,6 @@
 # Writes the parts of the page as a source file. Without a folder of uPlot its parts are empty.
 #
-#   cmake -D FOLDER=host/report -D UPLOT=node_modules/uplot -D OUTPUT=page.cpp -P embed.cmake
+#   cmake -D FOLDER=command/report/page -D UPLOT=node_modules/uplot -D OUTPUT=page.cpp -P embed.cmake
 set(source "#include \"report_page.h\"\n\nnamespace kesto::page {\n\n")
 foreach(part IN ITEMS kHtml:${FOLDER}/page.html kCss:${FOLDER}/page.css kScript:${FOLDER}/page.js
         kUplotScript:${UPLOT}/dist/uPlot.iife.min.js kUplotCss:${UPLOT}/dist/uPlot.min.css kUplotLicence:${UPLOT}/LICENSE)

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "balance.h"
-#include "model_reader.h"
+#include "read_options.h"
 #include "results.h"
 
 namespace kesto {

@@ -16,13 +16,4 @@ void checkNetwork(const Model& model, Diagnostics& diagnostics);
 void checkDoubts(const Model& model, Diagnostics& diagnostics);
 void checkValues(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 
-// The source that meets a need of a component, its own or its group's; kNoSource when there is none.
-SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need);
-
-// True when the engine will read this series in a run of this model.
-bool isNeeded(const Model& model, const SeriesNeed& need);
-
-// 'component "wc"' for messages.
-std::string nameOf(const Component& component);
-
 }  // namespace kesto
