@@ -45,11 +45,11 @@ std::string toString(const Place& place) {
 }
 
 void Diagnostics::error(const Place& place, std::string text) {
-    all_.push_back({Severity::error, place, std::move(text)});
+    all_.push_back({.severity = Severity::error, .place = place, .text = std::move(text)});
 }
 
-void Diagnostics::warning(const Place& place, std::string text) {
-    all_.push_back({Severity::warning, place, std::move(text)});
+void Diagnostics::warning(const WarningCode& code, const Place& place, std::string text, std::string component) {
+    all_.push_back({Severity::warning, place, std::move(text), code.name, std::move(component)});
 }
 
 bool Diagnostics::hasErrors() const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "place.h"
+#include "warning_codes.h"
 
 namespace kesto {
 
@@ -16,12 +17,14 @@ struct Diagnostic {
     Severity severity;
     Place place;
     std::string text;
+    std::string_view code = {};  // of a warning
+    std::string component = {};  // name of the one it is about; empty: of none, or of several
 };
 
 class Diagnostics {
   public:
     void error(const Place& place, std::string text);
-    void warning(const Place& place, std::string text);
+    void warning(const WarningCode& code, const Place& place, std::string text, std::string component = {});
 
     bool hasErrors() const;
     std::size_t count(Severity severity) const;

@@ -35,7 +35,8 @@ class ComponentChecks {
     void checkBrandsAreUsed() {
         for (const Brand& brand : model_.brands) {
             if (!usedBrands_.contains(brand.id)) {
-                diagnostics_.warning(brand.place, fmt::format("brand \"{}\" is used by no component", brand.name));
+                diagnostics_.warning(warn::kUnusedBrand, brand.place,
+                                     fmt::format("brand \"{}\" is used by no component", brand.name));
             }
         }
     }
@@ -56,9 +57,9 @@ class ComponentChecks {
             }
             const Brand& brand = model_.brands[static_cast<std::size_t>(component.brand)];
             if (brand.specifications.contains(parameter.number)) continue;
-            shared_.add(Severity::error, brand.place, component,
-                        fmt::format("brand \"{}\" does not give {} [{}], {}; needed by", brand.name, parameter.name,
-                                    parameter.unit, parameter.meaning));
+            shared_.addError(brand.place, component,
+                             fmt::format("brand \"{}\" does not give {} [{}], {}; needed by", brand.name,
+                                         parameter.name, parameter.unit, parameter.meaning));
         }
     }
 
@@ -70,8 +71,9 @@ class ComponentChecks {
                               size.unit.empty() ? "" : fmt::format(" [{}]", size.unit)));
         }
         if (size.meaning.empty() && component.hasSize) {
-            diagnostics_.warning(component.sizePlace,
-                                 fmt::format("{}: a {} does not read size", nameOf(component), component.type->name));
+            diagnostics_.warning(warn::kUnreadSize, component.sizePlace,
+                                 fmt::format("{}: a {} does not read size", nameOf(component), component.type->name),
+                                 component.name);
         }
         if (component.code == code::kDelay && component.hasSize &&
             (component.size < 0 || component.size > 2147483647.0 || component.size != std::floor(component.size))) {
@@ -111,9 +113,9 @@ class ComponentChecks {
 
     void missingOfGroup(const Component& component, std::string_view what, std::string_view unit) {
         const Group& group = model_.groups[static_cast<std::size_t>(component.group)];
-        shared_.add(Severity::error, group.place, component,
-                    fmt::format("group \"{}\" has no {} [{}], needed by", group.name, what, unit),
-                    fmt::format("; expected it in [groups.{}] or in [series]", group.name));
+        shared_.addError(group.place, component,
+                         fmt::format("group \"{}\" has no {} [{}], needed by", group.name, what, unit),
+                         fmt::format("; expected it in [groups.{}] or in [series]", group.name));
     }
 
     void checkUses(const Component& component) {
@@ -123,9 +125,10 @@ class ComponentChecks {
         if (source != kNoSource) {
             series_.of(source);
         } else {
-            shared_.add(Severity::error, group.place, component,
-                        fmt::format("group \"{}\" has no uses of kind {} [1/d], needed by", group.name, component.code),
-                        fmt::format("; expected uses = {{ {} = ... }} in [groups.{}]", component.code, group.name));
+            shared_.addError(
+                group.place, component,
+                fmt::format("group \"{}\" has no uses of kind {} [1/d], needed by", group.name, component.code),
+                fmt::format("; expected uses = {{ {} = ... }} in [groups.{}]", component.code, group.name));
         }
     }
 
@@ -171,7 +174,8 @@ class ComponentChecks {
                                              found == 1 ? "" : "s", type.reservoirs);
         if (type.reservoirsOptional && component.group < 0) return;
         if (type.reservoirsOptional) {
-            diagnostics_.warning(component.place, fmt::format("{} ({}): {}", nameOf(component), type.name, text));
+            diagnostics_.warning(warn::kFewReservoirs, component.place,
+                                 fmt::format("{} ({}): {}", nameOf(component), type.name, text), component.name);
         } else {
             error(component.place, component, text);
         }

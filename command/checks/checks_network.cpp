@@ -24,10 +24,11 @@ void checkPairs(const Model& model, const Network& network, Diagnostics& diagnos
             const auto [other, isNew] = first.emplace(connection.from, index);
             if (isNew) continue;
             diagnostics.warning(
-                connection.place,
+                warn::kReplacedConnection, connection.place,
                 fmt::format("{} replaces {}: two components carry one connection in each direction; put "
                             "a connector between them for a second",
-                            ends(model, connection), ends(model, model.connections[at(other->second)])));
+                            ends(model, connection), ends(model, model.connections[at(other->second)])),
+                model.components[i].name);
         }
     }
 }
@@ -64,15 +65,17 @@ void checkInputs(const Model& model, const Network& network, Diagnostics& diagno
                                           : found > 2                             ? "; a junction adds flows up"
                                                                                   : ""));
         } else if (!sums && found > 0 && static_cast<int>(ports.size()) < found) {
-            diagnostics.warning(component.place,
+            diagnostics.warning(warn::kSameInput, component.place,
                                 fmt::format("{} ({}): both senders use the same input; the other input "
                                             "gets none",
-                                            nameOf(component), type.name));
+                                            nameOf(component), type.name),
+                                component.name);
         } else if (!sums && found == 1 && *ports.begin() != 1) {
-            diagnostics.warning(component.place,
+            diagnostics.warning(warn::kUnreadInput, component.place,
                                 fmt::format("{} ({}): its only sender uses input 2; the component reads "
                                             "input 1 and finds no signal there",
-                                            nameOf(component), type.name));
+                                            nameOf(component), type.name),
+                                component.name);
         }
     }
 }
@@ -130,7 +133,8 @@ void checkWays(const Component& receiver, double visits, Diagnostics& diagnostic
     if (visits > kTooManyVisits) {
         diagnostics.error(receiver.place, text + "; expected fewer branches that meet again, or no loop behind it");
     } else {
-        diagnostics.warning(receiver.place, text + ": this takes long and much memory");
+        diagnostics.warning(warn::kLongTracing, receiver.place, text + ": this takes long and much memory",
+                            receiver.name);
     }
 }
 

@@ -32,8 +32,9 @@ class ValueDoubts {
     }
 
   private:
-    void doubt(const Place& place, const Component& component, std::string_view text) {
-        diagnostics_.warning(place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text));
+    void doubt(const WarningCode& code, const Place& place, const Component& component, std::string_view text) {
+        diagnostics_.warning(code, place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text),
+                             component.name);
     }
 
     // The sunset hour angle is an arc cosine: beyond the polar circles it is not a number on some days.
@@ -42,7 +43,8 @@ class ValueDoubts {
         if (!latitude || std::abs(*latitude) < 66.5) return;
         for (const Component& component : model_.components) {
             if (!component.type->usesLatitude) continue;
-            doubt(component.place, component, "days without sunrise or sunset have a radiation that is not a number");
+            doubt(warn::kPolarDays, component.place, component,
+                  "days without sunrise or sunset have a radiation that is not a number");
             return;
         }
     }
@@ -69,7 +71,7 @@ class ValueDoubts {
             for (const auto& [number, value] : brand.specifications) {
                 if (numbers.contains(number) || (number == 1 && members.contains(index))) continue;
                 diagnostics_.warning(
-                    value.place,
+                    warn::kUnreadParameter, value.place,
                     fmt::format("brand \"{}\": no component that uses it reads this parameter (specification {})",
                                 brand.name, number));
             }
@@ -91,8 +93,8 @@ class ValueDoubts {
         if (first == values->end()) return;
         const auto frost = std::count_if(values->begin(), values->end(), [](float t) { return t < 0; });
         const auto step = static_cast<std::size_t>(first - values->begin());
-        shared_.add(
-            Severity::warning, series_.placeOf(source, step), component,
+        shared_.addWarning(
+            warn::kFrost, series_.placeOf(source, step), component,
             fmt::format("{} day{} below 0 degC, the first on {}: from then on nothing but not-a-number comes from",
                         frost, frost == 1 ? "" : "s", toText(model_.simulation.start + static_cast<Day>(step))),
             "; cut the series at 0");
@@ -103,7 +105,8 @@ class ValueDoubts {
         const Size& size = component.type->size;
         const bool isOdd = (size.unit == "m2" && component.size <= 0) || (size.unit == "L" && component.size < 0);
         if (!isOdd || !component.hasSize) return;
-        doubt(component.sizePlace, component, fmt::format("its {} is {} {}", size.meaning, component.size, size.unit));
+        doubt(warn::kOddSize, component.sizePlace, component,
+              fmt::format("its {} is {} {}", size.meaning, component.size, size.unit));
     }
 
     // Most often a percentage.
@@ -115,9 +118,9 @@ class ValueDoubts {
             if (given == brand.specifications.end() || !parameter.name.ends_with("_fraction")) continue;
             const double value = given->second.value;
             if (value >= 0 && value <= 1) continue;
-            shared_.add(Severity::warning, given->second.place, component,
-                        fmt::format("brand \"{}\": {} is {}, which is not between 0 and 1; read by", brand.name,
-                                    parameter.name, value));
+            shared_.addWarning(warn::kOddFraction, given->second.place, component,
+                               fmt::format("brand \"{}\": {} is {}, which is not between 0 and 1; read by", brand.name,
+                                           parameter.name, value));
         }
     }
 
@@ -132,7 +135,7 @@ class ValueDoubts {
             const float highest = *std::max_element(values->begin(), values->end());
             if (highest > 15) continue;
             diagnostics_.warning(
-                model_.sources[at(source)].place,
+                warn::kLowWind, model_.sources[at(source)].place,
                 fmt::format("group \"{}\": the highest wind is {} km/h; if the file holds m/s, say unit = "
                             "\"m/s\"",
                             group.name, highest));
@@ -150,7 +153,7 @@ class ValueDoubts {
             const auto first = std::find_if(values->begin(), values->end(), [](float rain) { return rain < 0; });
             if (first == values->end()) continue;
             const auto step = static_cast<std::size_t>(first - values->begin());
-            diagnostics_.warning(series_.placeOf(source, step),
+            diagnostics_.warning(warn::kNegativeRain, series_.placeOf(source, step),
                                  fmt::format("rainfall is {} on {}; is it a mark for a missing value?", *first,
                                              toText(model_.simulation.start + static_cast<Day>(step))));
         }

@@ -13,14 +13,19 @@ namespace kesto {
 class SharedFaults {
   public:
     // `before` and `after` are the text around the component, as in 'needed by component "wc" (appliance) and 3 more'.
-    void add(Severity severity, const Place& place, const Component& component, const std::string& before,
-             const std::string& after = "");
+    void addError(const Place& place, const Component& component, const std::string& before,
+                  const std::string& after = "");
+    void addWarning(const WarningCode& code, const Place& place, const Component& component, const std::string& before,
+                    const std::string& after = "");
 
     void report(Diagnostics& diagnostics) const;
 
   private:
+    void add(const WarningCode* code, const Place& place, const Component& component, const std::string& before,
+             const std::string& after);
+
     struct Fault {
-        Severity severity;
+        const WarningCode* code;  // null: an error
         Place place;
         const Component* first;
         std::string before, after;

@@ -101,7 +101,7 @@ void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, 
         if (byName) {
             diagnostics.error(place, text);
         } else {
-            diagnostics.warning(place, text);
+            diagnostics.warning(warn::kNotRecorded, place, text);
         }
     }
 }
