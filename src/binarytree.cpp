@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "errors.h"
 
 namespace {
 
 constexpr std::int32_t kUnknownType = 0;  // of an id without a row
-constexpr std::int32_t kRefilledStore = 33;
 
 // Two parallel tables, by ascending id.
 struct CompIdNodeLink {
@@ -41,7 +41,7 @@ Node newNode(std::int32_t compId, const ComponentRow* Net_Compnt, const RowsById
 
 // Whether ways end at the node although it sends on: all but those that start there are dropped.
 bool endsWays(const Node& node) {
-    return node.techId == kRefilledStore && !node.isLast();
+    return node.techId == code::kServiceReservoir && !node.isLast();
 }
 
 }  // namespace

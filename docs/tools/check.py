@@ -93,13 +93,9 @@ def check_page(page, kesto, update, problems):
         problems.append(f"{page.name}: {figures.count(chr(10)) - 1} rows, the run has {fresh.count(chr(10)) - 1}")
 
 
-def check_types(problems):
-    """Each type has one page. Junction and mixer are the driver's own and stand in no row of its table."""
-    table = (DOCS.parent / "src/simulation/dispatch.cpp").read_text()
-    types = {int(code): tag for code, tag in re.findall(r'^    \{(\d+), "([A-Z]{2})"', table, re.MULTILINE)}
-    if len(types) < 50:
-        problems.append(f"only {len(types)} types found in the engine's table")
-    types.update({30: "none", 31: "none"})
+def check_types(catalogue, problems):
+    """Each type has one page."""
+    types = {code: one["tag"] or "none" for one in catalogue.values() for code in one["codes"]}
     pages = {}
     for page in sorted(PAGES.glob("*.md")):
         for codes, tag in TYPE.findall(page.read_text()):
@@ -164,7 +160,7 @@ def main():
         check_tables(PAGES / f"{stem}.md", catalogue, arguments.update, problems)
         check_page(PAGES / f"{stem}.md", arguments.kesto, arguments.update, problems)
     if not arguments.pages:
-        check_types(problems)
+        check_types(catalogue, problems)
         check_families(problems)
         check_links(problems)
     for problem in problems:

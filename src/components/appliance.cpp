@@ -14,13 +14,12 @@
 // All series and potentials are those of the group g, the key id. Kind 9 waters the ground: what it draws infiltrates.
 
 #include "components/model.h"
+#include "components/type_codes.h"
 #include "errors.h"
 
 namespace {
 
 constexpr std::int32_t kKinds = 11;  // frequencies of a group per step
-constexpr std::int32_t kOutdoor = 9;
-constexpr std::int32_t kIndependent = 10;
 
 float usesPerStep(float n, float f, float dt, float d) {
     return n * f * dt * d;
@@ -31,7 +30,7 @@ float volumePerStep(float n, float f, float s1, float dt, float d) {
 }
 
 bool runsAlone(std::int32_t kind) {
-    return kind == kOutdoor || kind == kIndependent;
+    return kind == code::kOutdoorUse || kind == code::kIndependentUse;
 }
 
 // How often an appliance runs.
@@ -69,7 +68,7 @@ struct Potentials {
         uses = readUses(b);
         m = b.multiplier();
         uses.fluctuation = b.ofKey(Series::Dmdflct);
-        InfPot = uses.kind == kOutdoor ? b.potential(Series::InfPot) : nullptr;
+        InfPot = uses.kind == code::kOutdoorUse ? b.potential(Series::InfPot) : nullptr;
         NrgPot = b.potential(Series::NrgPot);
         OprPot = b.potential(Series::OprPot);
         CapPot = b.potential(Series::CapPot);
@@ -97,7 +96,7 @@ struct Flows {
     void run(const Block& block, const Ports& ports) const {
         for (std::int32_t j = 0; j < block.length; ++j) {
             const float volume = uses.volume(block.begin + j, s1);
-            ports.out1[j] = {uses.kind == kOutdoor ? 0.0F : volume, s25};
+            ports.out1[j] = {uses.kind == code::kOutdoorUse ? 0.0F : volume, s25};
             ports.out2[j] = {volume, -1.0F};
         }
     }

@@ -146,7 +146,7 @@ const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow*
     }
     for (std::int32_t i = from; i < Globals->nComps; ++i) {
         const ComponentRow& row = Globals->Net_Compnt[i];
-        if (row.techid == kReservoir && row.key == key) return &row;
+        if (isReservoir(row) && row.key == key) return &row;
     }
     return nullptr;
 }

@@ -36,7 +36,7 @@ LookupIndex::LookupIndex(const AUEglobals* Globals, const std::vector<std::int32
     for (std::int32_t i = 0; i < Globals->nComps; ++i) {
         const ComponentRow& row = Globals->Net_Compnt[i];
         if (isNumber(row.id)) rows.add(row.id, i);
-        if (row.techid == kReservoir && isNumber(row.key)) reservoirs.add(row.key, i);
+        if (isReservoir(row) && isNumber(row.key)) reservoirs.add(row.key, i);
     }
     rows.sort();
     reservoirs.sort();

@@ -13,6 +13,7 @@
 #include "AUEglobals.h"
 #include "components/lookup.h"
 #include "components/series.h"
+#include "components/type_codes.h"
 
 // Positions by key, ascending within a key.
 template <typename Key>
@@ -32,7 +33,9 @@ class Positions {
     std::vector<std::pair<Key, std::int32_t>> entries_;
 };
 
-inline constexpr float kReservoir = 39.0F;
+inline bool isReservoir(const ComponentRow& row) {
+    return row.techid == static_cast<float>(code::kReservoir);
+}
 
 // Whether a specification row counts.
 inline bool isSelected(const SpecificationRow& row) {
@@ -47,7 +50,7 @@ struct LookupIndex {
     const Positions<std::int32_t>& ofKind(Series kind) const;
 
     Positions<float> rows;
-    Positions<float> reservoirs;                        // rows of type 39, by key
+    Positions<float> reservoirs;                        // their rows, by key
     Positions<std::pair<float, float>> specifications;  // by brand and number
     std::vector<Positions<std::int32_t>> series;        // by kind; the potentials share the last one
     Positions<std::int32_t> frequencies;

@@ -6,6 +6,7 @@
 
 #include "calendar.h"
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "simulation/junctions.h"
 #include "simulation/overlap.h"
 
@@ -199,8 +200,8 @@ void Blocks::bindSum(std::size_t position) {
     Binder binder(step_, &notes_);
     const Signal* const* const kept = binder.keep(inputs);
     Bound& form = tasks_[taskOf(position, false)].forms[0];
-    form = nint(component.row->techid) == kJunction ? keepForm(binder, Sum<junction>{inputs.size(), kept})
-                                                    : keepForm(binder, Sum<mixer>{inputs.size(), kept});
+    form = nint(component.row->techid) == code::kJunction ? keepForm(binder, Sum<junction>{inputs.size(), kept})
+                                                          : keepForm(binder, Sum<mixer>{inputs.size(), kept});
 }
 
 // The half of a component that runs first.

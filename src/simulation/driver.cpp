@@ -7,6 +7,7 @@
 #include "binarytree.h"
 #include "components/lookup.h"
 #include "components/lookup_index.h"
+#include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
 #include "simulation/blocks.h"
@@ -112,11 +113,11 @@ Signal sumOfInputs(const Run& run, std::size_t position) {
 
 std::int32_t evaluate(Run& run, Step& step, std::size_t position, std::int32_t code) {
     AUEglobals* const Globals = step.Globals;
-    if (code == kJunction) {
+    if (code == code::kJunction) {
         step.out1 = junction(sumOfInputs(run, position));
         return KESTO_SUCCESS;
     }
-    if (code == kMixer) {
+    if (code == code::kMixer) {
         step.out1 = mixer(sumOfInputs(run, position));
         return KESTO_SUCCESS;
     }

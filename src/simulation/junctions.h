@@ -1,12 +1,9 @@
-// Junction (30) and mixer (31), the two components that take any number of inputs: sums in the order of the senders.
+// Junction and mixer, the two components that take any number of inputs: sums in the order of the senders.
 #ifndef KESTO_SIMULATION_JUNCTIONS_H
 #define KESTO_SIMULATION_JUNCTIONS_H
 
 #include "AUEglobals.h"
 #include "components/lookup.h"
-
-inline constexpr std::int32_t kJunction = 30;
-inline constexpr std::int32_t kMixer = 31;
 
 // Adds an input's quantity, and its load in the place of the quality.
 inline void addInput(Signal& sum, Signal input) {

@@ -1,4 +1,4 @@
-// Multipliers: components of type 34 scale the potentials of all that lies upstream of them.
+// Multipliers: they scale the potentials of all that lies upstream of them.
 //
 // From each component a walk follows the first listed connection that each component sends, at most 1000001 of them,
 // and collects the multipliers that it meets. Since each component has one way on, the first multiplier met settles all
@@ -11,12 +11,12 @@
 #include <set>
 
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
 
 namespace {
 
-constexpr std::int32_t kMultiplier = 34;
 constexpr std::int32_t kMostSteps = 1000001;
 
 // The first multiplier downstream of a component and how many connections lead there.
@@ -124,7 +124,7 @@ class Walks {
                 fail(Globals_, text::kIdNotFound);
                 return {0, 0};
             }
-            if (type->second == kMultiplier) {
+            if (type->second == code::kMultiplier) {
                 hop.multiplier = id;
                 found = true;
                 break;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
 
@@ -42,15 +43,15 @@ constexpr RecorderTable kLogs{&AUEglobals::Logs, &AUEglobals::nLogs, "Globals->L
 constexpr RecorderTable kWatBod{&AUEglobals::WatBod, &AUEglobals::nWatBod, "Globals->WatBod",
                                 "Globals->WatBod[i].Signal"};
 
-void allocateRecorders(AUEglobals* Globals, const RecorderTable& recorders, std::initializer_list<float> types) {
+void allocateRecorders(AUEglobals* Globals, const RecorderTable& recorders, std::initializer_list<std::int32_t> types) {
     SignalSeriesEntry*& table = Globals->*recorders.table;
     std::int32_t& count = Globals->*recorders.count;
     table = nullptr;
     count = 0;
     const auto forEach = [&](const auto& visit) {
-        for (const float type : types) {
+        for (const std::int32_t type : types) {
             for (std::int32_t i = 0; i < Globals->nComps; ++i) {
-                if (Globals->Net_Compnt[i].techid == type) visit(Globals->Net_Compnt[i]);
+                if (Globals->Net_Compnt[i].techid == static_cast<float>(type)) visit(Globals->Net_Compnt[i]);
             }
         }
     };
@@ -104,8 +105,8 @@ void freeTable(Entry*& table, std::int32_t entries, T* Entry::*series) {
 }  // namespace
 
 void AllocOuts(AUEglobals* Globals) {
-    allocateRecorders(Globals, kLogs, {26.0F, 51.0F, 64.0F});
-    allocateRecorders(Globals, kWatBod, {43.0F});
+    allocateRecorders(Globals, kLogs, {code::kLogger, code::kDelay, code::kQuotaLimiter});
+    allocateRecorders(Globals, kWatBod, {code::kWaterBody});
     allocatePotentials(Globals);
 }
 

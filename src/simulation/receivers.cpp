@@ -1,39 +1,43 @@
-// Receiving units (33, 37): where their water is traced to.
+// Receiving units (service reservoir, treatment plant): where their water is traced to.
 //
-// For each way downstream of a unit: the first leaf on it that no earlier way of the same unit has taken, and the
-// splitters (36) before that leaf with the output through which the way leaves each. Ways that find no leaf add nothing
-// to what a unit receives and have no record.
+// For each path downstream of a unit: the first leaf on it that no earlier path of the same unit has taken, and the
+// splitters before that leaf with the output through which the path leaves each. Paths that find no leaf add nothing to
+// what a unit receives and have no record.
 //
-// DELIBERATE: leafs are matched on decimal text. A type is a leaf type when its digits occur in the unit's list of leaf
-// types ("37 33" also admits 3 and 7), and a leaf is taken when its digits occur inside an id taken before (5 after
-// 15). Ids with the same number of digits keep clear of the second rule.
+// DELIBERATE: leaves are matched on decimal text. A type is a leaf type when its digits occur in the unit's list of
+// leaf types ("37 33" also admits 3 and 7), and a leaf is taken when its digits occur inside an id taken before (5
+// after 15). Ids with the same number of digits keep clear of the second rule.
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <new>
-#include <optional>
 #include <string>
 
 #include "binarytree.h"
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
+#include "simulation/dispatch.h"
 
 namespace {
 
-constexpr std::int32_t kRefilledStore = 33;
-constexpr std::int32_t kThroughput = 37;
-constexpr std::int32_t kSplitter = 36;
-
-bool isLeaf(const Node& node, const std::string& leafTypes) {
-    return node.isKnown && node.techId != kSplitter && leafTypes.find(std::to_string(node.techId)) != std::string::npos;
+// "37 33": the leaf types of a receiving unit as the text that types are searched in.
+std::string leafTypesOf(const ComponentType& type) {
+    return std::to_string(type.leafTypes[0]) + " " + std::to_string(type.leafTypes[1]);
 }
 
-// What matters on a way: leafs, and what must not stand there, unknown components and splitters that send to nothing.
+bool isLeaf(const Node& node, const std::string& leafTypes) {
+    return node.isKnown && node.techId != code::kSplitter &&
+           leafTypes.find(std::to_string(node.techId)) != std::string::npos;
+}
+
+// What matters on a path: leaves, and what must not stand there, unknown components and splitters that send to nothing.
 std::vector<bool> findWhatMatters(const std::string& leafTypes) {
     std::vector<bool> matters;
     for (const Node& node : BinaryTreeNodes()) {
-        const bool isFault = !node.isKnown || (node.techId == kSplitter && node.isLast());
+        const bool isFault = !node.isKnown || (node.techId == code::kSplitter && node.isLast());
         matters.push_back(isFault || isLeaf(node, leafTypes));
     }
     return matters;
@@ -58,7 +62,7 @@ class LeafSearch : public PathSearch {
         }
         what_ = "RCVTOLEAFS";
         receiver_ = &table.emplace_back(Receiver{receiverId, {}});
-        what_ = kWays;
+        what_ = kPaths;
         return PathsBuild(node) ? KESTO_SUCCESS : KESTO_RUN_FAILURE;
     } catch (const std::bad_alloc&) {
         fail(Globals_, text::kNoMemory, what_);
@@ -66,24 +70,24 @@ class LeafSearch : public PathSearch {
     }
 
   private:
-    static constexpr const char* kWays = "pathsToLeafs";
+    static constexpr const char* kPaths = "pathsToLeafs";
 
-    bool found(const std::vector<Stop>& way, std::size_t at) override {
-        const Node& leaf = *way[at].node;
+    bool found(const std::vector<Stop>& path, std::size_t at) override {
+        const Node& leaf = *path[at].node;
         if (!leaf.isKnown) {
             fail(Globals_, text::kUnknownOnPath, leaf.compId);
             return false;
         }
-        invariant(leaf.techId != kSplitter, "icomp+1<pathsToLeafs.PathToLeaf[ipath].pathlen", "simulation", 131);
+        invariant(leaf.techId != code::kSplitter, "icomp+1<pathsToLeafs.PathToLeaf[ipath].pathlen", "simulation", 131);
         what_ = "RCVTOLEAF";
         RCVTOLEAF& record = receiver_->paths.emplace_back();
         record.leaf_id = leaf.compId;
         what_ = "RCVTOLEAF[ipath].Split_id";
         for (std::size_t icomp = 1; icomp < at; ++icomp) {
-            if (way[icomp].node->techId != kSplitter) continue;
-            record.splitters.push_back({way[icomp].node->compId, way[icomp + 1].port});
+            if (path[icomp].node->techId != code::kSplitter) continue;
+            record.splitters.push_back({path[icomp].node->compId, path[icomp + 1].port});
         }
-        what_ = kWays;
+        what_ = kPaths;
         take(leaf.compId);
         return true;
     }
@@ -108,25 +112,20 @@ class LeafSearch : public PathSearch {
     AUEglobals* const Globals_;
     const std::string leafTypes_;
     std::size_t fewestDigits_ = 11;  // of any leaf's id, a sign among them
-    const char* what_ = kWays;
+    const char* what_ = kPaths;
     Receiver* receiver_ = nullptr;
 };
 
 std::int32_t traceReceivers(AUEglobals* Globals, RCVTOLEAFS& table, std::int32_t longestWay) {
-    std::optional<LeafSearch> ofRefilledStores;
-    std::optional<LeafSearch> ofThroughputs;
+    std::map<std::int32_t, LeafSearch> searches;  // by type
     std::int32_t status = KESTO_SUCCESS;
     for (std::int32_t i = 0; i < Globals->nComps && status == KESTO_SUCCESS; ++i) {
         // DELIBERATE: id and type are cut here, not rounded as everywhere else.
         const auto id = truncated(static_cast<double>(Globals->Net_Compnt[i].id));
-        const auto type = truncated(static_cast<double>(Globals->Net_Compnt[i].techid));
-        if (type == kRefilledStore) {
-            if (!ofRefilledStores) ofRefilledStores.emplace(Globals, "37 33", longestWay);
-            status = ofRefilledStores->getRcvLeafsSplitters(table, id);
-        } else if (type == kThroughput) {
-            if (!ofThroughputs) ofThroughputs.emplace(Globals, "39 38", longestWay);
-            status = ofThroughputs->getRcvLeafsSplitters(table, id);
-        }
+        const ComponentType* const type = findType(truncated(static_cast<double>(Globals->Net_Compnt[i].techid)));
+        if (!type || !type->isReceiver()) continue;
+        LeafSearch& search = searches.try_emplace(type->code, Globals, leafTypesOf(*type), longestWay).first->second;
+        status = search.getRcvLeafsSplitters(table, id);
     }
     return status;
 }

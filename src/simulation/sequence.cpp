@@ -14,13 +14,13 @@
 #include <queue>
 
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
 
 namespace {
 
 constexpr std::int32_t kPlacedMark = -1;  // a component with this id passes for placed and never gets a number
-constexpr std::int32_t kDelay = 51;
 constexpr int kMostPasses = 1000001;
 
 // All that carries one id; two rows may share it.
@@ -103,7 +103,7 @@ class Sequence {
     // False when no delay is left to place.
     bool placeDelay() {
         const auto end = static_cast<std::int32_t>(rows_.size());
-        while (firstDelay_ < end && (row(firstDelay_).placed || row(firstDelay_).type != kDelay))
+        while (firstDelay_ < end && (row(firstDelay_).placed || row(firstDelay_).type != code::kDelay))
             ++firstDelay_;
         if (firstDelay_ == end) return false;
         Node& delay = nodes_[row(firstDelay_).id];

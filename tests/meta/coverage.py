@@ -37,8 +37,11 @@ for line in read(root / "tests/meta/unreachable.txt").splitlines():
 # What the engine can report: the formats of errors.h, with the words that stand for %s.
 formats = dict(re.findall(r'constexpr char (k\w+)\[\] = "([^"]*)";', read(source / "errors.h")))
 dispatch = read(source / "simulation/dispatch.cpp")
-types = [(int(code), tag, inputs, calls)
-         for code, tag, inputs, calls in re.findall(r'^    \{(\d+), "(\w\w)", (\w+), (.*)\},$', dispatch, flags=re.M)]
+codes = dict(re.findall(r"(k\w+) = (\d+);", read(source / "components/type_codes.h")))
+appliance = "".join(re.findall(r"return \{kind, (.*)\};", dispatch))
+rows = re.sub(r"^    appliance\((.*)\),$", rf"    {{\1, {appliance}}},", dispatch, flags=re.M)
+types = [(int(codes.get(code, code)), tag, inputs, calls)
+         for code, tag, inputs, calls in re.findall(r'^    \{(?:code::)?(\w+), "(\w\w)", (\w+), (.*)\},$', rows, flags=re.M)]
 memory = {word for name in ("driver", "multiplier_series", "outputs", "receivers")
           for word in literals(source / f"simulation/{name}.cpp")
           if re.fullmatch(r"(Globals->)?[A-Z]\w+(\[i\]\.\w+)?|compIdNodeLink", word)}

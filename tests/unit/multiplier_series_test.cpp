@@ -7,14 +7,19 @@
 #include <vector>
 
 #include "bits_equal.h"
+#include "components/type_codes.h"
 #include "simulation.h"
 
 namespace {
 
 // 1 -> 6* -> 7* -> 4, 2 -> 7*, 3: asterisks are multipliers.
 struct Multipliers : testing::Test {
-    std::array<ComponentRow, 6> components{
-        {{1, 30, 0, 0, 0}, {2, 30, 0, 0, 0}, {3, 30, 0, 0, 0}, {4, 30, 0, 0, 0}, {6, 34, 0, 0, 0}, {7, 34, 0, 0, 0}}};
+    std::array<ComponentRow, 6> components{{{1, code::kJunction, 0, 0, 0},
+                                            {2, code::kJunction, 0, 0, 0},
+                                            {3, code::kJunction, 0, 0, 0},
+                                            {4, code::kJunction, 0, 0, 0},
+                                            {6, code::kMultiplier, 0, 0, 0},
+                                            {7, code::kMultiplier, 0, 0, 0}}};
     std::array<ConnectionRow, 4> connections{{{0, 1, 1, 6, 1}, {0, 6, 1, 7, 1}, {0, 2, 1, 7, 2}, {0, 7, 1, 4, 1}}};
     std::array<float, 2> six{2.0F, 3.0F};
     std::array<float, 2> seven{5.0F, 0.5F};
@@ -83,7 +88,9 @@ TEST(MultiplierWalks, RandomNetworks) {
         std::vector<std::int32_t> order;
         std::vector<std::int32_t> next(static_cast<std::size_t>(n), -1);
         for (std::int32_t i = 0; i < n; ++i) {
-            components.push_back({static_cast<float>(i), below(2) == 0 ? 34.0F : 30.0F, 0, 0, 0});
+            components.push_back(
+                {static_cast<float>(i),
+                 below(2) == 0 ? static_cast<float>(code::kMultiplier) : static_cast<float>(code::kJunction), 0, 0, 0});
             order.push_back(i);
             const std::int32_t to = mayComeRound ? below(n) : i + 1 + below(n);
             if (to >= n) continue;
@@ -104,7 +111,8 @@ TEST(MultiplierWalks, RandomNetworks) {
             std::int32_t at = order[k];
             for (int step = 0; step < 1000001 && next[static_cast<std::size_t>(at)] >= 0; ++step) {
                 at = next[static_cast<std::size_t>(at)];
-                if (components[static_cast<std::size_t>(at)].techid == 34.0F) met.push_back(at);
+                if (components[static_cast<std::size_t>(at)].techid == static_cast<float>(code::kMultiplier))
+                    met.push_back(at);
             }
             ASSERT_EQ(ids.lists[k].length, static_cast<std::int32_t>(met.size())) << number << ", " << order[k];
             if (met.empty()) continue;

@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "components/type_codes.h"
 #include "simulation.h"
 
 namespace {
 
 struct Outputs : testing::Test {
-    std::vector<ComponentRow> components{{3, 51, 0, 0, 0}, {4, 26, 0, 0, 0}, {5, 43, 0, 0, 0}};
+    std::vector<ComponentRow> components{
+        {3, code::kDelay, 0, 0, 0}, {4, code::kLogger, 0, 0, 0}, {5, code::kWaterBody, 0, 0, 0}};
     std::array<std::int32_t, 3> pots{7, 8, 7};
     AUEglobals record{};
 

@@ -1,4 +1,4 @@
-// Where receiving units trace their water to, compared with a full enumeration of all ways.
+// Where receiving units trace their water to, compared with a full enumeration of all paths.
 
 #include "simulation/receivers.cpp"
 
@@ -25,9 +25,9 @@ struct Network {
 
 std::string describe(const Receiver& receiver) {
     std::string text = "unit " + std::to_string(receiver.id);
-    for (const RCVTOLEAF& way : receiver.paths) {
-        text += ", " + std::to_string(way.leaf_id) + " by";
-        for (const SplitterOnPath& splitter : way.splitters)
+    for (const RCVTOLEAF& path : receiver.paths) {
+        text += ", " + std::to_string(path.leaf_id) + " by";
+        for (const SplitterOnPath& splitter : path.splitters)
             text += " " + std::to_string(splitter.Split_id) + ":" + std::to_string(splitter.Split_port);
     }
     return text + "\n";
@@ -36,7 +36,7 @@ std::string describe(const Receiver& receiver) {
 constexpr char kAbort[] = "Assertion failed: icomp";
 
 // The engine's table as text, or the error.
-std::string trace(Network& network, std::int32_t longestWay) {
+std::string trace(Network& network, std::int32_t longestPath) {
     AUEglobals record{};
     record.Net_Compnt = network.components.data();
     record.nComps = static_cast<std::int32_t>(network.components.size());
@@ -45,7 +45,7 @@ std::string trace(Network& network, std::int32_t longestWay) {
     BinaryTreeKill();
     BinaryTreeBuild(record.Net_Conn, record.Net_Compnt, record.nConns, record.nComps);
     RCVTOLEAFS table;
-    const std::int32_t status = traceReceivers(&record, table, longestWay);
+    const std::int32_t status = traceReceivers(&record, table, longestPath);
     BinaryTreeKill();
     EXPECT_EQ(record.ErrFlag, status == KESTO_SUCCESS ? 0 : 1);
     if (status != KESTO_SUCCESS) return std::to_string(status) + " " + record.ErrMsg;
@@ -55,13 +55,13 @@ std::string trace(Network& network, std::int32_t longestWay) {
     return text;
 }
 
-// The same, plainly: all ways are written down, then each is searched for its leaf.
+// The same, plainly: all paths are written down, then each is searched for its leaf.
 class Enumeration {
   public:
     struct TooMany {};
 
-    Enumeration(const Network& network, std::int32_t longestWay)
-        : network_(network), longest_(static_cast<std::size_t>(longestWay)) {
+    Enumeration(const Network& network, std::int32_t longestPath)
+        : network_(network), longest_(static_cast<std::size_t>(longestPath)) {
         for (const ConnectionRow& connection : network.connections) {
             nexts_[connection.senderId][static_cast<std::size_t>(connection.senderPort) - 1] = connection.receiverId;
             nexts_[connection.receiverId];
@@ -72,15 +72,15 @@ class Enumeration {
     std::string trace() {
         std::string text;
         for (const ComponentRow& row : network_.components) {
-            if (row.techid != 33.0F && row.techid != 37.0F) continue;
+            if (row.techid != code::kServiceReservoir && row.techid != code::kTreatmentPlant) continue;
             const auto id = static_cast<std::int32_t>(row.id);
             if (!nexts_.contains(id)) return "-123456789 No binary tree node for this receiver!";
-            ways_.clear();
+            paths_.clear();
             size_ = 0;
-            Way way;
-            extract(way, id, 1);
+            Path path;
+            extract(path, id, 1);
             Receiver receiver{id, {}};
-            const std::string error = search(row.techid == 33.0F ? "37 33" : "39 38", receiver);
+            const std::string error = search(row.techid == code::kServiceReservoir ? "37 33" : "39 38", receiver);
             if (!error.empty()) return error;
             text += describe(receiver);
         }
@@ -88,7 +88,7 @@ class Enumeration {
     }
 
   private:
-    using Way = std::vector<std::pair<std::int32_t, std::int32_t>>;  // id and port of each stop
+    using Path = std::vector<std::pair<std::int32_t, std::int32_t>>;  // id and port of each stop
 
     std::optional<std::int32_t> typeOf(std::int32_t id) const {
         for (const ComponentRow& row : network_.components) {
@@ -97,41 +97,41 @@ class Enumeration {
         return std::nullopt;
     }
 
-    void save(const Way& way) {
-        ways_.push_back(way);
-        size_ += way.size();
+    void save(const Path& path) {
+        paths_.push_back(path);
+        size_ += path.size();
         if (size_ > 100000) throw TooMany();
     }
 
-    void extract(Way& way, std::optional<std::int32_t> id, std::int32_t port) {
-        if (!id || way.size() == longest_) return;
+    void extract(Path& path, std::optional<std::int32_t> id, std::int32_t port) {
+        if (!id || path.size() == longest_) return;
         if (++extracted_ > 50000) throw TooMany();
-        const bool isStart = way.empty();
-        way.emplace_back(*id, port);
+        const bool isStart = path.empty();
+        path.emplace_back(*id, port);
         const auto next = nexts_.at(*id);
         if (!next[0] && !next[1]) {
-            save(way);
-        } else if (typeOf(*id) == 33 && !isStart) {
+            save(path);
+        } else if (typeOf(*id) == code::kServiceReservoir && !isStart) {
             const auto comesRound = [&](const auto& stop) { return stop.first == *id; };
-            if (std::any_of(way.begin(), way.end() - 1, comesRound)) save(way);
+            if (std::any_of(path.begin(), path.end() - 1, comesRound)) save(path);
         } else {
-            extract(way, next[0], 1);
-            extract(way, next[1], 2);
+            extract(path, next[0], 1);
+            extract(path, next[1], 2);
         }
-        way.pop_back();
+        path.pop_back();
     }
 
     std::string search(const std::string& leafTypes, Receiver& receiver) const {
         std::string taken;
-        for (const Way& way : ways_) {
+        for (const Path& path : paths_) {
             RCVTOLEAF found;
-            for (std::size_t i = 1; i < way.size(); ++i) {
-                const std::int32_t id = way[i].first;
+            for (std::size_t i = 1; i < path.size(); ++i) {
+                const std::int32_t id = path[i].first;
                 const auto type = typeOf(id);
                 if (!type) return "-123456789 techid of compid=" + std::to_string(id) + "?";
-                if (*type == 36) {
-                    if (i + 1 == way.size()) return kAbort;
-                    found.splitters.push_back({id, way[i + 1].second});
+                if (*type == code::kSplitter) {
+                    if (i + 1 == path.size()) return kAbort;
+                    found.splitters.push_back({id, path[i + 1].second});
                 } else if (leafTypes.find(std::to_string(*type)) != std::string::npos &&
                            taken.find(std::to_string(id)) == std::string::npos) {
                     taken += " " + std::to_string(id);
@@ -147,7 +147,7 @@ class Enumeration {
     const Network& network_;
     const std::size_t longest_;
     std::unordered_map<std::int32_t, std::array<std::optional<std::int32_t>, 2>> nexts_;
-    std::vector<Way> ways_;
+    std::vector<Path> paths_;
     std::size_t size_ = 0;
     std::size_t extracted_ = 0;
 };
@@ -158,7 +158,7 @@ class Random {
     std::int32_t below(std::int32_t n) { return static_cast<std::int32_t>(numbers_() % static_cast<std::uint32_t>(n)); }
     bool oneIn(std::int32_t n) { return below(n) == 0; }
 
-    // Few ids and many digits in common, so that leafs are taken through one another.
+    // Few ids and many digits in common, so that leaves are taken through one another.
     Network network() {
         Network network;
         const std::vector<std::int32_t> types = typesOfThisNetwork();
@@ -171,7 +171,7 @@ class Random {
                 network.add(id, types[static_cast<std::size_t>(below(static_cast<int>(types.size())))]);
             ids.push_back(id);
         }
-        // Mostly downwards in the table, so that ways part and meet again; backwards now and then, for cycles.
+        // Mostly downwards in the table, so that paths part and meet again; backwards now and then, for cycles.
         const std::int32_t backwards = oneIn(2) ? 1000000 : 3 + below(12);
         const std::int32_t m = 1 + below(3 * n);
         for (std::int32_t k = 0; k < m; ++k) {
@@ -211,13 +211,13 @@ struct Compared {
 };
 
 // Compares many random networks with their full enumeration.
-Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestWay) {
+Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestPath) {
     Compared compared;
     for (unsigned seed = firstSeed; seed < firstSeed + count; ++seed) {
         Network network = Random(seed).network();
         std::string expected;
         try {
-            expected = Enumeration(network, longestWay).trace();
+            expected = Enumeration(network, longestPath).trace();
         } catch (const Enumeration::TooMany&) {
             continue;
         }
@@ -226,12 +226,12 @@ Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestWay) {
         SCOPED_TRACE("seed " + std::to_string(seed) + "\n" + text.str());
         if (expected == kAbort) {
             // Each takes a process.
-            if (++compared.aborts <= (longestWay == kLongestWay ? 20 : 2)) {
-                EXPECT_DEATH(trace(network, longestWay), kAbort);
+            if (++compared.aborts <= (longestPath == kLongestWay ? 20 : 2)) {
+                EXPECT_DEATH(trace(network, longestPath), kAbort);
             }
             continue;
         }
-        EXPECT_EQ(trace(network, longestWay), expected);
+        EXPECT_EQ(trace(network, longestPath), expected);
         ++compared.tables;
         compared.records += static_cast<int>(std::count(expected.begin(), expected.end(), ','));
         compared.unknown += expected.find("techid of") != std::string::npos;
@@ -240,7 +240,7 @@ Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestWay) {
     return compared;
 }
 
-TEST(ReceiversDeathTest, RandomNetworksAgainstAllWays) {
+TEST(ReceiversDeathTest, RandomNetworksAgainstAllPaths) {
     const Compared compared = compare(1, 12000, kLongestWay);
     EXPECT_GT(compared.tables, 6000);
     EXPECT_GT(compared.records, 5000);
@@ -248,27 +248,27 @@ TEST(ReceiversDeathTest, RandomNetworksAgainstAllWays) {
     EXPECT_GT(compared.aborts, 20);
 }
 
-TEST(ReceiversDeathTest, RandomNetworksWithShortWays) {
-    for (std::int32_t longestWay = 1; longestWay <= 14; ++longestWay) {
-        const Compared compared = compare(100000U * static_cast<unsigned>(longestWay), 2000, longestWay);
-        EXPECT_GT(compared.tables, 800) << longestWay;
+TEST(ReceiversDeathTest, RandomNetworksWithShortPaths) {
+    for (std::int32_t longestPath = 1; longestPath <= 14; ++longestPath) {
+        const Compared compared = compare(100000U * static_cast<unsigned>(longestPath), 2000, longestPath);
+        EXPECT_GT(compared.tables, 800) << longestPath;
     }
 }
 
-// A splitter, two ways and where they meet again, forty times in a row.
+// A splitter, two paths and where they meet again, forty times in a row.
 Network makeDiamonds(std::int32_t lastType) {
     Network network;
     std::int32_t id = 1000;
-    network.add(id, 33);
+    network.add(id, code::kServiceReservoir);
     for (int i = 0; i < 40; ++i) {
         network.connect(id, 1, id + 1);
-        network.add(id + 1, 36);
+        network.add(id + 1, code::kSplitter);
         for (std::int32_t port = 1; port <= 2; ++port) {
-            network.add(id + 1 + port, 52);
+            network.add(id + 1 + port, code::kConnector);
             network.connect(id + 1, port, id + 1 + port);
             network.connect(id + 1 + port, 1, id + 4);
         }
-        network.add(id + 4, i < 39 ? 30 : lastType);
+        network.add(id + 4, i < 39 ? code::kJunction : lastType);
         id += 4;
     }
     return network;
@@ -285,37 +285,37 @@ TEST(Receivers, FortyDiamonds) {
     std::string expected = "unit 1000, 1160 by";
     for (int i = 0; i < 40; ++i)
         expected += " " + std::to_string(1001 + 4 * i) + ":1";
-    EXPECT_EQ(timed(makeDiamonds(37)), expected + "\nunit 1160\n");
+    EXPECT_EQ(timed(makeDiamonds(code::kTreatmentPlant)), expected + "\nunit 1160\n");
 }
 
-// All ways pass a leaf, but none of them ends: another store that sends on drops them.
+// All paths pass a leaf, but none of them ends: another store that sends on drops them.
 TEST(Receivers, FortyDiamondsThatEndNowhere) {
-    Network network = makeDiamonds(33);
-    network.components[1].techid = 37.0F;
+    Network network = makeDiamonds(code::kServiceReservoir);
+    network.components[1].techid = code::kTreatmentPlant;
     network.connect(1160, 1, 5000);
     network.connect(5000, 1, 1160);
-    network.add(5000, 30);
-    network.components.back().techid = 30.0F;
+    network.add(5000, code::kJunction);
+    network.components.back().techid = code::kJunction;
     EXPECT_EQ(timed(network), "unit 1000\nunit 1001\nunit 1160, 1160 by\n");
 }
 
-// Every second way takes a leaf that an earlier one has passed by.
-TEST(Receivers, FortyDiamondsOfLeafs) {
-    Network network = makeDiamonds(37);
+// Every second path takes a leaf that an earlier one has passed by.
+TEST(Receivers, FortyDiamondsOfLeaves) {
+    Network network = makeDiamonds(code::kTreatmentPlant);
     for (ComponentRow& row : network.components) {
-        if (row.techid == 52.0F) row.techid = 3.0F;
+        if (row.techid == code::kConnector) row.techid = code::kLocalTreatment;
     }
     const std::string text = timed(network);
     EXPECT_EQ(std::count(text.begin(), text.end(), ','), 81);
 }
 
-// Two cycles that share a component and have one way out: the ways round and round are beyond counting.
+// Two cycles that share a component and have one way out: the paths round and round are beyond counting.
 TEST(Receivers, TwoCyclesWithAWayOut) {
     Network network;
-    network.add(1, 37);
+    network.add(1, code::kTreatmentPlant);
     for (const std::int32_t id : {20, 21, 22})
-        network.add(id, 30);
-    network.add(23, 39);
+        network.add(id, code::kJunction);
+    network.add(23, code::kReservoir);
     network.connect(1, 1, 20);
     network.connect(20, 1, 21);
     network.connect(20, 2, 22);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <vector>
 
+#include "components/type_codes.h"
 #include "simulation.h"
 
 namespace {
@@ -13,8 +14,8 @@ struct Network {
     std::vector<ComponentRow> components;
     std::vector<ConnectionRow> connections;
 
-    Network& component(float id, float type = 30.0F) {
-        components.push_back({id, type, 0, 0, 0});
+    Network& component(float id, std::int32_t type = code::kJunction) {
+        components.push_back({id, static_cast<float>(type), 0, 0, 0});
         return *this;
     }
     Network& connect(std::int32_t sender, std::int32_t receiver, std::int32_t senderPort = 1, std::int32_t port = 1) {
@@ -52,7 +53,7 @@ TEST(Sequence, DelayComesFirstOfItsLoop) {
     EXPECT_EQ(Network()
                   .component(1)
                   .component(2)
-                  .component(3, 51.0F)
+                  .component(3, code::kDelay)
                   .component(4)
                   .connect(1, 2)
                   .connect(2, 3)
@@ -107,9 +108,15 @@ TEST(Sequence, OneIdInManyRowsTakesNoTimeForEach) {
 
 TEST(SequenceDeathTest, DelayWithoutReceiver) {
     Ids ids;
-    EXPECT_DEATH(
-        Network().component(1).component(2).component(3, 51.0F).connect(1, 2).connect(2, 1).connect(2, 3).order(ids),
-        "Assertion failed: ir!=NOTFOUND, file simulation.cpp, line 601");
+    EXPECT_DEATH(Network()
+                     .component(1)
+                     .component(2)
+                     .component(3, code::kDelay)
+                     .connect(1, 2)
+                     .connect(2, 1)
+                     .connect(2, 3)
+                     .order(ids),
+                 "Assertion failed: ir!=NOTFOUND, file simulation.cpp, line 601");
 }
 
 struct Signals : testing::Test {
