@@ -6,21 +6,24 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "components/type_codes.h"
 #include "expression.h"
+#include "simulation/dispatch.h"
 
 namespace {
 
-// Tags by which component types go in the case files; the appliances and what has no tag go by their codes.
+// Types by their tags, for the case files; the appliances share one and go by their codes.
+std::map<std::string, float> readTypeCodes() {
+    std::map<std::string, float> codes = {{"junction", static_cast<float>(code::kJunction)},
+                                          {"mixer", static_cast<float>(code::kMixer)}};
+    for (const ComponentType& type : componentTypes())
+        codes[type.tag] = static_cast<float>(type.code);
+    codes.erase(findType(code::kOutdoorUse)->tag);
+    return codes;
+}
+
 const std::map<std::string, float>& typeCodes() {
-    static const std::map<std::string, float> codes = {
-        {"LT", 3.F},  {"LS", 11.F},       {"CS", 22.F},    {"CR", 23.F}, {"CG", 24.F}, {"CW", 25.F}, {"LG", 26.F},
-        {"PL", 27.F}, {"IM", 28.F},       {"PV", 29.F},    {"TN", 32.F}, {"RS", 33.F}, {"ML", 34.F}, {"GL", 35.F},
-        {"SP", 36.F}, {"TP", 37.F},       {"GW", 38.F},    {"SW", 39.F}, {"AQ", 40.F}, {"SG", 41.F}, {"DS", 42.F},
-        {"WB", 43.F}, {"HD", 44.F},       {"IN", 45.F},    {"BG", 46.F}, {"WP", 47.F}, {"PT", 48.F}, {"FC", 49.F},
-        {"DT", 50.F}, {"SL", 51.F},       {"CN", 52.F},    {"DV", 53.F}, {"RN", 54.F}, {"PM", 55.F}, {"FL", 56.F},
-        {"QS", 57.F}, {"MN", 58.F},       {"PA", 59.F},    {"NR", 60.F}, {"WN", 61.F}, {"TH", 62.F}, {"ES", 63.F},
-        {"MT", 64.F}, {"junction", 30.F}, {"mixer", 31.F},
-    };
+    static const std::map<std::string, float> codes = readTypeCodes();
     return codes;
 }
 

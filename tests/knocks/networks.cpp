@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "components/type_codes.h"
 #include "network.h"
 
 namespace {
@@ -9,7 +10,7 @@ namespace {
 constexpr float kBrand = 1.0F;
 constexpr std::int32_t kGroup = 1;
 
-std::int32_t add(Model& model, int type, float size = 1.0F) {
+std::int32_t add(Model& model, std::int32_t type, float size = 1.0F) {
     const std::int32_t id = kFirstId + static_cast<std::int32_t>(model.components.size());
     model.components.push_back(
         {static_cast<float>(id), static_cast<float>(type), static_cast<float>(kGroup), kBrand, size});
@@ -41,12 +42,12 @@ Model makeEverything() {
     model.pots = {kGroup, 2};
     addAllSpecifications(model, 0.5F);
 
-    const std::int32_t roof = add(model, 28);
-    const std::int32_t junction = add(model, 30);
-    const std::int32_t delay = add(model, 51);
-    const std::int32_t multiplier1 = add(model, 34);
-    const std::int32_t multiplier2 = add(model, 34);
-    const std::int32_t logger = add(model, 26);
+    const std::int32_t roof = add(model, code::kImperviousSurface);
+    const std::int32_t junction = add(model, code::kJunction);
+    const std::int32_t delay = add(model, code::kDelay);
+    const std::int32_t multiplier1 = add(model, code::kMultiplier);
+    const std::int32_t multiplier2 = add(model, code::kMultiplier);
+    const std::int32_t logger = add(model, code::kLogger);
     connect(model, roof, 1, junction);
     connect(model, junction, 1, multiplier1);
     connect(model, junction, 1, delay);
@@ -54,23 +55,23 @@ Model makeEverything() {
     connect(model, multiplier1, 1, multiplier2);
     connect(model, multiplier2, 1, logger);
 
-    const std::int32_t roof2 = add(model, 28);
-    const std::int32_t multiplier3 = add(model, 34);
-    const std::int32_t limiter = add(model, 64);
-    const std::int32_t river = add(model, 43);
+    const std::int32_t roof2 = add(model, code::kImperviousSurface);
+    const std::int32_t multiplier3 = add(model, code::kMultiplier);
+    const std::int32_t limiter = add(model, code::kQuotaLimiter);
+    const std::int32_t river = add(model, code::kWaterBody);
     connect(model, roof2, 1, multiplier3);
     connect(model, multiplier3, 1, limiter);
     connect(model, limiter, 1, river);
 
-    const std::int32_t demand = add(model, 45, 100.0F);
-    const std::int32_t store = add(model, 33, 50.0F);
-    const std::int32_t splitter = add(model, 36, 40.0F);
+    const std::int32_t demand = add(model, code::kDemandSource, 100.0F);
+    const std::int32_t store = add(model, code::kServiceReservoir, 50.0F);
+    const std::int32_t splitter = add(model, code::kSplitter, 40.0F);
     connect(model, demand, 1, store);
     connect(model, store, 1, splitter);
     for (const std::int32_t port : {1, 2}) {
-        const std::int32_t works = add(model, 37);
+        const std::int32_t works = add(model, code::kTreatmentPlant);
         connect(model, splitter, port, works);
-        connect(model, works, 1, add(model, 38));
+        connect(model, works, 1, add(model, code::kWell));
     }
     model.splits.push_back({splitter, {store}, 1.0F});
 
@@ -103,15 +104,15 @@ Model makeDaily(std::int32_t steps) {
     addSeries(model, Table::Tmin, kGroup, 8.0F);
     addSeries(model, Table::Tmax, kGroup, 16.0F);
 
-    const std::int32_t roof = add(model, 28, 100.0F);
-    const std::int32_t limiter = add(model, 64);
-    const std::int32_t logger = add(model, 26);
+    const std::int32_t roof = add(model, code::kImperviousSurface, 100.0F);
+    const std::int32_t limiter = add(model, code::kQuotaLimiter);
+    const std::int32_t logger = add(model, code::kLogger);
     connect(model, roof, 1, limiter);
     connect(model, limiter, 2, logger);
-    add(model, 59, 10.0F);
-    for (const int type : {46, 62}) {
+    add(model, code::kSolarPanel, 10.0F);
+    for (const std::int32_t type : {code::kGreenArea, code::kSoilStore}) {
         const std::int32_t surface = add(model, type, 20.0F);
-        connect(model, surface, 1, add(model, 43));
+        connect(model, surface, 1, add(model, code::kWaterBody));
         addSeries(model, Table::WatQuant, surface, 0.0F);
     }
     return model;
@@ -127,11 +128,11 @@ Model makeHouses(int houses, std::int32_t steps) {
     addSeries(model, Table::Dmdflct, kGroup, 1.0F);
     addSeries(model, Table::FreqSer, kGroup, 4.0F, kAppliances);
     for (int house = 0; house < houses; ++house) {
-        const std::int32_t roof = add(model, 28, 100.0F);
+        const std::int32_t roof = add(model, code::kImperviousSurface, 100.0F);
         const std::int32_t toilet = add(model, 1);
-        const std::int32_t tank = add(model, 32, 1000.0F);
-        const std::int32_t sewer = add(model, 35);
-        const std::int32_t logger = add(model, 26);
+        const std::int32_t tank = add(model, code::kTank, 1000.0F);
+        const std::int32_t sewer = add(model, code::kGravityLink);
+        const std::int32_t logger = add(model, code::kLogger);
         connect(model, roof, 1, tank, 1);
         connect(model, toilet, 2, tank, 2);
         connect(model, toilet, 1, sewer);

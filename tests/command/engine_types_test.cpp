@@ -1,0 +1,128 @@
+// Holds the catalogue's types against the engine's own list of types: the same codes, tags, inputs and sources.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "catalogue.h"
+#include "components/type_codes.h"
+#include "simulation/dispatch.h"
+
+namespace kesto {
+namespace {
+
+// A type's name as the engine's constants spell it.
+struct Named {
+    std::string_view name;
+    int code;
+};
+constexpr Named kNamed[] = {
+    {"local_treatment", ::code::kLocalTreatment},
+    {"infiltration_link", ::code::kInfiltrationLink},
+    {"soakaway", ::code::kSoakaway},
+    {"rainwater_treatment", ::code::kRainwaterTreatment},
+    {"greywater_treatment", ::code::kGreywaterTreatment},
+    {"wastewater_treatment", ::code::kWastewaterTreatment},
+    {"logger", ::code::kLogger},
+    {"supply_link", ::code::kSupplyLink},
+    {"impervious_surface", ::code::kImperviousSurface},
+    {"pervious_surface", ::code::kPerviousSurface},
+    {"junction", ::code::kJunction},
+    {"mixer", ::code::kMixer},
+    {"tank", ::code::kTank},
+    {"service_reservoir", ::code::kServiceReservoir},
+    {"multiplier", ::code::kMultiplier},
+    {"gravity_link", ::code::kGravityLink},
+    {"splitter", ::code::kSplitter},
+    {"treatment_plant", ::code::kTreatmentPlant},
+    {"well", ::code::kWell},
+    {"reservoir", ::code::kReservoir},
+    {"abstraction", ::code::kAbstraction},
+    {"sewer_link", ::code::kSewerLink},
+    {"drainage_link", ::code::kDrainageLink},
+    {"water_body", ::code::kWaterBody},
+    {"hydropower", ::code::kHydropower},
+    {"demand_source", ::code::kDemandSource},
+    {"green_area", ::code::kGreenArea},
+    {"treatment_line", ::code::kTreatmentLine},
+    {"potable_treatment", ::code::kPotableTreatment},
+    {"quality_from_reservoir", ::code::kQualityFromReservoir},
+    {"detention_basin", ::code::kDetentionBasin},
+    {"delay", ::code::kDelay},
+    {"connector", ::code::kConnector},
+    {"threshold_divider", ::code::kThresholdDivider},
+    {"pumped_storage", ::code::kPumpedStorage},
+    {"pump", ::code::kPump},
+    {"quality_setter", ::code::kQualitySetter},
+    {"quality_switch", ::code::kQualitySwitch},
+    {"membrane", ::code::kMembrane},
+    {"solar_panel", ::code::kSolarPanel},
+    {"net_radiation", ::code::kNetRadiation},
+    {"wind_turbine", ::code::kWindTurbine},
+    {"soil_store", ::code::kSoilStore},
+    {"threshold_switch", ::code::kThresholdSwitch},
+    {"quota_limiter", ::code::kQuotaLimiter},
+};
+
+TEST(EngineTypes, NamesAreThoseOfTheCatalogue) {
+    std::set<std::string_view> named;
+    for (const auto& [name, code] : kNamed) {
+        const Type* const type = findType(name);
+        ASSERT_TRUE(type) << name;
+        EXPECT_EQ(type->codes, std::vector{code}) << name;
+        named.insert(name);
+    }
+    for (const Type& type : allTypes())
+        EXPECT_TRUE(type.isAppliance() || named.contains(type.name)) << type.name;
+}
+
+// Those of the command, as far as it has names for them.
+TEST(EngineTypes, BothHaveTheSameCodes) {
+    static_assert(code::kIndependentUse == ::code::kOutdoorUse);
+    static_assert(code::kLogger == ::code::kLogger);
+    static_assert(code::kJunction == ::code::kJunction);
+    static_assert(code::kMixer == ::code::kMixer);
+    static_assert(code::kTank == ::code::kTank);
+    static_assert(code::kServiceReservoir == ::code::kServiceReservoir);
+    static_assert(code::kMultiplier == ::code::kMultiplier);
+    static_assert(code::kSplitter == ::code::kSplitter);
+    static_assert(code::kTreatmentPlant == ::code::kTreatmentPlant);
+    static_assert(code::kReservoir == ::code::kReservoir);
+    static_assert(code::kWaterBody == ::code::kWaterBody);
+    static_assert(code::kDelay == ::code::kDelay);
+    static_assert(code::kSoilStore == ::code::kSoilStore);
+    static_assert(code::kQuotaLimiter == ::code::kQuotaLimiter);
+}
+
+TEST(EngineTypes, TagsAndInputsAreThoseOfTheCatalogue) {
+    std::set<int> codes;
+    for (const ComponentType& engine : componentTypes()) {
+        const Type* const type = findType(engine.code);
+        ASSERT_TRUE(type) << engine.code;
+        EXPECT_EQ(type->tag, engine.tag);
+        EXPECT_EQ(type->inputs, engine.inputs) << type->name;
+        codes.insert(engine.code);
+    }
+    // The two that the engine's driver computes itself.
+    codes.insert({::code::kJunction, ::code::kMixer});
+    for (const Type& type : allTypes()) {
+        for (const int code : type.codes)
+            EXPECT_EQ(codes.erase(code), 1U) << type.name;
+    }
+    EXPECT_TRUE(codes.empty());
+}
+
+TEST(EngineTypes, SourcesAreThoseOfTheCatalogue) {
+    std::string leafTypes;
+    for (const ComponentType& type : componentTypes()) {
+        if (type.isReceiver()) leafTypes += fmt::format("{} {},", type.leafTypes[0], type.leafTypes[1]);
+    }
+    for (int code = 1; code <= ::code::kQuotaLimiter; ++code)
+        EXPECT_EQ(canBeSource(code), leafTypes.find(std::to_string(code)) != std::string::npos) << code;
+}
+
+}  // namespace
+}  // namespace kesto
