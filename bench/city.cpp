@@ -3,16 +3,17 @@
 //
 //   36   4 houses with no tank: 4 appliances each
 //   30   2 houses with a rainwater tank: 7 appliances each
-//   13   water supply: the street's junction, a refilled store, splitter, throughput, well, two reservoirs with
-//   release,
-//        hydropower, catchment and river, a demand put in
+//   13   water supply: the street's junction, service reservoir, splitter, treatment plant, well, two reservoirs with
+//        pumped storage between them, hydropower, catchment and river, a demand put in
 //    9   sewage: the street's mixer, delay, membrane, connector, a store, quota, pump ...
-//    7   storm water: the street's mixer, green roof, soil, soak-away, outlet store, threshold, logger
-//    5   abstraction, transport or treatment works; two scaling links; solar collector or net radiation; wind turbine
+//    7   storm water: the street's mixer, green area, soil, soak-away, detention basin, threshold, logger
+//    5   abstraction, potable treatment or treatment line; two multipliers; solar panel or net radiation; wind turbine
 
 #include <array>
 
 #include "networks.h"
+
+using namespace code;
 
 namespace {
 
@@ -36,8 +37,8 @@ class Quarter {
         addSupply();
         addSewage();
         addStorm();
-        add(pick<2>({kCollector, kNetRadiation}), 30.0F);
-        add(kWindEnergy, 1.0F);
+        add(pick<2>({kSolarPanel, kNetRadiation}), 30.0F);
+        add(kWindTurbine, 1.0F);
     }
 
   private:
@@ -53,10 +54,10 @@ class Quarter {
 
     // Brings a house's flow to the street as that of several.
     std::int32_t scaled(std::int32_t street) {
-        const auto scaling = add(kScalingLink);
-        network_.give(&Network::multipliers, scaling, [](std::int32_t k) { return k % 365 < 200 ? 3.0F : 2.5F; });
-        join(scaling, street);
-        return scaling;
+        const auto multiplier = add(kMultiplier);
+        network_.give(&Network::multipliers, multiplier, [](std::int32_t k) { return k % 365 < 200 ? 3.0F : 2.5F; });
+        join(multiplier, street);
+        return multiplier;
     }
 
     void addHouse(std::int32_t sewer, std::int32_t supply) {
@@ -71,7 +72,7 @@ class Quarter {
             join(appliance, waste);
             network_.connect(appliance, 2, mains, 1);
         }
-        join(network_.add(kRoof, house, 80.0F), storm_);
+        join(network_.add(kImperviousSurface, house, 80.0F), storm_);
         join(waste, drain);
         join(drain, sewer);
         join(mains, service);
@@ -83,17 +84,17 @@ class Quarter {
         network_.giveHousehold(house);
         const auto mains = network_.add(kJunction, house);
         const auto waste = network_.add(kMixer, house);
-        const auto drain = network_.add(kDrainLink, house);
-        const auto roof = network_.add(kRoof, house, 60.0F);
-        const auto downpipe = network_.add(kLink, house);
+        const auto drain = network_.add(kDrainageLink, house);
+        const auto roof = network_.add(kImperviousSurface, house, 60.0F);
+        const auto downpipe = network_.add(kGravityLink, house);
         const auto tank = network_.add(kTank, house, 2000.0F);
         const auto pump = network_.add(kSupplyLink, house);
-        const auto overflow = network_.add(kSeepageLink, house);
+        const auto overflow = network_.add(kInfiltrationLink, house);
         network_.store(tank, 500.0F);
-        for (const Type type : {kToilet, kShower, kDishwasher, kBasin, kBath, kGarden, kIndependent}) {
+        for (const Type type : {kToilet, kShower, kDishwasher, kBasin, kBath, kOutdoorUse, kIndependentUse}) {
             const auto appliance = network_.add(type, house);
             join(appliance, waste);
-            network_.connect(appliance, 2, type == kGarden ? pump : mains, 1);
+            network_.connect(appliance, 2, type == kOutdoorUse ? pump : mains, 1);
         }
         join(roof, downpipe);
         join(downpipe, tank);
@@ -106,26 +107,26 @@ class Quarter {
         join(mains, supply_);
     }
 
-    // What the street asks for comes from a store that two reservoirs and a well refill. A release between the
-    // reservoirs drives a turbine.
+    // What the street asks for comes from a service reservoir that two reservoirs and a well refill. Pumped
+    // storage between the reservoirs drives a turbine.
     void addSupply() {
         const auto industry = add(kDemandSource, 50.0F);
-        const auto store = add(kRefilledStore, 6000.0F);
+        const auto store = add(kServiceReservoir, 6000.0F);
         const auto splitter = add(kSplitter, 50.0F);
-        const auto throughput = add(kThroughput, 1.0F);
+        const auto plant = add(kTreatmentPlant, 1.0F);
         const auto well = add(kWell, 1.0F);
         const auto drawn = add(kJunction);
-        const auto catchment = add(kPervious, 800.0F);
+        const auto catchment = add(kPerviousSurface, 800.0F);
         const auto high = add(kReservoir);
         const auto low = network_.add(kReservoir, works_, 0.0F, kLowReservoir);
-        const auto release = add(kRelease);
+        const auto pumped = add(kPumpedStorage);
         const auto turbine = add(kHydropower, 1.0F);
         const auto river = add(kWaterBody);
         network_.give(&Network::demands, industry, [](std::int32_t k) { return k % 7 < 5 ? 900.0F : 300.0F; });
-        network_.give(&Network::demands, release, [](std::int32_t k) { return k % 2 == 0 ? 0.02F : 0.04F; });
+        network_.give(&Network::demands, pumped, [](std::int32_t k) { return k % 2 == 0 ? 0.02F : 0.04F; });
         network_.store(store, 4000.0F);
         network_.storeQuality(store, 4.0F);
-        network_.storeQuality(throughput, 4.0F);
+        network_.storeQuality(plant, 4.0F);
         network_.store(catchment, 2.0F);
         network_.store(high, 9e5F);
         network_.storeQuality(high, 8.0F);
@@ -134,25 +135,25 @@ class Quarter {
         network_.balance(splitter, high, 20.0F);
         network_.balance(splitter, low, -20.0F);
         join(industry, supply_);
-        join(works(kTransport, supply_), store);
+        join(works(kPotableTreatment, supply_), store);
         join(store, splitter);
-        join(splitter, throughput);
+        join(splitter, plant);
         network_.connect(splitter, 2, well, 1);
-        join(throughput, drawn);
-        network_.connect(release, 2, drawn, 1);
+        join(plant, drawn);
+        network_.connect(pumped, 2, drawn, 1);
         network_.connect(drawn, 1, high, 2);
         join(catchment, high);
         network_.connect(well, 1, low, 2);
-        join(release, turbine);
+        join(pumped, turbine);
         join(turbine, low);
         network_.connect(high, 2, river, 1);
     }
 
-    // One of the three works stands behind the supply or the sewer.
+    // One of three types of works stands behind the supply or the sewer.
     std::int32_t works(Type behind, std::int32_t sender) {
-        const Type type = pick<3>({kAbstraction, kTreatmentWorks, kTransport});
-        const bool isSewage = type == kTreatmentWorks;
-        if (isSewage != (behind == kTreatmentWorks)) return sender;
+        const Type type = pick<3>({kAbstraction, kTreatmentLine, kPotableTreatment});
+        const bool isSewage = type == kTreatmentLine;
+        if (isSewage != (behind == kTreatmentLine)) return sender;
         const auto works = add(type, 1.0F);
         join(sender, works);
         return works;
@@ -160,19 +161,19 @@ class Quarter {
 
     // Reclaims a part of the sewage, as much as its use is allowed.
     void addSewage() {
-        const auto way = add(kDelay, 2.0F);
+        const auto delay = add(kDelay, 2.0F);
         const auto membrane = add(kMembrane);
         const auto twofold = add(kConnector);
-        const Type type = pick<4>({kSteadyDraw, kRainStore, kGreywaterStore, kTreatment});
+        const Type type = pick<4>({kLocalTreatment, kRainwaterTreatment, kGreywaterTreatment, kWastewaterTreatment});
         const auto store = add(type, 2000.0F);
-        const auto quota = add(kQuota);
+        const auto quota = add(kQuotaLimiter);
         const auto pump = add(kPump, 1.0F);
-        const auto quality = add(pick<3>({kQualityReader, kQualitySetter, kQualitySwitch}), 7.0F);
+        const auto quality = add(pick<3>({kQualityFromReservoir, kQualitySetter, kQualitySwitch}), 7.0F);
         const auto logger = add(kLogger);
-        if (type != kTreatment) network_.store(store, 700.0F);
+        if (type != kWastewaterTreatment) network_.store(store, 700.0F);
         network_.give(&Network::demands, quality, [](std::int32_t) { return 2.0F; });
-        join(sewer_, way);
-        join(works(kTreatmentWorks, way), membrane);
+        join(sewer_, delay);
+        join(works(kTreatmentLine, delay), membrane);
         join(membrane, twofold);
         join(twofold, store);
         network_.connect(twofold, 2, logger, 1);
@@ -182,17 +183,17 @@ class Quarter {
     }
 
     void addStorm() {
-        const auto greenRoof = add(kGreenRoof, 60.0F);
-        const auto soil = add(kSoilWater);
+        const auto greenArea = add(kGreenArea, 60.0F);
+        const auto soil = add(kSoilStore);
         const auto soakaway = add(kSoakaway, 8.0F);
-        const auto basin = add(kOutletStore, 60.0F);
-        const auto threshold = add(pick<2>({kDivider, kSwitch}), 10.0F);
+        const auto basin = add(kDetentionBasin, 60.0F);
+        const auto threshold = add(pick<2>({kThresholdDivider, kThresholdSwitch}), 10.0F);
         const auto logger = add(kLogger);
         network_.give(&Network::thresholds, threshold, [](std::int32_t k) { return k % 60 < 50 ? -20.0F : 300.0F; });
         for (const auto& [store, quantity] :
-             {std::pair{greenRoof, 10.0F}, {soil, 60.0F}, {soakaway, 1.0F}, {basin, 2.0F}})
+             {std::pair{greenArea, 10.0F}, {soil, 60.0F}, {soakaway, 1.0F}, {basin, 2.0F}})
             network_.store(store, quantity);
-        join(greenRoof, storm_);
+        join(greenArea, storm_);
         join(soil, soakaway);
         join(soakaway, storm_);
         join(storm_, basin);

@@ -7,6 +7,8 @@
 
 #include "weather.h"
 
+using namespace code;
+
 namespace {
 
 constexpr std::int32_t kFirstGroup = 100001;
@@ -173,7 +175,7 @@ void Network::requireSound() const {
 }
 
 std::vector<int> Network::countTypes() const {
-    std::vector<int> counts(kQuota + 1);
+    std::vector<int> counts(kQuotaLimiter + 1);
     for (const ComponentRow& row : rows_)
         ++counts[static_cast<std::size_t>(row.techid)];
     return counts;
@@ -189,6 +191,6 @@ std::size_t Network::hostBytes() const {
 std::size_t Network::outputBytes() const {
     const std::vector<int> counts = countTypes();
     const auto records =
-        static_cast<std::size_t>(counts[kLogger] + counts[kDelay] + counts[kQuota] + counts[kWaterBody]);
+        static_cast<std::size_t>(counts[kLogger] + counts[kDelay] + counts[kQuotaLimiter] + counts[kWaterBody]);
     return static_cast<std::size_t>(steps()) * (6 * bytes(groups_) + records * sizeof(Signal));
 }

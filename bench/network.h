@@ -28,7 +28,7 @@ class Network {
     std::int32_t add(Type type, std::int32_t group, float size, Brand brand);
     void connect(std::int32_t sender, std::int32_t senderPort, std::int32_t receiver, std::int32_t receiverPort);
 
-    // A series of a component's own: a demand put in, factors of a scaling link, thresholds.
+    // A series of a component's own: a demand put in, factors of a multiplier, thresholds.
     using Table = std::vector<SeriesEntry>;
     using OfStep = float(std::int32_t step);
     void give(Table Network::*table, std::int32_t component, OfStep value);

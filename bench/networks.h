@@ -16,7 +16,7 @@ void buildHouses(Network& network, std::int32_t n);
 // overflowed the day before: 4 components on a cycle.
 void buildLoops(Network& network, std::int32_t n);
 
-// Groups of 10 components in which refilled stores ask for water through splitters and trace its sources.
+// Groups of 10 components in which service reservoirs ask for water through splitters and trace its sources.
 void buildReceivers(Network& network, std::int32_t n);
 
 // Quarters of 100 components, see city.cpp. The second lists the same city by type.

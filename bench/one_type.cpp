@@ -6,16 +6,21 @@
 
 #include "networks.h"
 
+using namespace code;
+
 namespace {
 
 constexpr int kGroupSize = 20;
 
-constexpr auto kWithReservoirs = std::array{kSplitter, kHydropower, kQualityReader, kRelease, kQualitySwitch};
-constexpr auto kFromRain = std::array{kSoakaway,  kRainStore,  kLogger, kLink,        kSewerLink,     kDrainLink,
-                                      kWaterBody, kHydropower, kDelay,  kOutletStore, kQualitySetter, kSeepageLink};
-constexpr auto kWithoutInput = std::array{kToilet,    kShower,  kWasher,      kDishwasher,   kKitchenTap, kBasin,
-                                          kBath,      kGarden,  kIndependent, kRoof,         kPervious,   kDemandSource,
-                                          kGreenRoof, kRelease, kCollector,   kNetRadiation, kWindEnergy, kSoilWater};
+constexpr auto kWithReservoirs =
+    std::array{kSplitter, kHydropower, kQualityFromReservoir, kPumpedStorage, kQualitySwitch};
+constexpr auto kFromRain =
+    std::array{kSoakaway,  kRainwaterTreatment, kLogger, kGravityLink,    kSewerLink,     kDrainageLink,
+               kWaterBody, kHydropower,         kDelay,  kDetentionBasin, kQualitySetter, kInfiltrationLink};
+constexpr auto kWithoutInput =
+    std::array{kToilet,    kShower,        kWasher,         kDishwasher,        kKitchenTap,      kBasin,
+               kBath,      kOutdoorUse,    kIndependentUse, kImperviousSurface, kPerviousSurface, kDemandSource,
+               kGreenArea, kPumpedStorage, kSolarPanel,     kNetRadiation,      kWindTurbine,     kSoilStore};
 
 bool contains(const auto& types, Type type) {
     return std::find(types.begin(), types.end(), type) != types.end();
@@ -26,7 +31,7 @@ class Group {
     Group(Network& network, Type type) : network_(network), type_(type), group_(network.addGroup()) {
         network_.giveHousehold(group_);
         network_.giveWeather(group_);
-        rain_ = add(kRoof, 100.0F);
+        rain_ = add(kImperviousSurface, 100.0F);
         demand_ = add(kDemandSource, 100.0F);
         network_.give(&Network::demands, demand_, [](std::int32_t k) { return k % 7 == 0 ? 400.0F : 200.0F; });
     }
@@ -36,7 +41,7 @@ class Group {
             high_ = addReservoir(kReservoir);
             low_ = addReservoir(kLowReservoir);
         }
-        if (type_ == kRefilledStore || type_ == kThroughput) addSource();
+        if (type_ == kServiceReservoir || type_ == kTreatmentPlant) addSource();
         while (count_ < kGroupSize)
             addOne();
     }
@@ -60,9 +65,9 @@ class Group {
     // What all ask together comes from one source.
     void addSource() {
         asked_ = add(kJunction);
-        const auto source = add(type_ == kRefilledStore ? kThroughput : kReservoir);
+        const auto source = add(type_ == kServiceReservoir ? kTreatmentPlant : kReservoir);
         network_.storeQuality(source, 6.0F);
-        if (type_ == kRefilledStore) {
+        if (type_ == kServiceReservoir) {
             network_.connect(asked_, 1, source, 1);
             return;
         }
@@ -72,7 +77,7 @@ class Group {
     }
 
     void addOne() {
-        const float size = type_ == kDelay ? 2.0F : type_ == kRefilledStore ? 3000.0F : 50.0F;
+        const float size = type_ == kDelay ? 2.0F : type_ == kServiceReservoir ? 3000.0F : 50.0F;
         const auto id = add(type_, size);
         connect(id);
         giveSeries(id);
@@ -92,15 +97,15 @@ class Group {
 
     void giveSeries(std::int32_t id) {
         const auto oneOf = [&](auto... types) { return ((type_ == types) || ...); };
-        if (oneOf(kPervious, kTank, kRefilledStore, kReservoir, kSoakaway, kSteadyDraw, kRainStore, kGreywaterStore,
-                  kOutletStore, kGreenRoof, kSoilWater))
+        if (oneOf(kPerviousSurface, kTank, kServiceReservoir, kReservoir, kSoakaway, kLocalTreatment,
+                  kRainwaterTreatment, kGreywaterTreatment, kDetentionBasin, kGreenArea, kSoilStore))
             network_.store(id, 10.0F);
-        if (oneOf(kRefilledStore, kThroughput, kReservoir)) network_.storeQuality(id, 5.0F);
+        if (oneOf(kServiceReservoir, kTreatmentPlant, kReservoir)) network_.storeQuality(id, 5.0F);
         if (oneOf(kDemandSource, kQualitySetter))
             network_.give(&Network::demands, id, [](std::int32_t) { return 9.0F; });
-        if (oneOf(kRelease)) network_.give(&Network::demands, id, [](std::int32_t) { return 0.01F; });
-        if (oneOf(kScalingLink)) network_.give(&Network::multipliers, id, [](std::int32_t) { return 2.0F; });
-        if (oneOf(kDivider, kSwitch))
+        if (oneOf(kPumpedStorage)) network_.give(&Network::demands, id, [](std::int32_t) { return 0.01F; });
+        if (oneOf(kMultiplier)) network_.give(&Network::multipliers, id, [](std::int32_t) { return 2.0F; });
+        if (oneOf(kThresholdDivider, kThresholdSwitch))
             network_.give(&Network::thresholds, id, [](std::int32_t k) { return k % 60 < 50 ? -20.0F : 300.0F; });
     }
 
@@ -118,7 +123,7 @@ class Group {
 }  // namespace
 
 void buildOneType(Network& network, std::int32_t n, Type type) {
-    if (type == kRefilledStore || type == kThroughput) network.traceSources();
+    if (type == kServiceReservoir || type == kTreatmentPlant) network.traceSources();
     for (std::int32_t i = 0; i < n / kGroupSize; ++i)
         Group(network, type).build();
     network.seal();

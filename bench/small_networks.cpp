@@ -1,5 +1,7 @@
 #include "networks.h"
 
+using namespace code;
+
 namespace {
 
 constexpr std::int32_t kGroupSize = 10;
@@ -12,8 +14,8 @@ std::int32_t addHousehold(Network& network) {
 
 void addHouse(Network& network) {
     const auto house = addHousehold(network);
-    const auto roof = network.add(kRoof, house, 80.0F);
-    const auto downpipe = network.add(kLink, house);
+    const auto roof = network.add(kImperviousSurface, house, 80.0F);
+    const auto downpipe = network.add(kGravityLink, house);
     const auto tank = network.add(kTank, house, 3000.0F);
     const auto toilet = network.add(kToilet, house);
     const auto pump = network.add(kSupplyLink, house);
@@ -67,14 +69,14 @@ void addLoopHouse(Network& network) {
 void addReceivers(Network& network) {
     const auto group = network.addGroup();
     const auto demand = network.add(kDemandSource, group, 100.0F);
-    const auto store = network.add(kRefilledStore, group, 3000.0F);
+    const auto store = network.add(kServiceReservoir, group, 3000.0F);
     const auto first = network.add(kSplitter, group, 60.0F);
     const auto second = network.add(kSplitter, group, 50.0F);
-    const auto smallStore = network.add(kRefilledStore, group, 900.0F);
+    const auto smallStore = network.add(kServiceReservoir, group, 900.0F);
     const auto asked = network.add(kJunction, group);
-    const auto works = network.add(kThroughput, group, 1.0F);
+    const auto works = network.add(kTreatmentPlant, group, 1.0F);
     const auto well = network.add(kWell, group, 1.0F);
-    const auto roof = network.add(kRoof, group, 400.0F);
+    const auto roof = network.add(kImperviousSurface, group, 400.0F);
     const auto reservoir = network.add(kReservoir, group);
     network.give(&Network::demands, demand, [](std::int32_t k) { return k % 10 == 0 ? 1500.0F : 900.0F; });
     network.store(store, 2000.0F);
@@ -107,9 +109,9 @@ void repeat(Network& network, std::int32_t n, void (*add)(Network&)) {
 
 void buildChain(Network& network, std::int32_t n) {
     const auto group = network.addGroup();
-    std::int32_t before = network.add(kRoof, group, 80.0F);
+    std::int32_t before = network.add(kImperviousSurface, group, 80.0F);
     for (std::int32_t i = 2; i < n; ++i) {
-        const std::int32_t link = network.add(kLink, group);
+        const std::int32_t link = network.add(kGravityLink, group);
         network.connect(before, 1, link, 1);
         before = link;
     }

@@ -10,7 +10,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-BRANDS = Path(__file__).with_name("brands.h")
+CODES = Path(__file__).parent.parent / "src/components/type_codes.h"
 
 
 def run(program):
@@ -38,8 +38,12 @@ def sizes(runs, kind):
 
 
 def type_names():
-    words = [line.split() for line in BRANDS.read_text().splitlines() if " = " in line and line.startswith("    k")]
-    return {int(number.rstrip(",")): name[1:] for name, _, number in words}
+    """Names of the types by code, as in a model file."""
+    names = {kind: f"appliance {kind}" for kind in range(1, 11)}
+    for name, code in re.findall(r"k(\w+) = (\d+);", CODES.read_text()):
+        if not name.endswith("Use"):
+            names[int(code)] = re.sub("(?<!^)([A-Z])", r"_\1", name).lower()
+    return names
 
 
 def print_tables(runs):
