@@ -368,10 +368,16 @@ bool isOperation(const std::string& word) {
     return word == "run" || word == "free" || word == "set" || word == "put" || word == "expect";
 }
 
+// Whether the case says what must come out. That a run succeeds is not enough.
+bool expectsSomething(const Case& one) {
+    return std::any_of(one.script.begin(), one.script.end(), [](const Line& line) {
+        return line.words[0] == "expect" ||
+               (line.words[0] == "run" && line.words.size() > 3 && line.words[3] != "succeeds");
+    });
+}
+
 // Lines of the file, with \ at the end joining two.
-std::vector<Line> readLines(const std::string& path) {
-    std::ifstream file(path);
-    if (!file) fail(path + ": cannot be read");
+std::vector<Line> readLines(std::istream& file, const std::string& path) {
     std::vector<Line> lines;
     std::string text;
     std::string joined;
@@ -446,9 +452,15 @@ class Assembler {
 }  // namespace
 
 CaseFile readCaseFile(const std::string& path) {
+    std::ifstream file(path);
+    if (!file) fail(path + ": cannot be read");
+    return readCases(file, path);
+}
+
+CaseFile readCases(std::istream& text, const std::string& path) {
     CaseFile file{path, {}};
     Assembler assembler(file);
-    for (const Line& line : readLines(path)) {
+    for (const Line& line : readLines(text, path)) {
         try {
             assembler.read(line);
         } catch (const std::runtime_error& e) {
@@ -456,7 +468,9 @@ CaseFile readCaseFile(const std::string& path) {
         }
     }
     for (const Case& one : file.cases)
-        if (one.script.empty()) fail(path + ":" + std::to_string(one.line) + ": the case does nothing");
+        if (!expectsSomething(one))
+            fail(path + ":" + std::to_string(one.line) +
+                 ": the case expects nothing: end it with an expect line, or with a run that fails or aborts");
     return file;
 }
 

@@ -3,6 +3,7 @@
 #define KESTO_TESTS_CASE_FILE_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <optional>
 #include <string>
@@ -31,8 +32,11 @@ struct CaseFile {
     std::vector<Case> cases;
 };
 
-// Throws std::runtime_error with file and line when the file cannot be read.
+// Throws std::runtime_error with file and line when something in it cannot be read, or when a case expects nothing.
 CaseFile readCaseFile(const std::string& path);
+
+// The same for a file that is open; the path is for messages.
+CaseFile readCases(std::istream& text, const std::string& path);
 
 // Values as the files write them: 1.5 -0 nan {formula} and 0*5 for five zeros.
 float readNumber(const std::string& word, const std::map<std::string, float>& names);
