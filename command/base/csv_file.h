@@ -1,5 +1,7 @@
 // Reads a CSV file: a line of names, then rows with as many cells. Cells may be quoted with "; lines that start with #
 // and empty lines are passed over.
+//
+// By hand: messages name line and column of a cell, which the CSV libraries of Debian do not tell.
 #pragma once
 
 #include <optional>

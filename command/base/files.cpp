@@ -1,7 +1,6 @@
 #include "files.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -9,6 +8,8 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+
+#include "platform.h"
 
 namespace kesto {
 
@@ -50,7 +51,7 @@ void makeFolder(const std::string& path) {
     std::filesystem::create_directories(path, error);
     if (error) fail("make the folder", path, error.value());
     if (!std::filesystem::is_directory(path)) fail("write into", path, ENOTDIR);
-    if (access(path.c_str(), W_OK | X_OK) != 0) fail("write into", path, errno);
+    if (const std::error_code denied = writeAccess(path)) fail("write into", path, denied.value());
 }
 
 std::string joined(const std::string& folder, std::string_view name) {

@@ -1,4 +1,6 @@
 // Conversion of what a person writes ("2 m3") into the unit that the engine works in (2000 L).
+//
+// By hand: the table is short and closed, and messages list the units that fit; a library of units takes any.
 #pragma once
 
 #include <optional>

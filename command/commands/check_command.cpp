@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "load.h"
+#include "network.h"
 #include "record.h"
 #include "record_choice.h"
 

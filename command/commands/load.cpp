@@ -1,6 +1,7 @@
 #include "load.h"
 
 #include "checks.h"
+#include "model_reader.h"
 
 namespace kesto {
 

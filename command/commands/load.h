@@ -1,14 +1,13 @@
 // Reads and checks a model: what every command starts with.
 #pragma once
 
-#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "diagnostics.h"
 #include "model.h"
-#include "model_reader.h"
+#include "read_options.h"
 #include "series.h"
 
 namespace kesto {

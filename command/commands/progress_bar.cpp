@@ -1,15 +1,16 @@
 #include "progress_bar.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
+#include "platform.h"
+
 namespace kesto {
 
-ProgressBar::ProgressBar(bool wanted) : isOn_(wanted && isatty(STDERR_FILENO) == 1) {}
+ProgressBar::ProgressBar(bool wanted) : isOn_(wanted && isTerminal(stderr)) {}
 
 ProgressBar::~ProgressBar() {
     if (isShown_) fmt::print(stderr, "\r\033[K");

@@ -1,4 +1,6 @@
 // How far a run is, and how long it will still take: on a terminal only.
+//
+// By hand: Debian has no C++ library for it.
 #pragma once
 
 #include <chrono>

@@ -1,7 +1,5 @@
 #include <fmt/format.h>
-#include <sys/resource.h>
 
-#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <set>
@@ -12,7 +10,10 @@
 #include "engine_run.h"
 #include "files.h"
 #include "load.h"
+#include "network.h"
+#include "platform.h"
 #include "progress_bar.h"
+#include "record.h"
 #include "record_choice.h"
 #include "results_folder.h"
 #include "summary.h"
@@ -68,17 +69,6 @@ class Watch {
     using Clock = std::chrono::steady_clock;
     Clock::time_point last_ = Clock::now();
 };
-
-// The largest of this process and the engine's.
-double peakMemory() {
-    double most = 0;
-    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-        rusage usage{};
-        getrusage(who, &usage);
-        most = std::max(most, 1024.0 * static_cast<double>(usage.ru_maxrss));
-    }
-    return most;
-}
 
 void printSummary(const Results& results, const Balance* balance, const RunOptions& options, const RunCosts& costs) {
     if (options.json) {

@@ -1,36 +1,32 @@
 #include "engine_run.h"
 
 #include <fmt/format.h>
-#include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <regex>
+#include <utility>
+
+#include "engine_process.h"
+#include "platform.h"
+#include "record.h"
 
 namespace kesto {
 
 namespace {
 
-Record* childRecord = nullptr;  // for the signal handlers, which get no argument
-
 // Moves the engine's outputs, so far as they go, to where the parent can read them.
-void copyOutputs() {
-    const AUEglobals& g = childRecord->globals();
-    const SharedOutputs& out = childRecord->outputs();
-    const std::size_t steps = childRecord->steps();
+void copyOutputs(const Record& record) {
+    const AUEglobals& g = record.globals();
+    const SharedOutputs& out = record.outputs();
+    const std::size_t steps = record.steps();
     const auto done = std::min(steps, static_cast<std::size_t>(std::max(g.CurStep, -1) + 1));
-    for (std::size_t i = 0; g.Logs && i < childRecord->logs().size(); ++i) {
+    for (std::size_t i = 0; g.Logs && i < record.logs().size(); ++i) {
         if (g.Logs[i].Signal) std::memcpy(out.logs + i * steps, g.Logs[i].Signal, done * sizeof(Signal));
     }
-    for (std::size_t i = 0; g.WatBod && i < childRecord->waterBodies().size(); ++i) {
+    for (std::size_t i = 0; g.WatBod && i < record.waterBodies().size(); ++i) {
         if (g.WatBod[i].Signal) std::memcpy(out.waterBodies + i * steps, g.WatBod[i].Signal, done * sizeof(Signal));
     }
     const std::array<const SeriesEntry*, kPotentials> tables{g.NrgPot, g.InfPot, g.LosPot,
@@ -44,70 +40,14 @@ void copyOutputs() {
     *out.kept = 1;
 }
 
-extern "C" void keepResultsAndDie(int signal) {
-    // Whoever presses the keys again must not cut the copy short; a fault within it ends the process at once.
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGTERM, SIG_IGN);
-    copyOutputs();
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-
-[[noreturn]] void runChild(Record& record, int errorPipe) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    dup2(errorPipe, STDERR_FILENO);
-    setenv("TZ", "UTC", 1);
-    tzset();
-    childRecord = &record;
-    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGINT, SIGTERM}) {
-        std::signal(signal, keepResultsAndDie);
-    }
+// In the child.
+void callEngine(Record& record) {
+    useUtc();
     AUEglobals& globals = record.globals();
     *record.outputs().status = KESTO_simul(&globals, 1, globals.nSteps);
-    copyOutputs();
+    copyOutputs(record);
     *record.outputs().finished = 1;
-    _exit(0);
 }
-
-// The pipe, closed whatever happens.
-struct Pipe {
-    int ends[2] = {-1, -1};
-    Pipe() {
-        if (pipe(ends) != 0) throw std::runtime_error(fmt::format("cannot open a pipe: {}", std::strerror(errno)));
-    }
-    ~Pipe() {
-        closeEnd(0);
-        closeEnd(1);
-    }
-    void closeEnd(int i) {
-        if (ends[i] >= 0) close(ends[i]);
-        ends[i] = -1;
-    }
-};
-
-volatile std::sig_atomic_t interrupted = 0;
-extern "C" void noteInterrupt(int) {
-    interrupted = 1;
-}
-
-// While the child runs an interrupt only makes a note; the child gets it too and keeps what it has.
-class InterruptGuard {
-  public:
-    InterruptGuard() {
-        interrupted = 0;
-        struct sigaction action {};
-        action.sa_handler = noteInterrupt;
-        sigaction(SIGINT, &action, &before_[0]);
-        sigaction(SIGTERM, &action, &before_[1]);
-    }
-    ~InterruptGuard() {
-        sigaction(SIGINT, &before_[0], nullptr);
-        sigaction(SIGTERM, &before_[1], nullptr);
-    }
-
-  private:
-    struct sigaction before_[2];
-};
 
 std::size_t stepsDone(const Record& record) {
     const auto* current = static_cast<const volatile std::int32_t*>(&record.globals().CurStep);
@@ -125,48 +65,30 @@ void prepare(Record& record) {
     *record.outputs().kept = 0;
 }
 
-// Reads what the child says on stderr until it ends.
-std::string watch(const Record& record, pid_t child, int errorPipe, const Progress& progress) {
-    std::string errors;
+// Until the child ends. An interrupt of this process is passed on: the child keeps what it has.
+void watch(const Record& record, ChildProcess& child, const InterruptGuard& guard, const Progress& progress) {
     bool passedOn = false;
-    for (;;) {
-        pollfd waiting{errorPipe, POLLIN, 0};
-        const int ready = poll(&waiting, 1, 100);
-        if (interrupted && !passedOn) {
-            kill(child, SIGTERM);
-            passedOn = true;
-        }
-        if (ready > 0) {
-            char buffer[512];
-            const ssize_t length = read(errorPipe, buffer, sizeof buffer);
-            if (length == 0) return errors;
-            if (length > 0) errors.append(buffer, static_cast<std::size_t>(length));
-            if (length < 0 && errno != EINTR) return errors;
-        }
+    while (child.wait(100)) {
+        if (guard.wasInterrupted() && !std::exchange(passedOn, true)) child.stop();
         if (progress) progress(stepsDone(record), record.steps());
     }
 }
 
-EngineRun conclude(const Record& record, int waitStatus, std::string errors) {
+EngineRun conclude(const Record& record, const ChildProcess& child, bool wasInterrupted) {
     const AUEglobals& globals = record.globals();
     EngineRun run;
     run.step = globals.CurStep;
     // A process that was killed from outside, as when memory runs out, has left nothing.
     if (*record.outputs().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
-    while (!errors.empty() && errors.back() == '\n') {
-        errors.pop_back();
-    }
     if (*record.outputs().finished) {
         run.outcome = *record.outputs().status == KESTO_SUCCESS ? Outcome::finished : Outcome::failed;
         run.message = std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg));
-    } else if (interrupted) {
+    } else if (wasInterrupted) {
         run.outcome = Outcome::interrupted;
     } else {
         run.outcome = Outcome::crashed;
-        run.message = errors;
-        if (errors.empty() && WIFSIGNALED(waitStatus)) {
-            run.message = fmt::format("ended by signal {} ({})", WTERMSIG(waitStatus), strsignal(WTERMSIG(waitStatus)));
-        }
+        run.message = child.errors().substr(0, child.errors().find_last_not_of('\n') + 1);
+        if (run.message.empty()) run.message = child.fault();
     }
     return run;
 }
@@ -189,17 +111,10 @@ std::string_view toText(Outcome outcome) {
 
 EngineRun runEngine(Record& record, const Progress& progress) {
     prepare(record);
-    Pipe errors;
     const InterruptGuard guard;
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error(fmt::format("cannot start a process: {}", std::strerror(errno)));
-    if (child == 0) runChild(record, errors.ends[1]);
-    errors.closeEnd(1);
-    const std::string text = watch(record, child, errors.ends[0], progress);
-    int waitStatus = 0;
-    while (waitpid(child, &waitStatus, 0) < 0 && errno == EINTR) {
-    }
-    return conclude(record, waitStatus, text);
+    ChildProcess child({[&record] { callEngine(record); }, [&record] { copyOutputs(record); }});
+    watch(record, child, guard, progress);
+    return conclude(record, child, guard.wasInterrupted());
 }
 
 std::string explainMessage(const std::string& message, const Model& model) {

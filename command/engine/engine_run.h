@@ -5,9 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "record.h"
-
 namespace kesto {
+
+class Record;
+struct Model;
 
 enum class Outcome { finished, failed, crashed, interrupted };
 

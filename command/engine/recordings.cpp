@@ -6,6 +6,8 @@
 #include <map>
 #include <set>
 
+#include "network.h"
+
 namespace kesto {
 
 namespace {

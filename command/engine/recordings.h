@@ -21,9 +21,10 @@
 #include <vector>
 
 #include "model.h"
-#include "network.h"
 
 namespace kesto {
+
+class Network;
 
 struct OutputPort {
     int component;

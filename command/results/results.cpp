@@ -6,6 +6,7 @@
 #include <set>
 
 #include "carriers.h"
+#include "record.h"
 
 namespace kesto {
 

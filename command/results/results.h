@@ -5,10 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "AUEglobals.h"
 #include "engine_run.h"
-#include "record.h"
+#include "model.h"
+#include "recordings.h"
 
 namespace kesto {
+
+class Record;
 
 struct Flow {
     std::string name;  // "tank:overflow"; of loggers and water bodies their own

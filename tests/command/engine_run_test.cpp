@@ -7,6 +7,8 @@
 
 #include "load.h"
 #include "model_text.h"
+#include "network.h"
+#include "record.h"
 #include "results.h"
 
 namespace kesto {

@@ -9,6 +9,8 @@
 #include "engine_run.h"
 #include "model_reader.h"
 #include "model_text.h"
+#include "network.h"
+#include "record.h"
 #include "results.h"
 
 namespace kesto {

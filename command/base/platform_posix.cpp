@@ -1,0 +1,121 @@
+#include <fmt/format.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <stdexcept>
+
+#include "platform.h"
+
+extern "C" char** environ;
+
+namespace kesto {
+
+namespace {
+
+struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, Close>;
+
+[[noreturn]] void fail(const std::string& what, int error) {
+    throw std::runtime_error(fmt::format("cannot {}: {}", what, std::strerror(error)));
+}
+
+// Gone when it is closed. Unlike pipes, files cannot block two processes that both write.
+File makeTemporary() {
+    File file(std::tmpfile());
+    if (!file) fail("make a temporary file", errno);
+    return file;
+}
+
+std::string readAll(std::FILE* file) {
+    std::rewind(file);
+    std::string text;
+    char buffer[1 << 16];
+    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file))
+        text.append(buffer, count);
+    return text;
+}
+
+volatile std::sig_atomic_t interrupted = 0;
+extern "C" void noteInterrupt(int) {
+    interrupted = 1;
+}
+
+}  // namespace
+
+bool isTerminal(std::FILE* stream) {
+    return isatty(fileno(stream)) == 1;
+}
+
+std::error_code writeAccess(const std::string& folder) {
+    if (access(folder.c_str(), W_OK | X_OK) == 0) return {};
+    return {errno, std::generic_category()};
+}
+
+double peakMemory() {
+    double most = 0;
+    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage usage{};
+        getrusage(who, &usage);
+        most = std::max(most, 1024.0 * static_cast<double>(usage.ru_maxrss));
+    }
+    return most;
+}
+
+ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input) {
+    const File in = makeTemporary(), out = makeTemporary(), errors = makeTemporary();
+    std::fwrite(input.data(), 1, input.size(), in.get());
+    if (std::fflush(in.get()) != 0) fail("write a temporary file", errno);
+    std::rewind(in.get());
+
+    std::vector<std::string> words = arguments;
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, fileno(in.get()), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, fileno(out.get()), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, fileno(errors.get()), STDERR_FILENO);
+    pid_t child = 0;
+    const int failure = posix_spawnp(&child, pointers[0], &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (failure == ENOENT) return {};
+    if (failure != 0) fail(fmt::format("start \"{}\"", words[0]), failure);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return {true, WIFEXITED(status) && WEXITSTATUS(status) == 0, readAll(out.get()), readAll(errors.get())};
+}
+
+struct InterruptGuard::Before {
+    struct sigaction interrupt, terminate;
+};
+
+InterruptGuard::InterruptGuard() : before_(std::make_unique<Before>()) {
+    interrupted = 0;
+    struct sigaction action {};
+    action.sa_handler = noteInterrupt;
+    sigaction(SIGINT, &action, &before_->interrupt);
+    sigaction(SIGTERM, &action, &before_->terminate);
+}
+
+InterruptGuard::~InterruptGuard() {
+    sigaction(SIGINT, &before_->interrupt, nullptr);
+    sigaction(SIGTERM, &before_->terminate, nullptr);
+}
+
+bool InterruptGuard::wasInterrupted() const {
+    return interrupted != 0;
+}
+
+}  // namespace kesto

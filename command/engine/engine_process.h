@@ -1,0 +1,70 @@
+// The engine's own process, and the memory that it shares with the one that started it. The header names no system;
+// each has one source: engine_process_posix.cpp is the only file that forks.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace kesto {
+
+// Memory that a child process writes and its parent reads.
+class SharedMemory {
+  public:
+    explicit SharedMemory(std::size_t bytes);  // throws std::bad_alloc
+    ~SharedMemory();
+    SharedMemory(const SharedMemory&) = delete;
+    SharedMemory& operator=(const SharedMemory&) = delete;
+
+    // Zero-filled, aligned to 16 bytes. The sum of what is taken must not exceed what was asked for.
+    template <class T>
+    T* take(std::size_t count) {
+        return static_cast<T*>(takeBytes(count * sizeof(T)));
+    }
+    static constexpr std::size_t rounded(std::size_t bytes) { return (bytes + 15) / 16 * 16; }
+
+  private:
+    void* takeBytes(std::size_t bytes);
+
+    std::byte* begin_;
+    std::size_t size_;
+    std::size_t used_ = 0;
+};
+
+// What a child process does. When it dies within `run`, of a fault or since it is told to stop, it calls `keep` first,
+// which may touch only memory that exists already.
+struct ChildWork {
+    std::function<void()> run;
+    std::function<void()> keep;
+};
+
+// A process that works on a copy of this one's memory, shared memory apart, and never outlives it.
+class ChildProcess {
+  public:
+    explicit ChildProcess(const ChildWork& work);  // throws std::runtime_error when no process can be started
+    ~ChildProcess();                               // ends it, if it still runs
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    // Waits for so long at most; false once the child has ended.
+    bool wait(int milliseconds);
+
+    // Tells it to stop; what it has is kept.
+    void stop();
+
+    const std::string& errors() const { return errors_; }  // what it has written on stderr
+    const std::string& fault() const { return fault_; }    // "ended by signal 9 (Killed)"; empty: it ended by itself
+
+  private:
+    void collect();
+
+    struct System;
+    std::unique_ptr<System> system_;
+    std::string errors_, fault_;
+};
+
+// The engine's calendar is that of this process; it must be UTC.
+void useUtc();
+
+}  // namespace kesto

@@ -1,0 +1,124 @@
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <new>
+#include <stdexcept>
+
+#include "engine_process.h"
+
+namespace kesto {
+
+namespace {
+
+const ChildWork* childWork = nullptr;  // for the signal handlers, which get no argument
+
+extern "C" void keepResultsAndDie(int signal) {
+    // Whoever presses the keys again must not cut the copy short; a fault within it ends the process at once.
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
+    childWork->keep();
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+[[noreturn]] void runChild(const ChildWork& work, int errorPipe) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    dup2(errorPipe, STDERR_FILENO);
+    childWork = &work;
+    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGINT, SIGTERM}) {
+        std::signal(signal, keepResultsAndDie);
+    }
+    work.run();
+    _exit(0);
+}
+
+}  // namespace
+
+SharedMemory::SharedMemory(std::size_t bytes) : size_(std::max<std::size_t>(bytes, 16)) {
+    void* address = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (address == MAP_FAILED) throw std::bad_alloc();
+    begin_ = static_cast<std::byte*>(address);
+}
+
+SharedMemory::~SharedMemory() {
+    munmap(begin_, size_);
+}
+
+void* SharedMemory::takeBytes(std::size_t bytes) {
+    const std::size_t length = rounded(bytes);
+    if (used_ + length > size_) throw std::bad_alloc();
+    void* address = begin_ + used_;
+    used_ += length;
+    return address;
+}
+
+struct ChildProcess::System {
+    pid_t child = 0;  // 0: it has been waited for
+    int errorPipe = -1;
+    ~System() {
+        if (errorPipe >= 0) close(errorPipe);
+    }
+};
+
+ChildProcess::ChildProcess(const ChildWork& work) : system_(std::make_unique<System>()) {
+    int ends[2];
+    if (pipe(ends) != 0) throw std::runtime_error(fmt::format("cannot open a pipe: {}", std::strerror(errno)));
+    system_->errorPipe = ends[0];
+    system_->child = fork();
+    const int error = errno;
+    if (system_->child == 0) runChild(work, ends[1]);
+    close(ends[1]);
+    if (system_->child > 0) return;
+    system_->child = 0;
+    throw std::runtime_error(fmt::format("cannot start a process: {}", std::strerror(error)));
+}
+
+ChildProcess::~ChildProcess() {
+    if (system_->child == 0) return;
+    kill(system_->child, SIGKILL);
+    collect();
+}
+
+// The pipe ends with the process.
+bool ChildProcess::wait(int milliseconds) {
+    if (system_->child == 0) return false;
+    pollfd waiting{system_->errorPipe, POLLIN, 0};
+    if (poll(&waiting, 1, milliseconds) <= 0) return true;
+    char buffer[512];
+    const ssize_t length = read(system_->errorPipe, buffer, sizeof buffer);
+    if (length > 0) errors_.append(buffer, static_cast<std::size_t>(length));
+    if (length > 0 || (length < 0 && errno == EINTR)) return true;
+    collect();
+    return false;
+}
+
+void ChildProcess::stop() {
+    if (system_->child != 0) kill(system_->child, SIGTERM);
+}
+
+void ChildProcess::collect() {
+    int status = 0;
+    while (waitpid(system_->child, &status, 0) < 0 && errno == EINTR) {
+    }
+    system_->child = 0;
+    if (WIFSIGNALED(status)) {
+        fault_ = fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
+    }
+}
+
+void useUtc() {
+    setenv("TZ", "UTC", 1);
+    tzset();
+}
+
+}  // namespace kesto
