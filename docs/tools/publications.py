@@ -7,7 +7,9 @@
 
 import argparse
 import calendar
+import csv
 import ctypes
+import datetime
 import math
 import multiprocessing
 import os
@@ -15,7 +17,9 @@ import pathlib
 import re
 import sys
 
-PAGE = pathlib.Path(__file__).resolve().parents[1] / "publications.md"
+DOCS = pathlib.Path(__file__).resolve().parents[1]
+PAGE = DOCS / "publications.md"
+WEATHER = DOCS.parent / "examples/rainwater-house/weather.csv"
 DAYS_BEFORE = [0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334]
 
 # Allen, Pereira, Raes and Smith (1998), FAO Irrigation and Drainage Paper 56, Table 2.6: extraterrestrial radiation on
@@ -124,9 +128,9 @@ def thornthwaite(library, temperatures):
     return potentials["InfPot"]
 
 
-def short_wave(library, low, high, days, latitude):
+def short_wave(library, low, high, days, latitude, start=0):
     series = {"Tmin": (7, low), "Tmax": (7, high)}
-    potentials, _ = run(library, [(1, 59, 1)], {12: 0, 13: 0, 55: 1}, series, days, latitude)
+    potentials, _ = run(library, [(1, 59, 1)], {12: 0, 13: 0, 55: 1}, series, days, latitude, start)
     return [-e / 0.000278 for e in potentials["NrgPot"]]
 
 
@@ -172,6 +176,11 @@ def day_length(latitude, day):
     """FAO-56, equation 34 [h]."""
     delta = 0.409 * math.sin(2 * math.pi / 365 * day - 1.39)
     return 24 / math.pi * math.acos(-math.tan(math.radians(latitude)) * math.tan(delta))
+
+
+def transmissivity(ranges, means):
+    """Bristow and Campbell: the share of extraterrestrial radiation that arrives, by daily and mean range [degC]."""
+    return [0.7 * (1 - math.exp(-0.036 * math.exp(-0.154 * mean) * day ** 2.4)) for day, mean in zip(ranges, means)]
 
 
 def fao_long_wave(short, extraterrestrial, low, high, dew_point):
@@ -247,15 +256,49 @@ def transmission_table(library):
     return lines
 
 
+def range_table(library):
+    """The engine's radiation on real weather against the publication's mean of the month, and with its two other rules."""
+    with open(WEATHER, newline="") as file:
+        rows = list(csv.DictReader(file))
+    days = [datetime.date.fromisoformat(row["date"]) for row in rows]
+    lows = [float(row["temperature_min_degC"]) for row in rows]
+    highs = [float(row["temperature_max_degC"]) for row in rows]
+    wet = [float(row["rain_mm"]) > 0 for row in rows]
+    start = (days[0] - datetime.date(1970, 1, 1)).days * 86400
+    ours = fresh(short_wave, library, lows, highs, len(days), 47.6, start)
+    by_day = fresh(radiation, library, 47.6)
+    outside = [by_day[min(day.timetuple().tm_yday, 365) - 1] for day in days]
+
+    def published(ranges):
+        months = {}
+        for day, value in zip(days, ranges):
+            months.setdefault((day.year, day.month), []).append(value)
+        means = [sum(month) / len(month) for month in (months[day.year, day.month] for day in days)]
+        return [share * radiation for share, radiation in zip(transmissivity(ranges, means), outside)]
+
+    daily = [high - low for low, high in zip(lows, highs)]
+    two_minima = [max(high - (low + after) / 2, 0) for low, after, high in zip(lows, lows[1:] + lows[-1:], highs)]
+    by_rules = published([value * (0.75 if rains else 1) for value, rains in zip(two_minima, wet)])
+    by_month = published(daily)
+    january = 100 * (sum(ours[:31]) / sum(by_month[:31]) - 1)
+    rules = 100 * (sum(by_rules) / sum(ours) - 1)
+    return ["comparison,difference [%]",
+            f"engine's first January against the mean range of the month,{january:+.1f}",
+            f"all four years by the publication with both rules against the engine,{rules:+.1f}"]
+
+
 def long_wave_table(library):
     low, high, days = 5.0, 17.0, 60
     short = fresh(short_wave, library, low, high, days, 40.0)[-1]
     extraterrestrial = fresh(radiation, library, 40.0)[days - 1]
     ours = 0.8 * short - fresh(net_radiation, library, low, high, days, 40.0)[-1]
-    lines = ["dew point [degC],engine [MJ/m2/d],FAO-56 [MJ/m2/d],difference [%]"]
-    for dew_point in (-5, 0, 5, 10, 13):
+    lines = ["dew point [degC],long-wave: engine [MJ/m2/d],FAO-56 [MJ/m2/d],difference [%],"
+             "net: engine [MJ/m2/d],FAO-56 [MJ/m2/d],difference [%]"]
+    for dew_point in (-5, 0, 5):
         publication = fao_long_wave(short, extraterrestrial, low, high, dew_point)
-        lines.append(f"{dew_point},{ours / 1000:.2f},{publication / 1000:.2f},{100 * (ours / publication - 1):+.0f}")
+        net, published_net = 0.8 * short - ours, 0.77 * short - publication
+        lines.append(f"{dew_point},{ours / 1000:.2f},{publication / 1000:.2f},{100 * (ours / publication - 1):+.0f},"
+                     f"{net / 1000:.2f},{published_net / 1000:.2f},{100 * (net / published_net - 1):+.0f}")
     return lines
 
 
@@ -283,7 +326,7 @@ def constants_table(library):
 
 TABLES = {"radiation": radiation_table, "declination": declination_table, "hargreaves": hargreaves_table,
           "thornthwaite": thornthwaite_table, "day length": day_length_table, "transmission": transmission_table,
-          "long wave": long_wave_table, "constants": constants_table, "quota": quota_table}
+          "range": range_table, "long wave": long_wave_table, "constants": constants_table, "quota": quota_table}
 
 
 def main():
