@@ -53,7 +53,7 @@ else()
 endif()
 install(FILES README.md CHANGELOG.md DESTINATION ${documents})
 install(DIRECTORY docs DESTINATION ${documents}
-    FILES_MATCHING PATTERN *.md PATTERN *.toml)
+    FILES_MATCHING PATTERN *.md PATTERN *.toml PATTERN *.csv PATTERN *.py)
 
 set(CPACK_PACKAGE_NAME ${package})
 set(CPACK_PACKAGE_VENDOR "The KESTO authors")
