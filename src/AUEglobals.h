@@ -122,7 +122,7 @@ typedef struct AUEglobals {
     int32_t nTmax;
     SeriesEntry* Wind;
     int32_t nWind;
-    SeriesEntry* Multpls; /* multipliers of potentials; factors of scaling links */
+    SeriesEntry* Multpls; /* multipliers of potentials; factors of multipliers */
     int32_t nMultpls;
     SeriesEntry* Threshold;
     int32_t nThreshold;

@@ -26,19 +26,19 @@ struct InstInfo {
     std::size_t nUniq() const { return TotNumComp.size(); }
 };
 
-// A splitter on the way of a receiving unit's water, and the output through which the way leaves it.
+// A splitter on a path of a receiving unit, and the output through which the path leaves it.
 struct SplitterOnPath {
     std::int32_t Split_id;
     std::int32_t Split_port;
 };
 
-// One way from a receiving unit to the leaf that it is traced to.
+// One path from a receiving unit to the leaf that it is traced to.
 struct RCVTOLEAF {
     std::int32_t leaf_id = 0;               // 0: none
     std::vector<SplitterOnPath> splitters;  // those before the leaf, in path order; empty without a leaf
 };
 
-// All ways of one receiving unit.
+// All paths of one receiving unit.
 struct Receiver {
     std::int32_t id;
     std::vector<RCVTOLEAF> paths;
@@ -46,97 +46,97 @@ struct Receiver {
 
 using RCVTOLEAFS = std::vector<Receiver>;
 
-// Appliances: 1, 2, 4 ... 10
+// Appliances
 extern const Form App_Pots, App_Outs;
 
-// Steady-draw storage and treatment: 3, 23, 24, 25
+// Treatment stages: local, rainwater, greywater, wastewater treatment
 extern const Form Lt_Pots, Lt_Outs;
 extern const Form Cr_Pots, Cr_Outs;
 extern const Form Cg_Pots, Cg_Outs;
 extern const Form Cw_Pots, Cw_Outs;
 
-// Links: 11, 27, 35, 41, 42
+// Links: infiltration, supply, gravity, sewer, drainage link
 extern const Form Ls_Pots, Ls_Outs;
 extern const Form Pl_Pots, Pl_Outs;
 extern const Form Gl_Pots, Gl_Outs;
 extern const Form Sg_Pots, Sg_Outs;
 extern const Form Ds_Pots, Ds_Outs;
 
-// Soak-away: 22
+// Soak-away
 extern const Form Cs_Pots, Cs_Outs;
 
-// Recorders and connector: 26, 43, 52. The copying also serves 44 and 55.
+// Recorders: logger, water body. Connector: the copying also serves hydropower and pump.
 extern const Form Lg_Append, Wb_Append;
 extern const Form CopyIn_To_Out, CopyIn_To_Outs;
 
-// Runoff surfaces: 28, 29
+// Runoff surfaces: impervious, pervious
 extern const Form Im_Pots, Im_Outs;
 extern const Form Pv_Pots, Pv_Outs;
 
-// Tank: 32
+// Tank
 extern const Form Tn_Pots, Tn_Outs;
 
-// Receiving units: 33, 37
+// Receiving units: service reservoir, treatment plant
 extern const Form Rs_Pots, Rs_Outs, Rs_Mixing;
 extern const Form Tp_Pots, Tp_Outs;
 
-// Scaling link: 34
+// Multiplier
 extern const Form Ml_Outs;
 
-// Splitter: 36
+// Splitter
 extern const Form Sp_Outs;
 
-// Well: 38
+// Well
 extern const Form Gw_Pots, Gw_Outs;
 
-// Surface water: 39
+// Reservoir
 extern const Form Sw_Pots, Sw_Outs;
 
-// Abstraction: 40, 47, 48
+// Supply works: abstraction, treatment line, potable treatment
 extern const Form Aq_Pots, Aq_Outs;
 extern const Form Wp_Pots, Wp_Outs;
 extern const Form Pt_Pots, Pt_Outs;
 
-// Hydraulic energy: 44
+// Hydropower
 extern const Form Hd_Pots;
 
-// Demand source: 45
+// Demand source
 extern const Form In_Outs;
 
-// Evaporating store: 46
+// Green area
 extern const Form Bg_Pots, Bg_Outs;
 
-// Quality: 49, 56, 57
+// Quality: from a reservoir, setter, switch
 extern const Form Fc_Outs, Fl_Outs, Qs_Outs;
 
-// Outlet store: 50
+// Detention basin
 extern const Form Dt_Outs;
 
-// Delay: 51
+// Delay
 extern const Form Sl_Outs;
 
-// Thresholds: 53, 63
+// Thresholds: divider, switch
 extern const Form Dv_Outs, Es_Outs;
 
-// Release between two stores: 54
+// Pumped storage
 extern const Form Rn_Outs;
 
-// Pump: 55
+// Pump
 extern const Form Pm_Pots;
 
-// Membrane treatment: 58
+// Membrane
 extern const Form Mn_Pots, Mn_Outs;
 
-// Radiation energy: 59, 60
+// Radiation energy: solar panel, net radiation
 extern const Form Pa_Pots, Nr_Pots;
 
-// Wind energy: 61
+// Wind turbine
 extern const Form Wn_Pots;
 
-// Soil water: 62
+// Soil store
 extern const Form Th_Outs, Th_Pots;
 
-// Quota limiter: 64
+// Quota limiter
 extern const Form Mt_Outs;
 
 #endif

@@ -18,7 +18,7 @@ void AllocOuts(AUEglobals* Globals);
 
 // Calculation sequence (simulation/sequence.cpp)
 
-// The order of evaluation: each component after all that feed it, table order among equals, cycles cut at delays (51).
+// The order of evaluation: each component after all that feed it, table order among equals, cycles cut at delays.
 // Returns KESTO_RUN_FAILURE when there is no such order, KESTO_SETUP_FAILURE when memory is short.
 std::int32_t CalcSequence(const ConnectionRow* Net_Conn, std::int32_t nConns, const ComponentRow* Net_Compnt,
                           std::int32_t nComps, std::vector<std::int32_t>& CompntId);
@@ -96,7 +96,7 @@ void CombineMult(AUEglobals* Globals, const MultIds& multIds, const std::vector<
 
 // Receiving units (simulation/receivers.cpp)
 
-// For each receiving unit (33, 37) the leafs that its water is traced to and the splitters on the way.
+// For each receiving unit the leaves that its water is traced to and the splitters on the paths.
 std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table);
 
 #endif

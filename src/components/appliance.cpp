@@ -1,4 +1,4 @@
-// Water-using appliances, types 1, 2 and 4 ... 10 (OU).
+// Appliances, types 1, 2 and 4 ... 10 (OU).
 //
 //   uses   = n f dt d                 volume = n (f s1) dt d
 //

@@ -1,4 +1,4 @@
-// Outlet store, type 50 (DT): a basin that empties through an outlet.
+// Detention basin, type 50 (DT): empties through an outlet.
 //
 //   F  = min(H, k H^1.5 dt 1440)        out = (F A, q)        H' = max((Q - F A) / A + H, 0)
 //

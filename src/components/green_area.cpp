@@ -1,4 +1,4 @@
-// Daily evaporating store, type 46 (BG): a green roof or a planted bed that rain fills and that drains and evaporates.
+// Green area, type 46 (BG): a green roof, lawn or pond that rain fills and that drains and evaporates.
 //
 //   E     = 0.0023 R / 2450 ((Tmin + Tmax) / 2 + 17.8) max(Tmax - Tmin, 0)^0.5
 //   X     = P + S - k28 S dt - E (1 - f27)
@@ -15,7 +15,7 @@
 //   A          size: area                                                                          [m2]
 //   Smax       specification 1: capacity [mm]         k28   specification 28: drainage rate [1/d]
 //   q25        specification 25: quality of the spill
-//   f27        specification 27: fraction of E that does not leave the store
+//   f27        specification 27: fraction of E that does not leave what is held
 //   s12, s13   capacity cost, and operating cost per year, each per unit of A
 //   dt         TimeStep, which must be one day        m     multiplier of the potentials
 //

@@ -1,4 +1,4 @@
-// Hydraulic energy, type 44 (HD): what a flow through a turbine yields under the head of a reservoir.
+// Hydropower, type 44 (HD): what a flow through a turbine yields under the head of a reservoir.
 //
 //   F   = Q / dt                         runs when Hmin <= H <= Hmax and F >= Fmin
 //   q   = min(F, b1 H + b0), in m3/s
@@ -6,7 +6,7 @@
 //   energy = -u P dt 24 while it runs, else 0: what is delivered counts negative
 //
 //   Q            input: flow, which passes unchanged                              [L/step]
-//   H            head of the first reservoir (39) with the same key id; 0 without one
+//   H            head of the first reservoir with the same key id; 0 without one
 //   u            size: unit factor
 //   Hmin, Hmax   specifications 47 and 48         Fmin     specification 49 [L/d]
 //   b0, b1       specifications 50 and 51         c0-c9    specifications 37 to 46

@@ -1,4 +1,5 @@
-// Conveyance links with losses: types 35 (GL), 27 (PL), 41 (SG), 42 (DS) and 11 (LS).
+// Links, which lose a part of their flow: gravity, type 35 (GL), supply, type 27 (PL), sewer, type 41 (SG), drainage,
+// type 42 (DS), and infiltration link, type 11 (LS).
 //
 //   GL, SG, DS   out = (1 - s2) Q
 //   PL           out = (1 + s2) Q

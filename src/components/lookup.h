@@ -78,12 +78,12 @@ enum class Record { Logs, WatBod };
 // All signals recorded under an id.
 Signal* findRecord(AUEglobals* Globals, Record kind, std::int32_t id);
 
-// The first reservoir (39) after row `after` that shares a component's key; null without one, which is no error. Type
+// The first reservoir after row `after` that shares a component's key; null without one, which is no error. Type
 // and key are compared as they stand in the table, unrounded.
 const ComponentRow* findReservoir(const AUEglobals* Globals, const ComponentRow* component,
                                   const ComponentRow* after = nullptr);
 
-// The ways of a receiving unit; null without an entry.
+// The paths of a receiving unit; null without an entry.
 const Receiver* findReceiver(const RCVTOLEAFS& Receivers, std::int32_t id);
 
 // Whether a step lies within the series.

@@ -58,7 +58,7 @@ struct LookupIndex {
     Positions<std::int32_t> waterBodies;
     Positions<std::int32_t> splits;
     Positions<std::int32_t> sequence;   // places in the order of calculation
-    Positions<std::int32_t> receivers;  // places in the table of ways
+    Positions<std::int32_t> receivers;  // places in the table of paths
 };
 
 // While one lives, look-ups use its index; null: they scan.

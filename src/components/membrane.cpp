@@ -1,4 +1,4 @@
-// Membrane treatment, type 58 (MN): seven tenths of the flow within the capacity come out clean, the rest takes the
+// Membrane, type 58 (MN): seven tenths of the flow within the capacity come out clean, the rest takes the
 // load.
 //
 //   Q1   = 0.7 min(s1 dt, Q)           out1 = (Q1, p q)        out2 = (Q - Q1, q (Q - p Q1) / (Q - Q1))

@@ -1,4 +1,4 @@
-// Scaling link and multiplier, type 34.
+// Multiplier, type 34 (ML): scales its flow.
 //
 //   out = (Q v, q)
 //

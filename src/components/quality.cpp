@@ -1,11 +1,11 @@
-// Quality: reader, type 49 (FC), setter, type 56 (FL), and switch, type 57 (QS).
+// Quality: from a reservoir, type 49 (FC), setter, type 56 (FL), and switch, type 57 (QS).
 //
 //   FC   out1 = (Q, w)                  out2 = (Q, -1)
 //   FL   out1 = (Q, e)
 //   QS   out1 = (Q, -1), out2 = (0, -1) while w < limit, else the other way round
 //
 //   Q       quantity of the input
-//   w       WatQual, at the end of the previous step, of the first reservoir (39) with the same key id;
+//   w       WatQual, at the end of the previous step, of the first reservoir with the same key id;
 //           FC takes 0 without one, QS cannot do without
 //   e       InsDmd of the own id at this step: the quality set
 //   limit   size
@@ -20,10 +20,10 @@ const float* readQuality(Binder& b, const ComponentRow* reservoir) {
     return reservoir ? b.before(Series::WatQual, truncated(static_cast<double>(reservoir->id))) : nullptr;
 }
 
-struct Reader {
+struct FromReservoir {
     const float* w;
 
-    explicit Reader(Binder& b) : w(readQuality(b, b.findReservoir())) {}
+    explicit FromReservoir(Binder& b) : w(readQuality(b, b.findReservoir())) {}
 
     void run(const Block& block, const Ports& ports) const {
         const float* const quality = w ? block.before(w) : nullptr;
@@ -70,6 +70,6 @@ struct Switch {
 
 }  // namespace
 
-const Form Fc_Outs = kOutputs<Reader, Sets::Both>;
+const Form Fc_Outs = kOutputs<FromReservoir, Sets::Both>;
 const Form Fl_Outs = kOutputs<Setter, Sets::Out1>;
 const Form Qs_Outs = kOutputs<Switch, Sets::Both>;

@@ -1,4 +1,4 @@
-// Radiation energy: collector, type 59 (PA), and net radiation, type 60 (NR).
+// Radiation energy: solar panel, type 59 (PA), and net radiation, type 60 (NR).
 //
 //   PA   energy = -R 0.000278 A s55: what is delivered counts negative
 //   NR   energy = (0.8 R - Rl) 0.000278 A
@@ -35,13 +35,13 @@ void requireDailyStep(Binder& b) {
 }
 
 // PA
-struct Collector {
+struct SolarPanel {
     float A, s12, s13, s55, dt;
     BlockArray R;
     const float* m;
     float *NrgPot, *OprPot, *CapPot;
 
-    explicit Collector(Binder& b) : A(b.size()), dt(b.timeStep()) {
+    explicit SolarPanel(Binder& b) : A(b.size()), dt(b.timeStep()) {
         static DayTable Rpot{};
         requireDailyStep(b);
         b.fillOnFirstUse(Rpot);
@@ -97,5 +97,5 @@ struct NetRadiation {
 
 }  // namespace
 
-const Form Pa_Pots = kPotentials<Collector>;
+const Form Pa_Pots = kPotentials<SolarPanel>;
 const Form Nr_Pots = kPotentials<NetRadiation>;

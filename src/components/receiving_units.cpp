@@ -1,9 +1,9 @@
-// Receiving units: refilled store, type 33 (RS), and throughput, type 37 (TP). Each works from a demand, asks for water
-// upstream, and traces the quality of what it receives to its sources.
+// Receiving units: service reservoir, type 33 (RS), and treatment plant, type 37 (TP). Each serves a demand, asks for
+// water upstream, and traces the quality of what it receives to its sources.
 //
-//   Sigma = sum over ways of f w             f = product of the shares of the splitters on the way
+//   Sigma = sum over paths of f w            f = product of the shares of the splitters on the path
 //
-//   w     WatQual of the way's leaf at the end of the previous step
+//   w     WatQual of the path's leaf at the end of the previous step
 //
 // RS   R  = min(s52 V dt, max(V - S + D, 0))         S' = max(S + R - D, 0)
 //      C' = (S C + R Sigma) / (S + R) while S' >= 0.1, else 0
@@ -14,7 +14,7 @@
 //   D       input: demand                                                            [vol/step]
 //   S, S'   RS: WatQuant of the own id, end of step k-1 and k                        [vol]
 //   C, C'   WatQual of the own id, likewise
-//   V       size: volume of the store (RS), scale of the capacity (TP)
+//   V       size: capacity (RS), scale of the capacity (TP)
 //   s1      capacity per unit of V [vol/d]         s2    loss fraction
 //   s3      energy per unit of volume [kWh/vol]    s12   capacity cost per unit of V and step
 //   s13     operating cost per unit of V and year  s52   refill rate, fraction of V [1/d]
@@ -58,7 +58,7 @@ float unserved(float D, float capacity) {
     return spare > 0.0F ? -0.0F : -spare;
 }
 
-// What the sources of a receiving unit hold, weighted by the shares of their ways.
+// What the sources of a receiving unit hold, weighted by the shares of their paths.
 class Sources {
   public:
     explicit Sources(Binder& b) {
@@ -68,19 +68,19 @@ class Sources {
             b.giveUp();
             return;
         }
-        std::vector<Way> ways;
+        std::vector<Path> paths;
         for (std::size_t i = 0; !b.failed() && i < receiver->paths.size(); ++i) {
-            // A way without a leaf contributes nothing.
-            if (receiver->paths[i].leaf_id != 0) ways.push_back(readWay(b, receiver->paths[i]));
+            // A path without a leaf contributes nothing.
+            if (receiver->paths[i].leaf_id != 0) paths.push_back(readPath(b, receiver->paths[i]));
         }
-        nWays_ = ways.size();
-        ways_ = b.keep(ways);
+        nPaths_ = paths.size();
+        paths_ = b.keep(paths);
     }
 
     float at(const Block& block, std::int32_t j) const {
         float sigma = 0.0F;
-        for (std::size_t i = 0; i < nWays_; ++i) {
-            const auto& [nSplitters, splitters, ports, w] = ways_[i];
+        for (std::size_t i = 0; i < nPaths_; ++i) {
+            const auto& [nSplitters, splitters, ports, w] = paths_[i];
             float f = 1.0F;
             for (std::size_t s = 0; s < nSplitters; ++s) {
                 const SplitFlow flow = splitters[s].at(block, j, 1.0F);
@@ -92,31 +92,31 @@ class Sources {
     }
 
   private:
-    struct Way {
+    struct Path {
         std::size_t nSplitters;
         const Splitting* splitters;
         const SplitterOnPath* ports;
         const float* w;
     };
 
-    static Way readWay(Binder& b, const RCVTOLEAF& path) {
+    static Path readPath(Binder& b, const RCVTOLEAF& path) {
         std::vector<Splitting> splitters;
         for (const SplitterOnPath& splitter : path.splitters)
             splitters.emplace_back(b, splitter.Split_id);
         return {splitters.size(), b.keep(splitters), path.splitters.data(), b.before(Series::WatQual, path.leaf_id)};
     }
 
-    std::size_t nWays_ = 0;
-    const Way* ways_ = nullptr;
+    std::size_t nPaths_ = 0;
+    const Path* paths_ = nullptr;
 };
 
 // RS
-struct Cost {
+struct ReservoirPotentials {
     float V, s12;
     const float* m;
     float* CapPot;
 
-    explicit Cost(Binder& b) : V(b.size()) {
+    explicit ReservoirPotentials(Binder& b) : V(b.size()) {
         std::tie(s12) = b.specifications<12>();
         m = b.multiplier();
         CapPot = b.potential(Series::CapPot);
@@ -187,11 +187,12 @@ struct Mixing {
     }
 };
 
-struct ThroughputPotentials {
+// TP
+struct PlantPotentials {
     float V, s1, s2, s3, s12, s13, dt;
     float *NrgPot, *LosPot, *CapPot, *OprPot;
 
-    explicit ThroughputPotentials(Binder& b) : V(b.size()), dt(b.timeStep()) {
+    explicit PlantPotentials(Binder& b) : V(b.size()), dt(b.timeStep()) {
         std::tie(s1, s2, s3, s12, s13) = b.specifications<1, 2, 3, 12, 13>();
         NrgPot = b.potential(Series::NrgPot);
         LosPot = b.potential(Series::LosPot);
@@ -207,13 +208,14 @@ struct ThroughputPotentials {
     }
 };
 
-struct Throughput {
+// TP
+struct Plant {
     float V, s1, s2, dt;
     std::optional<Sources> sources;
     const float* C;
     float* C1;
 
-    explicit Throughput(Binder& b) : V(b.size()), dt(b.timeStep()) {
+    explicit Plant(Binder& b) : V(b.size()), dt(b.timeStep()) {
         std::tie(s1, s2) = b.specifications<1, 2>();
         if (b.failed() || !b.receivers()) return;
         sources.emplace(b);
@@ -237,8 +239,8 @@ struct Throughput {
 
 }  // namespace
 
-const Form Rs_Pots = kPotentials<Cost>;
+const Form Rs_Pots = kPotentials<ReservoirPotentials>;
 const Form Rs_Outs = kOutputs<Refill, Sets::Out1>;
 const Form Rs_Mixing = kOutputs<Mixing, Sets::Nothing>;
-const Form Tp_Pots = kPotentials<ThroughputPotentials>;
-const Form Tp_Outs = kOutputs<Throughput, Sets::Both>;
+const Form Tp_Pots = kPotentials<PlantPotentials>;
+const Form Tp_Outs = kOutputs<Plant, Sets::Both>;

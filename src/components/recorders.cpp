@@ -1,4 +1,4 @@
-// Recorders: logger, type 26 (LG), and water body, type 43 (WB). Connector: its copying, type 52 (CN).
+// Recorders: logger, type 26 (LG), and water body, type 43 (WB). Connector, type 52 (CN): its copying.
 //
 //   record[k] = input
 //

@@ -1,4 +1,4 @@
-// Surface water, type 39 (SW): a reservoir with inflow, demand and seepage through its surface, and one mixed quality.
+// Reservoir, type 39 (SW): surface water with inflow, demand, seepage through its bed and one mixed quality.
 //
 //   a        = max(s30 + s31 V0 / 1e9 + s32 V0^2 / 1e18, 0)        surface
 //   L        = max(0, a s34 + s33) dt                              seepage

@@ -1,4 +1,4 @@
-// Soil water, type 62 (TH): a soil column that rain fills, plants empty and that drains and runs off above a threshold.
+// Soil store, type 62 (TH): a soil column that rain fills, plants empty and that drains and runs off above a threshold.
 //
 //   E     = 16 (10 T / 60)^1.7 12 / 360 dt
 //   W     = max(f58 P - f59 E, 0) + S          spill = max(W - Smax, 0)        S1 = min(W, Smax)

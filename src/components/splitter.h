@@ -1,4 +1,4 @@
-// How a splitter divides a flow, which receiving units also ask of the splitters on their ways.
+// How a splitter divides a flow, which receiving units also ask of the splitters on their paths.
 #ifndef KESTO_COMPONENTS_SPLITTER_H
 #define KESTO_COMPONENTS_SPLITTER_H
 

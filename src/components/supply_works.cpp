@@ -1,6 +1,6 @@
-// Abstraction, types 40 (AQ) and 48 (PT), and treatment works, type 47 (WP).
+// Supply works: abstraction, type 40 (AQ), potable treatment, type 48 (PT), and treatment line, type 47 (WP).
 //
-//   AQ, PT   out1 = (1 + s2) Q: the demand, grown by the losses on the way
+//   AQ, PT   out1 = (1 + s2) Q: the demand, grown by the losses
 //   WP       out1 = (1 - s2) Q, at the quality of the input
 //            out2 = max(Q - s1 dt, 0): what exceeds the capacity
 //

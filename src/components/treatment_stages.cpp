@@ -1,14 +1,15 @@
-// Steady-draw storage, types 3 (LT), 23 (CR) and 24 (CG), and treatment within a daily capacity, type 25 (CW).
+// Treatment stages: local, type 3 (LT), rainwater, type 23 (CR), and greywater treatment, type 24 (CG), which draw
+// steadily from a store, and wastewater treatment, type 25 (CW), within a daily capacity.
 //
-// Storage: a fixed volume is drawn every day, what exceeds the capacity is spilled, and the pollutants that came in and
-// were not drawn leave with the spill.
+// LT, CR, CG: a fixed volume is drawn every day, what exceeds the capacity is spilled, and the pollutants that came in
+// and were not drawn leave with the spill.
 //
 //   draw     = dt s1                           S        = W + Q - draw
 //   supplied = draw - max(-S, 0)               overflow = max(S - V, 0)
 //   W'       = min(max(S, 0), V)
 //   out1     = (supplied, q p)                 out2     = (overflow, q (Q - p supplied) / overflow)
 //
-// Treatment: the flow passes, and water of quality 10 or worse has a tenth of it after treatment.
+// CW: the flow passes, and water of quality 10 or worse has a tenth of it after treatment.
 //
 //   out      = (Q, q)                                                  for q < 10
 //              (Q, 0.1 q)                                              for cap > Q,  cap = dt s1

@@ -1,4 +1,4 @@
-// Wind energy, type 61 (WN): a power curve without a cut-out.
+// Wind turbine, type 61 (WN): a power curve without a cut-out.
 //
 //   x = 0.28 U / s56        P = s1 (103.6 x^2.764 - 3.96) / 100        energy = -max(P, 0) dt 24 N
 //
@@ -7,7 +7,7 @@
 //   s56   divisor of the wind                  s12   capacity cost per unit and step
 //   s13   operating cost per unit and year     dt    TimeStep [d]
 //
-// What is delivered counts negative. No multiplier scales a wind unit.
+// What is delivered counts negative. No multiplier scales a wind turbine.
 
 #include <cmath>
 

@@ -7,7 +7,7 @@
 namespace {
 
 // FAO Irrigation and Drainage Paper 56, example 20: Lyon (45.72 N), July, 26.6 and 14.8 degrees, 5.0 mm/d.
-TEST(EvaporatingStore, HargreavesAtLyon) {
+TEST(GreenArea, HargreavesAtLyon) {
     AUEglobals record{};
     record.Latitude = 45.72F;
     DayTable table{};
@@ -15,11 +15,11 @@ TEST(EvaporatingStore, HargreavesAtLyon) {
     EXPECT_NEAR(static_cast<double>(hargreaves(table[195], 14.8F, 26.6F)), 5.0, 0.02 * 5.0);
 }
 
-TEST(EvaporatingStore, NoRangeNoEvaporation) {
+TEST(GreenArea, NoRangeNoEvaporation) {
     EXPECT_BITS(0.0F, hargreaves(40000.0F, 20.0F, 20.0F));
 }
 
-TEST(EvaporatingStore, LevelStaysWithinItsBounds) {
+TEST(GreenArea, LevelStaysWithinItsBounds) {
     const Balance dry = balance(0.0F, 1.0F, 0.0F, 1.0F, 4.0F, 0.0F, 30.0F);
     EXPECT_BITS(0.0F, dry.level);
     EXPECT_BITS(3.0F, dry.shortfall);

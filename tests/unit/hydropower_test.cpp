@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(HydroEnergy, Polynomial) {
+TEST(Hydropower, Polynomial) {
     for (int i = 0; i < 10; ++i) {
         float one[10] = {};
         one[i] = 1.0F;
@@ -16,7 +16,7 @@ TEST(HydroEnergy, Polynomial) {
     }
 }
 
-TEST(HydroEnergy, Range) {
+TEST(Hydropower, Range) {
     EXPECT_TRUE(runs(20, 1000, 20, 20, 1000));
     EXPECT_FALSE(runs(19, 1000, 20, 30, 1000));
     EXPECT_FALSE(runs(31, 1000, 20, 30, 1000));

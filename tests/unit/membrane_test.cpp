@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Mn, LoadIsKept) {
+TEST(Membrane, LoadIsKept) {
     const float Q1 = permeate(5, 2);
     EXPECT_BITS(0.7F * 2.0F, Q1);
     const double out = static_cast<double>(Q1) * 0.00999999 * 7.0 +

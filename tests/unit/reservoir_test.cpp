@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(SurfaceWater, Balance) {
+TEST(Reservoir, Balance) {
     const auto [volume, deficit, overflow] = balance(30, 8, 3, 50, 60);
     EXPECT_BITS(60.0F, volume);
     EXPECT_BITS(0.0F, deficit);
@@ -18,14 +18,14 @@ TEST(SurfaceWater, Balance) {
     EXPECT_BITS(-0.0F, balance(0, 47, 3, 50, 60).deficit);
 }
 
-TEST(SurfaceWater, Quality) {
+TEST(Reservoir, Quality) {
     EXPECT_BITS(17.0F, mixedQuality(30, 12, 50, 20));
     EXPECT_BITS(0.0F, mixedQuality(30, 12, 0.1F, 20));
     EXPECT_BITS(0.0F, mixedQuality(30, -12, 50, 0));
     EXPECT_BITS(0.0F, mixedQuality(30, 12, kNaN, 20));
 }
 
-TEST(SurfaceWater, Surface) {
+TEST(Reservoir, Surface) {
     EXPECT_BITS(1.5F, surface(1e9F, 0.5F, 1.0F, 0.0F));
     EXPECT_BITS(1.5F, surface(1e9F, 0.5F, 0.0F, 1.0F));
     EXPECT_BITS(0.0F, surface(1e9F, -0.5F, 0.0F, 0.0F));

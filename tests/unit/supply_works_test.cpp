@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Abstraction, Excess) {
+TEST(SupplyWorks, Excess) {
     EXPECT_BITS(3.0F, excess(9, 6, 1));
     EXPECT_BITS(-1.0F, excess(5, 6, 1));
     EXPECT_BITS(2.0F, excess(5, 6, 0.5F));

@@ -13,7 +13,7 @@ void expect(float W, float Q, float draw, float V, Balance expected) {
     EXPECT_BITS(expected.overflow, got.overflow);
 }
 
-TEST(SteadyDraw, Balance) {
+TEST(TreatmentStages, Balance) {
     expect(2, 3, 4, 10, {1, 4, -0.0F});
     expect(0, 1, 4, 10, {0, 1, -0.0F});
     expect(8, 10, 2, 10, {10, 2, 6});
@@ -23,7 +23,7 @@ TEST(SteadyDraw, Balance) {
     expect(kNaN, 3, 4, 10, {0, kNaN, kNaN});
 }
 
-TEST(SteadyDraw, LoadIsKept) {
+TEST(TreatmentStages, LoadIsKept) {
     // What came in leaves by both outputs, but for rounding.
     const float overflow = 6.0F;
     const float supplied = 2.0F;
@@ -33,7 +33,7 @@ TEST(SteadyDraw, LoadIsKept) {
     EXPECT_NEAR(in, out, 1e-5);
 }
 
-TEST(SteadyDraw, Treatment) {
+TEST(TreatmentStages, Treatment) {
     EXPECT_BITS(9.99F, treatedQuality(5.0F, 9.99F, 2.0F));
     EXPECT_BITS(6.4F, treatedQuality(5.0F, 10.0F, 2.0F));
     EXPECT_BITS(1.0F, treatedQuality(1.0F, 10.0F, 2.0F));

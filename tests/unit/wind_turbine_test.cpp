@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(WindEnergy, Curve) {
+TEST(WindTurbine, Curve) {
     EXPECT_BITS(-0.0F, generation(0, 1, 1));
     // x = 1 where the wind is 1 / 0.28 of the divisor: (103.6 - 3.96) / 100
     EXPECT_NEAR(-0.9964, static_cast<double>(generation(1.0F / 0.28F, 1, 1)), 1e-6);
