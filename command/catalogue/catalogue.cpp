@@ -69,6 +69,22 @@ std::string_view toText(Carries carries) {
     return carries == Carries::water ? "water" : "demand";
 }
 
+std::string_view toText(Quality quality) {
+    switch (quality) {
+        case Quality::none:
+            return "none";
+        case Quality::own:
+            return "own";
+        case Quality::passed:
+            return "passed";
+        case Quality::mixed:
+            return "mixed";
+        case Quality::spill:
+            break;
+    }
+    return "spill";
+}
+
 const std::vector<Type>& allTypes() {
     static const std::vector<Type> types = makeTypes();
     return types;
@@ -164,6 +180,18 @@ std::optional<int> portNumber(const std::vector<Port>& ports, std::string_view t
     if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
     if (number < 1 || number > static_cast<int>(ports.size())) return std::nullopt;
     return number;
+}
+
+bool passesOn(const Type& type, const Port& output) {
+    if (output.carries == Carries::same) return true;
+    const bool stores = std::any_of(type.series.begin(), type.series.end(),
+                                    [](const SeriesNeed& need) { return need.kind == SeriesKind::storage; });
+    return type.inputs == 1 && type.in[0].carries == output.carries && !stores;
+}
+
+bool mixesQualities(const Type& type) {
+    return std::any_of(type.out.begin(), type.out.end(),
+                       [](const Port& output) { return output.quality == Quality::mixed; });
 }
 
 std::string portName(const std::vector<Port>& ports, int number) {

@@ -62,11 +62,27 @@ struct SeriesNeed {
 enum class Carries : std::uint8_t { water, demand, same };
 std::string_view toText(Carries carries);  // "water", "demand", "either"
 
+// What quality an output sends. Most that carry water have one of their own, demands have none.
+enum class Quality : std::uint8_t {
+    none,    // -1, or what another component left
+    own,     // a number, whatever arrives
+    passed,  // that of what arrives, in whole or in part
+    mixed,   // of all that arrives, or of what is stored: whatever has no quality spoils it
+    spill,   // a load divided by a spill: not a number in steps without one
+};
+std::string_view toText(Quality quality);
+
+constexpr Quality usualQuality(Carries carries) {
+    if (carries == Carries::same) return Quality::passed;
+    return carries == Carries::water ? Quality::own : Quality::none;
+}
+
 struct Port {
     std::string_view name;
     Carries carries;
     std::string_view meaning;
     std::string_view unit = "L";
+    Quality quality = usualQuality(carries);  // of an output
 };
 
 // One specification of a brand. The same number can have other names and meanings in other types, but one name always
@@ -139,7 +155,9 @@ inline constexpr int kMultiplier = 34;
 inline constexpr int kSplitter = 36;
 inline constexpr int kTreatmentPlant = 37;
 inline constexpr int kReservoir = 39;
+inline constexpr int kAbstraction = 40;
 inline constexpr int kWaterBody = 43;
+inline constexpr int kPotableTreatment = 48;
 inline constexpr int kDelay = 51;
 inline constexpr int kSoilStore = 62;
 inline constexpr int kQuotaLimiter = 64;
@@ -165,6 +183,13 @@ std::vector<std::string_view> portNames(const std::vector<Port>& ports);
 
 // Number (1 or 2) of a port given by name or number; none when the list has no such port.
 std::optional<int> portNumber(const std::vector<Port>& ports, std::string_view text);
+
+// Whether an output hands on what reaches the component, be it water or a demand, as links and splitters do: what has
+// one kind of input and stores nothing.
+bool passesOn(const Type& type, const Port& output);
+
+// Whether what reaches the component is mixed by its qualities.
+bool mixesQualities(const Type& type);
 
 // "wastewater" or, where a type has no such port, the number.
 std::string portName(const std::vector<Port>& ports, int number);

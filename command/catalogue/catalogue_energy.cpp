@@ -16,7 +16,7 @@ Type hydropower() {
                   "its group's reservoir (0 without one).",
               .inputs = 1,
               .in = {{"inflow", Carries::water, "water through the turbine"}},
-              .out = {{"outflow", Carries::water, "the same"}},
+              .out = {withQuality(Quality::passed, {"outflow", Carries::water, "the same"})},
               .size = {"units, a factor on the energy", "-", 1},
               .parameters = {capacityCost("cost/step"), operationCost("cost/year")},
               .potentials = {kEnergy, kCapacity, kOperation},

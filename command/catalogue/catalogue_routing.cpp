@@ -18,8 +18,8 @@ Type divider(std::string_view name, std::string_view tag, int code, std::string_
     return {.name = name, .tag = tag, .codes = {code}, .summary = summary, .inputs = 1, .in = {kIn}, .out = out};
 }
 
-Type joining(std::string_view name, int code, std::string_view summary) {
-    Type type = divider(name, "", code, summary, {passes("outflow", "the sum")});
+Type joining(std::string_view name, int code, std::string_view summary, Quality quality) {
+    Type type = divider(name, "", code, summary, {withQuality(quality, passes("outflow", "the sum"))});
     type.inputs = kAnyInputs;
     return type;
 }
@@ -96,7 +96,7 @@ Type qualityFromReservoir() {
 
 Type qualitySetter() {
     Type type = divider("quality_setter", "FL", 56, "Passes a flow on with a quality given as a series.",
-                        {passes("outflow", "the flow with the given quality")});
+                        {withQuality(Quality::own, passes("outflow", "the flow with the given quality"))});
     type.series = {ofItsOwn(demand, "quality", "given_quality", "quality that it gives the flow")};
     return type;
 }
@@ -116,8 +116,9 @@ Type quotaLimiter() {
 }  // namespace
 
 std::vector<Type> routing() {
-    return {joining("junction", 30, "Adds up any number of flows, without quality."),
-            joining("mixer", 31, "Adds up any number of flows and mixes their qualities to a whole number."),
+    return {joining("junction", 30, "Adds up any number of flows, without quality.", Quality::none),
+            joining("mixer", 31, "Adds up any number of flows and mixes their qualities to a whole number.",
+                    Quality::mixed),
             multiplierType(),
             splitter(),
             delay(),

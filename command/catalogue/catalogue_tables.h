@@ -13,6 +13,12 @@ std::vector<Type> energyUnits();
 
 BalanceIdentity balanceOf(std::string_view type);
 
+// A port with another quality than is usual for what it carries.
+inline Port withQuality(Quality quality, Port port) {
+    port.quality = quality;
+    return port;
+}
+
 // Needs and parameters that many types share.
 inline const SeriesNeed kOwnVolume{SeriesKind::storage, Filing::own, true};
 inline const SeriesNeed kOwnDepth{SeriesKind::storage, Filing::own, true, false, "mm"};

@@ -6,7 +6,7 @@ namespace kesto::tables {
 namespace {
 
 const Port kInflow{"inflow", Carries::water, "water that flows in"};
-const Port kOutflow{"outflow", Carries::water, "water passed on"};
+const Port kOutflow = withQuality(Quality::passed, {"outflow", Carries::water, "water passed on"});
 const Port kDemand{"demand", Carries::demand, "water asked of it"};
 
 Type link(std::string_view name, std::string_view tag, int code, std::string_view summary, bool energy) {
@@ -32,7 +32,8 @@ Type supplyLink() {
         link("supply_link", "PL", 27,
              "Pipe seen from its end: a demand that travels through it grows by what the pipe will lose.", true);
     type.in = {kDemand};
-    type.out = {{"request", Carries::demand, "the demand and its loss, asked for upstream"}};
+    type.out = {
+        withQuality(Quality::passed, {"request", Carries::demand, "the demand and its loss, asked for upstream"})};
     return type;
 }
 
@@ -72,7 +73,9 @@ Type treatmentLine() {
             .summary = "Passes on its inflow less a loss, and reports what exceeds its capacity.",
             .inputs = 1,
             .in = {kInflow},
-            .out = {kOutflow, {"excess", Carries::demand, "inflow above the capacity; it is part of the outflow too"}},
+            .out = {kOutflow, withQuality(Quality::passed, {"excess", Carries::demand,
+                                                            "inflow above the capacity; it is part of the outflow "
+                                                            "too"})},
             .size = {"factor on the capacity cost", "-", 1},
             .parameters = {{1, "daily_capacity", "L/d", "volume that it can take in a day"},
                            lossFraction("fraction of the inflow that is lost"),
@@ -83,19 +86,21 @@ Type treatmentLine() {
 }
 
 Type membrane() {
-    return {.name = "membrane",
-            .tag = "MN",
-            .codes = {58},
-            .summary = "Recovers seven tenths of what it can take as clean water; the rest leaves as concentrate.",
-            .inputs = 1,
-            .in = {kInflow},
-            .out = {{"permeate", Carries::water, "recovered, with a hundredth of the inflow's quality"},
-                    {"concentrate", Carries::water, "the rest of the water and of the load"}},
-            .parameters = {{1, "treatment_capacity", "L/d", "volume that it can take in a day"},
-                           energyPerVolume(),
-                           capacityCost("cost/step"),
-                           operationCost("cost/year")},
-            .potentials = {kEnergy, kOperation, kCapacity}};
+    return {
+        .name = "membrane",
+        .tag = "MN",
+        .codes = {58},
+        .summary = "Recovers seven tenths of what it can take as clean water; the rest leaves as concentrate.",
+        .inputs = 1,
+        .in = {kInflow},
+        .out = {withQuality(Quality::passed,
+                            {"permeate", Carries::water, "recovered, with a hundredth of the inflow's quality"}),
+                withQuality(Quality::passed, {"concentrate", Carries::water, "the rest of the water and of the load"})},
+        .parameters = {{1, "treatment_capacity", "L/d", "volume that it can take in a day"},
+                       energyPerVolume(),
+                       capacityCost("cost/step"),
+                       operationCost("cost/year")},
+        .potentials = {kEnergy, kOperation, kCapacity}};
 }
 
 Type treatmentPlant() {

@@ -21,6 +21,14 @@ Json portsOf(const std::vector<Port>& ports) {
     return list;
 }
 
+Json outputsOf(const std::vector<Port>& ports) {
+    Json list = portsOf(ports);
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        list[i]["quality"] = toText(ports[i].quality);
+    }
+    return list;
+}
+
 Json parametersOf(const Type& type) {
     Json list = Json::array();
     for (const Parameter& parameter : type.parameters) {
@@ -72,7 +80,7 @@ std::string typesJson(const std::vector<Type>& types) {
                         {"summary", type.summary},
                         {"any_number_of_inputs", type.inputs == kAnyInputs},
                         {"inputs", portsOf(type.in)},
-                        {"outputs", portsOf(type.out)},
+                        {"outputs", outputsOf(type.out)},
                         {"size", sizeOf(type.size)},
                         {"parameters", parametersOf(type)},
                         {"series", seriesOf(type)},

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
+#include <stdexcept>
 
 #include "checks.h"
 #include "engine_run.h"
@@ -179,6 +181,86 @@ TEST(EngineCatalogue, PotentialsAreThoseListed) {
             if (isListed && !onlyKindNine) listed.emplace_back(info(which).name);
         }
         EXPECT_EQ(booked, listed);
+    });
+}
+
+// A component whose inputs get flows of one quality; what its output sends ends in a water body.
+std::string fedWith(const Type& type, int code, int port, int quality, double amount) {
+    std::string text = test::headText(5, false) + test::brandText(type, "x");
+    for (int i = 0; i < type.reservoirs; ++i) {
+        text += test::brandText(*findType(code::kReservoir), fmt::format("r{}", i));
+    }
+    text += test::componentText(type, code, "x");
+    std::string connections;
+    const auto connect = [&](const std::string& from, const std::string& to) {
+        connections += fmt::format("[[connections]]\nfrom = \"{}\"\nto = \"{}\"\n", from, to);
+    };
+    const auto feed = [&](const std::string& to, int toPort, int given) {
+        const std::string name = fmt::format("{}{}", to, toPort);
+        text += fmt::format(
+            "[[components]]\nname = \"{0}\"\ntype = \"demand_source\"\ndemand = {1}\n"
+            "[[components]]\nname = \"{0}q\"\ntype = \"quality_setter\"\ndemand = {2}\n",
+            name, amount / toPort, given);
+        connect(name, name + "q");
+        connect(name + "q", fmt::format("{}:{}", to, toPort));
+    };
+    const int inputs = type.inputs == kAnyInputs ? 1 : type.inputs;
+    for (int i = 1; i <= inputs; ++i) {
+        feed("x", i, quality);
+    }
+    for (int i = 0; i < type.reservoirs; ++i) {
+        const std::string name = fmt::format("r{}", i);
+        text += test::componentText(*findType(code::kReservoir), code::kReservoir, name);
+        feed(name, 1, 3);
+        feed(name, 2, 3);
+    }
+    text += "[[components]]\nname = \"end\"\ntype = \"water_body\"\n";
+    connect(fmt::format("x:{}", port), "end");
+    return text + connections;
+}
+
+// The quality that an output sends on the last day.
+float qualitySent(const Type& type, int code, int port, int quality, double amount) {
+    Built built(fedWith(type, code, port, quality, amount));
+    if (!built.record) throw std::runtime_error(built.said());
+    const EngineRun run = runEngine(*built.record);
+    if (run.outcome != Outcome::finished) throw std::runtime_error(run.message);
+    return built.record->outputs().waterBodies[built.record->steps() - 1].quality;
+}
+
+TEST(EngineCatalogue, QualitiesAreThoseListed) {
+    forEachCode([](const Type& type, int code) {
+        for (int port = 1; port <= static_cast<int>(type.out.size()); ++port) {
+            const Port& output = type.out[static_cast<std::size_t>(port) - 1];
+            SCOPED_TRACE(output.name);
+            const float ofSeven = qualitySent(type, code, port, 7, 80);
+            const float ofNone = qualitySent(type, code, port, -1, 80);
+            switch (output.quality) {
+                case Quality::none: {
+                    // What a second output is not given a quality for keeps that of another component.
+                    const bool isLeft = code == code::kAbstraction || code == code::kPotableTreatment;
+                    EXPECT_EQ(ofSeven, isLeft && port == 2 ? 0 : -1);
+                    break;
+                }
+                case Quality::own:
+                    EXPECT_GE(ofNone, 0);
+                    EXPECT_EQ(ofNone, ofSeven);
+                    break;
+                case Quality::passed:
+                    EXPECT_GT(ofSeven, 0);
+                    EXPECT_LT(ofNone, 0);
+                    break;
+                case Quality::mixed:
+                    EXPECT_GT(ofSeven, 0);
+                    EXPECT_LT(ofNone, ofSeven);
+                    break;
+                case Quality::spill:
+                    EXPECT_GT(ofSeven, 0);
+                    EXPECT_FALSE(std::isfinite(qualitySent(type, code, port, 7, 0)));
+                    break;
+            }
+            EXPECT_TRUE(std::isfinite(ofSeven) && std::isfinite(ofNone));
+        }
     });
 }
 
