@@ -44,12 +44,33 @@ std::string toString(const Place& place) {
     return text;
 }
 
+std::string_view toText(Severity severity) {
+    static constexpr std::string_view kSeverities[] = {"error", "warning", "note"};
+    return kSeverities[static_cast<std::size_t>(severity)];
+}
+
+void Diagnostics::error(ErrorName name, const Place& place, std::string text, std::string component) {
+    all_.push_back({Severity::error, place, std::move(text), name.code().name, std::move(component)});
+}
+
 void Diagnostics::error(const Place& place, std::string text) {
     all_.push_back({.severity = Severity::error, .place = place, .text = std::move(text)});
 }
 
-void Diagnostics::warning(const WarningCode& code, const Place& place, std::string text, std::string component) {
-    all_.push_back({Severity::warning, place, std::move(text), code.name, std::move(component)});
+void Diagnostics::warning(WarningName name, const Place& place, std::string text, std::string component) {
+    const WarningCode& code = name.code();
+    const Severity severity = code.about == About::note ? Severity::note : Severity::warning;
+    all_.push_back({severity, place, std::move(text), code.name, std::move(component)});
+}
+
+void Diagnostics::accept(std::string code, std::string component) {
+    accepted_.emplace(std::move(code), std::move(component));
+}
+
+bool Diagnostics::isAccepted(const Diagnostic& diagnostic) const {
+    if (diagnostic.severity != Severity::warning || accepted_.empty()) return false;
+    const std::string code(diagnostic.code);
+    return accepted_.contains({code, ""}) || accepted_.contains({code, diagnostic.component});
 }
 
 bool Diagnostics::hasErrors() const {
@@ -61,16 +82,26 @@ std::size_t Diagnostics::count(Severity severity) const {
         std::count_if(all_.begin(), all_.end(), [severity](const Diagnostic& d) { return d.severity == severity; }));
 }
 
-void Diagnostics::print(std::ostream& out, bool warnings) const {
+std::vector<const Diagnostic*> Diagnostics::inOrder() const {
     std::vector<const Diagnostic*> sorted;
     for (const Diagnostic& diagnostic : all_) {
-        if (warnings || diagnostic.severity == Severity::error) sorted.push_back(&diagnostic);
+        sorted.push_back(&diagnostic);
     }
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Diagnostic* a, const Diagnostic* b) { return standsBefore(a->place, b->place); });
-    for (const Diagnostic* diagnostic : sorted) {
-        out << toString(diagnostic->place) << (diagnostic->severity == Severity::error ? ": error: " : ": warning: ")
-            << diagnostic->text << '\n';
+    return sorted;
+}
+
+void Diagnostics::print(std::ostream& out, bool errorsOnly, std::size_t first) const {
+    for (const Diagnostic* diagnostic : inOrder()) {
+        const Severity severity = diagnostic->severity;
+        if (diagnostic < all_.data() + first || (errorsOnly && severity != Severity::error)) continue;
+        out << toString(diagnostic->place) << ": " << toText(severity) << ": " << diagnostic->text;
+        // The code is what `accept` takes.
+        if (severity == Severity::warning) {
+            out << " [" << diagnostic->code << (isAccepted(*diagnostic) ? ", accepted]" : "]");
+        }
+        out << '\n';
     }
 }
 

@@ -1,40 +1,53 @@
-// What is wrong with a model: collected, so that a person is told everything at once.
+// What is wrong with a model or doubtful about it and its results: collected, so that a person is told everything at
+// once.
 #pragma once
 
 #include <iosfwd>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "error_codes.h"
 #include "place.h"
 #include "warning_codes.h"
 
 namespace kesto {
 
-enum class Severity { error, warning };
+enum class Severity { error, warning, note };
+std::string_view toText(Severity severity);
 
 struct Diagnostic {
     Severity severity;
     Place place;
     std::string text;
-    std::string_view code = {};  // of a warning
+    std::string_view code = {};
     std::string component = {};  // name of the one it is about; empty: of none, or of several
 };
 
 class Diagnostics {
   public:
+    void error(ErrorName name, const Place& place, std::string text, std::string component = {});
     void error(const Place& place, std::string text);
-    void warning(const WarningCode& code, const Place& place, std::string text, std::string component = {});
+    // A warning, or a note where the code is one of notes.
+    void warning(WarningName name, const Place& place, std::string text, std::string component = {});
+
+    // Warnings that are meant: of this code, and of this component unless its name is empty. They are still shown.
+    void accept(std::string code, std::string component);
+    bool isAccepted(const Diagnostic& diagnostic) const;
 
     bool hasErrors() const;
     std::size_t count(Severity severity) const;
     const std::vector<Diagnostic>& all() const { return all_; }
+    std::vector<const Diagnostic*> inOrder() const;  // of file and line
 
-    // In order of file and line; each as "file:line:column: error: text".
-    void print(std::ostream& out, bool warnings = true) const;
+    // In order, each as "file:line:column: error: text"; of those from `first` on, and errors alone when asked so.
+    void print(std::ostream& out, bool errorsOnly = false, std::size_t first = 0) const;
 
   private:
     std::vector<Diagnostic> all_;
+    std::set<std::pair<std::string, std::string>> accepted_;  // code and component
 };
 
 // `; did you mean "tank"?` for the candidate nearest to what was found, or one that it begins; nothing when

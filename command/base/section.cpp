@@ -19,12 +19,14 @@ const Value* Section::find(std::string_view key) {
 
 const Value* Section::require(std::string_view key, std::string_view expected) {
     const Value* value = find(key);
-    if (!value) diagnostics_.error(place(), fmt::format("{} has no {}; expected {}", what_, key, expected));
+    if (!value)
+        diagnostics_.error("missing-key", place(), fmt::format("{} has no {}; expected {}", what_, key, expected));
     return value;
 }
 
 void Section::wrong(const Value& value, std::string_view key, std::string_view expected) {
-    diagnostics_.error(value.place, fmt::format("{}: {} is {}; expected {}", what_, key, describe(value), expected));
+    diagnostics_.error("wrong-value", value.place,
+                       fmt::format("{}: {} is {}; expected {}", what_, key, describe(value), expected));
 }
 
 std::optional<PlacedText> Section::text(std::string_view key) {
@@ -84,7 +86,7 @@ void Section::finish() {
     for (const auto& [key, value] : table_.fields) {
         if (known_.contains(key.value)) continue;
         const std::vector<std::string_view> names(known_.begin(), known_.end());
-        diagnostics_.error(key.place,
+        diagnostics_.error("unknown-key", key.place,
                            fmt::format("{} has no key \"{}\"{}", what_, key.value, suggestion(key.value, names)));
     }
 }
@@ -98,14 +100,15 @@ std::optional<double> readQuantity(const Value& value, std::string_view unit, co
     const bool startsWithDigit = value.kind == Value::Kind::text && !value.text.empty() && value.text[0] >= '0' &&
                                  value.text[0] <= '9' && unitsFor(unit).size() > 1;
     if (blank == std::string::npos && !startsWithDigit) {
-        diagnostics.error(value.place, fmt::format("{} is {}; expected {}", what, describe(value), wanted));
+        diagnostics.error("wrong-value", value.place,
+                          fmt::format("{} is {}; expected {}", what, describe(value), wanted));
         return std::nullopt;
     }
     const std::string_view text = value.text;
     const auto number = parseNumber(text.substr(0, blank));
     const auto factor = conversion(blank == std::string::npos ? "" : text.substr(blank + 1), unit);
     if (!number || !factor) {
-        diagnostics.error(value.place,
+        diagnostics.error("wrong-value", value.place,
                           fmt::format("{} is {}; expected {}, or a text with a number, a blank and one of {}", what,
                                       describe(value), wanted, listOf(unitsFor(unit))));
         return std::nullopt;

@@ -80,7 +80,8 @@ std::optional<Value> readTomlText(const std::string& text, const std::string& na
         const toml::table table = toml::parse(text, name);
         return toValue(file, table);
     } catch (const toml::parse_error& error) {
-        diagnostics.error(placeOf(file, error.source()), fmt::format("not valid TOML: {}", error.description()));
+        diagnostics.error("not-toml", placeOf(file, error.source()),
+                          fmt::format("not valid TOML: {}", error.description()));
         return std::nullopt;
     }
 }
@@ -90,7 +91,7 @@ std::optional<Value> readTomlFile(const std::string& path, Diagnostics& diagnost
     try {
         text = readFile(path);
     } catch (const std::runtime_error& error) {
-        diagnostics.error({std::make_shared<const std::string>("kesto"), 0, 0}, error.what());
+        diagnostics.error("no-file", {std::make_shared<const std::string>("kesto"), 0, 0}, error.what());
         return std::nullopt;
     }
     return readTomlText(text, path, diagnostics);

@@ -10,12 +10,12 @@ void checkSimulation(const Model& model, Diagnostics& diagnostics) {
     const Simulation& simulation = model.simulation;
     constexpr Day kMostDays = 2000000;
     if (simulation.days() > kMostDays) {
-        diagnostics.error(simulation.place,
+        diagnostics.error("too-large", simulation.place,
                           fmt::format("[simulation]: {} days; expected at most {}", simulation.days(), kMostDays));
     }
     if (!shiftToRecord(simulation.start, simulation.end)) {
         diagnostics.error(
-            simulation.place,
+            "calendar", simulation.place,
             fmt::format("[simulation]: the engine's calendar starts between 1970 and 2038, and no years in "
                         "it have the leap years of {} to {}",
                         toText(simulation.start), toText(simulation.end)));

@@ -35,15 +35,16 @@ class ComponentChecks {
     void checkBrandsAreUsed() {
         for (const Brand& brand : model_.brands) {
             if (!usedBrands_.contains(brand.id)) {
-                diagnostics_.warning(warn::kUnusedBrand, brand.place,
+                diagnostics_.warning("unused-brand", brand.place,
                                      fmt::format("brand \"{}\" is used by no component", brand.name));
             }
         }
     }
 
   private:
-    void error(const Place& place, const Component& component, std::string_view text) {
-        diagnostics_.error(place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text));
+    void error(ErrorName code, const Place& place, const Component& component, std::string_view text) {
+        diagnostics_.error(code, place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text),
+                           component.name);
     }
 
     void checkBrand(const Component& component) {
@@ -51,13 +52,13 @@ class ComponentChecks {
         for (const Parameter& parameter : component.type->parameters) {
             if (parameter.standard || component.brand == kUnknown) continue;
             if (component.brand < 0) {
-                error(component.place, component,
+                error("missing-brand", component.place, component,
                       fmt::format("has no brand; expected one that gives {}", parameter.name));
                 return;
             }
             const Brand& brand = model_.brands[static_cast<std::size_t>(component.brand)];
             if (brand.specifications.contains(parameter.number)) continue;
-            shared_.addError(brand.place, component,
+            shared_.addError("missing-parameter", brand.place, component,
                              fmt::format("brand \"{}\" does not give {} [{}], {}; needed by", brand.name,
                                          parameter.name, parameter.unit, parameter.meaning));
         }
@@ -66,18 +67,18 @@ class ComponentChecks {
     void checkSize(const Component& component) {
         const Size& size = component.type->size;
         if (!size.meaning.empty() && !size.standard && !component.hasSize) {
-            error(component.place, component,
+            error("missing-size", component.place, component,
                   fmt::format("has no size; expected its {}{}", size.meaning,
                               size.unit.empty() ? "" : fmt::format(" [{}]", size.unit)));
         }
         if (size.meaning.empty() && component.hasSize) {
-            diagnostics_.warning(warn::kUnreadSize, component.sizePlace,
+            diagnostics_.warning("unread-size", component.sizePlace,
                                  fmt::format("{}: a {} does not read size", nameOf(component), component.type->name),
                                  component.name);
         }
         if (component.code == code::kDelay && component.hasSize &&
             (component.size < 0 || component.size > 2147483647.0 || component.size != std::floor(component.size))) {
-            error(component.sizePlace, component,
+            error("wrong-value", component.sizePlace, component,
                   fmt::format("size is {}; expected a whole number of steps, 0 or more", component.size));
         }
     }
@@ -93,13 +94,13 @@ class ComponentChecks {
             const bool hasStandard = need.isState || need.kind == SeriesKind::demandFluctuation;
             if (need.filing == Filing::group && component.group == kUnknown) return;
             if (need.filing == Filing::group && component.group < 0) {
-                error(component.place, component,
+                error("missing-group", component.place, component,
                       fmt::format("has no group; expected one with {}", info(need.kind).name));
                 return;
             }
             if (hasStandard) continue;
             if (need.filing == Filing::own) {
-                error(component.place, component,
+                error("missing-series", component.place, component,
                       fmt::format("has no {}; expected a number or a series of its own",
                                   need.alias.empty() ? info(need.kind).name : need.alias));
             } else {
@@ -113,7 +114,7 @@ class ComponentChecks {
 
     void missingOfGroup(const Component& component, std::string_view what, std::string_view unit) {
         const Group& group = model_.groups[static_cast<std::size_t>(component.group)];
-        shared_.addError(group.place, component,
+        shared_.addError("missing-series", group.place, component,
                          fmt::format("group \"{}\" has no {} [{}], needed by", group.name, what, unit),
                          fmt::format("; expected it in [groups.{}] or in [series]", group.name));
     }
@@ -126,7 +127,7 @@ class ComponentChecks {
             series_.of(source);
         } else {
             shared_.addError(
-                group.place, component,
+                "missing-series", group.place, component,
                 fmt::format("group \"{}\" has no uses of kind {} [1/d], needed by", group.name, component.code),
                 fmt::format("; expected uses = {{ {} = ... }} in [groups.{}]", component.code, group.name));
         }
@@ -135,11 +136,12 @@ class ComponentChecks {
     void checkRun(const Component& component) {
         const Simulation& simulation = model_.simulation;
         if (component.type->dailyOnly && simulation.timeStep != 1) {
-            error(component.place, component,
+            error("daily-only", component.place, component,
                   fmt::format("works on daily steps only, but time_step is {}", simulation.timeStep));
         }
         if (component.type->usesLatitude && !simulation.latitude) {
-            error(component.place, component, "needs the latitude of the site; expected latitude in [simulation]");
+            error("missing-latitude", component.place, component,
+                  "needs the latitude of the site; expected latitude in [simulation]");
         }
         if (component.type->usesLatitude) checkTemperatures(component);
     }
@@ -157,7 +159,7 @@ class ComponentChecks {
         if (!lows || !highs) return;
         for (std::size_t step = 0; step < lows->size(); ++step) {
             if (!((*lows)[step] > (*highs)[step])) continue;
-            error(series_.placeOf(low, step), component,
+            error("crossed-temperatures", series_.placeOf(low, step), component,
                   fmt::format("on {} temperature_min is {}, above temperature_max {}",
                               toText(model_.simulation.start + static_cast<Day>(step)), (*lows)[step], (*highs)[step]));
             return;
@@ -174,10 +176,10 @@ class ComponentChecks {
                                              found == 1 ? "" : "s", type.reservoirs);
         if (type.reservoirsOptional && component.group < 0) return;
         if (type.reservoirsOptional) {
-            diagnostics_.warning(warn::kFewReservoirs, component.place,
+            diagnostics_.warning("few-reservoirs", component.place,
                                  fmt::format("{} ({}): {}", nameOf(component), type.name, text), component.name);
         } else {
-            error(component.place, component, text);
+            error("missing-reservoir", component.place, component, text);
         }
     }
 
@@ -188,13 +190,13 @@ class ComponentChecks {
                 const Component& store = model_.components[static_cast<std::size_t>(member)];
                 const bool hasState = store.series[SeriesKind::storage] != kNoSource || keepsStorage(*store.type);
                 if (!hasState) {
-                    error(split.place, component,
+                    error("bad-split", split.place, component,
                           fmt::format("its member \"{}\" stores nothing; expected storage for it", store.name));
                 }
                 const bool hasCapacity =
                     store.brand >= 0 && model_.brands[static_cast<std::size_t>(store.brand)].specifications.contains(1);
                 if (!hasCapacity) {
-                    error(split.place, component,
+                    error("bad-split", split.place, component,
                           fmt::format("the brand of its member \"{}\" has no specification 1, its "
                                       "capacity",
                                       store.name));
@@ -202,7 +204,8 @@ class ComponentChecks {
             }
         }
         if (component.splits.size() > 100) {
-            error(component.splits[100].place, component, "the engine uses no more than 100 splits of a splitter");
+            error("bad-split", component.splits[100].place, component,
+                  "the engine uses no more than 100 splits of a splitter");
         }
     }
 

@@ -28,7 +28,7 @@ class Doubts {
     }
 
   private:
-    void doubt(const WarningCode& code, const Place& place, const Component& component, std::string_view text) {
+    void doubt(WarningName code, const Place& place, const Component& component, std::string_view text) {
         diagnostics_.warning(code, place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text),
                              component.name);
     }
@@ -36,7 +36,7 @@ class Doubts {
     void checkTimeStep() {
         const Simulation& simulation = model_.simulation;
         if (simulation.timeStep == 1) return;
-        diagnostics_.warning(warn::kTimeStep, simulation.place,
+        diagnostics_.warning("time-step", simulation.place,
                              fmt::format("[simulation]: time_step is {} days, but the calendar and all "
                                          "series still move one day a step",
                                          simulation.timeStep));
@@ -46,7 +46,7 @@ class Doubts {
         if (component.code != code::kQuotaLimiter) return;
         const CivilDate start = dateOf(model_.simulation.start);
         if (start.month == 1 && start.day == 1) return;
-        doubt(warn::kPartYear, component.place, component,
+        doubt("part-year", component.place, component,
               fmt::format("the run starts on {}: its first year has the whole yearly allowance",
                           toText(model_.simulation.start)));
     }
@@ -63,7 +63,7 @@ class Doubts {
             const auto other = volumes.find(component.group);
             if (!unit || *unit == info(kInfiltration).unit || component.group < 0 || other == volumes.end()) continue;
             doubt(
-                warn::kMixedUnits, component.place, component,
+                "mixed-units", component.place, component,
                 fmt::format("it books its infiltration in {}, \"{}\" of the same group in {}: their sum means nothing; "
                             "put it into a group of its own",
                             *unit, other->second->name, info(kInfiltration).unit));
@@ -97,7 +97,7 @@ class Doubts {
         for (std::size_t i = 0; i < reached.size(); ++i) {
             const Component& component = model_.components[i];
             if (!reached[i])
-                doubt(warn::kNoSource, component.place, component,
+                doubt("no-source", component.place, component,
                       "nothing reaches it: it is fed by a loop without a source");
         }
     }
@@ -110,10 +110,10 @@ class Doubts {
             const int index = static_cast<int>(i);
             const bool isFed = !network.incoming(index).empty();
             if (component.type->inputs == kAnyInputs && !isFed) {
-                doubt(warn::kNoInput, component.place, component, "nothing sends to it");
+                doubt("no-input", component.place, component, "nothing sends to it");
             } else if (!component.type->out.empty() && network.outgoing(index).empty() && component.type->inputs == 0 &&
                        component.type->potentials.empty()) {
-                doubt(warn::kNoOutput, component.place, component, "it sends to nothing");
+                doubt("no-output", component.place, component, "it sends to nothing");
             }
         }
     }
@@ -126,7 +126,7 @@ class Doubts {
             if (digits == 0) digits = length;
             if (digits == length) continue;
             doubt(
-                warn::kIdDigits, component.place, component,
+                "id-digits", component.place, component,
                 fmt::format("its id {} has other than {} digits: with trace_sources the engine may take it for another "
                             "source",
                             component.id, digits));

@@ -24,7 +24,7 @@ void checkPairs(const Model& model, const Network& network, Diagnostics& diagnos
             const auto [other, isNew] = first.emplace(connection.from, index);
             if (isNew) continue;
             diagnostics.warning(
-                warn::kReplacedConnection, connection.place,
+                "replaced-connection", connection.place,
                 fmt::format("{} replaces {}: two components carry one connection in each direction; put "
                             "a connector between them for a second",
                             ends(model, connection), ends(model, model.connections[at(other->second)])),
@@ -65,13 +65,13 @@ void checkInputs(const Model& model, const Network& network, Diagnostics& diagno
                                           : found > 2                             ? "; a junction adds flows up"
                                                                                   : ""));
         } else if (!sums && found > 0 && static_cast<int>(ports.size()) < found) {
-            diagnostics.warning(warn::kSameInput, component.place,
+            diagnostics.warning("same-input", component.place,
                                 fmt::format("{} ({}): both senders use the same input; the other input "
                                             "gets none",
                                             nameOf(component), type.name),
                                 component.name);
         } else if (!sums && found == 1 && *ports.begin() != 1) {
-            diagnostics.warning(warn::kUnreadInput, component.place,
+            diagnostics.warning("unread-input", component.place,
                                 fmt::format("{} ({}): its only sender uses input 2; the component reads "
                                             "input 1 and finds no signal there",
                                             nameOf(component), type.name),
@@ -133,8 +133,7 @@ void checkWays(const Component& receiver, double visits, Diagnostics& diagnostic
     if (visits > kTooManyVisits) {
         diagnostics.error(receiver.place, text + "; expected fewer branches that meet again, or no loop behind it");
     } else {
-        diagnostics.warning(warn::kLongTracing, receiver.place, text + ": this takes long and much memory",
-                            receiver.name);
+        diagnostics.warning("long-tracing", receiver.place, text + ": this takes long and much memory", receiver.name);
     }
 }
 

@@ -32,7 +32,7 @@ class ValueDoubts {
     }
 
   private:
-    void doubt(const WarningCode& code, const Place& place, const Component& component, std::string_view text) {
+    void doubt(WarningName code, const Place& place, const Component& component, std::string_view text) {
         diagnostics_.warning(code, place, fmt::format("{} ({}): {}", nameOf(component), component.type->name, text),
                              component.name);
     }
@@ -43,7 +43,7 @@ class ValueDoubts {
         if (!latitude || std::abs(*latitude) < 66.5) return;
         for (const Component& component : model_.components) {
             if (!component.type->usesLatitude) continue;
-            doubt(warn::kPolarDays, component.place, component,
+            doubt("polar-days", component.place, component,
                   "days without sunrise or sunset have a radiation that is not a number");
             return;
         }
@@ -71,7 +71,7 @@ class ValueDoubts {
             for (const auto& [number, value] : brand.specifications) {
                 if (numbers.contains(number) || (number == 1 && members.contains(index))) continue;
                 diagnostics_.warning(
-                    warn::kUnreadParameter, value.place,
+                    "unread-parameter", value.place,
                     fmt::format("brand \"{}\": no component that uses it reads this parameter (specification {})",
                                 brand.name, number));
             }
@@ -94,7 +94,7 @@ class ValueDoubts {
         const auto frost = std::count_if(values->begin(), values->end(), [](float t) { return t < 0; });
         const auto step = static_cast<std::size_t>(first - values->begin());
         shared_.addWarning(
-            warn::kFrost, series_.placeOf(source, step), component,
+            "frost", series_.placeOf(source, step), component,
             fmt::format("{} day{} below 0 degC, the first on {}: from then on nothing but not-a-number comes from",
                         frost, frost == 1 ? "" : "s", toText(model_.simulation.start + static_cast<Day>(step))),
             "; cut the series at 0");
@@ -105,7 +105,7 @@ class ValueDoubts {
         const Size& size = component.type->size;
         const bool isOdd = (size.unit == "m2" && component.size <= 0) || (size.unit == "L" && component.size < 0);
         if (!isOdd || !component.hasSize) return;
-        doubt(warn::kOddSize, component.sizePlace, component,
+        doubt("odd-size", component.sizePlace, component,
               fmt::format("its {} is {} {}", size.meaning, component.size, size.unit));
     }
 
@@ -118,7 +118,7 @@ class ValueDoubts {
             if (given == brand.specifications.end() || !parameter.name.ends_with("_fraction")) continue;
             const double value = given->second.value;
             if (value >= 0 && value <= 1) continue;
-            shared_.addWarning(warn::kOddFraction, given->second.place, component,
+            shared_.addWarning("odd-fraction", given->second.place, component,
                                fmt::format("brand \"{}\": {} is {}, which is not between 0 and 1; read by", brand.name,
                                            parameter.name, value));
         }
@@ -135,7 +135,7 @@ class ValueDoubts {
             const float highest = *std::max_element(values->begin(), values->end());
             if (highest > 15) continue;
             diagnostics_.warning(
-                warn::kLowWind, model_.sources[at(source)].place,
+                "low-wind", model_.sources[at(source)].place,
                 fmt::format("group \"{}\": the highest wind is {} km/h; if the file holds m/s, say unit = "
                             "\"m/s\"",
                             group.name, highest));
@@ -153,7 +153,7 @@ class ValueDoubts {
             const auto first = std::find_if(values->begin(), values->end(), [](float rain) { return rain < 0; });
             if (first == values->end()) continue;
             const auto step = static_cast<std::size_t>(first - values->begin());
-            diagnostics_.warning(warn::kNegativeRain, series_.placeOf(source, step),
+            diagnostics_.warning("negative-rain", series_.placeOf(source, step),
                                  fmt::format("rainfall is {} on {}; is it a mark for a missing value?", *first,
                                              toText(model_.simulation.start + static_cast<Day>(step))));
         }

@@ -6,18 +6,18 @@
 
 namespace kesto {
 
-void SharedFaults::addError(const Place& place, const Component& component, const std::string& before,
+void SharedFaults::addError(ErrorName code, const Place& place, const Component& component, const std::string& before,
                             const std::string& after) {
-    add(nullptr, place, component, before, after);
+    add(code, place, component, before, after);
 }
 
-void SharedFaults::addWarning(const WarningCode& code, const Place& place, const Component& component,
+void SharedFaults::addWarning(WarningName code, const Place& place, const Component& component,
                               const std::string& before, const std::string& after) {
-    add(&code, place, component, before, after);
+    add(code, place, component, before, after);
 }
 
-void SharedFaults::add(const WarningCode* code, const Place& place, const Component& component,
-                       const std::string& before, const std::string& after) {
+void SharedFaults::add(Code code, const Place& place, const Component& component, const std::string& before,
+                       const std::string& after) {
     const std::string key = fmt::format("{}|{}|{}|{}", toString(place), component.type->name, before, after);
     const auto [found, isNew] = index_.emplace(key, faults_.size());
     if (isNew) faults_.push_back({code, place, &component, before, after});
@@ -29,10 +29,11 @@ void SharedFaults::report(Diagnostics& diagnostics) const {
         const std::string text =
             fmt::format("{} {} ({}){}{}", fault.before, nameOf(*fault.first), fault.first->type->name,
                         fault.components > 1 ? fmt::format(" and {} more", fault.components - 1) : "", fault.after);
-        if (fault.code) {
-            diagnostics.warning(*fault.code, fault.place, text, fault.components == 1 ? fault.first->name : "");
+        const std::string component = fault.components == 1 ? fault.first->name : "";
+        if (const auto* error = std::get_if<ErrorName>(&fault.code)) {
+            diagnostics.error(*error, fault.place, text, component);
         } else {
-            diagnostics.error(fault.place, text);
+            diagnostics.warning(std::get<WarningName>(fault.code), fault.place, text, component);
         }
     }
 }

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "diagnostics.h"
@@ -13,19 +14,20 @@ namespace kesto {
 class SharedFaults {
   public:
     // `before` and `after` are the text around the component, as in 'needed by component "wc" (appliance) and 3 more'.
-    void addError(const Place& place, const Component& component, const std::string& before,
+    void addError(ErrorName code, const Place& place, const Component& component, const std::string& before,
                   const std::string& after = "");
-    void addWarning(const WarningCode& code, const Place& place, const Component& component, const std::string& before,
+    void addWarning(WarningName code, const Place& place, const Component& component, const std::string& before,
                     const std::string& after = "");
 
     void report(Diagnostics& diagnostics) const;
 
   private:
-    void add(const WarningCode* code, const Place& place, const Component& component, const std::string& before,
+    using Code = std::variant<ErrorName, WarningName>;
+    void add(Code code, const Place& place, const Component& component, const std::string& before,
              const std::string& after);
 
     struct Fault {
-        const WarningCode* code;  // null: an error
+        Code code;
         Place place;
         const Component* first;
         std::string before, after;

@@ -34,6 +34,10 @@ struct TypesOptions {
     bool json = false;
 };
 
+struct CodesOptions {
+    bool json = false;
+};
+
 struct NewOptions {
     std::string folder;
 };
@@ -52,6 +56,7 @@ struct ReportOptions {
 int runCommand(const RunOptions& options);
 int checkCommand(const CheckOptions& options);
 int typesCommand(const TypesOptions& options);
+int codesCommand(const CodesOptions& options);
 int newCommand(const NewOptions& options);
 int schemaCommand();
 int drawCommand(const DrawOptions& options);

@@ -39,7 +39,7 @@ int drawCommand(const DrawOptions& options) {
         return kBadModel;
     }
     const LoadedModel loaded(options.model);
-    loaded.diagnostics().print(std::cerr, false);
+    loaded.diagnostics().print(std::cerr, true);
     if (!loaded.isFit()) return kBadModel;
 
     writeFile(options.output, pictureOf(networkDot(loaded.model()), format));

@@ -61,6 +61,10 @@ int runCommandLine(int argc, char** argv) {
     typesCommand->add_option("type", types.type, "Name or tag of a type");
     typesCommand->add_flag("--json", types.json, "Print all that the catalogue holds as JSON");
 
+    kesto::CodesOptions codes;
+    CLI::App* codesCommand = app.add_subcommand("codes", "List the codes of warnings, notes and errors");
+    codesCommand->add_flag("--json", codes.json, "Print them as JSON");
+
     kesto::NewOptions create;
     CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
     newCommand->add_option("folder", create.folder, "Folder, made when it is missing")->required();
@@ -84,6 +88,7 @@ int runCommandLine(int argc, char** argv) {
         const int status = [&] {
             if (*runCommand) return kesto::runCommand(run);
             if (*checkCommand) return kesto::checkCommand(check);
+            if (*codesCommand) return kesto::codesCommand(codes);
             if (*newCommand) return kesto::newCommand(create);
             if (*drawCommand) return kesto::drawCommand(draw);
             if (*reportCommand) return kesto::reportCommand(report);

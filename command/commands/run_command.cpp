@@ -91,7 +91,7 @@ int runCommand(const RunOptions& options) {
         asked = parseRecordChoice(loaded.model(), options.record, diagnostics);
         plan = planFor(loaded.model(), asked, options, diagnostics);
     }
-    diagnostics.print(std::cerr, !options.quiet);
+    diagnostics.print(std::cerr, options.quiet);
     if (!loaded.isFit()) return kBadModel;
     if (!options.output.empty()) makeFolder(options.output);  // rather told now than after an hour
 

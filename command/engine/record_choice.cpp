@@ -40,7 +40,8 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
     const int component = model.findComponent(name);
     if (component < 0) {
         diagnostics.error(
-            place, fmt::format("there is no component \"{}\"{}", name, suggestion(name, model.componentNames())));
+            "unknown-name", place,
+            fmt::format("there is no component \"{}\"{}", name, suggestion(name, model.componentNames())));
         return;
     }
     const Type& type = *model.components[static_cast<std::size_t>(component)].type;
@@ -55,10 +56,11 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
     if (const auto port = portNumber(type.out, wanted)) {
         choice.add({component, *port});
     } else if (names.empty()) {
-        diagnostics.error(place, fmt::format("a {} has no output", type.name));
+        diagnostics.error("unknown-name", place, fmt::format("a {} has no output", type.name));
     } else {
-        diagnostics.error(place, fmt::format("a {} has no output \"{}\"; it has {}{}", type.name, wanted,
-                                             listOf(names, "and"), suggestion(wanted, names)));
+        diagnostics.error("unknown-name", place,
+                          fmt::format("a {} has no output \"{}\"; it has {}{}", type.name, wanted, listOf(names, "and"),
+                                      suggestion(wanted, names)));
     }
 }
 
@@ -99,9 +101,9 @@ void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, 
                         listOf({names.begin(), names.end()}, "and"), names.size() == 1 ? "is" : "are", reason);
         const Place& place = componentOf(outputs.front()).place;
         if (byName) {
-            diagnostics.error(place, text);
+            diagnostics.error("cannot-record", place, text);
         } else {
-            diagnostics.warning(warn::kNotRecorded, place, text);
+            diagnostics.warning("not-recorded", place, text);
         }
     }
 }

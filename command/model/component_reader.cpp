@@ -48,7 +48,7 @@ void readGroupName(Reading& reading, Section& section, Component& component) {
         return;
     }
     component.group = kUnknown;
-    section.diagnostics().error(name->place,
+    section.diagnostics().error("unknown-name", name->place,
                                 fmt::format("{}: there is no group \"{}\" in [groups]{}", section.what(), name->value,
                                             suggestion(name->value, reading.model.groupNames())));
 }
@@ -59,8 +59,9 @@ void readBrandName(Reading& reading, Section& section, Component& component) {
     component.brand = reading.model.findBrand(name->value);
     if (component.brand >= 0) return;
     component.brand = kUnknown;
-    section.diagnostics().error(name->place, fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
-                                                         suggestion(name->value, reading.model.brandNames())));
+    section.diagnostics().error("unknown-name", name->place,
+                                fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
+                                            suggestion(name->value, reading.model.brandNames())));
 }
 
 void readOwnSeries(Reading& reading, Section& section, Component& component) {
@@ -113,9 +114,10 @@ void readComponent(Reading& reading, const Value& original) {
         component.name = name->value;
         component.place = name->place;
         if (!isGoodName(name->value)) {
-            section.diagnostics().error(name->place, fmt::format("{}: a name cannot hold a colon, comma, quote, tab or "
-                                                                 "line end",
-                                                                 section.what()));
+            section.diagnostics().error("wrong-value", name->place,
+                                        fmt::format("{}: a name cannot hold a colon, comma, quote, tab or "
+                                                    "line end",
+                                                    section.what()));
         }
     }
     component.type = readType(section, component.code);
@@ -141,8 +143,9 @@ void readComponent(Reading& reading, const Value& original) {
     const auto [existing, isNew] = model.componentIndex.emplace(component.name, index);
     if (!isNew) {
         const Place& first = model.components[static_cast<std::size_t>(existing->second)].place;
-        section.diagnostics().error(component.place, fmt::format("{} stands here and at {}; expected each name once",
-                                                                 section.what(), toString(first)));
+        section.diagnostics().error(
+            "repeated", component.place,
+            fmt::format("{} stands here and at {}; expected each name once", section.what(), toString(first)));
         return;
     }
     model.components.push_back(std::move(component));

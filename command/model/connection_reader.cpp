@@ -20,8 +20,9 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     if (component < 0 && reading.unknownTypes.contains(name)) return;
     if (component < 0) {
         section.diagnostics().error(
-            text->place, fmt::format("{}: {} names the component \"{}\", which there is not{}", section.what(), key,
-                                     name, suggestion(name, reading.model.componentNames())));
+            "unknown-name", text->place,
+            fmt::format("{}: {} names the component \"{}\", which there is not{}", section.what(), key, name,
+                        suggestion(name, reading.model.componentNames())));
         return;
     }
     const Type& type = *reading.model.components[static_cast<std::size_t>(component)].type;
@@ -29,8 +30,9 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     const std::vector<std::string_view> names = portNames(ports);
     const std::string_view side = isSender ? "output" : "input";
     if (ports.empty()) {
-        section.diagnostics().error(text->place, fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(),
-                                                             key, text->value, type.name, side));
+        section.diagnostics().error(
+            "unknown-name", text->place,
+            fmt::format("{}: {} is \"{}\", but a {} has no {}", section.what(), key, text->value, type.name, side));
         component = kNone;
         return;
     }
@@ -44,7 +46,7 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
     }
     if (!number) {
         section.diagnostics().error(
-            text->place,
+            "unknown-name", text->place,
             fmt::format("{}: {} is \"{}\"; expected an {} of the {}: {}{}", section.what(), key, text->value, side,
                         type.name, listOf(names),
                         colon == std::string::npos ? "" : suggestion(text->value.substr(colon + 1), names)));
@@ -61,7 +63,7 @@ void readMembers(Reading& reading, const Value& members, const std::string& what
             split.members.push_back(found);
             continue;
         }
-        reading.diagnostics.error(member.place,
+        reading.diagnostics.error("unknown-name", member.place,
                                   fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
                                               suggestion(member.text, reading.model.componentNames())));
     }
@@ -120,15 +122,17 @@ void readSplits(Reading& reading, const Value& original) {
     const std::string what = splitsOf(component);
     if (component.code != code::kSplitter || splits->kind != Value::Kind::array) {
         reading.diagnostics.error(
-            splits->place, fmt::format("{} is {} of a {}; expected a list of {{ members = [...], beta = ... }} of "
-                                       "a splitter",
-                                       what, describe(*splits), component.type->name));
+            "wrong-value", splits->place,
+            fmt::format("{} is {} of a {}; expected a list of {{ members = [...], beta = ... }} of "
+                        "a splitter",
+                        what, describe(*splits), component.type->name));
         return;
     }
     for (const Value& item : splits->items) {
         if (item.kind != Value::Kind::table) {
-            reading.diagnostics.error(item.place, fmt::format("{} holds {}; expected {{ members = [...], beta = ... }}",
-                                                              what, describe(item)));
+            reading.diagnostics.error(
+                "wrong-value", item.place,
+                fmt::format("{} holds {}; expected {{ members = [...], beta = ... }}", what, describe(item)));
             continue;
         }
         Section section(item, what, reading.diagnostics);

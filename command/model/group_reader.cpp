@@ -28,7 +28,8 @@ std::string_view unitOfParameter(std::string_view name) {
 
 void readUse(Reading& reading, Group& group, int kind, const Value& value, const std::string& what) {
     if (kind < 1 || kind > kUseKinds) {
-        reading.diagnostics.error(value.place, fmt::format("{}: there is no kind {}; expected 1 to 11", what, kind));
+        reading.diagnostics.error("wrong-value", value.place,
+                                  fmt::format("{}: there is no kind {}; expected 1 to 11", what, kind));
         return;
     }
     const SourceIndex source =
@@ -55,7 +56,8 @@ void readUses(Reading& reading, Section& section, Group& group) {
             readUse(reading, group, *kind, value, what);
         } else {
             reading.diagnostics.error(
-                key.place, fmt::format("{}: \"{}\" is no kind of appliance; expected 1 to 11", what, key.value));
+                "wrong-value", key.place,
+                fmt::format("{}: \"{}\" is no kind of appliance; expected 1 to 11", what, key.value));
         }
     }
 }
@@ -74,8 +76,9 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original) 
         std::optional<int> number = wholeNumber(key.value);
         if (!number) number = parameterNumber(key.value);
         if (!number || *number < 1 || *number >= 1 << 24) {
-            reading.diagnostics.error(key.place, fmt::format("{}: there is no parameter \"{}\"{}", what, key.value,
-                                                             suggestion(key.value, parameterNames())));
+            reading.diagnostics.error("unknown-name", key.place,
+                                      fmt::format("{}: there is no parameter \"{}\"{}", what, key.value,
+                                                  suggestion(key.value, parameterNames())));
             continue;
         }
         const auto quantity =
@@ -84,15 +87,16 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original) 
         const auto [existing, isNew] =
             brand.specifications.emplace(*number, Placed<double>{quantity.value_or(0), key.place});
         if (!isNew) {
-            reading.diagnostics.error(
-                key.place, fmt::format("{}: {} is specification {}, which stands already at {}", what, key.value,
-                                       *number, toString(existing->second.place)));
+            reading.diagnostics.error("repeated", key.place,
+                                      fmt::format("{}: {} is specification {}, which stands already at {}", what,
+                                                  key.value, *number, toString(existing->second.place)));
         }
     }
     brand.id = static_cast<int>(model.brands.size()) + 1;
     const auto [existing, isNew] = model.brandIndex.emplace(brand.name, brand.id - 1);
     if (!isNew) {
-        reading.diagnostics.error(name.place, what + " stands here for the second time; expected each name once");
+        reading.diagnostics.error("repeated", name.place,
+                                  what + " stands here for the second time; expected each name once");
         return;
     }
     model.brands.push_back(std::move(brand));
@@ -113,7 +117,7 @@ void readGroup(Reading& reading, const PlacedText& name, const Value& original) 
     const Value table = withOverrides(original, "groups." + name.value, reading.overrides);
     Section section(table, fmt::format("group \"{}\"", name.value), reading.diagnostics);
     if (reading.model.findGroup(name.value) >= 0) {
-        reading.diagnostics.error(name.place,
+        reading.diagnostics.error("repeated", name.place,
                                   section.what() + " stands here for the second time; expected each name once");
         return;
     }

@@ -16,8 +16,9 @@ void numberComponents(Model& model, Diagnostics& diagnostics) {
         if (!component.idIsFixed) continue;
         const auto [other, isNew] = taken.emplace(component.id, &component);
         if (!isNew) {
-            diagnostics.error(component.place, fmt::format("component \"{}\": id {} is that of \"{}\" too",
-                                                           component.name, component.id, other->second->name));
+            diagnostics.error("repeated", component.place,
+                              fmt::format("component \"{}\": id {} is that of \"{}\" too", component.name, component.id,
+                                          other->second->name));
         }
     }
     int next = kFirstComponentId;
@@ -28,7 +29,7 @@ void numberComponents(Model& model, Diagnostics& diagnostics) {
         component.id = next++;
     }
     if (next > kLastId) {
-        diagnostics.error({std::make_shared<const std::string>(model.path), 0, 0},
+        diagnostics.error("too-large", {std::make_shared<const std::string>(model.path), 0, 0},
                           "too many components: ids must stay below 16777216");
     }
 }
@@ -42,12 +43,13 @@ void numberGroups(Model& model, Diagnostics& diagnostics) {
     for (const Group& group : model.groups) {
         if (group.id == 0) continue;
         if (!group.potentials) {
-            diagnostics.error(group.place, fmt::format("group \"{}\": either an id or potentials = false; without "
-                                                       "potentials its id is below 1",
-                                                       group.name));
+            diagnostics.error("wrong-value", group.place,
+                              fmt::format("group \"{}\": either an id or potentials = false; without "
+                                          "potentials its id is below 1",
+                                          group.name));
         }
         if (taken.insert(group.id).second) continue;
-        diagnostics.error(group.place, fmt::format("group \"{}\": id {} is taken", group.name, group.id));
+        diagnostics.error("repeated", group.place, fmt::format("group \"{}\": id {} is taken", group.name, group.id));
     }
     int next = 1;
     int nextWithout = -1;

@@ -28,22 +28,23 @@ void readSimulation(Reading& reading, const Value& original) {
     const Value* own = original.field("start");
     simulation.tableStart = own && own->kind == Value::Kind::date ? own->day : simulation.start;
     if (start && end && end->value < start->value) {
-        reading.diagnostics.error(
-            end->place, fmt::format("[simulation]: end is {}; expected a day not before start, {}", toText(end->value),
-                                    toText(start->value)));
+        reading.diagnostics.error("wrong-value", end->place,
+                                  fmt::format("[simulation]: end is {}; expected a day not before start, {}",
+                                              toText(end->value), toText(start->value)));
     }
     if (const auto latitude = section.quantity("latitude", "degrees")) {
         simulation.latitude = latitude->value;
         if (latitude->value < -90 || latitude->value > 90) {
-            reading.diagnostics.error(latitude->place, fmt::format("[simulation]: latitude is {}; expected -90 to 90 "
-                                                                   "degrees, north positive",
-                                                                   latitude->value));
+            reading.diagnostics.error("wrong-value", latitude->place,
+                                      fmt::format("[simulation]: latitude is {}; expected -90 to 90 "
+                                                  "degrees, north positive",
+                                                  latitude->value));
         }
     }
     if (const auto step = section.quantity("time_step", "d")) {
         simulation.timeStep = step->value;
         if (step->value <= 0) {
-            reading.diagnostics.error(step->place,
+            reading.diagnostics.error("wrong-value", step->place,
                                       fmt::format("[simulation]: time_step is {}; expected days above 0", step->value));
         }
     }
@@ -62,13 +63,15 @@ void forEachTable(Reading& reading, const Value* list, std::string_view key,
         items.push_back(&item);
     }
     if (items.empty() && list->kind != Value::Kind::array) {
-        reading.diagnostics.error(list->place, fmt::format("{} is {}; expected [[{}]]", key, describe(*list), key));
+        reading.diagnostics.error("wrong-value", list->place,
+                                  fmt::format("{} is {}; expected [[{}]]", key, describe(*list), key));
     }
     for (const Value* item : items) {
         if (item->kind == Value::Kind::table) {
             read(*item);
         } else {
-            reading.diagnostics.error(item->place, fmt::format("{} holds {}; expected a table", key, describe(*item)));
+            reading.diagnostics.error("wrong-value", item->place,
+                                      fmt::format("{} holds {}; expected a table", key, describe(*item)));
         }
     }
 }
@@ -81,8 +84,9 @@ void forEachNamed(Reading& reading, const Value* table, std::string_view key,
         if (value.kind == Value::Kind::table) {
             read(name, value);
         } else {
-            reading.diagnostics.error(value.place, fmt::format("[{}]: {} is {}; expected [{}.{}]", key, name.value,
-                                                               describe(value), key, name.value));
+            reading.diagnostics.error(
+                "wrong-value", value.place,
+                fmt::format("[{}]: {} is {}; expected [{}.{}]", key, name.value, describe(value), key, name.value));
         }
     }
 }
@@ -133,7 +137,7 @@ void readNamedRow(Reading& reading, const Value& row,
                   const std::function<void(const PlacedText&, const Value&)>& read) {
     const Value* name = row.field("name");
     if (!name) {
-        reading.diagnostics.error(row.place, "this row has no name");
+        reading.diagnostics.error("missing-key", row.place, "this row has no name");
         return;
     }
     read({name->text, name->place}, row);
@@ -184,7 +188,8 @@ void readContents(Reading& reading, const Value& file) {
     finishSeries(reading);
     section.finish();
     if (reading.model.components.empty() && !reading.diagnostics.hasErrors()) {
-        reading.diagnostics.error(file.place, "the model has no components; expected at least one [[components]]");
+        reading.diagnostics.error("no-components", file.place,
+                                  "the model has no components; expected at least one [[components]]");
     }
 }
 

@@ -46,7 +46,7 @@ std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diag
         const std::size_t equals = text.find('=');
         const std::size_t dot = text.substr(0, equals).rfind('.');
         if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals) {
-            diagnostics.error({std::make_shared<const std::string>(argument), 0, 0},
+            diagnostics.error("wrong-value", {std::make_shared<const std::string>(argument), 0, 0},
                               "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE or "
                               "simulation.KEY=VALUE");
             continue;
@@ -73,7 +73,7 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
     const std::vector<std::string_view> names(targets.begin(), targets.end());
     for (const Override& one : overrides) {
         if (one.used) continue;
-        diagnostics.error(one.value.place,
+        diagnostics.error("unknown-name", one.value.place,
                           fmt::format("there is no \"{}\" in the model{}", one.target, suggestion(one.target, names)));
     }
 }

@@ -12,8 +12,9 @@ namespace {
 bool readPattern(const Value& value, std::size_t length, std::string_view unit, const std::string& what,
                  Diagnostics& diagnostics, std::vector<double>& pattern) {
     if (value.kind != Value::Kind::array || value.items.size() != length) {
-        diagnostics.error(value.place, fmt::format("{} is {} of {}; expected a list of {} numbers", what,
-                                                   describe(value), value.items.size(), length));
+        diagnostics.error("wrong-value", value.place,
+                          fmt::format("{} is {} of {}; expected a list of {} numbers", what, describe(value),
+                                      value.items.size(), length));
         return false;
     }
     for (const Value& item : value.items) {
@@ -31,8 +32,9 @@ bool readUnit(Section& section, std::string_view unit, Conversion& result) {
         result = *factor;
         return true;
     }
-    section.diagnostics().error(found->place, fmt::format("{}: unit \"{}\" cannot be turned into {}; expected {}",
-                                                          section.what(), found->value, unit, listOf(unitsFor(unit))));
+    section.diagnostics().error("wrong-value", found->place,
+                                fmt::format("{}: unit \"{}\" cannot be turned into {}; expected {}", section.what(),
+                                            found->value, unit, listOf(unitsFor(unit))));
     return false;
 }
 
@@ -44,9 +46,10 @@ bool readColumn(Reading& reading, Section& section, const Value& column, const s
     const auto time = section.text("time");
     if (const auto file = section.text("file")) source.table = reading.addTable(*file, time ? time->value : "");
     if (source.table >= 0) return true;
-    reading.diagnostics.error(column.place, fmt::format("{}: column \"{}\" of which file? expected a key file here or "
-                                                        "in [series]",
-                                                        what, column.text));
+    reading.diagnostics.error("missing-key", column.place,
+                              fmt::format("{}: column \"{}\" of which file? expected a key file here or "
+                                          "in [series]",
+                                          what, column.text));
     return false;
 }
 
@@ -66,7 +69,7 @@ SourceIndex readSourceTable(Reading& reading, const Value& value, std::string_vi
     const int given = (constant != nullptr) + (column != nullptr) + (monthly != nullptr) + (weekly != nullptr);
     if (given != 1) {
         reading.diagnostics.error(
-            value.place,
+            "wrong-value", value.place,
             fmt::format("{} has {} of the keys value, column, monthly and weekly; expected exactly one", what, given));
         good = false;
     } else if (constant) {
@@ -105,12 +108,13 @@ void assign(Reading& reading, SeriesKind kind, const PlacedText& name, SourceInd
         std::vector<std::string_view> names = model.groupNames();
         const auto components = model.componentNames();
         names.insert(names.end(), components.begin(), components.end());
-        reading.diagnostics.error(name.place, fmt::format("[series] {}: \"{}\" is neither a group nor a component{}",
-                                                          info(kind).name, name.value, suggestion(name.value, names)));
+        reading.diagnostics.error("unknown-name", name.place,
+                                  fmt::format("[series] {}: \"{}\" is neither a group nor a component{}",
+                                              info(kind).name, name.value, suggestion(name.value, names)));
         return;
     }
     if (*slot != kNoSource) {
-        reading.diagnostics.error(name.place,
+        reading.diagnostics.error("repeated", name.place,
                                   fmt::format("[series] {}: \"{}\" has got this series before, at {}", info(kind).name,
                                               name.value, toString(placeOf(model, *slot))));
         return;
@@ -131,14 +135,14 @@ void readAssignment(Reading& reading, SeriesKind kind, const Value& value) {
     for (const Value& name : names) {
         if (!name.isText()) {
             reading.diagnostics.error(
-                name.place,
+                "wrong-value", name.place,
                 fmt::format("{}: for holds {}; expected names of groups or components", what, describe(name)));
             continue;
         }
         assign(reading, kind, {name.text, name.place}, source);
     }
     if (names.empty()) {
-        reading.diagnostics.error(targets->place,
+        reading.diagnostics.error("wrong-value", targets->place,
                                   fmt::format("{}: for is {}; expected a list of names", what, describe(*targets)));
     }
 }
@@ -183,9 +187,10 @@ SourceIndex readSource(Reading& reading, const Value& value, std::string_view un
         source.column = value.text;
         source.table = reading.defaultTable;
         if (source.table < 0) {
-            reading.diagnostics.error(value.place, fmt::format("{}: column \"{}\" of which file? expected a number, or "
-                                                               "a file in [series]",
-                                                               what, value.text));
+            reading.diagnostics.error("missing-key", value.place,
+                                      fmt::format("{}: column \"{}\" of which file? expected a number, or "
+                                                  "a file in [series]",
+                                                  what, value.text));
             return kBadSource;
         }
         return reading.model.addSource(std::move(source));
@@ -234,7 +239,7 @@ void finishSeries(Reading& reading) {
     for (const auto& [kind, source] : reading.forAll) {
         if (seen[kind] != kNoSource) {
             reading.diagnostics.error(
-                placeOf(reading.model, source),
+                "repeated", placeOf(reading.model, source),
                 fmt::format("[series] {} is given twice for all, first at {}; expected for = [...] with one of them",
                             info(kind).name, toString(placeOf(reading.model, seen[kind]))));
             continue;

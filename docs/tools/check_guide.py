@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the commands of docs/guide/first-model.md and compares what they print, and the tables of model-file.md with the
-command's catalogue.
+"""Runs the commands of docs/guide/first-model.md and compares what they print, the tables of model-file.md with the
+command's catalogue, and those of warnings.md with its codes.
 
   docs/tools/check_guide.py --kesto build/release/kesto              checks
   docs/tools/check_guide.py --kesto build/release/kesto --update     rewrites outputs and tables; read the difference
@@ -78,16 +78,31 @@ def types_table(kesto):
     return text
 
 
-def model_file(kesto, text):
-    schema = json.loads(said(kesto, "schema"))
-    for marker, table in (("units: from kesto schema", units_table(schema)),
-                          ("kinds: from kesto schema", kinds_table(schema)),
-                          ("types: from kesto types", types_table(kesto))):
+def codes_table(kesto, about):
+    """Of warnings what they are about, of notes and errors their severity."""
+    rows = [row for row in json.loads(said(kesto, "codes", "--json")) if (row["about"] or row["severity"]) == about]
+    return "| code | |\n|---|---|\n" + "".join(f"| `{row['code']}` | {row['meaning']} |\n" for row in rows)
+
+
+def with_tables(name, text, tables):
+    for marker, table in tables:
         text, found = re.subn(rf"(<!-- {marker} -->\n).*?(<!-- end -->)", lambda match: match[1] + table + match[2], text,
                               flags=re.DOTALL)
         if found != 1:
-            sys.exit(f"model-file.md has {found} places for {marker}")
+            sys.exit(f"{name} has {found} places for {marker}")
     return text
+
+
+def model_file(kesto, text):
+    schema = json.loads(said(kesto, "schema"))
+    return with_tables("model-file.md", text, (("units: from kesto schema", units_table(schema)),
+                                               ("kinds: from kesto schema", kinds_table(schema)),
+                                               ("types: from kesto types", types_table(kesto))))
+
+
+def warnings(kesto, text):
+    return with_tables("warnings.md", text, [(f"{about}: from kesto codes", codes_table(kesto, about))
+                                             for about in ("wiring", "values", "results", "note", "error")])
 
 
 def main():
@@ -97,7 +112,8 @@ def main():
     arguments = parser.parse_args()
     kesto = arguments.kesto.resolve()
     wrong = 0
-    for name, fresh_of in (("first-model.md", first_model), ("model-file.md", model_file)):
+    for name, fresh_of in (("first-model.md", first_model), ("model-file.md", model_file),
+                           ("warnings.md", warnings)):
         page = GUIDE / name
         old = page.read_text()
         fresh = fresh_of(kesto, old)

@@ -52,7 +52,7 @@ class Manual(unittest.TestCase):
             self.assertEqual({word for word in completed(name, "-") if word != "-"}, options_of(name), name)
 
     def test_completion_of_words(self):
-        self.assertEqual(completed("c"), {"check"})
+        self.assertEqual(completed("ch"), {"check"})
         self.assertEqual(completed("run", "--record", ""), {"all", "none"})
         self.assertIn("soil_store", completed("types", "so"))
         self.assertEqual(completed("run", "model"), set())  # left to the names of files

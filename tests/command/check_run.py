@@ -120,7 +120,7 @@ class Run(unittest.TestCase):
         reason = ' not recorded, since that would change results: nothing is connected to input 1 of "pump"'
         done = self.kesto("run", "model.toml")
         self.assertEqual(done.returncode, 0)
-        self.assertIn('warning: "roof:runoff", "asked:demand", "tank:deficit", "tank:overflow" and "pump:outflow" are'
+        self.assertIn('note: "roof:runoff", "asked:demand", "tank:deficit", "tank:overflow" and "pump:outflow" are'
                       + reason, done.stderr)
         done = self.kesto("run", "model.toml", "--record", "tank:deficit")
         self.assertEqual(done.returncode, 2)
@@ -192,7 +192,7 @@ class Run(unittest.TestCase):
         self.assertEqual([line.split(": ", 1)[1] for line in done.stderr.splitlines()[:-1]], [
             'error: brand "roof" does not give evaporation_fraction [-], fraction of the rain that evaporates; needed by '
             'component "roof" (impervious_surface) and 50 more',
-            'warning: brand "roof": no component that uses it reads this parameter (specification 2)',
+            'warning: brand "roof": no component that uses it reads this parameter (specification 2) [unread-parameter]',
             'error: group "bare" has no rainfall [mm], needed by component "roof0" (impervious_surface) and 49 more; '
             'expected it in [groups.bare] or in [series]'])
 

@@ -67,7 +67,7 @@ TEST(Network, WaysThatDoubleAreDoubted) {
     Diagnostics many;
     modelOf(ladder(18), many);
     EXPECT_FALSE(many.hasErrors());
-    EXPECT_EQ(many.count(Severity::warning), 1U);
+    EXPECT_EQ(many.count(Severity::note), 1U);
     Diagnostics tooMany;
     modelOf(ladder(40), tooMany);
     EXPECT_TRUE(tooMany.hasErrors());
