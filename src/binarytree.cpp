@@ -11,14 +11,6 @@ namespace {
 
 constexpr std::int32_t kUnknownType = 0;  // of an id without a row
 
-// Two parallel tables, by ascending id.
-struct CompIdNodeLink {
-    std::vector<std::int32_t> compIds;
-    std::vector<Node> nodes;
-};
-
-CompIdNodeLink compIdNodeLink;
-
 // Rows by the id that each carries, as the float that it is; the first row of an id stands before the others.
 using RowsById = std::vector<std::pair<float, std::int32_t>>;
 
@@ -39,75 +31,75 @@ Node newNode(std::int32_t compId, const ComponentRow* Net_Compnt, const RowsById
     return {compId, isKnown ? nint(Net_Compnt[row->second].techid) : kUnknownType, isKnown};
 }
 
-// Whether ways end at the node although it sends on: all but those that start there are dropped.
-bool endsWays(const Node& node) {
+// The same node as BinaryTreeFetchNode, of a tree that may be a constant.
+template <typename Tree>
+auto* fetch(Tree& tree, std::int32_t compId) {
+    const auto place = std::lower_bound(tree.compIds.begin(), tree.compIds.end(), compId);
+    const bool isThere = place != tree.compIds.end() && *place == compId;
+    return isThere ? &tree.nodes[static_cast<std::size_t>(place - tree.compIds.begin())] : nullptr;
+}
+
+// Whether paths end at the node although it sends on: all but those that start there are dropped.
+bool endsPaths(const Node& node) {
     return node.techId == code::kServiceReservoir && !node.isLast();
 }
 
 }  // namespace
 
-void BinaryTreeBuild(const ConnectionRow* Net_Conn, const ComponentRow* Net_Compnt, std::int32_t nConns,
-                     std::int32_t nComps) {
-    std::vector<std::int32_t>& compIds = compIdNodeLink.compIds;
+BinaryTree BinaryTreeBuild(const ConnectionRow* Net_Conn, const ComponentRow* Net_Compnt, std::int32_t nConns,
+                           std::int32_t nComps) {
+    BinaryTree tree;
+    std::vector<std::int32_t>& compIds = tree.compIds;
     for (std::int32_t i = 0; i < nConns; ++i)
         compIds.insert(compIds.end(), {Net_Conn[i].senderId, Net_Conn[i].receiverId});
     std::sort(compIds.begin(), compIds.end());
     compIds.erase(std::unique(compIds.begin(), compIds.end()), compIds.end());
 
     const RowsById rows = sortRows(Net_Compnt, nComps);
-    compIdNodeLink.nodes.reserve(compIds.size());
+    tree.nodes.reserve(compIds.size());
     for (const std::int32_t compId : compIds)
-        compIdNodeLink.nodes.push_back(newNode(compId, Net_Compnt, rows));
+        tree.nodes.push_back(newNode(compId, Net_Compnt, rows));
 
     for (std::int32_t i = 0; i < nConns; ++i) {
-        Node* const sender = BinaryTreeFetchNode(Net_Conn[i].senderId);
+        Node* const sender = fetch(tree, Net_Conn[i].senderId);
         invariant(sender != nullptr, "node!=NULL", "binarytree", 41);
         const std::int32_t port = Net_Conn[i].senderPort;
         invariant(port == 1 || port == 2, "1==0", "binarytree", 125);
-        (port == 1 ? sender->next1 : sender->next2) = BinaryTreeFetchNode(Net_Conn[i].receiverId);
+        (port == 1 ? sender->next1 : sender->next2) = fetch(tree, Net_Conn[i].receiverId);
     }
+    return tree;
 }
 
-Node* BinaryTreeFetchNode(std::int32_t compId) {
-    const std::vector<std::int32_t>& compIds = compIdNodeLink.compIds;
-    const auto place = std::lower_bound(compIds.begin(), compIds.end(), compId);
-    if (place == compIds.end() || *place != compId) return nullptr;
-    return &compIdNodeLink.nodes[static_cast<std::size_t>(place - compIds.begin())];
+const Node* BinaryTreeFetchNode(const BinaryTree& tree, std::int32_t compId) {
+    return fetch(tree, compId);
 }
 
-const std::vector<Node>& BinaryTreeNodes() {
-    return compIdNodeLink.nodes;
-}
-
-void BinaryTreeKill() {
-    compIdNodeLink = CompIdNodeLink();
-}
-
-// Why ways may be left out, and what that saves.
+// Why paths may be left out, and what that saves.
 //
-// Where a way can lead from a node depends on the node, on the number of stops before it and on the start, not on which
-// stops those are: another store that sends on drops every way, and the store that the search started from ends every
-// way. So a node has a fewest number of stops that a way from it needs to an end, and a fewest number for a way on
-// which something matters. Compared with the stops that are left, they tell whether there is such a way. Both only grow
-// during a search, since what was dismissed stays so: what once is too many remains too many.
+// Where a path can lead from a node depends on the node, on the number of stops before it and on the start, not on
+// which stops those are: another store that sends on drops every path, and the store that the search started from ends
+// every path. So there is a least number of stops that a path from a node needs to its end, and a least number for a
+// path on which something matters. Compared with the stops that are left, they tell whether there is such a path. Both
+// only grow during a search, since what was dismissed stays so: a number that is too large remains too large.
 //
-// While no stop of the way at hand matters, a successor is left out when none of the ways through it meets anything
-// that matters: nothing would happen on them. While one does, the very next way has its effect wherever it leads, and
-// only successors from which no way ends are left out. Hence the ways that are gone, and their order, are the same in
-// effect as all.
+// While no stop of the current path matters, a successor is left out when none of the paths through it meets anything
+// that matters: nothing would happen on them. While one does, the very next path has its effect wherever it leads, and
+// only successors from which no path ends are left out. Hence the paths that are followed have, in their order, the
+// same effect as all.
 //
 // After its successors a node's needs are raised to what theirs say. Suppose that the search comes back from a node and
-// no way through it had its effect at an earlier stop. Then each was searched to its end and all that mattered on it is
-// dismissed; the needs say so, and with as many stops or more before it the node is not entered again. Each other visit
-// lies on a way that dismissed something. So there are at most as many visits as nodes, times the lengths at which they
-// are reached (one, but where ways of different lengths lead to a node), and stops on the ways that dismiss.
+// no path through it had its effect at an earlier stop. Then each was searched to its end and all that mattered on it
+// is dismissed; the needs say so, and with as many stops or more before it the node is not entered again. Each other
+// visit lies on a path that dismissed something. So there are at most as many visits as nodes, times the lengths at
+// which they are reached (one, unless paths of different lengths lead to a node), plus the stops on the paths that
+// dismiss.
 
-PathSearch::PathSearch(std::vector<bool> mattersAtFirst, std::int32_t longestWay)
-    : longest_(longestWay), mattersAtFirst_(std::move(mattersAtFirst)), matters_(mattersAtFirst_) {
-    const std::vector<Node>& nodes = BinaryTreeNodes();
+PathSearch::PathSearch(const BinaryTree& tree, std::vector<bool> mattersAtFirst, std::int32_t longestPath)
+    : tree_(tree), longest_(longestPath), mattersAtFirst_(std::move(mattersAtFirst)), matters_(mattersAtFirst_) {
+    const std::vector<Node>& nodes = tree.nodes;
     Senders senders;
     for (const Node& node : nodes) {
-        if (endsWays(node)) continue;
+        if (endsPaths(node)) continue;
         for (const Node* const next : {node.next1, node.next2}) {
             if (next) senders.emplace_back(indexOf(*next), indexOf(node));
         }
@@ -116,7 +108,7 @@ PathSearch::PathSearch(std::vector<bool> mattersAtFirst, std::int32_t longestWay
     needs_.resize(nodes.size(), {never(), never()});
     for (const Node& node : nodes) {
         // Which store a search will start from is open: each may be an end.
-        if (node.isLast() || endsWays(node)) needs_[indexOf(node)].toEnd = 1;
+        if (node.isLast() || endsPaths(node)) needs_[indexOf(node)].toEnd = 1;
     }
     spread(senders, &Need::toEnd);
     for (const Node& node : nodes) {
@@ -146,7 +138,7 @@ void PathSearch::spread(const Senders& senders, std::int32_t Need::*stops) {
 }
 
 std::size_t PathSearch::indexOf(const Node& node) const {
-    return static_cast<std::size_t>(&node - BinaryTreeNodes().data());
+    return static_cast<std::size_t>(&node - tree_.nodes.data());
 }
 
 bool PathSearch::PathsBuild(const Node* startNode) {
@@ -176,26 +168,26 @@ bool PathSearch::pathsExtract(const Node& node, std::int32_t port) {
 
 bool PathSearch::follow(const Node& node) {
     const bool isStart = stops_.size() == 1;
-    if (node.isLast() || (endsWays(node) && !isStart)) {
-        const bool isWay = node.isLast() || &node == stops_.front().node;
-        if (isWay && somethingMatters() && !found(stops_, passed_)) return false;
-        raise(node, {isWay ? 1 : never(), isWay && matters(node) ? 1 : never()});
+    if (node.isLast() || (endsPaths(node) && !isStart)) {
+        const bool isPath = node.isLast() || &node == stops_.front().node;
+        if (isPath && somethingMatters() && !found(stops_, passed_)) return false;
+        raise(node, {isPath ? 1 : never(), isPath && matters(node) ? 1 : never()});
         return true;
     }
-    if (node.next1 && isWorthwhile(*node.next1) && !pathsExtract(*node.next1, 1)) return false;
-    if (node.next2 && isWorthwhile(*node.next2) && !pathsExtract(*node.next2, 2)) return false;
+    if (node.next1 && canStillMatter(*node.next1) && !pathsExtract(*node.next1, 1)) return false;
+    if (node.next2 && canStillMatter(*node.next2) && !pathsExtract(*node.next2, 2)) return false;
     raise(node, needThrough(node));
     return true;
 }
 
-// Whether the way at hand may go on to a node and have an effect.
-bool PathSearch::isWorthwhile(const Node& next) {
+// Whether the current path may go on to a node and have an effect.
+bool PathSearch::canStillMatter(const Node& next) {
     const Need& need = needs_[indexOf(next)];
     const std::int32_t stops = somethingMatters() ? need.toEnd : need.toMatter;
     return static_cast<std::int32_t>(stops_.size()) + stops <= longest_;
 }
 
-// Whether one of the stops of the way at hand matters; the first that does is the one at `passed_`.
+// Whether one of the stops of the current path matters; the first that does is the one at `passed_`.
 bool PathSearch::somethingMatters() {
     while (passed_ < stops_.size() && !matters(*stops_[passed_].node))
         ++passed_;

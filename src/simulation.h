@@ -11,6 +11,8 @@
 #include "AUEglobals.h"
 #include "components.h"
 
+struct BinaryTree;
+
 // Output tables (simulation/outputs.cpp)
 
 // Allocates the eight output tables, all zero. Reports failures through ErrFlag alone.
@@ -96,7 +98,7 @@ void CombineMult(AUEglobals* Globals, const MultIds& multIds, const std::vector<
 
 // Receiving units (simulation/receivers.cpp)
 
-// For each receiving unit the leaves that its water is traced to and the splitters on the paths.
-std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table);
+// For each receiving unit the leaves that its water is traced to and the splitters on the paths to them.
+std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, const BinaryTree& tree, RCVTOLEAFS& table);
 
 #endif

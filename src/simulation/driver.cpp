@@ -23,14 +23,6 @@ struct Run {
     InstInfo instInfo;
     RCVTOLEAFS receivers;
     std::optional<LookupIndex> index;
-    bool hasTree = false;
-
-    Run() = default;
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-    ~Run() {
-        if (hasTree) BinaryTreeKill();
-    }
 };
 
 // Room for `count` elements; a negative count is more than any memory has.
@@ -53,15 +45,15 @@ std::int32_t setUpMultipliers(AUEglobals* Globals, InstInfo& instInfo) {
     return Globals->ErrFlag == 1 ? KESTO_SETUP_FAILURE : KESTO_SUCCESS;
 }
 
-std::int32_t setUpTree(AUEglobals* Globals, Run& run) {
-    run.hasTree = true;
+std::int32_t setUpReceivers(AUEglobals* Globals, RCVTOLEAFS& receivers) {
+    BinaryTree tree;
     try {
-        BinaryTreeBuild(Globals->Net_Conn, Globals->Net_Compnt, Globals->nConns, Globals->nComps);
+        tree = BinaryTreeBuild(Globals->Net_Conn, Globals->Net_Compnt, Globals->nConns, Globals->nComps);
     } catch (const std::bad_alloc&) {
         fail(Globals, text::kNoMemory, "compIdNodeLink");
         return KESTO_SETUP_FAILURE;
     }
-    return getReceiversLeafsSplitters(Globals, run.receivers);
+    return getReceiversLeafsSplitters(Globals, tree, receivers);
 }
 
 std::int32_t setUpIndex(AUEglobals* Globals, Run& run) try {
@@ -98,7 +90,7 @@ std::int32_t setUp(AUEglobals* Globals, Run& run) {
 
     if (const std::int32_t status = setUpMultipliers(Globals, run.instInfo); status != KESTO_SUCCESS) return status;
     if (Globals->BuildTree != 0) {
-        if (const std::int32_t status = setUpTree(Globals, run); status != KESTO_SUCCESS) return status;
+        if (const std::int32_t status = setUpReceivers(Globals, run.receivers); status != KESTO_SUCCESS) return status;
     }
     return setUpIndex(Globals, run);
 }

@@ -34,9 +34,9 @@ bool isLeaf(const Node& node, const std::string& leafTypes) {
 }
 
 // What matters on a path: leaves, and what must not stand there, unknown components and splitters that send to nothing.
-std::vector<bool> findWhatMatters(const std::string& leafTypes) {
+std::vector<bool> findWhatMatters(const BinaryTree& tree, const std::string& leafTypes) {
     std::vector<bool> matters;
-    for (const Node& node : BinaryTreeNodes()) {
+    for (const Node& node : tree.nodes) {
         const bool isFault = !node.isKnown || (node.techId == code::kSplitter && node.isLast());
         matters.push_back(isFault || isLeaf(node, leafTypes));
     }
@@ -46,16 +46,19 @@ std::vector<bool> findWhatMatters(const std::string& leafTypes) {
 // All units of one type.
 class LeafSearch : public PathSearch {
   public:
-    LeafSearch(AUEglobals* Globals, const std::string& leafTypes, std::int32_t longestWay)
-        : PathSearch(findWhatMatters(leafTypes), longestWay), Globals_(Globals), leafTypes_(leafTypes) {
-        for (const Node& node : BinaryTreeNodes()) {
+    LeafSearch(AUEglobals* Globals, const BinaryTree& tree, const std::string& leafTypes, std::int32_t longestPath)
+        : PathSearch(tree, findWhatMatters(tree, leafTypes), longestPath),
+          Globals_(Globals),
+          tree_(tree),
+          leafTypes_(leafTypes) {
+        for (const Node& node : tree.nodes) {
             if (isLeaf(node, leafTypes)) fewestDigits_ = std::min(fewestDigits_, std::to_string(node.compId).size());
         }
     }
 
     // Appends the entry of a unit to the table.
     std::int32_t getRcvLeafsSplitters(RCVTOLEAFS& table, std::int32_t receiverId) try {
-        const Node* const node = BinaryTreeFetchNode(receiverId);
+        const Node* const node = BinaryTreeFetchNode(tree_, receiverId);
         if (!node) {
             fail(Globals_, text::kNoNode);
             return KESTO_RUN_FAILURE;
@@ -105,18 +108,19 @@ class LeafSearch : public PathSearch {
         if (digits == "-") return;
         const long long id = std::stoll(digits);
         if (id > std::numeric_limits<std::int32_t>::max()) return;  // the digits alone of the lowest number
-        const Node* const node = BinaryTreeFetchNode(static_cast<std::int32_t>(id));
+        const Node* const node = BinaryTreeFetchNode(tree_, static_cast<std::int32_t>(id));
         if (node && isLeaf(*node, leafTypes_)) dismiss(*node);
     }
 
     AUEglobals* const Globals_;
+    const BinaryTree& tree_;
     const std::string leafTypes_;
     std::size_t fewestDigits_ = 11;  // of any leaf's id, a sign among them
     const char* what_ = kPaths;
     Receiver* receiver_ = nullptr;
 };
 
-std::int32_t traceReceivers(AUEglobals* Globals, RCVTOLEAFS& table, std::int32_t longestWay) {
+std::int32_t traceReceivers(AUEglobals* Globals, const BinaryTree& tree, RCVTOLEAFS& table, std::int32_t longestPath) {
     std::map<std::int32_t, LeafSearch> searches;  // by type
     std::int32_t status = KESTO_SUCCESS;
     for (std::int32_t i = 0; i < Globals->nComps && status == KESTO_SUCCESS; ++i) {
@@ -124,7 +128,8 @@ std::int32_t traceReceivers(AUEglobals* Globals, RCVTOLEAFS& table, std::int32_t
         const auto id = truncated(static_cast<double>(Globals->Net_Compnt[i].id));
         const ComponentType* const type = findType(truncated(static_cast<double>(Globals->Net_Compnt[i].techid)));
         if (!type || !type->isReceiver()) continue;
-        LeafSearch& search = searches.try_emplace(type->code, Globals, leafTypesOf(*type), longestWay).first->second;
+        LeafSearch& search =
+            searches.try_emplace(type->code, Globals, tree, leafTypesOf(*type), longestPath).first->second;
         status = search.getRcvLeafsSplitters(table, id);
     }
     return status;
@@ -132,8 +137,8 @@ std::int32_t traceReceivers(AUEglobals* Globals, RCVTOLEAFS& table, std::int32_t
 
 }  // namespace
 
-std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, RCVTOLEAFS& table) try {
-    return traceReceivers(Globals, table, kLongestWay);
+std::int32_t getReceiversLeafsSplitters(AUEglobals* Globals, const BinaryTree& tree, RCVTOLEAFS& table) try {
+    return traceReceivers(Globals, tree, table, kLongestPath);
 } catch (const std::bad_alloc&) {
     fail(Globals, text::kNoMemory, "pathsToLeafs");
     return KESTO_SETUP_FAILURE;

@@ -33,8 +33,8 @@ class DepthFirst {
     void visit(std::size_t root) {
         if (number_[root] != kUnseen) return;
         enter(root);
-        while (!way_.empty()) {
-            auto& [task, next] = way_.back();
+        while (!path_.empty()) {
+            auto& [task, next] = path_.back();
             if (next == start_[task + 1]) {
                 leave(task);
                 continue;
@@ -55,12 +55,12 @@ class DepthFirst {
         number_[task] = lowest_[task] = seen_++;
         isOpen_[task] = true;
         open_.push_back(task);
-        way_.emplace_back(task, start_[task]);
+        path_.emplace_back(task, start_[task]);
     }
 
     void leave(std::size_t task) {
-        way_.pop_back();
-        if (!way_.empty()) lowest_[way_.back().first] = std::min(lowest_[way_.back().first], lowest_[task]);
+        path_.pop_back();
+        if (!path_.empty()) lowest_[path_.back().first] = std::min(lowest_[path_.back().first], lowest_[task]);
         if (lowest_[task] == number_[task]) close(task);
     }
 
@@ -90,7 +90,7 @@ class DepthFirst {
     std::vector<bool> isOpen_;
     std::vector<bool> needsItself_;
     std::vector<std::size_t> open_;
-    std::vector<std::pair<std::size_t, std::size_t>> way_;  // tasks, and which of their needs comes next
+    std::vector<std::pair<std::size_t, std::size_t>> path_;  // tasks, and which of their needs comes next
     std::size_t seen_ = 0;
     Schedule schedule_;
 };

@@ -42,11 +42,9 @@ std::string trace(Network& network, std::int32_t longestPath) {
     record.nComps = static_cast<std::int32_t>(network.components.size());
     record.Net_Conn = network.connections.data();
     record.nConns = static_cast<std::int32_t>(network.connections.size());
-    BinaryTreeKill();
-    BinaryTreeBuild(record.Net_Conn, record.Net_Compnt, record.nConns, record.nComps);
+    const BinaryTree tree = BinaryTreeBuild(record.Net_Conn, record.Net_Compnt, record.nConns, record.nComps);
     RCVTOLEAFS table;
-    const std::int32_t status = traceReceivers(&record, table, longestPath);
-    BinaryTreeKill();
+    const std::int32_t status = traceReceivers(&record, tree, table, longestPath);
     EXPECT_EQ(record.ErrFlag, status == KESTO_SUCCESS ? 0 : 1);
     if (status != KESTO_SUCCESS) return std::to_string(status) + " " + record.ErrMsg;
     std::string text;
@@ -226,7 +224,7 @@ Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestPath) {
         SCOPED_TRACE("seed " + std::to_string(seed) + "\n" + text.str());
         if (expected == kAbort) {
             // Each takes a process.
-            if (++compared.aborts <= (longestPath == kLongestWay ? 20 : 2)) {
+            if (++compared.aborts <= (longestPath == kLongestPath ? 20 : 2)) {
                 EXPECT_DEATH(trace(network, longestPath), kAbort);
             }
             continue;
@@ -241,7 +239,7 @@ Compared compare(unsigned firstSeed, unsigned count, std::int32_t longestPath) {
 }
 
 TEST(ReceiversDeathTest, RandomNetworksAgainstAllPaths) {
-    const Compared compared = compare(1, 12000, kLongestWay);
+    const Compared compared = compare(1, 12000, kLongestPath);
     EXPECT_GT(compared.tables, 6000);
     EXPECT_GT(compared.records, 5000);
     EXPECT_GT(compared.unknown, 100);
@@ -276,7 +274,7 @@ Network makeDiamonds(std::int32_t lastType) {
 
 std::string timed(Network network) {
     const auto begin = std::chrono::steady_clock::now();
-    std::string text = trace(network, kLongestWay);
+    std::string text = trace(network, kLongestPath);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
     return text;
 }
@@ -309,8 +307,8 @@ TEST(Receivers, FortyDiamondsOfLeaves) {
     EXPECT_EQ(std::count(text.begin(), text.end(), ','), 81);
 }
 
-// Two cycles that share a component and have one way out: the paths round and round are beyond counting.
-TEST(Receivers, TwoCyclesWithAWayOut) {
+// Two cycles that share a component and have one path out: the paths round and round are beyond counting.
+TEST(Receivers, TwoCyclesWithAPathOut) {
     Network network;
     network.add(1, code::kTreatmentPlant);
     for (const std::int32_t id : {20, 21, 22})

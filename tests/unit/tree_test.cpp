@@ -9,16 +9,16 @@
 
 namespace {
 
-// All ways, as text: "1/1 2/1 3/2 ;..." with id/port of each stop.
-class AllWays : public PathSearch {
+// All paths, as text: "1/1 2/1 3/2 ;..." with id/port of each stop.
+class AllPaths : public PathSearch {
   public:
-    AllWays() : PathSearch(std::vector<bool>(BinaryTreeNodes().size(), true)) {}
+    explicit AllPaths(const BinaryTree& tree) : PathSearch(tree, std::vector<bool>(tree.nodes.size(), true)) {}
     std::string text;
 
   private:
-    bool found(const std::vector<Stop>& way, std::size_t at) override {
+    bool found(const std::vector<Stop>& path, std::size_t at) override {
         EXPECT_EQ(at, 1U);
-        for (const Stop& stop : way)
+        for (const Stop& stop : path)
             text += std::to_string(stop.node->compId) + "/" + std::to_string(stop.port) + " ";
         text += ";";
         return true;
@@ -28,24 +28,23 @@ class AllWays : public PathSearch {
 struct Tree : testing::Test {
     std::vector<ComponentRow> components;
     std::vector<ConnectionRow> connections;
+    BinaryTree tree;
 
     Tree() {
         for (int id = 1; id <= 9; ++id)
             components.push_back({static_cast<float>(id), 30.0F, 0, 0, 0});
     }
-    ~Tree() override { BinaryTreeKill(); }
     void connect(std::int32_t sender, std::int32_t port, std::int32_t receiver) {
         connections.push_back({0, sender, port, receiver, 1});
     }
     void build() {
-        BinaryTreeKill();
-        BinaryTreeBuild(connections.data(), components.data(), static_cast<std::int32_t>(connections.size()),
-                        static_cast<std::int32_t>(components.size()));
+        tree = BinaryTreeBuild(connections.data(), components.data(), static_cast<std::int32_t>(connections.size()),
+                               static_cast<std::int32_t>(components.size()));
     }
-    static std::string paths(std::int32_t start) {
-        AllWays ways;
-        EXPECT_TRUE(ways.PathsBuild(BinaryTreeFetchNode(start)));
-        return ways.text;
+    std::string paths(std::int32_t start) const {
+        AllPaths all(tree);
+        EXPECT_TRUE(all.PathsBuild(BinaryTreeFetchNode(tree, start)));
+        return all.text;
     }
 };
 
@@ -79,7 +78,7 @@ TEST_F(Tree, CycleToTheStart) {
     EXPECT_EQ(paths(1), "1/1 2/1 1/1 ;");
 }
 
-TEST_F(Tree, AnotherReceiverOnTheWayDropsThePath) {
+TEST_F(Tree, AnotherReceiverOnAPathDropsIt) {
     components[0].techid = 33.0F;
     components[1].techid = 32.6F;
     connect(1, 1, 2);
@@ -99,7 +98,7 @@ TEST_F(Tree, ReceiverAtTheEndIsALeaf) {
 TEST_F(Tree, NoNodeWithoutConnection) {
     connect(1, 1, 2);
     build();
-    EXPECT_EQ(BinaryTreeFetchNode(3), nullptr);
+    EXPECT_EQ(BinaryTreeFetchNode(tree, 3), nullptr);
 }
 
 TEST_F(Tree, AnotherReceiverOnACycleIsNoEnd) {
@@ -115,7 +114,7 @@ TEST_F(Tree, NodesKnowTheirRow) {
     components[0].techid = 0.0F;
     connect(1, 1, 99);
     build();
-    const Node* const known = BinaryTreeFetchNode(1);
+    const Node* const known = BinaryTreeFetchNode(tree, 1);
     ASSERT_NE(known, nullptr);
     EXPECT_TRUE(known->isKnown);
     EXPECT_EQ(known->techId, 0);
@@ -129,7 +128,7 @@ TEST_F(Tree, OfTwoRowsWithOneIdTheFirstCounts) {
     components = {{std::nanf(""), 1, 0, 0, 0}, {-0.0F, 30.4F, 0, 0, 0}, {0, 31, 0, 0, 0}};
     connect(0, 1, 7);
     build();
-    EXPECT_EQ(BinaryTreeFetchNode(0)->techId, 30);
+    EXPECT_EQ(BinaryTreeFetchNode(tree, 0)->techId, 30);
 }
 
 TEST_F(Tree, LongChains) {
