@@ -4,23 +4,23 @@
 #include "errors.h"
 
 const ComponentRow* Binder::find(std::int32_t id) {
-    const ComponentRow* const row = failed_ ? nullptr : findRow(Globals_, id);
+    const ComponentRow* const row = failed_ ? nullptr : lookups_.findRow(id);
     if (!row) failed_ = true;
     return row;
 }
 
 const ComponentRow* Binder::findReservoir(const ComponentRow* after) {
-    return failed_ ? nullptr : ::findReservoir(Globals_, row_, after);
+    return failed_ ? nullptr : lookups_.findReservoir(row_, after);
 }
 
 const float* Binder::now(Series kind, std::int32_t id) {
-    const float* const values = failed_ ? nullptr : findSeries(Globals_, kind, id);
+    const float* const values = failed_ ? nullptr : lookups_.findSeries(kind, id);
     if (!values || !checkStep(Globals_, Globals_->CurStep, id)) failed_ = true;
     return values;
 }
 
 const float* Binder::before(Series kind, std::int32_t id) {
-    const float* const values = failed_ ? nullptr : findSeries(Globals_, kind, id);
+    const float* const values = failed_ ? nullptr : lookups_.findSeries(kind, id);
     const std::int32_t step = Globals_->CurStep > 0 ? Globals_->CurStep - 1 : Globals_->CurStep;
     if (!values || !checkStep(Globals_, step, id)) failed_ = true;
     note(values, false);
@@ -28,14 +28,14 @@ const float* Binder::before(Series kind, std::int32_t id) {
 }
 
 float* Binder::after(Series kind) {
-    float* const values = failed_ ? nullptr : writableSeries(Globals_, kind, id());
+    float* const values = failed_ ? nullptr : lookups_.writableSeries(kind, id());
     if (!values || !checkStep(Globals_, Globals_->CurStep, id())) failed_ = true;
     note(values, true);
     return values;
 }
 
 Signal* Binder::record(Record kind) {
-    Signal* const signals = failed_ ? nullptr : findRecord(Globals_, kind, id());
+    Signal* const signals = failed_ ? nullptr : lookups_.findRecord(kind, id());
     if (!signals) failed_ = true;
     note(signals, true);
     return signals;
@@ -53,20 +53,20 @@ Signal* Binder::recordNow(Record kind) {
 
 float* Binder::potential(Series kind) {
     if (failed_ || key() < 1) return nullptr;
-    float* const values = writableSeries(Globals_, kind, key());
+    float* const values = lookups_.writableSeries(kind, key());
     if (!values) failed_ = true;
     return isInside(Globals_, Globals_->CurStep) ? values : nullptr;
 }
 
 const float* Binder::multiplier() {
     if (failed_) return nullptr;
-    const auto factors = findMultiplier(Globals_, step_.Mult, id());
+    const auto factors = lookups_.findMultiplier(id());
     if (!factors || (*factors && !checkStep(Globals_, Globals_->CurStep, id()))) failed_ = true;
     return factors.value_or(nullptr);
 }
 
 const float* Binder::frequencies(std::int32_t group, std::int32_t kind, std::int32_t mostKinds) {
-    const float* const values = failed_ ? nullptr : findFrequencies(Globals_, group);
+    const float* const values = failed_ ? nullptr : lookups_.findFrequencies(group);
     if (!values) failed_ = true;
     if (kind < 1 || kind > mostKinds) error(text::kApplianceKind);
     checkStepOf(group);

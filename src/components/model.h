@@ -158,8 +158,7 @@ struct Step {
     std::int32_t id = 0;
     const ComponentRow* row = nullptr;
     AUEglobals* Globals = nullptr;
-    const InstInfo* Mult = nullptr;
-    const RCVTOLEAFS* Receivers = nullptr;
+    const Lookups* lookups = nullptr;
     Signal in1{};
     Signal in2{};
     Signal out1{};
@@ -173,7 +172,7 @@ class Binder {
   public:
     // Without notes the form is bound for the current step alone.
     explicit Binder(Step& step, Notes* notes = nullptr)
-        : step_(step), Globals_(step.Globals), row_(step.row), notes_(notes) {}
+        : step_(step), lookups_(*step.lookups), Globals_(step.Globals), row_(step.row), notes_(notes) {}
 
     bool failed() const { return failed_; }
     AUEglobals* record() const { return Globals_; }
@@ -194,7 +193,7 @@ class Binder {
     }
     template <int... Numbers>
     std::tuple<decltype(static_cast<void>(Numbers), 0.0F)...> specifications(const ComponentRow* row) {
-        const auto values = failed_ || !row ? std::nullopt : readSpecifications<Numbers...>(Globals_, row);
+        const auto values = failed_ || !row ? std::nullopt : lookups_.readSpecifications<Numbers...>(nint(row->brand));
         if (!values) failed_ = true;
         return values ? std::tuple_cat(*values) : std::tuple_cat(std::array<float, sizeof...(Numbers)>{});
     }
@@ -225,7 +224,13 @@ class Binder {
     const float* multiplier();
 
     const float* frequencies(std::int32_t group, std::int32_t kind, std::int32_t mostKinds);
-    const RCVTOLEAFS* receivers() const { return step_.Receivers; }
+
+    // The next group of a splitter's stores at or after place `from` of the table; -1 without one.
+    std::int32_t findSplit(std::int32_t id, std::int32_t from) const { return lookups_.findSplit(id, from); }
+
+    // Whether sources are traced; the component's paths to them, null without an entry.
+    bool tracesSources() const { return lookups_.tracesSources(); }
+    const Receiver* receiver() const { return lookups_.findReceiver(id()); }
 
     // The extremes of its key, checked against each other.
     Temperatures temperatures();
@@ -267,6 +272,7 @@ class Binder {
     void note(const void* memory, bool writes);
 
     Step& step_;
+    const Lookups& lookups_;
     AUEglobals* Globals_;
     const ComponentRow* row_;
     Notes* notes_;

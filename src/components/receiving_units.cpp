@@ -62,7 +62,7 @@ float unserved(float D, float capacity) {
 class Sources {
   public:
     explicit Sources(Binder& b) {
-        const Receiver* const receiver = findReceiver(*b.receivers(), b.id());
+        const Receiver* const receiver = b.receiver();
         if (!receiver) {
             fail(b.record(), text::kNoPaths, b.id());
             b.giveUp();
@@ -164,7 +164,7 @@ struct Mixing {
     BlockArray heldBefore;
 
     explicit Mixing(Binder& b) : V(b.size()), dt(b.timeStep()) {
-        if (!b.receivers()) return;
+        if (!b.tracesSources()) return;
         std::tie(s52) = b.specifications<52>();
         heldBefore = b.handedOver();
         sources.emplace(b);
@@ -217,7 +217,7 @@ struct Plant {
 
     explicit Plant(Binder& b) : V(b.size()), dt(b.timeStep()) {
         std::tie(s1, s2) = b.specifications<1, 2>();
-        if (b.failed() || !b.receivers()) return;
+        if (b.failed() || !b.tracesSources()) return;
         sources.emplace(b);
         C = b.before(Series::WatQual);
         C1 = b.after(Series::WatQual);

@@ -86,10 +86,10 @@ Splitting::Splitting(Binder& b, std::int32_t id) {
     if (!row) return;
     P0_ = row->size;
     std::vector<Group> groups;
-    std::int32_t place = findSplit(b.record(), id, 0);
+    std::int32_t place = b.findSplit(id, 0);
     while (place >= 0 && groups.size() < kMostGroups && !b.failed()) {
         groups.push_back(readGroup(b, b.record()->Splits[place]));
-        place = findSplit(b.record(), id, place + 1);
+        place = b.findSplit(id, place + 1);
     }
     nGroups_ = groups.size();
     groups_ = b.keep(groups);

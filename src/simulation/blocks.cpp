@@ -67,27 +67,27 @@ void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) 
 
 }  // namespace
 
-Blocks::Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left,
-               std::int32_t end)
+Blocks::Blocks(Step& step, const std::vector<std::int32_t>& CompntId, CRossSignal& signals,
+               const CRossConnection& connections, const std::vector<Slots>& left, std::int32_t end)
     : Globals_(step.Globals),
       step_(step),
       signals_(signals),
       connections_(connections),
       end_(end),
-      wiring_(step.Globals, step.Mult->CompntId, connections) {
-    bind();
+      wiring_(*step.lookups, CompntId, connections) {
+    bind(CompntId);
     order();
     layOut(left);
     connect();
     addTransfers();
 }
 
-void Blocks::bind() {
+void Blocks::bind(const std::vector<std::int32_t>& CompntId) {
     const std::vector<Wiring::Component>& components = wiring_.components();
     tasks_.resize(2 * components.size());
     for (std::size_t i = 0; i < components.size(); ++i) {
         if (!components[i].type) continue;  // sums are bound to their inputs
-        step_.id = step_.Mult->CompntId[i];
+        step_.id = CompntId[i];
         step_.row = components[i].row;
         notes_.handedOver.reset();
         for (const Form* const form : components[i].type->forms) {

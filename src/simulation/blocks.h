@@ -23,8 +23,8 @@ class Blocks {
   public:
     // For the steps after CurStep, which has been evaluated by the list of components, and before `end`; all lie within
     // the series. `left` is what was in the slots after each component. May throw std::bad_alloc.
-    Blocks(Step& step, CRossSignal& signals, const CRossConnection& connections, const std::vector<Slots>& left,
-           std::int32_t end);
+    Blocks(Step& step, const std::vector<std::int32_t>& CompntId, CRossSignal& signals,
+           const CRossConnection& connections, const std::vector<Slots>& left, std::int32_t end);
 
     // Runs them, from CurStep on. CurStep is then the first step that has not run: `end`, or one that is to be
     // evaluated by the list of components. KESTO_RUN_FAILURE: a component has stopped the run in step CurStep.
@@ -45,7 +45,7 @@ class Blocks {
         const Signal* source;
     };
 
-    void bind();
+    void bind(const std::vector<std::int32_t>& CompntId);
     std::size_t firstTask(std::size_t position) const;
     void order();
     std::vector<Need> needs() const;

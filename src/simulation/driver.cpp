@@ -6,7 +6,6 @@
 
 #include "binarytree.h"
 #include "components/lookup.h"
-#include "components/lookup_index.h"
 #include "components/type_codes.h"
 #include "errors.h"
 #include "simulation.h"
@@ -22,7 +21,7 @@ struct Run {
     CRossConnection connections;
     InstInfo instInfo;
     RCVTOLEAFS receivers;
-    std::optional<LookupIndex> index;
+    std::optional<Lookups> lookups;
 };
 
 // Room for `count` elements; a negative count is more than any memory has.
@@ -56,11 +55,11 @@ std::int32_t setUpReceivers(AUEglobals* Globals, RCVTOLEAFS& receivers) {
     return getReceiversLeafsSplitters(Globals, tree, receivers);
 }
 
-std::int32_t setUpIndex(AUEglobals* Globals, Run& run) try {
-    run.index.emplace(Globals, run.instInfo.CompntId, run.receivers);
+std::int32_t setUpLookups(AUEglobals* Globals, Run& run) try {
+    run.lookups.emplace(Globals, &run.instInfo, Globals->BuildTree == 0 ? nullptr : &run.receivers);
     return KESTO_SUCCESS;
 } catch (const std::bad_alloc&) {
-    fail(Globals, text::kNoMemory, "LookupIndex");
+    fail(Globals, text::kNoMemory, "Lookups");
     return KESTO_SETUP_FAILURE;
 }
 
@@ -92,7 +91,7 @@ std::int32_t setUp(AUEglobals* Globals, Run& run) {
     if (Globals->BuildTree != 0) {
         if (const std::int32_t status = setUpReceivers(Globals, run.receivers); status != KESTO_SUCCESS) return status;
     }
-    return setUpIndex(Globals, run);
+    return setUpLookups(Globals, run);
 }
 
 // All inputs of a junction or mixer, sender by sender.
@@ -142,7 +141,7 @@ std::int32_t runStep(Run& run, Step& step, std::vector<Slots>* left = nullptr) {
         step.out1.quantity = -1.0F;
         step.out2.quantity = -1.0F;
         step.id = CompntId[i];
-        step.row = findRow(step.Globals, step.id);
+        step.row = run.lookups->findRow(step.id);
         if (!step.row) return KESTO_RUN_FAILURE;
         const std::int32_t status = evaluate(run, step, i, nint(step.row->techid));
         if (status != KESTO_SUCCESS) return status;
@@ -165,7 +164,7 @@ std::int32_t runSteps(Run& run, Step& step, std::int32_t end) {
 std::int32_t runBlocks(Run& run, Step& step, std::int32_t end) {
     std::vector<Slots> left(run.instInfo.CompntId.size());
     if (const std::int32_t status = runStep(run, step, &left); status != KESTO_SUCCESS) return status;
-    Blocks blocks(step, run.signals, run.connections, left, end);
+    Blocks blocks(step, run.instInfo.CompntId, run.signals, run.connections, left, end);
     ++step.Globals->CurStep;
     return blocks.run();
 }
@@ -190,11 +189,9 @@ std::int32_t KESTO_simul(AUEglobals* Globals, std::int32_t first, std::int32_t l
     Run run;
     if (const std::int32_t status = setUp(Globals, run); status != KESTO_SUCCESS) return status;
 
-    const UseIndex use(&*run.index);
     Step step;
     step.Globals = Globals;
-    step.Mult = &run.instInfo;
-    step.Receivers = Globals->BuildTree == 0 ? nullptr : &run.receivers;
+    step.lookups = &*run.lookups;
     // first - 1 wraps like the 32-bit integer that it is.
     Globals->CurStep = static_cast<std::int32_t>(static_cast<std::uint32_t>(first) - 1U);
     return runAll(run, step, last);

@@ -1,9 +1,9 @@
 // Multipliers: they scale the potentials of all that lies upstream of them.
 //
 // From each component a walk follows the first listed connection that each component sends, at most 1000001 of them,
-// and collects the multipliers that it meets. Since each component has one way on, the first multiplier met settles all
-// that follow; a list is told by its first multiplier and its length. On a cycle the walk goes round and round: a
-// multiplier on it is met once a round.
+// and collects the multipliers that it meets. Since only one path leads on from each component, the first multiplier
+// met settles all that follow; a list is told by its first multiplier and its length. On a cycle the walk goes round
+// and round: a multiplier on it is met once a round.
 
 #include <cstring>
 #include <map>
@@ -105,7 +105,7 @@ class Walks {
     }
 
     Hop firstMultiplier(std::int32_t start) {
-        std::vector<std::int32_t> way;
+        std::vector<std::int32_t> path;
         Hop hop{0, 0};
         bool found = false;
         for (std::int32_t id = start;;) {
@@ -114,7 +114,7 @@ class Walks {
                 found = hop.distance > 0;
                 break;
             }
-            way.push_back(id);
+            path.push_back(id);
             hops_[id] = {0, 0};  // what stands when the walk comes round to here without a multiplier
             const auto next = receivers_.find(id);
             if (next == receivers_.end()) break;
@@ -130,7 +130,7 @@ class Walks {
                 break;
             }
         }
-        for (auto id = way.rbegin(); id != way.rend(); ++id) {
+        for (auto id = path.rbegin(); id != path.rend(); ++id) {
             if (found) ++hop.distance;
             hops_[*id] = hop;
         }
@@ -153,15 +153,15 @@ void multiply(std::vector<float>& values, const float* factors) {
 // The product of a list, factor by factor in the order met. A list of a million factors is a cycle: after some rounds
 // nothing changes any more (0, infinity, a fixed point) or the values come round, and what is left of whole rounds is
 // skipped. That changes no bit.
-bool multiplyList(AUEglobals* Globals, const MultiplierList& list, const NextMultiplier& next,
-                  std::vector<float>& values) {
+bool multiplyList(AUEglobals* Globals, const SeriesFinder& finder, const MultiplierList& list,
+                  const NextMultiplier& next, std::vector<float>& values) {
     std::vector<float> remembered;
     std::int32_t rememberedId = 0;
     std::int32_t rememberedAt = 0;
     std::int32_t rememberNext = 1024;  // lists without a cycle rarely get there
     std::int32_t id = list.first;
     for (std::int32_t done = 0; done < list.length;) {
-        const float* const factors = findSeries(Globals, Series::Multpls, id);
+        const float* const factors = findSeries(Globals, Series::Multpls, finder, id);
         if (!factors) return false;
         multiply(values, factors);
         if (++done == list.length) break;
@@ -228,15 +228,17 @@ bool linkCompsUniqMultSeqs(const MultIds& multIds, const std::vector<MultiplierL
 void CombineMult(AUEglobals* Globals, const MultIds& multIds, const std::vector<MultiplierList>& unique,
                  std::vector<MultiplierSeries>& TotNumComp) {
     if (Globals->ErrFlag == 1) return;
-    const char* what = "TotNumComp";
+    const char* what = "Lookups";
     try {
+        const SeriesFinder finder(Globals->Multpls, Globals->nMultpls);
+        what = "TotNumComp";
         TotNumComp.reserve(unique.size());
         what = "TotNumComp[i].Value";
         for (const MultiplierList& list : unique) {
             if (Globals->nSteps < 0) throw std::bad_alloc();
             const auto index = static_cast<std::int32_t>(TotNumComp.size());
             TotNumComp.push_back({index, std::vector<float>(static_cast<std::size_t>(Globals->nSteps), 1.0F)});
-            if (!multiplyList(Globals, list, multIds.next, TotNumComp.back().Value)) return;
+            if (!multiplyList(Globals, finder, list, multIds.next, TotNumComp.back().Value)) return;
         }
     } catch (const std::bad_alloc&) {
         fail(Globals, text::kNoMemory, what);

@@ -18,10 +18,10 @@ Sets outputsOf(const ComponentType* type) {
 
 }  // namespace
 
-Wiring::Wiring(AUEglobals* Globals, const std::vector<std::int32_t>& CompntId, const CRossConnection& connections) {
+Wiring::Wiring(const Lookups& lookups, const std::vector<std::int32_t>& CompntId, const CRossConnection& connections) {
     components_.reserve(CompntId.size());
     for (std::size_t i = 0; i < CompntId.size(); ++i) {
-        const ComponentRow* const row = findRow(Globals, CompntId[i]);
+        const ComponentRow* const row = lookups.findRow(CompntId[i]);
         components_.push_back({row, findType(nint(row->techid)), {}, {}, {}});
     }
     for (std::size_t i = 0; i < components_.size(); ++i)

@@ -20,7 +20,7 @@ struct Reading {
 
 class Wiring {
   public:
-    Wiring(AUEglobals* Globals, const std::vector<std::int32_t>& CompntId, const CRossConnection& connections);
+    Wiring(const Lookups& lookups, const std::vector<std::int32_t>& CompntId, const CRossConnection& connections);
 
     struct Component {
         const ComponentRow* row;

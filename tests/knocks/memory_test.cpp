@@ -131,6 +131,7 @@ Messages expectedOfEverything() {
                                      {noMemory("MultIds[icomp]"), kSome},
                                      {noMemory("NULL"), kSome},
                                      {noMemory("SeqId"), kSome},
+                                     {noMemory("Lookups"), kSome},
                                      {noMemory("TotNumComp"), 1},
                                      {noMemory("TotNumComp[i].Value"), 3},
                                      {noMemory("compIdNodeLink"), kSome}});

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <limits>
+#include <optional>
+#include <random>
+#include <vector>
 
 #include "bits_equal.h"
 #include "components.h"
@@ -48,6 +52,68 @@ TEST(Rounding, Truncation) {
     EXPECT_EQ(truncated(1e10), kNoInteger);
 }
 
+struct Keyed {
+    float key;
+};
+float keyOf(const Keyed& row) {
+    return row.key;
+}
+
+// Whatever the length of the table, and so whether it has an index.
+TEST(RowFinder, FindsWhatAScanFinds) {
+    std::mt19937 random(1);
+    constexpr std::array<float, 8> odd{0.0F, -0.0F, kNaN, kInf, -kInf, 0.1F, 16777216.0F, -1.0F};
+    int found = 0;
+    for (int round = 0; round < 300; ++round) {
+        std::vector<Keyed> rows(random() % 60);
+        for (Keyed& row : rows)
+            row.key = random() % 3 == 0 ? odd[random() % odd.size()] : static_cast<float>(random() % 30);
+        const auto count = static_cast<std::int32_t>(rows.size());
+        const RowFinder<Keyed, keyOf> quick(rows.data(), count);
+        const RowFinder<Keyed, keyOf> scan(rows.data(), count, false);
+        for (std::int32_t from = 0; from <= count; from += 3) {
+            for (int wanted = -1; wanted < 38; ++wanted) {
+                const float key = wanted < 30 ? static_cast<float>(wanted) : odd[static_cast<std::size_t>(wanted) - 30];
+                std::int32_t expected = -1;
+                for (std::int32_t i = from; i < count && expected < 0; ++i) {
+                    if (rows[static_cast<std::size_t>(i)].key == key) expected = i;
+                }
+                ASSERT_EQ(quick.first(key, from), expected) << key << " from " << from;
+                ASSERT_EQ(scan.first(key, from), expected) << key << " from " << from;
+                found += expected >= 0 ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(found, 10000);
+}
+
+TEST(RowFinder, TablesOfNothing) {
+    EXPECT_EQ((RowFinder<Keyed, keyOf>(nullptr, 100).first(0.0F)), -1);
+    const Keyed row{1.0F};
+    EXPECT_EQ((RowFinder<Keyed, keyOf>(&row, -5).first(1.0F)), -1);
+    EXPECT_EQ((RowFinder<Keyed, keyOf>().first(1.0F)), -1);
+}
+
+// Rows that count for nothing, and rows that all have one key, must not make an index slow.
+TEST(RowFinder, ManyRowsWithOneKey) {
+    std::vector<Keyed> rows(200000, Keyed{kNaN});
+    for (std::size_t i = 0; i < rows.size(); i += 2)
+        rows[i].key = 7.0F;
+    const auto begin = std::chrono::steady_clock::now();
+    const RowFinder<Keyed, keyOf> finder(rows.data(), static_cast<std::int32_t>(rows.size()));
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_EQ(finder.first(7.0F), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+}
+
+// Keys are read anew where they may change, and only there.
+TEST(RowFinder, KeysThatChange) {
+    std::vector<Keyed> rows(20, Keyed{1.0F});
+    const RowFinder<Keyed, keyOf> scan(rows.data(), 20, false);
+    rows[5].key = 2.0F;
+    EXPECT_EQ(scan.first(2.0F), 5);
+}
+
 struct Lookup : testing::Test {
     AUEglobals record{};
     std::array<SpecificationRow, 4> specifications{{
@@ -61,22 +127,23 @@ struct Lookup : testing::Test {
         record.TechSpecs = specifications.data();
         record.nTechSpecs = static_cast<std::int32_t>(specifications.size());
     }
+    Lookups lookups(const InstInfo* run = nullptr) { return {&record, run, nullptr}; }
 };
 
 TEST_F(Lookup, SpecificationsAreChained) {
-    const auto found = readSpecifications<12, 13>(&record, 2);
+    const auto found = lookups().readSpecifications<12, 13>(2);
     ASSERT_TRUE(found);
     EXPECT_EQ((*found)[0], 1.5F);
     EXPECT_EQ((*found)[1], 2.5F);
     // After 13 the search for 12 begins one row before it, and meets the later row.
-    const auto later = readSpecifications<13, 12>(&record, 2);
+    const auto later = lookups().readSpecifications<13, 12>(2);
     ASSERT_TRUE(later);
     EXPECT_EQ((*later)[1], 7.0F);
     EXPECT_EQ(record.ErrFlag, 0);
 }
 
 TEST_F(Lookup, MissingSpecificationIsNamed) {
-    EXPECT_FALSE((readSpecifications<12, 14, 15>(&record, 2)));
+    EXPECT_FALSE((lookups().readSpecifications<12, 14, 15>(2)));
     EXPECT_STREQ(record.ErrMsg, "Specification 14 of brand 2 not found!");
     EXPECT_EQ(record.ErrFlag, 1);
 }
@@ -87,10 +154,10 @@ TEST_F(Lookup, MultiplierOfAnUnknownComponent) {
     run.TotNumComp.push_back({0, {3.0F}});
     run.CompntId = {5};
     run.SeqId = {0};
-    const auto factors = findMultiplier(&record, &run, 5);
+    const auto factors = lookups(&run).findMultiplier(5);
     ASSERT_TRUE(factors && *factors);
     EXPECT_EQ(**factors, 3.0F);
-    EXPECT_FALSE(findMultiplier(&record, &run, 6));
+    EXPECT_FALSE(lookups(&run).findMultiplier(6));
     EXPECT_STREQ(record.ErrMsg, "Compnt id wasn't found in CompntId!");
 }
 
@@ -99,10 +166,10 @@ TEST_F(Lookup, MultiplierWithoutItsSeries) {
     run.TotNumComp.push_back({0, {3.0F}});
     run.CompntId = {5, 6};
     run.SeqId = {1, -1};
-    EXPECT_FALSE(findMultiplier(&record, &run, 5));
+    EXPECT_FALSE(lookups(&run).findMultiplier(5));
     EXPECT_STREQ(record.ErrMsg, "Mult series not found!");
-    EXPECT_EQ(findMultiplier(&record, &run, 6), nullptr);
-    EXPECT_EQ(findMultiplier(&record, nullptr, 5), nullptr);
+    EXPECT_EQ(lookups(&run).findMultiplier(6), nullptr);
+    EXPECT_EQ(lookups().findMultiplier(5), nullptr);
 }
 
 class Binding : public Lookup {
@@ -114,11 +181,14 @@ class Binding : public Lookup {
         step.id = 8;
         step.row = &row;
         step.Globals = &record;
+        found.emplace(&record, nullptr, nullptr);
+        step.lookups = &*found;
     }
 
     std::array<float, 3> values{1.0F, 2.0F, 3.0F};
     SeriesEntry entry{8, values.data()};
     ComponentRow row{8.0F, 32.0F, 0.0F, 0.0F, 0.0F};
+    std::optional<Lookups> found;
     Step step;
 };
 
