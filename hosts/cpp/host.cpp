@@ -4,6 +4,7 @@
 //   c++ -std=c++20 hosts/cpp/host.cpp -Isrc -Lbuild/release -lKESTO -Wl,-rpath,build/release -o build/cpp-host
 //   build/cpp-host
 
+#include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
