@@ -18,7 +18,8 @@ def output(*command):
 
 def exports(headers):
     table = headers.split("[Ordinal/Name Pointer] Table", 1)[1].split("\n\n", 1)[0]
-    return re.findall(r"\[\s*\d+\] (\S+)", table)
+    # Since binutils 2.44 ordinal and hint stand between the number and the name.
+    return re.findall(r"\[\s*\d+\](?: \+base\[\s*\d+\]\s+[0-9a-f]+)? (\S+)", table)
 
 
 def file_version(dll):
