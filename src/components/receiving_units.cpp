@@ -24,7 +24,10 @@
 // Outputs carry no quality. When sources are not traced, the qualities are left as the host gave them.
 
 #include <algorithm>
+#include <compare>
+#include <map>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "components/model.h"
@@ -58,7 +61,8 @@ float unserved(float D, float capacity) {
     return spare > 0.0F ? -0.0F : -spare;
 }
 
-// What the sources of a receiving unit hold, weighted by the shares of their paths.
+// What the sources of a receiving unit hold, weighted by the shares of their paths. Paths part at splitters, so they
+// have splitters and the beginnings of their products in common: each is computed once a step.
 class Sources {
   public:
     explicit Sources(Binder& b) {
@@ -68,46 +72,79 @@ class Sources {
             b.giveUp();
             return;
         }
+        Tree tree(b);
         std::vector<Path> paths;
         for (std::size_t i = 0; !b.failed() && i < receiver->paths.size(); ++i) {
+            const RCVTOLEAF& path = receiver->paths[i];
             // A path without a leaf contributes nothing.
-            if (receiver->paths[i].leaf_id != 0) paths.push_back(readPath(b, receiver->paths[i]));
+            if (path.leaf_id == 0) continue;
+            const std::size_t branch = tree.add(path.splitters);
+            paths.push_back({branch, b.before(Series::WatQual, path.leaf_id)});
         }
-        nPaths_ = paths.size();
-        paths_ = b.keep(paths);
+        splitters_ = {b.keep(tree.splitters), tree.splitters.size()};
+        branches_ = {b.keep(tree.branches), tree.branches.size()};
+        paths_ = {b.keep(paths), paths.size()};
+        flows_ = b.array<SplitFlow>(splitters_.size());
+        factors_ = b.array<float>(branches_.size() + 1);
+        factors_[0] = 1.0F;
     }
 
     float at(const Block& block, std::int32_t j) const {
-        float sigma = 0.0F;
-        for (std::size_t i = 0; i < nPaths_; ++i) {
-            const auto& [nSplitters, splitters, ports, w] = paths_[i];
-            float f = 1.0F;
-            for (std::size_t s = 0; s < nSplitters; ++s) {
-                const SplitFlow flow = splitters[s].at(block, j, 1.0F);
-                f *= ports[s].Split_port == 1 ? flow.first : flow.second;
-            }
-            sigma += f * block.before(w)[j];
+        for (std::size_t i = 0; i < splitters_.size(); ++i)
+            flows_[i] = splitters_[i].at(block, j, 1.0F);
+        for (std::size_t i = 0; i < branches_.size(); ++i) {
+            const auto& [from, splitter, isFirst] = branches_[i];
+            factors_[i + 1] = factors_[from] * (isFirst ? flows_[splitter].first : flows_[splitter].second);
         }
+        float sigma = 0.0F;
+        for (const auto& [branch, w] : paths_)
+            sigma += factors_[branch] * block.before(w)[j];
         return sigma;
     }
 
   private:
+    // An output of a splitter on a path, and the branch before it: 0 is the start, i + 1 the i-th of all.
+    struct Branch {
+        std::size_t from;
+        std::size_t splitter;
+        bool isFirst;
+        auto operator<=>(const Branch&) const = default;
+    };
     struct Path {
-        std::size_t nSplitters;
-        const Splitting* splitters;
-        const SplitterOnPath* ports;
+        std::size_t branch;
         const float* w;
     };
 
-    static Path readPath(Binder& b, const RCVTOLEAF& path) {
+    // All paths from the start.
+    struct Tree {
+        Binder& b;
         std::vector<Splitting> splitters;
-        for (const SplitterOnPath& splitter : path.splitters)
-            splitters.emplace_back(b, splitter.Split_id);
-        return {splitters.size(), b.keep(splitters), path.splitters.data(), b.before(Series::WatQual, path.leaf_id)};
-    }
+        std::vector<Branch> branches;
+        std::map<std::int32_t, std::size_t> places;  // of the splitters, by id
+        std::map<Branch, std::size_t> numbers;
 
-    std::size_t nPaths_ = 0;
-    const Path* paths_ = nullptr;
+        explicit Tree(Binder& binder) : b(binder) {}
+
+        // The last branch of a path.
+        std::size_t add(const std::vector<SplitterOnPath>& path) {
+            std::size_t last = 0;
+            for (const auto& [Split_id, Split_port] : path) {
+                const auto [place, isNew] = places.try_emplace(Split_id, splitters.size());
+                if (isNew) splitters.emplace_back(b, Split_id);
+                const Branch branch{last, place->second, Split_port == 1};
+                const auto [number, isFresh] = numbers.try_emplace(branch, branches.size() + 1);
+                if (isFresh) branches.push_back(branch);
+                last = number->second;
+            }
+            return last;
+        }
+    };
+
+    std::span<const Splitting> splitters_;
+    std::span<const Branch> branches_;
+    std::span<const Path> paths_;
+    SplitFlow* flows_ = nullptr;  // of each splitter in a step
+    float* factors_ = nullptr;    // the product up to the start and to each branch
 };
 
 // RS
