@@ -27,6 +27,27 @@ constexpr std::array<SeriesKindInfo, kSeriesKinds> kSeriesKindTable{{
     {SeriesKind::quality, "quality", "WatQual", "", "stored quality at the end of each step"},
 }};
 
+struct TermInfo {
+    Term term;
+    std::string_view name;
+    bool comesIn;
+};
+
+constexpr std::array<TermInfo, kTerms> kTermTable{{
+    {Term::rain, "rain", true},
+    {Term::drawn, "drawn", true},
+    {Term::released, "released", true},
+    {Term::takenForDelivered, "taken_for_delivered", true},
+    {Term::created, "created", true},
+    {Term::added, "added", true},
+    {Term::evaporated, "evaporated", false},
+    {Term::infiltrated, "infiltrated", false},
+    {Term::lost, "lost", false},
+    {Term::served, "served", false},
+    {Term::used, "used", false},
+    {Term::ended, "ended", false},
+}};
+
 constexpr std::array<PotentialInfo, kPotentials> kPotentialTable{{
     {"energy", "NrgPot", "kWh"},
     {"infiltration", "InfPot", "L"},
@@ -38,13 +59,10 @@ constexpr std::array<PotentialInfo, kPotentials> kPotentialTable{{
 
 std::vector<Type> makeTypes() {
     std::vector<Type> all;
-    for (auto family :
-         {tables::usersAndSurfaces, tables::stores, tables::treatmentAndLinks, tables::routing, tables::energyUnits}) {
-        std::vector<Type> rows = family();
+    for (const auto field : {tables::users, tables::surfaces, tables::stores, tables::treatment, tables::supply,
+                             tables::links, tables::routing, tables::qualityUnits, tables::energyUnits}) {
+        std::vector<Type> rows = field();
         all.insert(all.end(), rows.begin(), rows.end());
-    }
-    for (Type& type : all) {
-        type.balance = tables::balanceOf(type.name);
     }
     return all;
 }
@@ -83,6 +101,14 @@ std::string_view toText(Quality quality) {
             break;
     }
     return "spill";
+}
+
+std::string_view toText(Term term) {
+    return kTermTable[static_cast<std::size_t>(term)].name;
+}
+
+bool comesIn(Term term) {
+    return kTermTable[static_cast<std::size_t>(term)].comesIn;
 }
 
 const std::vector<Type>& allTypes() {
@@ -186,7 +212,7 @@ bool passesOn(const Type& type, const Port& output) {
     if (output.carries == Carries::same) return true;
     const bool stores = std::any_of(type.series.begin(), type.series.end(),
                                     [](const SeriesNeed& need) { return need.kind == SeriesKind::storage; });
-    return type.inputs == 1 && type.in[0].carries == output.carries && !stores;
+    return type.inputs() == 1 && type.in[0].carries == output.carries && !stores;
 }
 
 bool mixesQualities(const Type& type) {
@@ -201,11 +227,8 @@ std::string portName(const std::vector<Port>& ports, int number) {
     return std::to_string(number);
 }
 
-// The engine finds leafs by text: a code counts when its digits occur in "37 33" or in "39 38".
 bool canBeSource(int typeCode) {
-    const std::string digits = std::to_string(typeCode);
-    return std::string_view("37 33").find(digits) != std::string_view::npos ||
-           std::string_view("39 38").find(digits) != std::string_view::npos;
+    return std::find(code::kSources.begin(), code::kSources.end(), typeCode) != code::kSources.end();
 }
 
 }  // namespace kesto

@@ -12,6 +12,10 @@
 #include <string_view>
 #include <vector>
 
+#include "balance_terms.h"
+#include "codes.h"
+#include "required.h"
+
 namespace kesto {
 
 // What a daily series holds. Each kind is one input table of the engine's record.
@@ -58,10 +62,6 @@ struct SeriesNeed {
     std::string_view meaning = {};  // likewise
 };
 
-// What flows through a port: water, or an amount asked for; `same` passes on what arrives.
-enum class Carries : std::uint8_t { water, demand, same };
-std::string_view toText(Carries carries);  // "water", "demand", "either"
-
 // What quality an output sends. Most that carry water have one of their own, demands have none.
 enum class Quality : std::uint8_t {
     none,    // -1, or what another component left
@@ -95,7 +95,7 @@ struct Parameter {
     std::optional<double> standard = std::nullopt;  // used where the brand does not give it; none: it must
 };
 
-// The size column. No meaning: the type does not read it.
+// The size column; kNothing where the type does not read it.
 struct Size {
     std::string_view meaning = {};
     std::string_view unit = {};
@@ -113,28 +113,21 @@ struct PotentialInfo {
 
 inline constexpr int kAnyInputs = -1;
 
-// What goes in and what comes out, and what a type gains and loses by design. No identity: no water passes it.
-struct BalanceIdentity {
-    Carries carries = Carries::water;  // what is balanced
-    std::string_view identity = {};
-    std::string_view gains = {};
-    std::string_view losses = {};
-    bool secondIsReport = false;  // the second output is part of the first
-};
-
+// A row of the table. What has no default must be given: a type described by half does not compile.
 struct Type {
-    std::string_view name;
-    std::string_view tag;         // of the engine's messages; also accepted as a name
-    std::vector<int> codes = {};  // one, but for the kinds of appliance
-    std::string_view summary = {};
-    int inputs = 0;  // senders that the engine requires, or kAnyInputs
-    std::vector<Port> in = {};
-    std::vector<Port> out = {};
-    Size size = {};
-    std::vector<Parameter> parameters = {};
-    std::vector<SeriesNeed> series = {};
-    std::vector<Potential> potentials = {};
-    BalanceIdentity balance = {};
+    Required<std::string_view> name;
+    Required<std::string_view> tag;     // of the engine's messages; also accepted as a name
+    Required<std::string_view> family;  // stem of the source of its model, its cases and its page
+    Required<std::vector<int>> codes;   // one, but for the kinds of appliance
+    Required<std::string_view> summary;
+    Required<std::vector<Port>> in;
+    Required<std::vector<Port>> out;
+    Required<Size> size;
+    Required<std::vector<Parameter>> parameters;
+    Required<std::vector<SeriesNeed>> series;
+    Required<std::vector<Potential>> potentials;
+    BalanceIdentity balance;
+    bool anyInputs = false;           // any number of senders on its one input
     int reservoirs = 0;               // stores of type 39 that it works with, found by the group they share
     bool reservoirsOptional = false;  // it runs without them
     bool dailyOnly = false;           // refuses a time step other than one day
@@ -142,26 +135,9 @@ struct Type {
     bool booksDepth = false;  // its potentials are in mm, those of one m2
 
     bool isAppliance() const { return codes.size() > 1; }
+    // Senders that the engine requires, or kAnyInputs.
+    int inputs() const { return anyInputs ? kAnyInputs : static_cast<int>(in.size()); }
 };
-
-namespace code {
-inline constexpr int kIndependentUse = 9;  // appliance whose water goes into the ground
-inline constexpr int kLogger = 26;
-inline constexpr int kJunction = 30;
-inline constexpr int kMixer = 31;
-inline constexpr int kTank = 32;
-inline constexpr int kServiceReservoir = 33;
-inline constexpr int kMultiplier = 34;
-inline constexpr int kSplitter = 36;
-inline constexpr int kTreatmentPlant = 37;
-inline constexpr int kReservoir = 39;
-inline constexpr int kAbstraction = 40;
-inline constexpr int kWaterBody = 43;
-inline constexpr int kPotableTreatment = 48;
-inline constexpr int kDelay = 51;
-inline constexpr int kSoilStore = 62;
-inline constexpr int kQuotaLimiter = 64;
-}  // namespace code
 
 const std::vector<Type>& allTypes();
 const Type* findType(std::string_view nameOrTag);

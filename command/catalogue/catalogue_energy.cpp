@@ -10,16 +10,18 @@ namespace {
 Type hydropower() {
     Type type{.name = "hydropower",
               .tag = "HD",
-              .codes = {44},
+              .family = "hydropower",
+              .codes = {code::kHydropower},
               .summary =
                   "Passes its flow on and books the energy won from it as negative energy; the head comes from "
                   "its group's reservoir (0 without one).",
-              .inputs = 1,
               .in = {{"inflow", Carries::water, "water through the turbine"}},
               .out = {withQuality(Quality::passed, {"outflow", Carries::water, "the same"})},
-              .size = {"units, a factor on the energy", "-", 1},
+              .size = Size{"units, a factor on the energy", "-", 1},
               .parameters = {capacityCost("cost/step"), operationCost("cost/year")},
+              .series = kNothing,
               .potentials = {kEnergy, kCapacity, kOperation},
+              .balance = {Carries::water, "inflow = outflow", {}, Stored::nothing},
               .reservoirs = 1,
               .reservoirsOptional = true};
     static constexpr std::string_view kTerms[] = {"power curve: constant term",
@@ -35,53 +37,74 @@ Type hydropower() {
     static constexpr std::string_view kNames[] = {"power_c0", "power_c1", "power_c2", "power_c3", "power_c4",
                                                   "power_c5", "power_c6", "power_c7", "power_c8", "power_c9"};
     for (int i = 0; i < 10; ++i) {
-        type.parameters.push_back({37 + i, kNames[i], "kW", kTerms[i], 0});
+        type.parameters.push_back({spec::kPowerCurve + i, kNames[i], "kW", kTerms[i], 0});
     }
-    type.parameters.push_back({47, "head_min", "m", "lowest head at which it runs", 0});
-    type.parameters.push_back({48, "head_max", "m", "highest head at which it runs"});
-    type.parameters.push_back({49, "flow_min", "L/d", "lowest flow at which it runs", 0});
-    type.parameters.push_back({50, "flow_limit_constant", "L/d", "largest flow used, at head 0"});
-    type.parameters.push_back({51, "flow_limit_per_head", "L/d/m", "largest flow used, for each metre of head", 0});
+    type.parameters.push_back({spec::kHeadMin, "head_min", "m", "lowest head at which it runs", 0});
+    type.parameters.push_back({spec::kHeadMax, "head_max", "m", "highest head at which it runs"});
+    type.parameters.push_back({spec::kFlowMin, "flow_min", "L/d", "lowest flow at which it runs", 0});
+    type.parameters.push_back({spec::kFlowLimitConstant, "flow_limit_constant", "L/d", "largest flow used, at head 0"});
+    type.parameters.push_back(
+        {spec::kFlowLimitPerHead, "flow_limit_per_head", "L/d/m", "largest flow used, for each metre of head", 0});
     return type;
+}
+
+double transferred(const BalanceStep& s) {
+    return s.out[1];
 }
 
 Type pumpedStorage() {
     return {.name = "pumped_storage",
             .tag = "RN",
-            .codes = {54},
+            .family = "pumped_storage",
+            .codes = {code::kPumpedStorage},
             .summary =
                 "Turns an energy series into water moved between the first two reservoirs of its group, by the "
                 "difference of their heads.",
+            .in = kNothing,
             .out = {{"transfer", Carries::water, "water moved, with the first reservoir's quality"},
                     {"request", Carries::demand, "the same quantity, as a demand"}},
+            .size = kNothing,
+            .parameters = kNothing,
             .series = {ofItsOwn(demand, "kWh", "energy_available", "energy that there is for the transfer")},
+            .potentials = kNothing,
+            .balance = {Carries::water,
+                        "request = transfer",
+                        {{Term::takenForDelivered, "it moves water, whether or not the reservoir can give it",
+                          transferred}},
+                        Stored::nothing},
             .reservoirs = 2};
 }
 
 Type pump() {
     return {.name = "pump",
             .tag = "PM",
-            .codes = {55},
+            .family = "pump",
+            .codes = {code::kPump},
             .summary = "Passes its flow on and books the energy for it.",
-            .inputs = 1,
-            .in = {{"inflow", Carries::same, "what arrives"}},
-            .out = {{"outflow", Carries::same, "the same"}},
-            .size = {"factor on the energy", "-", 1},
+            .in = {kArrives},
+            .out = {passes("outflow", "the same")},
+            .size = Size{"factor on the energy", "-", 1},
             .parameters = {energyPerVolume(), capacityCost("cost/step"), operationCost("cost/year")},
-            .potentials = {kCapacity, kOperation, kEnergy}};
+            .series = kNothing,
+            .potentials = {kCapacity, kOperation, kEnergy},
+            .balance = {Carries::same, "inflow = outflow", {}, Stored::nothing}};
 }
 
 Type solarPanel() {
     return {.name = "solar_panel",
             .tag = "PA",
-            .codes = {59},
+            .family = "radiation_energy",
+            .codes = {code::kSolarPanel},
             .summary = "Books the energy of the day's radiation as negative energy. Daily steps only.",
-            .size = {"area", "m2"},
+            .in = kNothing,
+            .out = kNothing,
+            .size = Size{"area", "m2"},
             .parameters = {capacityCost("cost/m2/step"),
                            operationCost("cost/m2/year"),
-                           {55, "yield_factor", "-", "share of the radiation that becomes energy"}},
+                           {spec::kYieldFactor, "yield_factor", "-", "share of the radiation that becomes energy"}},
             .series = {ofGroup(temperatureMin), ofGroup(temperatureMax)},
             .potentials = {kEnergy, kOperation, kCapacity},
+            .balance = kNoWaterPasses,
             .dailyOnly = true,
             .usesLatitude = true};
 }
@@ -89,11 +112,16 @@ Type solarPanel() {
 Type netRadiation() {
     return {.name = "net_radiation",
             .tag = "NR",
-            .codes = {60},
+            .family = "radiation_energy",
+            .codes = {code::kNetRadiation},
             .summary = "Books the day's net radiation on an area as energy. Daily steps only.",
-            .size = {"area", "m2"},
+            .in = kNothing,
+            .out = kNothing,
+            .size = Size{"area", "m2"},
+            .parameters = kNothing,
             .series = {ofGroup(temperatureMin), ofGroup(temperatureMax)},
             .potentials = {kEnergy},
+            .balance = kNoWaterPasses,
             .dailyOnly = true,
             .usesLatitude = true};
 }
@@ -101,15 +129,19 @@ Type netRadiation() {
 Type windTurbine() {
     return {.name = "wind_turbine",
             .tag = "WN",
-            .codes = {61},
+            .family = "wind_turbine",
+            .codes = {code::kWindTurbine},
             .summary = "Books the energy of the wind by a power curve without cut-out, as negative energy.",
-            .size = {"units", "-", 1},
-            .parameters = {{1, "power_scale", "-", "scale of the power curve"},
+            .in = kNothing,
+            .out = kNothing,
+            .size = Size{"units", "-", 1},
+            .parameters = {{spec::kPowerScale, "power_scale", "-", "scale of the power curve"},
                            capacityCost("cost/unit/step"),
                            operationCost("cost/unit/year"),
-                           {56, "wind_divisor", "-", "divides the wind, for the height of the hub", 1}},
+                           {spec::kWindDivisor, "wind_divisor", "-", "divides the wind, for the height of the hub", 1}},
             .series = {ofGroup(wind)},
-            .potentials = {kEnergy, kOperation, kCapacity}};
+            .potentials = {kEnergy, kOperation, kCapacity},
+            .balance = kNoWaterPasses};
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 // Catalogue: what keeps water from one step to the next.
+#include <algorithm>
+
 #include "catalogue_tables.h"
 
 namespace kesto::tables {
@@ -7,130 +9,146 @@ using enum SeriesKind;
 
 namespace {
 
-const Port kInflow{"inflow", Carries::water, "water that flows in"};
-const Port kDemand{"demand", Carries::demand, "water asked of it"};
-const Port kDeficit{"deficit", Carries::demand, "part of the demand that it could not serve"};
-const Port kOverflow{"overflow", Carries::water, "water that it could not hold"};
-
 Type tank() {
     return {.name = "tank",
             .tag = "TN",
-            .codes = {32},
+            .family = "tank",
+            .codes = {code::kTank},
             .summary = "Storage tank: serves a demand from inflow and storage, spills what it cannot hold.",
-            .inputs = 2,
             .in = {kInflow, kDemand},
             .out = {kDeficit, kOverflow},
-            .size = {"capacity", "L"},
+            .size = Size{"capacity", "L"},
             .parameters = {capacityCost("cost/L/step"), operationCost("cost/year")},
             .series = {kOwnVolume},
-            .potentials = {kCapacity, kOperation}};
+            .potentials = {kCapacity, kOperation},
+            .balance = {Carries::water,
+                        "inflow + S = (demand - deficit) + overflow + S'",
+                        {{Term::served, "demand less deficit", servedFromStore}},
+                        Stored::litres}};
 }
 
-// The three stores with a steady draw differ only in what they book.
-Type drawStore(std::string_view name, std::string_view tag, int code, std::string_view summary, Parameter energy) {
-    return {.name = name,
-            .tag = tag,
-            .codes = {code},
-            .summary = summary,
-            .inputs = 1,
-            .in = {kInflow},
-            .out = {withQuality(Quality::passed,
-                                {"supplied", Carries::water, "water drawn, with a hundredth of the inflow's quality"}),
-                    withQuality(Quality::spill, kOverflow)},
-            .size = {"capacity", "L"},
-            .parameters = {{1, "draw_per_day", "L/d", "volume drawn from the store each day"},
-                           energy,
-                           capacityCost("cost/step"),
-                           operationCost("cost/year")},
-            .series = {kOwnVolume},
-            .potentials = {kEnergy, kOperation, kCapacity}};
+double infiltratedFromSoakaway(const BalanceStep& s) {
+    return std::min(s.before * s.parameter(spec::kInfiltrationRate) * s.timeStep, s.before + s.in[0]);
 }
 
 Type soakaway() {
     return {.name = "soakaway",
             .tag = "CS",
-            .codes = {22},
+            .family = "soakaway",
+            .codes = {code::kSoakaway},
             .summary = "Soak-away: holds water up to a capacity and lets a share of it infiltrate each day.",
-            .inputs = 1,
             .in = {kInflow},
             .out = {withQuality(Quality::passed, kOverflow)},
-            .size = {"capacity", "L"},
+            .size = Size{"capacity", "L"},
             .parameters = {capacityCost("cost/L/step"),
                            operationCost("cost/year"),
-                           {28, "infiltration_rate", "1/d", "share of the stored volume that infiltrates"}},
+                           {spec::kInfiltrationRate, "infiltration_rate", "1/d",
+                            "share of the stored volume that infiltrates"}},
             .series = {kOwnVolume},
-            .potentials = {kOperation, kCapacity, kInfiltration}};
+            .potentials = {kOperation, kCapacity, kInfiltration},
+            .balance = {Carries::water,
+                        "inflow + S = overflow + infiltration + S'",
+                        {{Term::infiltrated, "a share of what it holds", infiltratedFromSoakaway}},
+                        Stored::litres}};
 }
 
-Type serviceReservoir() {
-    return {.name = "service_reservoir",
-            .tag = "RS",
-            .codes = {33},
-            .summary =
-                "Refilled store: serves a demand and asks upstream for its refill; with trace_sources it mixes "
-                "the qualities of its sources.",
-            .inputs = 1,
-            .in = {kDemand},
-            .out = {{"request", Carries::demand, "refill asked for upstream"}},
-            .size = {"capacity", "L"},
-            .parameters = {capacityCost("cost/L/step"),
-                           {52, "refill_rate", "1/d", "share of the capacity that can be refilled in a day"}},
-            .series = {kOwnVolume, kOwnTracedQuality},
-            .potentials = {kCapacity}};
+double seepage(const BalanceStep& s) {
+    const double v = s.before / 1e9;
+    const double curve = s.parameter(spec::kHeadConstant) + s.parameter(spec::kHeadLinear) * v +
+                         s.parameter(spec::kHeadQuadratic) * v * v;
+    const double rate = std::max(curve, 0.0) * s.parameter(spec::kSeepagePerHead) + s.parameter(spec::kSeepageConstant);
+    return std::max(rate, 0.0) * s.timeStep;
+}
+
+double seepedFromNothing(const BalanceStep& s) {
+    return std::max(s.out[0] - s.in[1], 0.0);
 }
 
 Type reservoir() {
     return {.name = "reservoir",
             .tag = "SW",
-            .codes = {39},
+            .family = "reservoir",
+            .codes = {code::kReservoir},
             .summary =
                 "Surface-water store with a mixed quality, a head curve and seepage. Units of its group find it: "
                 "hydropower, pumped_storage, quality_switch, quality_from_reservoir.",
-            .inputs = 2,
             .in = {kInflow, kDemand},
             .out = {kDeficit, withQuality(Quality::mixed, kOverflow)},
-            .parameters = {{1, "storage_capacity", "L", "volume that it can hold"},
+            .size = kNothing,
+            .parameters = {{spec::kStorageCapacity, "storage_capacity", "L", "volume that it can hold"},
                            capacityCost("cost/step"),
                            operationCost("cost/year"),
-                           {30, "head_constant", "m", "head curve: head of the empty store", 0},
-                           {31, "head_linear", "m/(1e9 L)", "head curve: linear term", 0},
-                           {32, "head_quadratic", "m/(1e9 L)2", "head curve: quadratic term", 0},
-                           {33, "seepage_constant", "L/d", "seepage at head 0", 0},
-                           {34, "seepage_per_head", "L/d/m", "seepage for each unit of head", 0}},
+                           {spec::kHeadConstant, "head_constant", "m", "head curve: head of the empty store", 0},
+                           {spec::kHeadLinear, "head_linear", "m/(1e9 L)", "head curve: linear term", 0},
+                           {spec::kHeadQuadratic, "head_quadratic", "m/(1e9 L)2", "head curve: quadratic term", 0},
+                           {spec::kSeepageConstant, "seepage_constant", "L/d", "seepage at head 0", 0},
+                           {spec::kSeepagePerHead, "seepage_per_head", "L/d/m", "seepage for each unit of head", 0}},
             .series = {kOwnVolume, kOwnQuality},
-            .potentials = {kCapacity, kOperation, kInfiltration}};
+            .potentials = {kCapacity, kOperation, kInfiltration},
+            .balance = {Carries::water,
+                        "inflow + S + seepage that was not there = (demand - deficit) + overflow + seepage + S'",
+                        {{Term::takenForDelivered,
+                          "it seeps water that it does not hold; its deficit contains this and exceeds the demand",
+                          seepedFromNothing},
+                         {Term::infiltrated, "the seepage", seepage},
+                         {Term::served, "demand less deficit", servedFromStore}},
+                        Stored::litres}};
+}
+
+double lackOfServiceReservoir(const BalanceStep& s) {
+    return std::max(s.in[0] - s.before - s.out[0], 0.0);
+}
+
+double refill(const BalanceStep& s) {
+    return s.out[0];
+}
+
+Type serviceReservoir() {
+    return {.name = "service_reservoir",
+            .tag = "RS",
+            .family = "receiving_units",
+            .codes = {code::kServiceReservoir},
+            .summary =
+                "Service reservoir, as a water tower: serves a demand from its store and asks upstream for the refill; "
+                "with trace_sources it mixes the qualities of its sources.",
+            .in = {kDemand},
+            .out = {{"request", Carries::demand, "refill asked for upstream"}},
+            .size = Size{"capacity", "L"},
+            .parameters = {capacityCost("cost/L/step"),
+                           {spec::kRefillRate, "refill_rate", "1/d",
+                            "share of the capacity that can be refilled in a day"}},
+            .series = {kOwnVolume, kOwnTracedQuality},
+            .potentials = {kCapacity},
+            .balance = {
+                Carries::water,
+                "refill + S + lack = demand + S'",
+                {{Term::takenForDelivered, "its refill", refill},
+                 {Term::created, "it serves every demand in full, also what it does not hold", lackOfServiceReservoir},
+                 {Term::served, "every demand, in full", input}},
+                Stored::litres}};
 }
 
 Type detentionBasin() {
     return {.name = "detention_basin",
             .tag = "DT",
-            .codes = {50},
+            .family = "detention_basin",
+            .codes = {code::kDetentionBasin},
             .summary = "Basin whose outflow grows with its level to the power 1.5, as over a weir.",
-            .inputs = 1,
             .in = {kInflow},
             .out = {withQuality(Quality::passed,
                                 {"outflow", Carries::water, "what leaves over the outlet, with the inflow's quality"})},
-            .size = {"area", "m2"},
-            .parameters = {{1, "outlet_coefficient", "mm^-0.5/min", "outflow depth for each mm^1.5 of level"}},
-            .series = {kOwnDepth}};
+            .size = Size{"area", "m2"},
+            .parameters = {{spec::kOutletCoefficient, "outlet_coefficient", "mm^-0.5/min",
+                            "outflow depth for each mm^1.5 of level"}},
+            .series = {kOwnDepth},
+            .potentials = kNothing,
+            .balance = {Carries::water, "inflow + S = outflow + S'", {}, Stored::depth}};
 }
 
 }  // namespace
 
 std::vector<Type> stores() {
-    const Parameter perDay{3, "energy_per_day", "kWh/d", "energy spent each day, whatever the flow", 0};
-    return {
-        tank(),
-        drawStore("local_treatment", "LT", 3, "Treatment with a store and a steady draw; energy by the day.", perDay),
-        drawStore("rainwater_treatment", "CR", 23,
-                  "Treatment with a store and a steady draw; energy for each litre of inflow up to the draw.",
-                  energyPerVolume()),
-        drawStore("greywater_treatment", "CG", 24, "The same model as rainwater_treatment under its own name.",
-                  energyPerVolume()),
-        soakaway(),
-        serviceReservoir(),
-        reservoir(),
-        detentionBasin()};
+    return {tank(), soakaway(), serviceReservoir(), reservoir(), detentionBasin()};
 }
 
 }  // namespace kesto::tables

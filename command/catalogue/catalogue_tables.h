@@ -1,17 +1,19 @@
-// The catalogue's rows by family; catalogue.cpp puts them together.
+// The catalogue's rows by field; catalogue.cpp puts them together.
 #pragma once
 
 #include "catalogue.h"
 
 namespace kesto::tables {
 
-std::vector<Type> usersAndSurfaces();
+std::vector<Type> users();
+std::vector<Type> surfaces();
 std::vector<Type> stores();
-std::vector<Type> treatmentAndLinks();
+std::vector<Type> treatment();
+std::vector<Type> supply();
+std::vector<Type> links();
 std::vector<Type> routing();
+std::vector<Type> qualityUnits();
 std::vector<Type> energyUnits();
-
-BalanceIdentity balanceOf(std::string_view type);
 
 // A port with another quality than is usual for what it carries.
 inline Port withQuality(Quality quality, Port port) {
@@ -19,7 +21,7 @@ inline Port withQuality(Quality quality, Port port) {
     return port;
 }
 
-// Needs and parameters that many types share.
+// Needs, ports and parameters that many types share.
 inline const SeriesNeed kOwnVolume{SeriesKind::storage, Filing::own, true};
 inline const SeriesNeed kOwnDepth{SeriesKind::storage, Filing::own, true, false, "mm"};
 inline const SeriesNeed kOwnQuality{SeriesKind::quality, Filing::own, true};
@@ -32,20 +34,45 @@ inline SeriesNeed ofItsOwn(SeriesKind kind, std::string_view unit = {}, std::str
     return {kind, Filing::own, false, false, unit, alias, meaning};
 }
 
+inline const Port kInflow{"inflow", Carries::water, "water that flows in"};
+inline const Port kOutflow = withQuality(Quality::passed, {"outflow", Carries::water, "water passed on"});
+inline const Port kDemand{"demand", Carries::demand, "water asked of it"};
+inline const Port kDeficit{"deficit", Carries::demand, "part of the demand that it could not serve"};
+inline const Port kOverflow{"overflow", Carries::water, "water that it could not hold"};
+inline const Port kArrives{"inflow", Carries::same, "what arrives"};
+inline Port passes(std::string_view name, std::string_view meaning) {
+    return {name, Carries::same, meaning};
+}
+
 inline Parameter capacityCost(std::string_view unit) {
-    return {12, "capacity_cost", unit, "capacity potential booked each step, used or not", 0};
+    return {spec::kCapacityCost, "capacity_cost", unit, "capacity potential booked each step, used or not", 0};
 }
 inline Parameter operationCost(std::string_view unit) {
-    return {13, "operation_cost", unit, "operation potential", 0};
+    return {spec::kOperationCost, "operation_cost", unit, "operation potential", 0};
 }
 inline Parameter energyPerVolume() {
-    return {3, "energy_per_volume", "kWh/L", "energy spent on each litre", 0};
+    return {spec::kEnergyPerVolume, "energy_per_volume", "kWh/L", "energy spent on each litre", 0};
 }
 inline Parameter waterQuality(std::string_view what) {
-    return {25, "water_quality", "", what, 0};
+    return {spec::kWaterQuality, "water_quality", "", what, 0};
 }
 inline Parameter lossFraction(std::string_view what) {
-    return {2, "loss_fraction", "-", what};
+    return {spec::kLossFraction, "loss_fraction", "-", what};
+}
+
+// Terms of the balance that several types share.
+inline double input(const BalanceStep& s) {
+    return s.in[0];
+}
+inline double lossOfInput(const BalanceStep& s) {
+    return s.parameter(spec::kLossFraction) * s.in[0];
+}
+inline double rainOnArea(const BalanceStep& s) {
+    return s.rain * s.size;
+}
+// Of a store with a demand on input 2 and a deficit on output 1.
+inline double servedFromStore(const BalanceStep& s) {
+    return std::max(s.in[1] - s.out[0], 0.0);
 }
 
 }  // namespace kesto::tables

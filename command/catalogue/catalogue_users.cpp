@@ -1,4 +1,4 @@
-// Catalogue: what uses water, and the surfaces that rain falls on.
+// Catalogue: what uses water.
 #include "catalogue_tables.h"
 
 namespace kesto::tables {
@@ -7,110 +7,63 @@ using enum SeriesKind;
 
 namespace {
 
+double drawn(const BalanceStep& s) {
+    return s.out[1];
+}
+
+double intoGround(const BalanceStep& s) {
+    return s.code == code::kOutdoorUse ? s.out[1] : 0;
+}
+
+double asked(const BalanceStep& s) {
+    return s.given * s.size / 100;
+}
+
 Type appliance() {
     return {.name = "appliance",
             .tag = "OU",
-            .codes = {1, 2, 4, 5, 6, 7, 8, 9, 10},
+            .family = "appliance",
+            .codes = {code::kAppliances.begin(), code::kAppliances.end()},
             .summary =
                 "A use of water by a group. What a kind stands for is up to the model, but kinds 9 and 10 do not "
                 "depend on the people present, and the water of kind 9 goes into the ground.",
+            .in = kNothing,
             .out = {{"wastewater", Carries::water, "what is released, with water_quality"},
                     {"demand", Carries::demand, "what is drawn"}},
-            .parameters = {{1, "volume_per_use", "L", "water drawn for one use"},
-                           {3, "energy_per_use", "kWh", "energy spent on one use", 0},
+            .size = kNothing,
+            .parameters = {{spec::kVolumePerUse, "volume_per_use", "L", "water drawn for one use"},
+                           {spec::kEnergyPerUse, "energy_per_use", "kWh", "energy spent on one use", 0},
                            capacityCost("cost/step"),
                            operationCost("cost/use"),
                            waterQuality("quality of the water released")},
             .series = {ofGroup(uses), ofGroup(occupancy), ofGroup(demandFluctuation)},
-            .potentials = {kEnergy, kOperation, kCapacity, kInfiltration}};
-}
-
-Type imperviousSurface() {
-    return {.name = "impervious_surface",
-            .tag = "IM",
-            .codes = {28},
-            .summary = "Roof or pavement: a fixed fraction of the rain evaporates, the rest runs off at once.",
-            .out = {{"runoff", Carries::water, "rain that runs off, with water_quality"}},
-            .size = {"area", "m2"},
-            .parameters = {waterQuality("quality of the runoff"),
-                           {27, "evaporation_fraction", "-", "fraction of the rain that evaporates"}},
-            .series = {ofGroup(rainfall)},
-            .potentials = {kEvaporation}};
-}
-
-Type perviousSurface() {
-    return {
-        .name = "pervious_surface",
-        .tag = "PV",
-        .codes = {29},
-        .summary = "Ground that holds rain up to a depth, loses a share of it each day and runs off what overflows.",
-        .out = {{"runoff", Carries::water, "what the store cannot hold, with water_quality"}},
-        .size = {"area", "m2"},
-        .parameters = {{1, "storage_depth", "mm", "depth that the surface can hold"},
-                       waterQuality("quality of the runoff"),
-                       {27, "evaporation_rate", "1/d", "share of the stored depth that evaporates"},
-                       {28, "infiltration_rate", "1/d", "share of the stored depth that infiltrates"}},
-        .series = {ofGroup(rainfall), kOwnDepth},
-        .potentials = {kInfiltration, kEvaporation}};
-}
-
-Type greenArea() {
-    return {.name = "green_area",
-            .tag = "BG",
-            .codes = {46},
-            .summary =
-                "Green roof, lawn or pond: rain fills it, drainage and evaporation (Hargreaves) empty it. Daily "
-                "steps only.",
-            .out = {{"runoff", Carries::water, "spill above the storage depth, with water_quality"},
-                    {"shortfall", Carries::demand, "water that it lacks, as a demand for irrigation"}},
-            .size = {"area", "m2"},
-            .parameters = {{1, "storage_depth", "mm", "depth that the store can hold"},
-                           capacityCost("cost/m2/step"),
-                           operationCost("cost/m2/year"),
-                           waterQuality("quality of the runoff"),
-                           {27, "groundwater_evaporation_fraction", "-",
-                            "fraction of the evaporation that is drawn from the ground instead of the store", 0},
-                           {28, "infiltration_rate", "1/d", "share of the stored depth that drains"}},
-            .series = {ofGroup(rainfall), ofGroup(temperatureMin), ofGroup(temperatureMax), kOwnDepth},
-            .potentials = {kInfiltration, kEvaporation, kEnergy, kCapacity, kOperation},
-            .dailyOnly = true,
-            .usesLatitude = true};
-}
-
-Type soilStore() {
-    return {.name = "soil_store",
-            .tag = "TH",
-            .codes = {62},
-            .summary =
-                "Soil water per unit area: rain enters, evaporation (Thornthwaite) and drainage leave. Its "
-                "outflow is a depth: 1 mm is 1 L from each m2. Temperatures below 0 degC make it not a number.",
-            .out = {{"runoff", Carries::water, "outflow and spill per unit area, with water_quality", "mm"}},
-            .parameters = {{1, "storage_depth", "mm", "depth that the soil can hold"},
-                           waterQuality("quality of the outflow"),
-                           {28, "infiltration_rate", "1/d", "share of the stored depth that drains to the ground"},
-                           {57, "outflow_rate", "1/d", "share of the depth above the threshold that flows out"},
-                           {58, "rain_entry_fraction", "-", "fraction of the rain that enters the soil", 1},
-                           {59, "evaporation_factor", "-", "factor on the evaporation", 1},
-                           {60, "threshold_fraction", "-", "threshold of the outflow as a fraction of the depth"}},
-            .series = {ofGroup(rainfall), ofGroup(temperature), kOwnDepth},
-            .potentials = {kInfiltration},
-            .booksDepth = true};
+            .potentials = {kEnergy, kOperation, kCapacity, kInfiltration},
+            .balance = {Carries::water,
+                        "drawn = wastewater + infiltration",
+                        {{Term::released, "what it draws, whether or not anybody delivers it", drawn},
+                         {Term::infiltrated, "all of kind 9", intoGround}},
+                        Stored::nothing}};
 }
 
 Type demandSource() {
     return {.name = "demand_source",
             .tag = "IN",
-            .codes = {45},
+            .family = "demand_source",
+            .codes = {code::kDemandSource},
             .summary = "A demand given as a series, taken to a percentage.",
+            .in = kNothing,
             .out = {{"demand", Carries::demand, "the series times the percentage"}},
-            .size = {"percentage of the series", "%", 100},
-            .series = {ofItsOwn(demand)}};
+            .size = Size{"percentage of the series", "%", 100},
+            .parameters = kNothing,
+            .series = {ofItsOwn(demand)},
+            .potentials = kNothing,
+            .balance = {Carries::demand, "series = demand", {{Term::used, "the series", asked}}, Stored::nothing}};
 }
 
 }  // namespace
 
-std::vector<Type> usersAndSurfaces() {
-    return {appliance(), imperviousSurface(), perviousSurface(), greenArea(), soilStore(), demandSource()};
+std::vector<Type> users() {
+    return {appliance(), demandSource()};
 }
 
 }  // namespace kesto::tables

@@ -64,6 +64,14 @@ Json potentialsOf(const Type& type) {
     return list;
 }
 
+Json termsOf(const BalanceIdentity& balance) {
+    Json list = Json::array();
+    for (const BalanceTerm& term : balance.terms) {
+        list.push_back({{"name", toText(term.term)}, {"meaning", term.meaning}});
+    }
+    return list;
+}
+
 Json sizeOf(const Size& size) {
     if (size.meaning.empty()) return nullptr;
     return {{"meaning", size.meaning}, {"unit", size.unit}, {"standard", orNull(size.standard)}};
@@ -76,9 +84,10 @@ std::string typesJson(const std::vector<Type>& types) {
     for (const Type& type : types) {
         list.push_back({{"name", type.name},
                         {"tag", type.tag},
+                        {"family", type.family},
                         {"codes", type.codes},
                         {"summary", type.summary},
-                        {"any_number_of_inputs", type.inputs == kAnyInputs},
+                        {"any_number_of_inputs", type.anyInputs},
                         {"inputs", portsOf(type.in)},
                         {"outputs", outputsOf(type.out)},
                         {"size", sizeOf(type.size)},
@@ -91,8 +100,7 @@ std::string typesJson(const std::vector<Type>& types) {
                         {"balance",
                          {{"carries", toText(type.balance.carries)},
                           {"identity", type.balance.identity},
-                          {"gains", type.balance.gains},
-                          {"losses", type.balance.losses}}}});
+                          {"terms", termsOf(type.balance)}}}});
     }
     return list.dump(2) + "\n";
 }

@@ -72,7 +72,7 @@ class Doubts {
 
     // What makes water or demand by itself, or has some stored; the rest lives on what is sent to it.
     static bool isSource(const Component& component) {
-        if (component.type->inputs == 0) return true;
+        if (component.type->inputs() == 0) return true;
         return std::any_of(component.type->series.begin(), component.type->series.end(),
                            [](const SeriesNeed& need) { return need.kind == SeriesKind::storage && need.isState; });
     }
@@ -109,9 +109,9 @@ class Doubts {
             const Component& component = model_.components[i];
             const int index = static_cast<int>(i);
             const bool isFed = !network.incoming(index).empty();
-            if (component.type->inputs == kAnyInputs && !isFed) {
+            if (component.type->inputs() == kAnyInputs && !isFed) {
                 doubt("no-input", component.place, component, "nothing sends to it");
-            } else if (!component.type->out.empty() && network.outgoing(index).empty() && component.type->inputs == 0 &&
+            } else if (!component.type->out.empty() && network.outgoing(index).empty() && component.type->inputs() == 0 &&
                        component.type->potentials.empty()) {
                 doubt("no-output", component.place, component, "it sends to nothing");
             }

@@ -54,14 +54,14 @@ void checkInputs(const Model& model, const Network& network, Diagnostics& diagno
             ports.insert(model.connections[at(connection)].toPort);
         }
         const bool sums = component.code == code::kJunction || component.code == code::kMixer;
-        const bool right = type.inputs == kAnyInputs ? sums || found <= 2 : found == type.inputs;
+        const bool right = type.inputs() == kAnyInputs ? sums || found <= 2 : found == type.inputs();
         if (!right) {
             const std::string missing = missingPorts(type, ports);
             diagnostics.error(component.place,
                               fmt::format("{} ({}): {} component{} send{} to it; expected {}{}", nameOf(component),
                                           type.name, found, found == 1 ? "" : "s", found == 1 ? "s" : "",
-                                          type.inputs == kAnyInputs ? "at most 2" : std::to_string(type.inputs),
-                                          found < type.inputs && !missing.empty() ? ": " + missing + " missing"
+                                          type.inputs() == kAnyInputs ? "at most 2" : std::to_string(type.inputs()),
+                                          found < type.inputs() && !missing.empty() ? ": " + missing + " missing"
                                           : found > 2                             ? "; a junction adds flows up"
                                                                                   : ""));
         } else if (!sums && found > 0 && static_cast<int>(ports.size()) < found) {

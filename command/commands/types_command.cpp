@@ -47,10 +47,10 @@ void printSeries(const Type& type) {
 }
 
 void printType(const Type& type) {
-    std::cout << fmt::format("{}\n{}\nengine's code {}{}\n\n", type.name, type.summary, codes(type),
-                             type.tag.empty() ? "" : fmt::format(", tag {}", type.tag));
+    std::cout << fmt::format("{}\n{}\nfamily {}, engine's code {}{}\n\n", type.name, type.summary, type.family,
+                             codes(type), type.tag.empty() ? "" : fmt::format(", tag {}", type.tag));
     if (type.isAppliance()) std::cout << fmt::format("kind      one of {}\n", codes(type));
-    printPorts("input ", type.in, type.inputs == kAnyInputs);
+    printPorts("input ", type.in, type.anyInputs);
     printPorts("output", type.out, false);
     if (!type.size.meaning.empty()) {
         std::cout << fmt::format("size      {}{}{}\n", type.size.meaning, unit(type.size.unit),
@@ -68,9 +68,10 @@ void printType(const Type& type) {
     }
     if (type.usesLatitude) std::cout << "needs     latitude in [simulation]\n";
     if (type.dailyOnly) std::cout << "needs     a time_step of one day\n";
-    if (!type.balance.identity.empty()) std::cout << fmt::format("balance   {}\n", type.balance.identity);
-    if (!type.balance.gains.empty()) std::cout << fmt::format("gains     {}\n", type.balance.gains);
-    if (!type.balance.losses.empty()) std::cout << fmt::format("loses     {}\n", type.balance.losses);
+    std::cout << fmt::format("balance   {}\n", type.balance.isOfWater() ? type.balance.identity : "no water passes it");
+    for (const BalanceTerm& term : type.balance.terms) {
+        std::cout << fmt::format("  {:<19} {}\n", toText(term.term), term.meaning);
+    }
     for (const Potential potential : type.potentials) {
         std::cout << fmt::format("books     {}{}\n", info(potential).name,
                                  unit(type.booksDepth ? "mm" : info(potential).unit));

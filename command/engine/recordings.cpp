@@ -47,7 +47,7 @@ class Planner {
     int findUnfed() const {
         for (std::size_t i = 0; i < model_.components.size(); ++i) {
             const Component& component = model_.components[i];
-            if (component.type->inputs == 0 || component.code == code::kJunction || component.code == code::kMixer) {
+            if (component.type->inputs() == 0 || component.code == code::kJunction || component.code == code::kMixer) {
                 continue;
             }
             const std::vector<int> inputs = network_.inputs(static_cast<int>(i));

@@ -54,7 +54,7 @@ std::optional<std::string_view> unitBooked(const Component& component, Potential
         return std::nullopt;
     }
     const bool onlyIndependentUse = type.isAppliance() && potential == kInfiltration;
-    if (onlyIndependentUse && component.code != code::kIndependentUse) return std::nullopt;
+    if (onlyIndependentUse && component.code != code::kOutdoorUse) return std::nullopt;
     return type.booksDepth ? "mm" : info(potential).unit;
 }
 

@@ -12,31 +12,36 @@ namespace kesto {
 
 namespace {
 
-struct Family {
+struct Field {
     std::string_view name, colour;
-    std::vector<Type> (*types)();
+    std::vector<std::vector<Type> (*)()> types;
 };
 
 // Six digits: Graphviz takes a short "#eee" for black.
-constexpr Family kFamilies[] = {
-    {"users and surfaces", "#d9ead3", tables::usersAndSurfaces},
-    {"stores", "#cfe2f3", tables::stores},
-    {"treatment and links", "#fff2cc", tables::treatmentAndLinks},
-    {"routing", "#eeeeee", tables::routing},
-    {"energy", "#f9d5c9", tables::energyUnits},
-};
+const std::vector<Field>& fields() {
+    static const std::vector<Field> all{
+        {"users and surfaces", "#d9ead3", {tables::users, tables::surfaces}},
+        {"stores", "#cfe2f3", {tables::stores}},
+        {"treatment, supply and links", "#fff2cc", {tables::treatment, tables::supply, tables::links}},
+        {"routing and quality", "#eeeeee", {tables::routing, tables::qualityUnits}},
+        {"energy", "#f9d5c9", {tables::energyUnits}},
+    };
+    return all;
+}
 
-const Family& familyOf(const Type& type) {
-    static const auto families = [] {
-        std::map<std::string_view, const Family*> result;
-        for (const Family& family : kFamilies) {
-            for (const Type& one : family.types()) {
-                result[one.name] = &family;
+const Field& fieldOf(const Type& type) {
+    static const auto byType = [] {
+        std::map<std::string_view, const Field*> result;
+        for (const Field& field : fields()) {
+            for (const auto types : field.types) {
+                for (const Type& one : types()) {
+                    result[one.name] = &field;
+                }
             }
         }
         return result;
     }();
-    return *families.at(type.name);
+    return *byType.at(type.name);
 }
 
 std::string portCells(const std::vector<Port>& ports, char side) {
@@ -56,7 +61,7 @@ std::string node(std::size_t index, const Component& component) {
         "c{} [label=<<table border=\"1\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"3\" color=\"#666666\" "
         "bgcolor=\"{}\" style=\"rounded\"><tr>{}<td><b>{}</b><br/><font point-size=\"9\" "
         "color=\"#555555\">{}</font></td>{}</tr></table>>, tooltip=\"{}\"];\n",
-        index, familyOf(type).colour, portCells(type.in, 'i'), escapeMarkup(component.name), escapeMarkup(type.name),
+        index, fieldOf(type).colour, portCells(type.in, 'i'), escapeMarkup(component.name), escapeMarkup(type.name),
         portCells(type.out, 'o'), escapeMarkup(component.name));
 }
 
@@ -80,15 +85,15 @@ std::string arrows(const Model& model) {
     return text;
 }
 
-// One box that explains colours and lines, with the families that occur.
+// One box that explains colours and lines, with the fields that occur.
 std::string legend(const Model& model) {
     std::string cells;
-    for (const Family& family : kFamilies) {
+    for (const Field& field : fields()) {
         bool occurs = false;
         for (const Component& component : model.components) {
-            occurs = occurs || &familyOf(*component.type) == &family;
+            occurs = occurs || &fieldOf(*component.type) == &field;
         }
-        if (occurs) cells += fmt::format("<td bgcolor=\"{}\">{}</td>", family.colour, family.name);
+        if (occurs) cells += fmt::format("<td bgcolor=\"{}\">{}</td>", field.colour, field.name);
     }
     return fmt::format(
         "label=<<table border=\"0\" cellborder=\"0\" cellspacing=\"6\" cellpadding=\"4\"><tr>{}"

@@ -124,7 +124,7 @@ Balance balanceOf(const Results& results, const RecordingPlan& plan, SeriesValue
     balance.rows = std::move(network);
     balance.rows.insert(balance.rows.end(), groups.begin(), groups.end());
     for (int i = 0; i < static_cast<int>(model.components.size()); ++i) {
-        if (model.components[at(i)].type->balance.identity.empty()) continue;
+        if (!model.components[at(i)].type->balance.isOfWater()) continue;
         balance.rows.push_back(componentRow(model, accounts, i));
     }
     return balance;

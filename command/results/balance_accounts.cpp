@@ -17,6 +17,27 @@ double amount(const Signal& signal) {
     return signal.quantity == kAbsent ? 0 : static_cast<double>(signal.quantity);
 }
 
+// What a step adds to a component's account and takes from it, by design.
+struct StepTerms {
+    double gain = 0, loss = 0, ends = 0;
+};
+
+// A demand meets the loss on its way as what is asked for on top.
+StepTerms termsOf(const BalanceIdentity& balance, bool isDemand, const BalanceStep& step) {
+    StepTerms sums;
+    for (const BalanceTerm& term : balance.terms) {
+        const double litres = term.litres(step);
+        if (comesIn(term.term) || (isDemand && (term.term == Term::lost || term.term == Term::used))) {
+            sums.gain += litres;
+        } else if (term.term == Term::served || term.term == Term::ended) {
+            sums.ends += litres;
+        } else {
+            sums.loss += litres;
+        }
+    }
+    return sums;
+}
+
 int outputs(const Component& component) {
     return static_cast<int>(component.type->out.size());
 }
@@ -30,6 +51,7 @@ Accounts::Accounts(const Results& results, const RecordingPlan& plan, SeriesValu
       series_(series),
       network_(model_),
       carriers_(model_, network_),
+      insolation_(insolationOf(model_.simulation)),
       receivers_(model_.components.size()) {
     for (const State& state : results.states) {
         if (state.kind == SeriesKind::storage) states_[state.name] = state.values;
@@ -107,7 +129,7 @@ Accounts::Lines Accounts::linesOf(int component) const {
     return lines;
 }
 
-std::pair<double, double> Accounts::readSignals(const Lines& lines, std::size_t step, StepSignals& signals) {
+std::pair<double, double> Accounts::readSignals(const Lines& lines, std::size_t step, BalanceStep& signals) {
     double in = 0, out = 0;
     signals.in[0] = signals.in[1] = signals.out[0] = signals.out[1] = 0;
     for (const Line& line : lines.in) {
@@ -125,7 +147,7 @@ std::pair<double, double> Accounts::readSignals(const Lines& lines, std::size_t 
 Account Accounts::accountOf(int component) const {
     Account account;
     const Component& one = model_.components[at(component)];
-    if (one.type->balance.identity.empty()) {
+    if (!one.type->balance.isOfWater()) {
         account.notBalanced = "no water passes it";
         return account;
     }
@@ -133,35 +155,38 @@ Account Accounts::accountOf(int component) const {
     if (!account.notBalanced.empty()) return account;
     const Lines lines = linesOf(component);
     addSteps(component, lines, account);
-    if (one.code == code::kDelay) account.stored = underWay(component, lines, account);
+    if (one.type->balance.stored == Stored::underWay) account.stored = underWay(component, lines, account);
     return account;
 }
 
 void Accounts::addSteps(int index, const Lines& lines, Account& account) const {
     const Component& component = model_.components[at(index)];
-    const BalanceTerms terms(model_, component, series_);
-    const double factor = terms.storageFactor();
+    const BalanceIdentity& balance = component.type->balance;
+    const bool isDemand = carriers_.of(index) == Carries::demand;
+    BalanceSteps steps(model_, component, series_, insolation_);
+    const double factor = steps.litresPerUnit();
     const auto state = states_.find(component.name);
     const float* stored = state == states_.end() ? nullptr : state->second;
-    StepSignals signals;
+    BalanceStep& now = steps.current();
+    now.copies = 2;
     const SourceIndex initial = component.series[SeriesKind::storage];
-    if (stored && initial >= 0) signals.after = static_cast<double>(series_.of(initial)->front());
-    const double first = signals.after;
+    if (stored && initial >= 0) now.after = static_cast<double>(series_.of(initial)->front());
+    const double first = now.after;
     for (std::size_t step = 0; step < results_.steps; ++step) {
-        signals.before = signals.after;
-        if (stored) signals.after = static_cast<double>(stored[step]);
-        const auto [in, out] = readSignals(lines, step, signals);
-        const StepTerms by = terms.at(step, signals);
+        steps.read(step);
+        now.before = now.after;
+        if (stored) now.after = static_cast<double>(stored[step]);
+        const auto [in, out] = readSignals(lines, step, now);
+        const StepTerms by = termsOf(balance, isDemand, now);
         account.in += in;
         account.out += out;
         account.gain += by.gain;
         account.loss += by.loss;
         account.ends += by.ends;
-        account.tolerance +=
-            kRounding * (std::abs(in) + std::abs(out) + std::abs(by.gain) + std::abs(by.loss) + std::abs(by.ends) +
-                         factor * (std::abs(signals.before) + std::abs(signals.after)));
+        account.tolerance += kRounding * (std::abs(in) + std::abs(out) + std::abs(by.gain) + std::abs(by.loss) +
+                                          std::abs(by.ends) + factor * (std::abs(now.before) + std::abs(now.after)));
     }
-    account.stored = factor * (signals.after - first);
+    account.stored = factor * (now.after - first);
 }
 
 // A delay holds what came in its last steps, on a loop one step more.
@@ -172,7 +197,7 @@ double Accounts::underWay(int index, const Lines& lines, const Account& account)
     for (const std::size_t steps : {held, held + 1}) {
         double sum = 0;
         for (std::size_t step = results_.steps - std::min(steps, results_.steps); step < results_.steps; ++step) {
-            StepSignals signals;
+            BalanceStep signals;
             sum += readSignals(lines, step, signals).first;
         }
         if (!(std::abs(seen - best) <= std::abs(seen - sum))) best = sum;

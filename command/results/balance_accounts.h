@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "balance_terms.h"
+#include "balance_steps.h"
 #include "carriers.h"
 #include "results.h"
 
@@ -57,7 +57,7 @@ class Accounts {
     Account accountOf(int component) const;
     void addSteps(int component, const Lines& lines, Account& account) const;
     double underWay(int component, const Lines& lines, const Account& account) const;
-    static std::pair<double, double> readSignals(const Lines& lines, std::size_t step, StepSignals& signals);
+    static std::pair<double, double> readSignals(const Lines& lines, std::size_t step, BalanceStep& signals);
 
     const Results& results_;
     const Model& model_;
@@ -66,6 +66,7 @@ class Accounts {
     Network network_;
     Carriers carriers_;
     std::map<std::string_view, const float*> states_;
+    std::vector<double> insolation_;
     std::vector<std::vector<int>> inputs_;
     std::vector<std::array<int, 2>> receivers_;
     std::vector<Account> accounts_;

@@ -8,22 +8,67 @@
 namespace kesto {
 namespace {
 
-// Inputs by type code as the engine's dispatch asks for them; -1: not checked.
-const std::map<int, int> kInputs{{1, 0},  {2, 0},   {3, 1},   {4, 0},  {5, 0},  {6, 0},   {7, 0},  {8, 0},  {9, 0},
-                                 {10, 0}, {11, 1},  {22, 1},  {23, 1}, {24, 1}, {25, 1},  {26, 1}, {27, 1}, {28, 0},
-                                 {29, 0}, {30, -1}, {31, -1}, {32, 2}, {33, 1}, {34, -1}, {35, 1}, {36, 1}, {37, 1},
-                                 {38, 1}, {39, 2},  {40, 1},  {41, 1}, {42, 1}, {43, 1},  {44, 1}, {45, 0}, {46, 0},
-                                 {47, 1}, {48, 1},  {49, 1},  {50, 1}, {51, 1}, {52, 1},  {53, 1}, {54, 0}, {55, 1},
-                                 {56, 1}, {57, 1},  {58, 1},  {59, 0}, {60, 0}, {61, 0},  {62, 0}, {63, 1}, {64, 1}};
+// A row that leaves something out does not compile.
+template <class Row>
+constexpr bool isWholeWithoutBalance = requires {
+    Row{.name = "tank",
+        .tag = "TN",
+        .family = "tank",
+        .codes = {code::kTank},
+        .summary = "",
+        .in = kNothing,
+        .out = kNothing,
+        .size = kNothing,
+        .parameters = kNothing,
+        .series = kNothing,
+        .potentials = kNothing};
+};
+template <class Row>
+constexpr bool isWholeWithoutSize = requires {
+    Row{.name = "tank",
+        .tag = "TN",
+        .family = "tank",
+        .codes = {code::kTank},
+        .summary = "",
+        .in = kNothing,
+        .out = kNothing,
+        .parameters = kNothing,
+        .series = kNothing,
+        .potentials = kNothing,
+        .balance = kNoWaterPasses};
+};
+template <class Row>
+constexpr bool isWholeWithAll = requires {
+    Row{.name = "tank",
+        .tag = "TN",
+        .family = "tank",
+        .codes = {code::kTank},
+        .summary = "",
+        .in = kNothing,
+        .out = kNothing,
+        .size = kNothing,
+        .parameters = kNothing,
+        .series = kNothing,
+        .potentials = kNothing,
+        .balance = kNoWaterPasses};
+};
+static_assert(!isWholeWithoutBalance<Type> && !isWholeWithoutSize<Type> && isWholeWithAll<Type>);
 
-TEST(Catalogue, HoldsEachTypeOfTheEngineOnce) {
-    std::map<int, int> found;
+TEST(Catalogue, BalancesWhatHasWater) {
     for (const Type& type : allTypes()) {
-        for (const int code : type.codes) {
-            EXPECT_TRUE(found.emplace(code, type.inputs).second) << code << " stands twice";
+        const bool hasPorts = !type.in.empty() || !type.out.empty();
+        EXPECT_EQ(type.balance.isOfWater(), hasPorts) << type.name;
+        bool hasStore = false;
+        for (const SeriesNeed& need : type.series) {
+            hasStore = hasStore || need.kind == SeriesKind::storage;
+        }
+        EXPECT_EQ(hasStore, type.balance.stored != Stored::nothing && type.balance.stored != Stored::underWay)
+            << type.name;
+        for (const BalanceTerm& term : type.balance.terms) {
+            EXPECT_TRUE(term.litres) << type.name;
+            EXPECT_FALSE(term.meaning.empty()) << type.name;
         }
     }
-    EXPECT_EQ(found, kInputs);
 }
 
 TEST(Catalogue, NamesTypesOnce) {
@@ -67,9 +112,6 @@ TEST(Catalogue, StandardsOfOneNumberAgree) {
 TEST(Catalogue, PortsHaveNamesOfTheirOwn) {
     for (const Type& type : allTypes()) {
         EXPECT_LE(type.out.size(), 2U) << type.name;
-        if (type.inputs >= 0) {
-            EXPECT_EQ(static_cast<int>(type.in.size()), type.inputs) << type.name;
-        }
         for (const auto* ports : {&type.in, &type.out}) {
             std::set<std::string_view> names;
             for (const Port& port : *ports) {
@@ -87,14 +129,6 @@ TEST(Catalogue, FindsPortsByNameAndNumber) {
     EXPECT_EQ(portNumber(tank.out, "0"), std::nullopt);
     EXPECT_EQ(portNumber(tank.out, "2x"), std::nullopt);
     EXPECT_EQ(portName(tank.out, 1), "deficit");
-}
-
-TEST(Catalogue, KnowsWhatTheEngineTakesForASource) {
-    std::set<int> sources;
-    for (const auto& [code, inputs] : kInputs) {
-        if (canBeSource(code)) sources.insert(code);
-    }
-    EXPECT_EQ(sources, (std::set<int>{3, 7, 8, 9, 33, 37, 38, 39}));
 }
 
 }  // namespace

@@ -123,12 +123,12 @@ TEST(EngineCatalogue, EachSeriesIsRead) {
 
 TEST(EngineCatalogue, InputsAreCounted) {
     forEachCode([](const Type& type, int code) {
-        if (type.inputs == kAnyInputs) return;
+        if (type.inputs() == kAnyInputs) return;
         Built built(test::singleModel(type, code, false));
         ASSERT_TRUE(built.record) << built.said();
         AUEglobals& g = built.record->globals();
         const auto wrong = fmt::format("{} (id={}) wrong inputs!", type.tag, built.model->components[0].id);
-        if (type.inputs > 0) {
+        if (type.inputs() > 0) {
             // The first connection feeds the component: it now goes round in the source itself, which is not run.
             ConnectionRow& first = g.Net_Conn[0];
             g.nConns -= 1;
@@ -176,7 +176,7 @@ TEST(EngineCatalogue, PotentialsAreThoseListed) {
             }
             const auto which = static_cast<Potential>(potential);
             if (any) booked.emplace_back(info(which).name);
-            const bool onlyKindNine = type.isAppliance() && which == kInfiltration && code != code::kIndependentUse;
+            const bool onlyKindNine = type.isAppliance() && which == kInfiltration && code != code::kOutdoorUse;
             const bool isListed =
                 std::find(type.potentials.begin(), type.potentials.end(), which) != type.potentials.end();
             if (isListed && !onlyKindNine) listed.emplace_back(info(which).name);
@@ -205,7 +205,7 @@ std::string fedWith(const Type& type, int code, int port, int quality, double am
         connect(name, name + "q");
         connect(name + "q", fmt::format("{}:{}", to, toPort));
     };
-    const int inputs = type.inputs == kAnyInputs ? 1 : type.inputs;
+    const int inputs = type.inputs() == kAnyInputs ? 1 : type.inputs();
     for (int i = 1; i <= inputs; ++i) {
         feed("x", i, quality);
     }

@@ -54,7 +54,7 @@ std::string singleModel(const Type& type, int code, bool traceSources) {
     const Type& source = *findType("demand_source");
     const Type& reservoir = *findType("reservoir");
     std::vector<std::string> connections;
-    const int inputs = type.inputs == kAnyInputs ? 1 : type.inputs;
+    const int inputs = type.inputs() == kAnyInputs ? 1 : type.inputs();
     for (int i = 0; i < type.reservoirs; ++i) {
         text += brandText(reservoir, fmt::format("r{}", i));
     }
@@ -95,7 +95,7 @@ std::string randomModel(std::mt19937& random, int components) {
         if (!type.parameters.empty()) brands += brandText(type, name);
         const std::string row = componentText(type, code, name);
         rows = below(random, 3) == 0 ? row + rows : rows + row;  // not always in the order of the flow
-        const int inputs = type.inputs == kAnyInputs ? below(random, 3) : type.inputs;
+        const int inputs = type.inputs() == kAnyInputs ? below(random, 3) : type.inputs();
         for (int port = 1; port <= inputs && !outputs.empty(); ++port) {
             connect(outputs[static_cast<std::size_t>(below(random, outputs.size()))], name,
                     type.in.size() > 1 ? port : 1);
