@@ -94,8 +94,9 @@ def check_page(page, kesto, update, problems):
 
 
 def check_types(catalogue, problems):
-    """Each type has one page."""
+    """Each type has one page, that of its family."""
     types = {code: one["tag"] or "none" for one in catalogue.values() for code in one["codes"]}
+    families = {code: one["family"] for one in catalogue.values() for code in one["codes"]}
     pages = {}
     for page in sorted(PAGES.glob("*.md")):
         for codes, tag in TYPE.findall(page.read_text()):
@@ -105,8 +106,9 @@ def check_types(catalogue, problems):
                 pages[code] = page.name
                 if types.get(code) != tag:
                     problems.append(f"{page.name}: type {code} has the tag {types.get(code)}, not {tag}")
-    for code in sorted(types.keys() - pages.keys()):
-        problems.append(f"type {code} ({types[code]}) has no page")
+    for code in sorted(types):
+        if pages.get(code) != f"{families[code]}.md":
+            problems.append(f"type {code} ({types[code]}) stands in {pages.get(code)}, not in {families[code]}.md")
 
 
 def catalogue_of(kesto):
@@ -131,12 +133,29 @@ def check_tables(page, catalogue, update, problems):
                 problems.append(f"{page.name}: {name} books {potential['name']}")
 
 
-def check_families(problems):
-    families = {path.stem for path in (DOCS.parent / "src/components").glob("*.cpp")}
-    families -= {"lookup", "head", "model"}  # what the models share
-    pages = {path.stem for path in PAGES.glob("*.md")} - {"README", "junctions"}
-    for stem in sorted(families ^ pages):
+ROW = re.compile(r"^\| \[(\w+)\]\(\w+\.md\) \| .*? \| (.*) \|$", re.MULTILINE)
+
+
+def check_families(catalogue, update, problems):
+    """Each family has a page, and a row in the table of pages; what that says of it is written by hand."""
+    families = {}
+    for one in catalogue.values():
+        families.setdefault(one["family"], []).append(one["name"])
+    pages = {path.stem for path in PAGES.glob("*.md")} - {"README"}
+    for stem in sorted(families.keys() ^ pages):
         problems.append(f"{stem}: " + ("a family without a page" if stem in families else "a page without a family"))
+    readme = PAGES / "README.md"
+    text = readme.read_text()
+    rows = [stem for stem, _ in ROW.findall(text)]
+    for stem in sorted(families.keys() ^ set(rows)):
+        problems.append(f"README.md: {stem} " + ("has no row" if stem in families else "is no family"))
+    if len(rows) != len(set(rows)):
+        problems.append("README.md: a family has two rows")
+    fresh = ROW.sub(lambda row: f"| [{row[1]}]({row[1]}.md) | {', '.join(families.get(row[1], []))} | {row[2]} |", text)
+    if update:
+        readme.write_text(fresh)
+    elif fresh != text:
+        problems.append("README.md: the types of a family are not those of the command's catalogue")
 
 
 def check_links(problems):
@@ -161,7 +180,7 @@ def main():
         check_page(PAGES / f"{stem}.md", arguments.kesto, arguments.update, problems)
     if not arguments.pages:
         check_types(catalogue, problems)
-        check_families(problems)
+        check_families(catalogue, arguments.update, problems)
         check_links(problems)
     for problem in problems:
         print(problem)

@@ -1,8 +1,10 @@
-"""coverage.py REPOSITORY: every text that the engine can report is produced by some case, or is listed in
-unreachable.txt with the reason; every component type has cases in the file of its family, and a page of its family in
-docs/components where that folder exists."""
+"""coverage.py REPOSITORY KESTO: every text that the engine can report is produced by some case, or is listed in
+unreachable.txt with the reason; every component type has its model and its cases in the files of its family, and a page of its
+family in docs/components. Types and families are those of the command's catalogue."""
+import json
 import pathlib
 import re
+import subprocess
 import sys
 
 root = pathlib.Path(sys.argv[1])
@@ -36,19 +38,15 @@ for line in read(root / "tests/meta/unreachable.txt").splitlines():
 
 # What the engine can report: the formats of errors.h, with the words that stand for %s.
 formats = dict(re.findall(r'constexpr char (k\w+)\[\] = "([^"]*)";', read(source / "errors.h")))
-dispatch = read(source / "simulation/dispatch.cpp")
-codes = dict(re.findall(r"(k\w+) = (\d+);", read(source / "components/type_codes.h")))
-appliance = "".join(re.findall(r"return \{kind, (.*)\};", dispatch))
-rows = re.sub(r"^    appliance\((.*)\),$", rf"    {{\1, {appliance}}},", dispatch, flags=re.M)
-types = [(int(codes.get(code, code)), tag, inputs, calls)
-         for code, tag, inputs, calls in re.findall(r'^    \{(?:code::)?(\w+), "(\w\w)", (\w+), (.*)\},$', rows, flags=re.M)]
+catalogue = json.loads(subprocess.run([sys.argv[2], "types", "--json"], capture_output=True, check=True).stdout)
+types = [(code, one) for one in catalogue for code in one["codes"]]
 memory = {word for name in ("driver", "multiplier_series", "outputs", "receivers")
           for word in literals(source / f"simulation/{name}.cpp")
           if re.fullmatch(r"(Globals->)?[A-Z]\w+(\[i\]\.\w+)?|compIdNodeLink", word)}
 series = {word for word in literals(source / "components/series.h") if re.fullmatch(r"[A-Z]\w+", word)}
 words = {
     "kNoMemory": memory,
-    "kWrongInputs": {tag for _, tag, inputs, _ in types if inputs != "kAnyInputs"},
+    "kWrongInputs": {one["tag"] for one in catalogue if not one["any_number_of_inputs"]},
     "kSeriesNotFound": series - {"Logs", "WatBod"},
     "kRecordNotFound": {"Logs", "WatBod"},
 }
@@ -82,32 +80,30 @@ for outcome in sorted(outcomes):
         if outcome != "left by the host":
             problems.append(f"a case expects a text that the engine does not have: {outcome}")
 
-# Each type: which family defines its forms, and are there cases and a page?
-families = {form: path.stem
-            for path in (source / "components").glob("*.cpp")
-            for form in re.findall(r"^const Form (\w+) =", read(path), flags=re.M)}
+# Each type: are there a model, cases and a page in the files of its family? Junctions are the engine's driver's own.
 pages = root / "docs/components"
-for code, tag, _, calls in types:
-    forms = re.findall(r"&(\w+)", calls)
-    own = [form for form in forms if not form.startswith("CopyIn")] or forms
-    stems = {families[form] for form in own if form in families}
-    if len(stems) != 1:
-        problems.append(f"type {code} ({tag}): defined in {sorted(stems)}")
-        continue
-    family = stems.pop()
-    path = cases_folder / f"{family}.cases"
-    used = rf"^(component \S+ |change \S+ (?:\S+ )*?type=)({tag}|{code}(\.\d+)?)\b"
-    if not path.exists():
-        problems.append(f"type {code} ({tag}): no file {path.name}")
-    elif not re.search(used, read(path), flags=re.M):
-        problems.append(f"type {code} ({tag}): not in {path.name}")
-    if pages.is_dir():
-        page = pages / f"{family}.md"
-        if not page.exists():
-            problems.append(f"type {code} ({tag}): no page docs/components/{family}.md")
-        elif not re.search(rf"\b{code}\b", read(page)):
-            problems.append(f"type {code} ({tag}): not on the page docs/components/{family}.md")
+for code, one in types:
+    name, tag, family = one["name"], one["tag"], one["family"]
+    isSum = family == "junctions"
+    model = source / ("simulation/junctions.h" if isSum else f"components/{family}.cpp")
+    if not model.exists():
+        problems.append(f"{name}: no model {model.relative_to(root)}")
+    cases = cases_folder / f"{family}.cases"
+    used = rf"^(component \S+ |change \S+ (?:\S+ )*?type=)({tag or name}|{name}|{code}(\.\d+)?)\b"
+    if not cases.exists():
+        problems.append(f"{name}: no file {cases.name}")
+    elif not re.search(used, read(cases), flags=re.M):
+        problems.append(f"{name} ({code}): not in {cases.name}")
+    page = pages / f"{family}.md"
+    if not page.exists():
+        problems.append(f"{name}: no page docs/components/{page.name}")
+    elif not re.search(rf"\b{code}\b.*`{name}`", read(page)):
+        problems.append(f"{name} ({code}): not on the page docs/components/{page.name}")
+families = {one["family"] for one in catalogue}
+shared = {"lookup", "head", "model"}  # what the models share
+for stem in sorted({path.stem for path in (source / "components").glob("*.cpp")} - shared - families):
+    problems.append(f"src/components/{stem}.cpp: no type of the catalogue has this family")
 
 if problems:
     sys.exit("\n".join(problems))
-print(f"{len(texts)} texts, {len(unreachable)} of them unreachable; {len(types)} types in {len(set(families.values()))} families")
+print(f"{len(texts)} texts, {len(unreachable)} of them unreachable; {len(types)} types in {len(families)} families")
