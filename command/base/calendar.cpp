@@ -57,6 +57,25 @@ std::string toText(Day day) {
     return fmt::format("{:04}-{:02}-{:02}", date.year, date.month, date.day);
 }
 
+std::string rangesOf(const std::vector<Day>& days) {
+    constexpr std::size_t kMost = 10;
+    std::vector<std::string> ranges;
+    for (std::size_t i = 0; i < days.size();) {
+        std::size_t last = i;
+        while (last + 1 < days.size() && days[last + 1] == days[last] + 1)
+            ++last;
+        ranges.push_back(last == i ? toText(days[i]) : fmt::format("{} to {}", toText(days[i]), toText(days[last])));
+        i = last + 1;
+    }
+    std::string text;
+    for (std::size_t i = 0; i < ranges.size() && i < kMost; ++i) {
+        if (i > 0) text += i + 1 == ranges.size() ? " and " : ", ";
+        text += ranges[i];
+    }
+    if (ranges.size() > kMost) text += fmt::format(" and {} more gaps", ranges.size() - kMost);
+    return text;
+}
+
 std::optional<Day> shiftToRecord(Day start, Day end) {
     constexpr Day kFirst = 0;
     constexpr Day kLast = 2147483647 / 86400;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kesto {
 
@@ -21,6 +22,9 @@ bool isValid(const CivilDate& date);
 // YYYY-MM-DD, alone or followed by a time of day, which is ignored.
 std::optional<Day> parseDay(std::string_view text);
 std::string toText(Day day);
+
+// Ascending days as ranges, cut short after ten: "2012-01-03, 2012-01-05 to 2012-01-09 and 2012-02-01".
+std::string rangesOf(const std::vector<Day>& days);
 
 int weekdayOf(Day day);  // 0 is Monday
 

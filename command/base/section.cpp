@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "csv_file.h"
+#include "number_format.h"
 #include "units.h"
 
 namespace kesto {
@@ -91,29 +91,48 @@ void Section::finish() {
     }
 }
 
-std::optional<double> readQuantity(const Value& value, std::string_view unit, const std::string& what,
-                                   Diagnostics& diagnostics) {
+namespace {
+
+std::optional<double> inUnit(const Value& value, std::string_view unit, const std::string& what,
+                             Diagnostics& diagnostics) {
     const std::string wanted = unit.empty() || unit == "-" ? "a number" : fmt::format("a number in {}", unit);
-    if (value.isNumber() && std::isfinite(value.number)) return value.number;
-    const std::size_t blank = value.kind == Value::Kind::text ? value.text.find(' ') : std::string::npos;
+    if (value.isNumber()) return value.number;
+    const std::size_t blank = value.kind == Value::Kind::text ? value.text.rfind(' ') : std::string::npos;
     // "3m3" was meant to have a unit.
     const bool startsWithDigit = value.kind == Value::Kind::text && !value.text.empty() && value.text[0] >= '0' &&
                                  value.text[0] <= '9' && unitsFor(unit).size() > 1;
     if (blank == std::string::npos && !startsWithDigit) {
         diagnostics.error("wrong-value", value.place,
-                          fmt::format("{} is {}; expected {}", what, describe(value), wanted));
+                          fmt::format("{} is {}{}; expected {}", what, describe(value),
+                                      value.fromCell ? adviceOn(value.text, value.decimalMark) : "", wanted));
         return std::nullopt;
     }
     const std::string_view text = value.text;
-    const auto number = parseNumber(text.substr(0, blank));
+    const auto number =
+        value.fromCell ? readNumber(text.substr(0, blank), value.decimalMark) : parseNumber(text.substr(0, blank));
     const auto factor = conversion(blank == std::string::npos ? "" : text.substr(blank + 1), unit);
     if (!number || !factor) {
+        const std::vector<std::string_view> units = unitsFor(unit);
+        const std::string orText = unit.empty() ? ""
+                                                : fmt::format(", or a text with a number, a blank and {}{}",
+                                                              units.size() > 1 ? "one of " : "", listOf(units));
         diagnostics.error("wrong-value", value.place,
-                          fmt::format("{} is {}; expected {}, or a text with a number, a blank and one of {}", what,
-                                      describe(value), wanted, listOf(unitsFor(unit))));
+                          fmt::format("{} is {}; expected {}{}", what, describe(value), wanted, orText));
         return std::nullopt;
     }
     return *number * factor->factor + factor->offset;
+}
+
+}  // namespace
+
+std::optional<double> readQuantity(const Value& value, std::string_view unit, const std::string& what,
+                                   Diagnostics& diagnostics) {
+    const auto number = inUnit(value, unit, what, diagnostics);
+    if (!number || fitsSinglePrecision(*number)) return number;
+    diagnostics.error("wrong-value", value.place,
+                      fmt::format("{} is {}; expected a number that single precision can hold, at most 3.4e38", what,
+                                  describe(value)));
+    return std::nullopt;
 }
 
 }  // namespace kesto

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "calendar.h"
+#include "number_format.h"
 #include "place.h"
 
 namespace kesto {
@@ -19,6 +20,7 @@ struct Value {
     double number = 0;  // of integers too
     std::string text;   // of a table's cell, always: a name may look like a number
     bool fromCell = false;
+    DecimalMark decimalMark = DecimalMark::point;  // of the table that the cell stands in
     Day day = 0;
     std::vector<Value> items;
     std::vector<Field> fields;  // in the order of the file

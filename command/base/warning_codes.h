@@ -42,6 +42,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"long-tracing", About::note, "tracing the sources takes long"},
     {"part-year", About::note, "the first year has its whole yearly allowance"},
     {"not-recorded", About::note, "outputs that cannot be recorded unchanged"},
+    {"read-as", About::note, "how a file that is not plain CSV was understood"},
 };
 
 // The name of a row, known to be one when the program is compiled.

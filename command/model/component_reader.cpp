@@ -1,6 +1,8 @@
 // Reads components.
 #include <fmt/format.h>
 
+#include <cmath>
+
 #include "reader_parts.h"
 
 namespace kesto {
@@ -92,7 +94,8 @@ void readSize(Section& section, Component& component) {
     const auto given = section.quantity("size", size.unit);
     component.sizePlace = given ? given->place : component.place;
     component.hasSize = section.find("size") != nullptr;
-    component.size = given ? given->value : size.standard.value_or(0);
+    // One that could not be read is no number, which no check minds.
+    component.size = given ? given->value : component.hasSize ? std::nan("") : size.standard.value_or(0);
 }
 
 bool isGoodName(const std::string& name) {

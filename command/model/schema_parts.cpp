@@ -87,8 +87,8 @@ Json sourceOf(std::string_view unit, std::string_view meaning, bool isAssigned) 
     }
     Json schema = closedTable(std::move(keys));
     schema["type"] = {"number", "string", "object"};
-    // A text without a blank is the name of a column.
-    schema["pattern"] = fmt::format("^([^ ]+|{})$", quantityPattern(unit));
+    // A text that does not begin with a number and a blank is the name of a column.
+    schema["pattern"] = fmt::format("^({}|(?!{} ).+)$", quantityPattern(unit), kNumber);
     schema["if"] = {{"type", "object"}};
     for (const char* key : {"value", "column", "monthly", "weekly"}) {
         schema["then"]["oneOf"].push_back({{"required", {key}}});

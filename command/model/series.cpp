@@ -2,11 +2,75 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace kesto {
 
 namespace {
 
-constexpr std::size_t kMostTold = 10;  // cells of a column
+// The cells of a column as the values of a run. What is wrong is told in one message for each reason.
+class ColumnReading {
+  public:
+    ColumnReading(const CsvFile& csv, std::size_t column, const TimeRows& rows, const Conversion& conversion)
+        : csv_(csv), column_(column), rows_(rows), conversion_(conversion) {}
+
+    void read(Floats& values) {
+        for (std::size_t step = 0; step < values.size(); ++step) {
+            const std::string_view cell = csv_.cell(rows_.rowOf(step), column_);
+            // Straight to single precision, so that what a run has written reads back as the same bits.
+            const auto exact = conversion_.isIdentity() ? readFloat(cell, csv_.decimalMark()) : std::nullopt;
+            const auto number = exact ? std::nullopt : readNumber(cell, csv_.decimalMark());
+            if (exact) {
+                values[step] = *exact;
+            } else if (number) {
+                const double value = *number * conversion_.factor + conversion_.offset;
+                if (!fitsSinglePrecision(value)) tooLarge_.push_back(step);
+                if (fitsSinglePrecision(value)) values[step] = static_cast<float>(value);
+            } else {
+                holes_.push_back(step);
+            }
+            if (!parted_ && hasThousands(cell, csv_.decimalMark())) parted_ = rows_.rowOf(step);
+        }
+    }
+
+    bool isGood() const { return holes_.empty() && tooLarge_.empty(); }
+
+    void report(const Simulation& simulation, Diagnostics& diagnostics) const {
+        tell("no-number", holes_, "no number", simulation, diagnostics);
+        tell("wrong-value", tooLarge_, "a number beyond single precision (3.4e38)", simulation, diagnostics);
+        if (!parted_) return;
+        const std::string_view cell = csv_.cell(*parted_, column_);
+        diagnostics.warning("read-as", csv_.placeOf(*parted_, column_),
+                            fmt::format("column \"{}\": \"{}\" is read as {}", csv_.columns()[column_], cell,
+                                        *readNumber(cell, csv_.decimalMark())));
+    }
+
+  private:
+    using Steps = std::vector<std::size_t>;
+
+    void tell(ErrorName name, const Steps& steps, std::string_view what, const Simulation& simulation,
+              Diagnostics& diagnostics) const {
+        if (steps.empty()) return;
+        std::vector<Day> days(steps.size());
+        std::transform(steps.begin(), steps.end(), days.begin(),
+                       [&](std::size_t step) { return simulation.start + static_cast<Day>(step); });
+        const std::size_t row = rows_.rowOf(steps.front());
+        const std::string_view cell = csv_.cell(row, column_);
+        diagnostics.error(
+            name, csv_.placeOf(row, column_),
+            fmt::format("column \"{}\" holds {} on {} ({} of the {} days of the run); the first cell {}{}",
+                        csv_.columns()[column_], what, rangesOf(days), days.size(), simulation.days(),
+                        cell.empty() ? "is empty" : fmt::format("holds \"{}\"", cell),
+                        adviceOn(cell, csv_.decimalMark())));
+    }
+
+    const CsvFile& csv_;
+    std::size_t column_;
+    const TimeRows& rows_;
+    const Conversion& conversion_;
+    Steps holes_, tooLarge_;
+    std::optional<std::size_t> parted_;  // the first row of a number whose thousands are parted
+};
 
 }  // namespace
 
@@ -33,50 +97,43 @@ std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
 
 void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const {
     for (std::size_t step = 0; step < values.size(); ++step) {
-        const Day day = model_.simulation.start + static_cast<Day>(step);
         double value = source.constant;
         if (source.kind == SeriesSource::Kind::monthly) {
-            value = source.pattern[static_cast<std::size_t>(dateOf(day).month) - 1];
+            value = source.pattern[static_cast<std::size_t>(dateOf(dayOf(step)).month) - 1];
         } else if (source.kind == SeriesSource::Kind::weekly) {
-            value = source.pattern[static_cast<std::size_t>(weekdayOf(day))];
+            value = source.pattern[static_cast<std::size_t>(weekdayOf(dayOf(step)))];
         }
         values[step] = static_cast<float>(value * source.conversion.factor + source.conversion.offset);
     }
 }
 
+std::optional<std::size_t> SeriesValues::columnOf(const SeriesSource& source, const CsvFile& csv) {
+    const auto column = csv.column(source.column);
+    if (!column) {
+        const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
+        diagnostics_.error("unknown-name", source.place,
+                           fmt::format("there is no column \"{}\" in {}; its columns are {}{}", source.column,
+                                       toString(csv.place()), listOf(names, "and"), suggestion(source.column, names)));
+        return std::nullopt;
+    }
+    if (const std::size_t count = csv.columnsNamed(source.column).size(); count > 1) {
+        diagnostics_.error("repeated", csv.headerPlace(),
+                           fmt::format("{} columns are called \"{}\"; expected one", count, source.column));
+        return std::nullopt;
+    }
+    return column;
+}
+
 bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
     const Table& table = tableOf(source.table);
-    if (!table.good) return false;
-    const auto column = table.csv->column(source.column);
-    if (!column) {
-        const std::vector<std::string_view> names(table.csv->columns().begin(), table.csv->columns().end());
-        diagnostics_.error(source.place, fmt::format("there is no column \"{}\" in {}; its columns are {}{}",
-                                                     source.column, toString(table.csv->place()), listOf(names, "and"),
-                                                     suggestion(source.column, names)));
-        return false;
-    }
-    std::size_t wrong = 0;
-    for (std::size_t step = 0; step < values.size(); ++step) {
-        const std::size_t row = table.firstRow + step;
-        const std::string_view cell = table.csv->cell(row, *column);
-        // Straight to single precision, so that what a run has written reads back as the same bits.
-        const auto value = source.conversion.isIdentity() ? parseFloat(cell) : std::nullopt;
-        const auto number = value ? std::nullopt : parseNumber(cell);
-        if (!value && !number) {
-            if (++wrong <= kMostTold) {
-                diagnostics_.error(table.csv->placeOf(row, *column),
-                                   fmt::format("column \"{}\" holds \"{}\"; expected a number", source.column, cell));
-            }
-            continue;
-        }
-        values[step] =
-            value ? *value : static_cast<float>(*number * source.conversion.factor + source.conversion.offset);
-    }
-    if (wrong > kMostTold) {
-        diagnostics_.error(source.place, fmt::format("column \"{}\" holds no number on {} of the {} days of the run",
-                                                     source.column, wrong, values.size()));
-    }
-    return wrong == 0;
+    if (!table.rows) return false;
+    const CsvFile& csv = *table.csv;
+    const auto column = columnOf(source, csv);
+    if (!column) return false;
+    ColumnReading reading(csv, *column, *table.rows, source.conversion);
+    reading.read(values);
+    reading.report(model_.simulation, diagnostics_);
+    return reading.isGood();
 }
 
 const SeriesValues::Table& SeriesValues::tableOf(int index) {
@@ -85,82 +142,20 @@ const SeriesValues::Table& SeriesValues::tableOf(int index) {
     const TimeTable& description = model_.tables[static_cast<std::size_t>(index)];
     Table table;
     table.csv = CsvFile::read(description.path, description.place, diagnostics_);
-    table.good = table.csv && table.csv->isWhole() && findFirstRow(description, table);
+    if (table.csv && table.csv->isWhole()) {
+        table.rows = TimeRows::of(*table.csv, description, model_.simulation, diagnostics_);
+    }
     return tables_[index] = std::move(table);
-}
-
-bool SeriesValues::findFirstRow(const TimeTable& description, Table& table) {
-    const CsvFile& csv = *table.csv;
-    const auto steps = static_cast<std::size_t>(model_.simulation.days());
-    const Day start = model_.simulation.start;
-    if (description.timeColumn.empty()) {
-        const Day before = start - model_.simulation.tableStart;
-        if (before >= 0 && csv.rows() >= steps + static_cast<std::size_t>(before)) {
-            table.firstRow = static_cast<std::size_t>(before);
-            return true;
-        }
-        diagnostics_.error(csv.place(), fmt::format("{} rows, from {} on; expected one for each day from {} to {}",
-                                                    csv.rows(), toText(model_.simulation.tableStart), toText(start),
-                                                    toText(model_.simulation.end)));
-        return false;
-    }
-    const auto time = csv.column(description.timeColumn);
-    if (!time) {
-        const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
-        diagnostics_.error(
-            csv.headerPlace(),
-            fmt::format("there is no column \"{}\" for the time; the columns are {}{}", description.timeColumn,
-                        listOf(names, "and"), suggestion(description.timeColumn, names)));
-        return false;
-    }
-    std::size_t row = 0;
-    std::optional<Day> first;
-    for (; row < csv.rows(); ++row) {
-        const auto day = parseDay(csv.cell(row, *time));
-        if (!first) first = day;
-        if (day && *day == start) break;
-    }
-    if (row == csv.rows()) {
-        diagnostics_.error(csv.rows() > 0 ? csv.placeOf(0, *time) : csv.headerPlace(),
-                           fmt::format("no row for {}, the first day of the run{}", toText(start),
-                                       first ? fmt::format("; the first row is for {}", toText(*first))
-                                             : "; expected dates such as 2012-01-31"));
-        return false;
-    }
-    table.firstRow = row;
-    return checkDates(csv, *time, row);
-}
-
-// Each row stands for the day after the one before it.
-bool SeriesValues::checkDates(const CsvFile& csv, std::size_t timeColumn, std::size_t firstRow) {
-    for (Day day = model_.simulation.start; day <= model_.simulation.end; ++day) {
-        const std::size_t row = firstRow + static_cast<std::size_t>(day - model_.simulation.start);
-        if (row >= csv.rows()) {
-            diagnostics_.error(csv.placeOf(csv.rows() - 1, timeColumn),
-                               fmt::format("the last row is for {}; expected days up to {}, the end of the "
-                                           "run",
-                                           toText(day - 1), toText(model_.simulation.end)));
-            return false;
-        }
-        const std::string_view cell = csv.cell(row, timeColumn);
-        const auto found = parseDay(cell);
-        if (!found || *found != day) {
-            diagnostics_.error(csv.placeOf(row, timeColumn),
-                               fmt::format("found \"{}\"; expected {}: one row for each day", cell, toText(day)));
-            return false;
-        }
-    }
-    return true;
 }
 
 Place SeriesValues::placeOf(SourceIndex index, std::size_t step) const {
     if (index < 0) return {};
     const SeriesSource& source = model_.sources[static_cast<std::size_t>(index)];
     const auto table = tables_.find(source.table);
-    if (source.kind != SeriesSource::Kind::column || table == tables_.end() || !table->second.good) return source.place;
+    if (source.kind != SeriesSource::Kind::column || table == tables_.end() || !table->second.rows) return source.place;
     const auto column = table->second.csv->column(source.column);
     if (!column) return source.place;
-    return table->second.csv->placeOf(table->second.firstRow + step, *column);
+    return table->second.csv->placeOf(table->second.rows->rowOf(step), *column);
 }
 
 }  // namespace kesto

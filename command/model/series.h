@@ -9,6 +9,7 @@
 #include "csv_file.h"
 #include "diagnostics.h"
 #include "model.h"
+#include "time_rows.h"
 
 namespace kesto {
 
@@ -28,14 +29,13 @@ class SeriesValues {
   private:
     struct Table {
         std::optional<CsvFile> csv;
-        std::size_t firstRow = 0;  // of the run
-        bool good = false;
+        std::optional<TimeRows> rows;  // none: not fit for the run, which has been reported
     };
     const Table& tableOf(int index);
-    bool findFirstRow(const TimeTable& description, Table& table);
-    bool checkDates(const CsvFile& csv, std::size_t timeColumn, std::size_t firstRow);
+    std::optional<std::size_t> columnOf(const SeriesSource& source, const CsvFile& csv);
     bool fromColumn(const SeriesSource& source, Floats& values);
     void fromPattern(const SeriesSource& source, Floats& values) const;
+    Day dayOf(std::size_t step) const { return model_.simulation.start + static_cast<Day>(step); }
 
     const Model& model_;
     Diagnostics& diagnostics_;

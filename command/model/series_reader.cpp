@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "number_format.h"
 #include "reader_parts.h"
 
 namespace kesto {
@@ -23,6 +24,12 @@ bool readPattern(const Value& value, std::size_t length, std::string_view unit, 
         pattern.push_back(*number);
     }
     return true;
+}
+
+// "2 mm" rather than "rain" or "Rain (mm)", which are names of columns.
+bool isQuantity(std::string_view text) {
+    const std::size_t blank = text.find(' ');
+    return blank != std::string_view::npos && parseNumber(text.substr(0, blank));
 }
 
 bool readUnit(Section& section, std::string_view unit, Conversion& result) {
@@ -51,6 +58,21 @@ bool readColumn(Reading& reading, Section& section, const Value& column, const s
                                           "in [series]",
                                           what, column.text));
     return false;
+}
+
+// What fits single precision as it stands may not do so in the unit of the series.
+bool isFinite(const SeriesSource& source, const std::string& what, Diagnostics& diagnostics) {
+    std::vector<double> values = source.pattern;
+    values.push_back(source.constant);
+    for (const double value : values) {
+        if (fitsSinglePrecision(value * source.conversion.factor + source.conversion.offset)) continue;
+        diagnostics.error("wrong-value", source.place,
+                          fmt::format("{} holds {}, which is beyond single precision, 3.4e38, in the unit of "
+                                      "the series",
+                                      what, value));
+        return false;
+    }
+    return true;
 }
 
 SourceIndex readSourceTable(Reading& reading, const Value& value, std::string_view unit, const std::string& what,
@@ -88,7 +110,7 @@ SourceIndex readSourceTable(Reading& reading, const Value& value, std::string_vi
     section.allow("file");
     section.allow("time");
     section.finish();
-    if (!good) return kBadSource;
+    if (!good || !isFinite(source, what, reading.diagnostics)) return kBadSource;
     return reading.model.addSource(std::move(source));
 }
 
@@ -181,8 +203,7 @@ SourceIndex readSource(Reading& reading, const Value& value, std::string_view un
     if (value.kind == Value::Kind::table) return readSourceTable(reading, value, unit, what, otherKeys);
     SeriesSource source;
     source.place = value.place;
-    const bool isColumn = value.kind == Value::Kind::text && value.text.find(' ') == std::string::npos;
-    if (isColumn && !value.fromCell) {
+    if (value.kind == Value::Kind::text && !isQuantity(value.text) && !value.fromCell) {
         source.kind = SeriesSource::Kind::column;
         source.column = value.text;
         source.table = reading.defaultTable;
