@@ -1,30 +1,11 @@
-// Reads brands and groups.
+// Reads groups.
 #include <fmt/format.h>
-
-#include <charconv>
 
 #include "reader_parts.h"
 
 namespace kesto {
 
 namespace {
-
-std::optional<int> wholeNumber(std::string_view text) {
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
-// The unit that all types give a parameter of this name, so that a text with a unit can be converted.
-std::string_view unitOfParameter(std::string_view name) {
-    for (const Type& type : allTypes()) {
-        for (const Parameter& parameter : type.parameters) {
-            if (parameter.name == name) return parameter.unit;
-        }
-    }
-    return "";
-}
 
 void readUse(Reading& reading, Group& group, int kind, const Value& value, const std::string& what) {
     if (kind < 1 || kind > kUseKinds) {
@@ -63,44 +44,6 @@ void readUses(Reading& reading, Section& section, Group& group) {
 }
 
 }  // namespace
-
-void readBrand(Reading& reading, const PlacedText& name, const Value& original) {
-    const Value table = withOverrides(original, "brands." + name.value, reading.overrides);
-    Model& model = reading.model;
-    const std::string what = fmt::format("brand \"{}\"", name.value);
-    Brand brand;
-    brand.name = name.value;
-    brand.place = name.place;
-    for (const auto& [key, value] : table.fields) {
-        if (value.fromCell && (key.value == "name" || value.text.empty())) continue;
-        std::optional<int> number = wholeNumber(key.value);
-        if (!number) number = parameterNumber(key.value);
-        if (!number || *number < 1 || *number >= 1 << 24) {
-            reading.diagnostics.error("unknown-name", key.place,
-                                      fmt::format("{}: there is no parameter \"{}\"{}", what, key.value,
-                                                  suggestion(key.value, parameterNames())));
-            continue;
-        }
-        const auto quantity =
-            readQuantity(value, unitOfParameter(key.value), what + ": " + key.value, reading.diagnostics);
-        // One that cannot be read is given all the same.
-        const auto [existing, isNew] =
-            brand.specifications.emplace(*number, Placed<double>{quantity.value_or(0), key.place});
-        if (!isNew) {
-            reading.diagnostics.error("repeated", key.place,
-                                      fmt::format("{}: {} is specification {}, which stands already at {}", what,
-                                                  key.value, *number, toString(existing->second.place)));
-        }
-    }
-    brand.id = static_cast<int>(model.brands.size()) + 1;
-    const auto [existing, isNew] = model.brandIndex.emplace(brand.name, brand.id - 1);
-    if (!isNew) {
-        reading.diagnostics.error("repeated", name.place,
-                                  what + " stands here for the second time; expected each name once");
-        return;
-    }
-    model.brands.push_back(std::move(brand));
-}
 
 int addGroup(Reading& reading, const PlacedText& name) {
     Group group;

@@ -102,7 +102,8 @@ Value rowOf(const CsvFile& csv, std::size_t row) {
         value.fromCell = true;
         value.text = cell;
         value.place = csv.placeOf(row, column);
-        if (const auto number = parseNumber(cell)) {
+        value.decimalMark = csv.decimalMark();
+        if (const auto number = readNumber(cell, csv.decimalMark())) {
             value.kind = Value::Kind::real;
             value.number = *number;
         } else if (cell == "true" || cell == "false") {
@@ -115,6 +116,20 @@ Value rowOf(const CsvFile& csv, std::size_t row) {
     return table;
 }
 
+// The first number whose thousands are parted, so that it is seen how all of them are read.
+void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
+    for (std::size_t row = 0; row < csv.rows(); ++row) {
+        for (std::size_t column = 0; column < csv.columns().size(); ++column) {
+            const std::string_view cell = csv.cell(row, column);
+            if (!hasThousands(cell, csv.decimalMark())) continue;
+            diagnostics.warning("read-as", csv.placeOf(row, column),
+                                fmt::format("column \"{}\": \"{}\" is read as {}", csv.columns()[column], cell,
+                                            *readNumber(cell, csv.decimalMark())));
+            return;
+        }
+    }
+}
+
 // [tables] and what stands in its files, turned into the same values as the rest of the model.
 std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& reading, const Value* tables) {
     std::map<std::string, std::vector<Value>, std::less<>> rows;
@@ -125,7 +140,10 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
         if (!file) continue;
         const auto csv = CsvFile::read(reading.pathOf(file->value), file->place, reading.diagnostics);
         if (!csv || !csv->isWhole()) reading.model.isNetworkComplete = false;
-        for (std::size_t row = 0; csv && row < csv->rows(); ++row) {
+        if (!csv) continue;
+        csv->noteUnderstood({}, reading.diagnostics);
+        noteThousands(*csv, reading.diagnostics);
+        for (std::size_t row = 0; row < csv->rows(); ++row) {
             rows[key].push_back(rowOf(*csv, row));
         }
     }
@@ -161,7 +179,10 @@ void readContents(Reading& reading, const Value& file) {
         const auto found = tables.find(key);
         return found == tables.end() ? none : found->second;
     };
-    const auto brand = [&](const PlacedText& name, const Value& table) { readBrand(reading, name, table); };
+    std::vector<std::pair<PlacedText, const Value*>> brands;
+    const auto brand = [&](const PlacedText& name, const Value& table) {
+        if (addBrand(reading, name)) brands.emplace_back(name, &table);
+    };
     const auto group = [&](const PlacedText& name, const Value& table) { readGroup(reading, name, table); };
     const auto component = [&](const Value& table) { readComponent(reading, table); };
     const auto splits = [&](const Value& table) { readSplits(reading, table); };
@@ -178,6 +199,9 @@ void readContents(Reading& reading, const Value& file) {
     forEachTable(reading, section.find("components"), "components", component);
     for (const Value& row : rowsOf("components"))
         component(row);
+    const auto types = typesOfBrands(reading.model);
+    for (const auto& [name, table] : brands)
+        readBrand(reading, name, *table, types);
     forEachTable(reading, section.find("components"), "components", splits);
     for (const Value& row : rowsOf("splits"))
         readSplitRow(reading, row);

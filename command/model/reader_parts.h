@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -30,13 +31,20 @@ struct Reading {
 };
 
 // What stands under one key of the file, or in one row of a table. Values are tables, from TOML or from a row of CSV.
-void readBrand(Reading& reading, const PlacedText& name, const Value& table);
+bool addBrand(Reading& reading, const PlacedText& name);  // false when there is one of this name, which is reported
 void readGroup(Reading& reading, const PlacedText& name, const Value& table);
 void readComponent(Reading& reading, const Value& table);
 void readSplits(Reading& reading, const Value& table);    // of a component, once all components are known
 void readSplitRow(Reading& reading, const Value& table);  // of a table: splitter, beta, members
 int addGroup(Reading& reading, const PlacedText& name);
 void readConnection(Reading& reading, const Value& table);
+
+// Of each brand the types of the components that use it; then what stands under its name, since units depend on types.
+using BrandTypes = std::vector<std::vector<const Type*>>;
+BrandTypes typesOfBrands(const Model& model);
+void readBrand(Reading& reading, const PlacedText& name, const Value& table, const BrandTypes& types);
+
+std::optional<int> wholeNumber(std::string_view text);  // "12"
 
 // A source of values: a number, the name of a column, or a table; kBadSource when it is none of these.
 SourceIndex readSource(Reading& reading, const Value& value, std::string_view unit, const std::string& what,
