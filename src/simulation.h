@@ -1,5 +1,5 @@
-// The simulation core: the stages of set-up in the order in which the driver runs them, and the routing of signals
-// within the time loop. Statuses are those of KESTO_simul.
+// The simulation core: the whole run, the stages of set-up in the order in which the driver runs them, and the routing
+// of signals within the time loop. Statuses are those of KESTO_simul.
 #ifndef KESTO_SIMULATION_H
 #define KESTO_SIMULATION_H
 
@@ -12,6 +12,15 @@
 #include "components.h"
 
 struct BinaryTree;
+
+// The driver (simulation/driver.cpp)
+
+// What KESTO_simul does. Tests choose how many steps a block has: 1 or more, as many as suit the network, or no blocks,
+// so that each step goes by turns; results are the same.
+inline constexpr std::int32_t kFittingBlocks = 0;
+inline constexpr std::int32_t kNoBlocks = -1;
+std::int32_t simulate(AUEglobals* Globals, std::int32_t first, std::int32_t last,
+                      std::int32_t blockLength = kFittingBlocks);
 
 // Output tables (simulation/outputs.cpp)
 

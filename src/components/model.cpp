@@ -3,6 +3,12 @@
 #include "calendar.h"
 #include "errors.h"
 
+void Notes::RadiationUnit::radiate(const Block& block, std::int32_t j) const {
+    const std::int32_t k = block.begin + j;
+    const float Ra = insolationofthisstep(*Rpot, block.dates[j].dayOfYear);
+    block.part(shortWave)[j] = directbeamsolar(Ra, temperatures.tMin[k], temperatures.tMax[k]);
+}
+
 const ComponentRow* Binder::find(std::int32_t id) {
     const ComponentRow* const row = failed_ ? nullptr : lookups_.findRow(id);
     if (!row) failed_ = true;
@@ -77,16 +83,13 @@ Temperatures Binder::temperatures() {
     const float* const tMin = ofKey(Series::Tmin);
     const float* const tMax = ofKey(Series::Tmax);
     if (!failed_ && tMin[Globals_->CurStep] > tMax[Globals_->CurStep]) error(text::kTemperatures);
-    if (!failed_ && notes_) notes_->temperatures.push_back({tMin, tMax});
+    if (!failed_) notes_.temperatures.push_back({tMin, tMax});
     return {tMin, tMax};
 }
 
 bool Binder::dates() {
     if (failed_) return false;
-    if (notes_) {
-        notes_->needsDates = true;
-        return true;
-    }
+    notes_.needsDates = true;
     const auto date = calendarOfStep(Globals_);
     date_ = date ? Date{date->tm_mday, date->tm_yday} : Date{1, kMidYear};
     return date.has_value();
@@ -94,16 +97,10 @@ bool Binder::dates() {
 
 BlockArray Binder::shortWave(const DayTable& Rpot, Temperatures temperatures) {
     dates();
-    if (notes_) {
-        const BlockArray array{notes_->blockArrays++};
-        notes_->radiationUnits.push_back({&Rpot, temperatures, array});
-        return array;
-    }
-    const BlockArray array{1};
+    const BlockArray array = newArray();
     if (failed_) return array;
-    const std::int32_t k = Globals_->CurStep;
-    const float Ra = insolationofthisstep(Rpot, date_.dayOfYear);
-    *thisStep().part(array) = directbeamsolar(Ra, temperatures.tMin[k], temperatures.tMax[k]);
+    notes_.radiationUnits.push_back({notes_.task, &Rpot, temperatures, array});
+    notes_.radiationUnits.back().radiate(thisStep(), 0);
     return array;
 }
 
@@ -112,7 +109,7 @@ void Binder::fillOnFirstUse(DayTable& Rpot) {
 }
 
 void Binder::canStop() {
-    if (notes_) notes_->canStop = true;
+    notes_.canStop = true;
 }
 
 void Binder::error(const char* text) {
@@ -121,11 +118,15 @@ void Binder::error(const char* text) {
 }
 
 BlockArray Binder::handedOver() {
-    if (!notes_) return {};
-    if (!notes_->handedOver) notes_->handedOver = BlockArray{notes_->blockArrays++};
-    return *notes_->handedOver;
+    if (!notes_.handedOver) notes_.handedOver = newArray();
+    return *notes_.handedOver;
+}
+
+BlockArray Binder::newArray() {
+    notes_.arrays.push_back(0.0F);
+    return {static_cast<std::ptrdiff_t>(notes_.arrays.size()) - 1};
 }
 
 void Binder::note(const void* memory, bool writes) {
-    if (notes_ && memory) notes_->accesses.push_back({memory, notes_->task, writes});
+    if (memory) notes_.accesses.push_back({memory, notes_.task, writes});
 }

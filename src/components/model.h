@@ -2,8 +2,8 @@
 //
 // A model is a list of forms: what books the potentials of a component, what computes its outputs. A form is a small
 // plain struct. Its constructor looks up all that it needs for one component, in the order in which errors must come;
-// none of that depends on the step. `run` then computes a range of steps, and may be called for as many ranges as the
-// run has. So a look-up and a formula stand once, whether a step is evaluated alone or many in one go.
+// what it finds serves all steps. `run` then computes a range of steps, and may be called for as many ranges as the run
+// has. So a look-up and a formula stand once, whether a step is evaluated alone or many in one go.
 //
 // Within a range the forms of outputs run before those of potentials, which read no more than the inputs and the states
 // at the end of the steps before.
@@ -127,29 +127,33 @@ struct Bound {
     const void* form = nullptr;
 };
 
-// What the forms of a run use beyond their own inputs, noted while they are bound.
+// The forms that are bound in one step, and what they use beyond their own inputs.
 struct Notes {
     struct Access {
         const void* memory;  // first element of a series
         std::size_t task;
         bool writes;  // at this step; else reads at the previous one
     };
-    // Adds to the ranges of temperature that all radiation units of the process share, and must be there before them.
+    // Adds to the ranges of temperature that all radiation units of the process share. Its radiation of later steps
+    // must be there before the task runs.
     struct RadiationUnit {
+        std::size_t task;
         const DayTable* Rpot;
         Temperatures temperatures;
         BlockArray shortWave;
+
+        void radiate(const Block& block, std::int32_t j) const;
     };
 
     std::size_t task = 0;                  // that is being bound
     std::optional<BlockArray> handedOver;  // of the component that is being bound
-    std::ptrdiff_t blockArrays = 0;        // how many there are
+    std::vector<float> arrays;             // one value for each block array: that of the step in which forms are bound
     std::vector<Access> accesses;
-    std::vector<RadiationUnit> radiationUnits;
-    std::vector<Temperatures> temperatures;  // the run stops where a minimum is above its maximum
+    std::vector<RadiationUnit> radiationUnits;  // in the order of calculation
+    std::vector<Temperatures> temperatures;     // the run stops where a minimum is above its maximum
     bool needsDates = false;
-    bool canStop = false;  // by what it computes
-    std::pmr::monotonic_buffer_resource memory;
+    bool canStop = false;                        // by what it computes
+    std::pmr::monotonic_buffer_resource memory;  // of the forms
 };
 
 // All that a component may be handed in one step. The four signals are the driver's buffers: what a component leaves
@@ -163,23 +167,23 @@ struct Step {
     Signal in2{};
     Signal out1{};
     Signal out2{};
-    std::array<float, 2> blockArrays{};  // of one value: what is handed over, and short-wave radiation
 };
 
-// Binds the forms of one component. After a look-up that fails all further ones give nothing and leave the message
-// alone; the form must not run then.
+// Binds one form of a component at its turn in the current step. After a look-up that fails all further ones give
+// nothing and leave the message alone; the form must not run then.
 class Binder {
   public:
-    // Without notes the form is bound for the current step alone.
-    explicit Binder(Step& step, Notes* notes = nullptr)
-        : step_(step), lookups_(*step.lookups), Globals_(step.Globals), row_(step.row), notes_(notes) {}
+    Binder(const Step& step, Notes& notes)
+        : lookups_(*step.lookups), Globals_(step.Globals), row_(step.row), id_(step.id), notes_(notes) {}
 
     bool failed() const { return failed_; }
     AUEglobals* record() const { return Globals_; }
-    Block thisStep() const { return {Globals_->CurStep, 1, &date_, step_.blockArrays.data()}; }
+
+    // The current step, for the form when it is bound.
+    Block thisStep() const { return {Globals_->CurStep, 1, &date_, notes_.arrays.data()}; }
 
     // The component
-    std::int32_t id() const { return step_.id; }
+    std::int32_t id() const { return id_; }
     std::int32_t key() const { return nint(row_->key); }
     std::int32_t type() const { return nint(row_->techid); }
     float size() const { return row_->size; }
@@ -235,13 +239,13 @@ class Binder {
     // The extremes of its key, checked against each other.
     Temperatures temperatures();
 
-    // The dates of the steps will be there. A date beyond the calendar is reported; the form may run.
+    // The dates of the steps will be there. A current one beyond the calendar is reported; the form may run.
     bool dates();
 
     // Fills a day table that is still empty.
     void fillOnFirstUse(DayTable& Rpot);
 
-    // Incoming short-wave radiation.
+    // Incoming short-wave radiation. That of the current step is computed here, whatever look-up fails after it.
     BlockArray shortWave(const DayTable& Rpot, Temperatures temperatures);
 
     // The form may report an error while it runs.
@@ -255,8 +259,7 @@ class Binder {
     template <typename Element>
     Element* array(std::size_t count) {
         static_assert(std::is_trivially_destructible_v<Element>);
-        std::pmr::memory_resource& memory = notes_ ? notes_->memory : own_;
-        return std::pmr::polymorphic_allocator<Element>(&memory).allocate(count);
+        return std::pmr::polymorphic_allocator<Element>(&notes_.memory).allocate(count);
     }
     template <typename Element>
     const Element* keep(const std::vector<Element>& elements) {
@@ -269,58 +272,47 @@ class Binder {
     BlockArray handedOver();
 
   private:
+    BlockArray newArray();
     void note(const void* memory, bool writes);
 
-    Step& step_;
     const Lookups& lookups_;
     AUEglobals* Globals_;
     const ComponentRow* row_;
-    Notes* notes_;
+    std::int32_t id_;
+    Notes& notes_;
     bool failed_ = false;
     Date date_{};
-    std::pmr::monotonic_buffer_resource own_;
 };
 
 // What a form does to the outputs of its component.
 enum class Sets { Nothing, Out1, Both, Out1AndQuantity2 };
 
+// The two halves of a component.
+enum class Half { Outputs, Potentials };
+
 // A form as the list of types knows it.
 struct Form {
-    bool books;  // potentials, and nothing else
+    Half half;
     Sets sets;
-    bool (*evaluate)(Step&);  // looks everything up and runs the current step; false when a look-up failed
-    Bound (*bind)(Binder&);   // whose look-ups may have failed
+    Bound (*bind)(Binder&);  // whose look-ups may have failed
 };
-
-template <typename F>
-bool evaluateStep(Step& step) {
-    Binder binder(step);
-    const F form(binder);
-    if (!binder.failed()) form.run(binder.thisStep(), {&step.in1, &step.in2, &step.out1, &step.out2});
-    return !binder.failed();
-}
 
 // Keeps a form for as long as the binder's notes.
 template <typename F>
-Bound keepForm(Binder& binder, const F& form) {
+Bound bindForm(Binder& binder) {
     static_assert(std::is_trivially_destructible_v<F>);
     const auto run = [](const void* kept, const Block& block, const Ports& ports) {
         // A copy of its own: no store through the ports can change it, so its members stay in registers.
         const F local = *static_cast<const F*>(kept);
         local.run(block, ports);
     };
-    return {run, new (binder.array<F>(1)) F(form)};
+    return {run, new (binder.array<F>(1)) F(binder)};
 }
 
 template <typename F>
-Bound bindForm(Binder& binder) {
-    return keepForm(binder, F(binder));
-}
-
-template <typename F>
-inline constexpr Form kPotentials{true, Sets::Nothing, evaluateStep<F>, bindForm<F>};
+inline constexpr Form kPotentials{Half::Potentials, Sets::Nothing, bindForm<F>};
 
 template <typename F, Sets sets>
-inline constexpr Form kOutputs{false, sets, evaluateStep<F>, bindForm<F>};
+inline constexpr Form kOutputs{Half::Outputs, sets, bindForm<F>};
 
 #endif

@@ -3,14 +3,11 @@
 #define KESTO_SIMULATION_WIRING_H
 
 #include <cstddef>
-#include <cstdint>
+#include <span>
+#include <utility>
 #include <vector>
 
-#include "simulation.h"
-#include "simulation/dispatch.h"
-
-// The driver's four buffers, through which one component after the other passes.
-enum Slot : std::size_t { kIn1, kIn2, kOut1, kOut2, kSlots };
+#include "simulation/turns.h"
 
 // A sequence of signals, one a step, that somebody reads: what a component had in a slot.
 struct Reading {
@@ -20,16 +17,24 @@ struct Reading {
 
 class Wiring {
   public:
-    Wiring(const Lookups& lookups, const std::vector<std::int32_t>& CompntId, const CRossConnection& connections);
+    Wiring(const std::vector<BoundNetwork::Component>& components, const CRossConnection& connections);
 
-    struct Component {
-        const ComponentRow* row;
-        const ComponentType* type;    // null: junction or mixer
-        std::vector<Reading> inputs;  // of a junction or mixer, in the order of the senders
-        bool isFilled[2];             // whether a connection brings this input
-        Reading input[2];
-    };
-    const std::vector<Component>& components() const { return components_; }
+    std::size_t size() const { return inputs_.size(); }
+
+    // The inputs of a type that takes at most two; null where no connection brings one.
+    const Reading* input(std::size_t position, Slot slot) const {
+        const Input& input = inputs_[position][slot];
+        return input.isFilled ? &input.reading : nullptr;
+    }
+    // Those of a junction or mixer, in the order of the senders.
+    std::span<const Reading> sumInputs(std::size_t position) const {
+        const auto [begin, end] = sumRange(position);
+        return std::span(sumInputs_).subspan(begin, end - begin);
+    }
+    // Where they stand among those of all.
+    std::pair<std::size_t, std::size_t> sumRange(std::size_t position) const {
+        return {sumStart_[position], sumStart_[position + 1]};
+    }
 
     // Slots that are read without having been filled in the step. Their quality is what the component before left
     // there, and their quantity that of no signal, unless the component sets it.
@@ -43,23 +48,35 @@ class Wiring {
     // What is in a slot when a step has ended.
     Reading last(Slot slot) const { return last_[slot]; }
 
-    // Sequences that are read, in ascending order; among them perhaps those of nobody: what the slots were before
-    // anybody filled them, and of nothing: what no output delivers.
-    const std::vector<std::size_t>& read() const { return read_; }
-    std::size_t ofNobody() const { return components_.size() * kSlots; }
+    // Which sequences are read; among them perhaps those of nobody: what the slots were before anybody filled them,
+    // and of nothing: what no output delivers.
+    bool isRead(std::size_t sequence) const { return isRead_[sequence]; }
+    // Those of which somebody reads the step before.
+    const std::vector<std::size_t>& readBack() const { return readBack_; }
+    std::size_t ofNobody() const { return size() * kSlots; }
     std::size_t ofNothing() const { return ofNobody() + kSlots; }
+    std::size_t sequences() const { return ofNothing() + 1; }
 
   private:
-    void readInputs(std::size_t position, const CRossConnection& connections);
-    void sortRead();
-    void findLeftovers(Slot slot);
-    bool fills(const Component& component, Slot slot) const;
-    bool needs(std::size_t position, Slot slot) const;
+    struct Input {
+        bool isFilled = false;
+        Reading reading{};
+    };
 
-    std::vector<Component> components_;
+    void readInputs(const std::vector<BoundNetwork::Component>& components, const CRossConnection& connections,
+                    std::size_t position);
+    void findLeftovers(const std::vector<BoundNetwork::Component>& components, Slot slot);
+    void note(const Reading& reading);
+    bool fills(const ComponentType* type, std::size_t position, Slot slot) const;
+    bool needs(const ComponentType* type, std::size_t position, Slot slot) const;
+
+    std::vector<std::array<Input, 2>> inputs_;  // by position
+    std::vector<Reading> sumInputs_;
+    std::vector<std::size_t> sumStart_;  // of each position in sumInputs_; one more at the end
     std::vector<Leftover> leftovers_;
-    Reading last_[kSlots];
-    std::vector<std::size_t> read_;
+    std::array<Reading, kSlots> last_{};
+    std::vector<bool> isRead_;
+    std::vector<std::size_t> readBack_;
 };
 
 #endif

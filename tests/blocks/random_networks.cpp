@@ -1,16 +1,21 @@
-// random_networks FIRST COUNT: runs random networks, each in a process of its own, and prints a fingerprint of each
-// thing that a host can see afterwards, one a line. random_networks --values SEED prints one network's values in full.
+// random_networks FIRST COUNT LENGTH...: runs random networks with blocks of each length and compares all that a host
+// can see afterwards with the same run by turns. Each run is in a process of its own. random_networks --values SEED
+// LENGTH prints what a host can see of one network, a line for each series.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "bits.h"
+#include "block_length.h"
 #include "child.h"
 #include "host_record.h"
 #include "random_model.h"
+#include "simulation.h"
 #include "utc.h"
 
 namespace {
@@ -90,18 +95,73 @@ std::string play(std::uint32_t seed, bool inFull) {
     return printer.text();
 }
 
+std::vector<std::string> lines(std::uint32_t seed, std::int32_t length, bool inFull = false) {
+    blockLength = length;
+    const ChildResult child = runInChild([&] { return play(seed, inFull); });
+    std::vector<std::string> lines;
+    std::istringstream answer(child.exited() ? child.answer : std::to_string(seed) + " died: " + child.describe());
+    for (std::string line; std::getline(answer, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+struct Totals {
+    int calls = 0;
+    int succeeded = 0;
+    std::size_t results = 0;
+    int different = 0;
+
+    void count(const std::vector<std::string>& lines) {
+        results += lines.size();
+        for (const std::string& line : lines) {
+            if (line.find("status: ") == std::string::npos) continue;
+            ++calls;
+            succeeded += line.ends_with(": " + std::to_string(KESTO_SUCCESS)) ? 1 : 0;
+        }
+    }
+
+    void compare(const std::vector<std::string>& byTurns, const std::vector<std::string>& inBlocks,
+                 std::int32_t length) {
+        const std::size_t count = std::max(byTurns.size(), inBlocks.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::string expected = i < byTurns.size() ? byTurns[i] : "nothing";
+            const std::string found = i < inBlocks.size() ? inBlocks[i] : "nothing";
+            if (expected == found || ++different > kShown) continue;
+            std::printf("by turns %s\n%8d %s\n", expected.c_str(), length, found.c_str());
+        }
+    }
+
+    static constexpr int kShown = 20;
+};
+
+bool compareAll(std::uint32_t first, std::uint32_t count, const std::vector<std::int32_t>& lengths) {
+    Totals totals;
+    for (std::uint32_t seed = first; seed < first + count; ++seed) {
+        const std::vector<std::string> byTurns = lines(seed, kNoBlocks);
+        totals.count(byTurns);
+        for (const std::int32_t length : lengths)
+            totals.compare(byTurns, lines(seed, length), length);
+    }
+    std::printf("%u networks, %d calls, %d of them to their end, %zu results, %zu lengths of a block, %d differences\n",
+                count, totals.calls, totals.succeeded, totals.results, lengths.size(), totals.different);
+    // Too few that run to their end would show little.
+    return totals.different == 0 && totals.succeeded * 5 > totals.calls * 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     useUtc();
-    const bool inFull = argc == 3 && std::string_view(argv[1]) == "--values";
-    if (argc != 3) return EXIT_FAILURE;
-    const auto first = static_cast<std::uint32_t>(std::atoi(inFull ? argv[2] : argv[1]));
-    const auto count = static_cast<std::uint32_t>(inFull ? 1 : std::atoi(argv[2]));
-    for (std::uint32_t seed = first; seed < first + count; ++seed) {
-        const ChildResult child = runInChild([&] { return play(seed, inFull); });
-        std::printf("%s", child.answer.c_str());
-        if (!child.exited()) std::printf("%u died: %s\n", seed, child.describe().c_str());
+    if (argc < 4) return EXIT_FAILURE;
+    std::vector<std::int32_t> lengths;
+    for (int i = 3; i < argc; ++i)
+        lengths.push_back(std::atoi(argv[i]));
+    if (std::string_view(argv[1]) == "--values") {
+        for (const std::string& line : lines(static_cast<std::uint32_t>(std::atoi(argv[2])), lengths[0], true))
+            std::printf("%s\n", line.c_str());
+        return EXIT_SUCCESS;
     }
-    return EXIT_SUCCESS;
+    const auto first = static_cast<std::uint32_t>(std::atoi(argv[1]));
+    const auto count = static_cast<std::uint32_t>(std::atoi(argv[2]));
+    return compareAll(first, count, lengths) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -40,7 +40,7 @@ for line in read(root / "tests/meta/unreachable.txt").splitlines():
 formats = dict(re.findall(r'constexpr char (k\w+)\[\] = "([^"]*)";', read(source / "errors.h")))
 catalogue = json.loads(subprocess.run([sys.argv[2], "types", "--json"], capture_output=True, check=True).stdout)
 types = [(code, one) for one in catalogue for code in one["codes"]]
-memory = {word for name in ("driver", "multiplier_series", "outputs", "receivers")
+memory = {word for name in ("driver", "set_up", "multiplier_series", "outputs", "receivers")
           for word in literals(source / f"simulation/{name}.cpp")
           if re.fullmatch(r"(Globals->)?[A-Z]\w+(\[i\]\.\w+)?|compIdNodeLink", word)}
 series = {word for word in literals(source / "components/series.h") if re.fullmatch(r"[A-Z]\w+", word)}

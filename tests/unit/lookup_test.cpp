@@ -190,17 +190,18 @@ class Binding : public Lookup {
     ComponentRow row{8.0F, 32.0F, 0.0F, 0.0F, 0.0F};
     std::optional<Lookups> found;
     Step step;
+    Notes notes;
 };
 
 TEST_F(Binding, StepBefore) {
     record.CurStep = 0;
-    Binder first(step);
+    Binder first(step, notes);
     EXPECT_EQ(*first.thisStep().before(first.before(Series::WatQuant)), 1.0F);
     record.CurStep = 2;
-    Binder later(step);
+    Binder later(step, notes);
     EXPECT_EQ(*later.thisStep().before(later.before(Series::WatQuant)), 2.0F);
     record.CurStep = 3;
-    Binder beyond(step);
+    Binder beyond(step, notes);
     EXPECT_EQ(*beyond.thisStep().before(beyond.before(Series::WatQuant)), 3.0F);
     EXPECT_FALSE(beyond.failed());
     beyond.after(Series::WatQuant);
@@ -209,7 +210,7 @@ TEST_F(Binding, StepBefore) {
 }
 
 TEST_F(Binding, TheFirstFailureStands) {
-    Binder binder(step);
+    Binder binder(step, notes);
     EXPECT_EQ(binder.own(Series::InsDmd), nullptr);
     const std::string first = record.ErrMsg;
     EXPECT_EQ(first, "Series of type InsDmd of component with id=8 not found!");
@@ -220,9 +221,8 @@ TEST_F(Binding, TheFirstFailureStands) {
 }
 
 TEST_F(Binding, NotesWhatIsReadAndWritten) {
-    Notes notes;
     notes.task = 7;
-    Binder binder(step, &notes);
+    Binder binder(step, notes);
     binder.before(Series::WatQuant);
     binder.after(Series::WatQuant);
     ASSERT_EQ(notes.accesses.size(), 2U);
@@ -230,6 +230,18 @@ TEST_F(Binding, NotesWhatIsReadAndWritten) {
     EXPECT_FALSE(notes.accesses[0].writes);
     EXPECT_TRUE(notes.accesses[1].writes);
     EXPECT_EQ(notes.accesses[1].task, 7U);
+}
+
+// One array for all forms of a component, and another for the next component.
+TEST_F(Binding, WhatIsHandedOver) {
+    const BlockArray filled = Binder(step, notes).handedOver();
+    Binder reader(step, notes);
+    const BlockArray read = reader.handedOver();
+    *reader.thisStep().part(filled) = 4.0F;
+    EXPECT_EQ(*reader.thisStep().part(read), 4.0F);
+    notes.handedOver.reset();
+    EXPECT_NE(Binder(step, notes).handedOver().index, filled.index);
+    EXPECT_EQ(notes.arrays.size(), 2U);
 }
 
 TEST(Booking, AddsToEachStepOfTheBlock) {

@@ -1,0 +1,221 @@
+#include "simulation/plan.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+namespace {
+
+// A block should be long, so that what it costs to come to a component's memory does not count, but the arrays of a
+// block not take more memory than this, as long as it is not too short.
+constexpr std::size_t kArrayBytes = 64 * 1024 * 1024;
+constexpr std::size_t kShortest = 64;
+constexpr std::size_t kLongest = 512;
+
+std::size_t outputsOf(std::size_t position) {
+    return taskOf(position, Half::Outputs);
+}
+std::size_t potentialsOf(std::size_t position) {
+    return taskOf(position, Half::Potentials);
+}
+
+bool hasPotentials(const BoundNetwork& network, std::size_t position) {
+    return network.tasks[potentialsOf(position)].forms[0].run != nullptr;
+}
+
+// The half of a component that runs first. Potentials need nothing but what has been there before the step, unless
+// they are to come in their turn.
+std::size_t firstTask(const BoundNetwork& network, std::size_t position, bool byTurns) {
+    const ComponentType* const type = network.components[position].type;
+    return byTurns && type && type->forms[0]->half == Half::Potentials ? potentialsOf(position) : outputsOf(position);
+}
+
+Schedule inTurns(const BoundNetwork& network) {
+    Schedule schedule;
+    for (std::size_t i = 0; i < network.components.size(); ++i) {
+        const std::size_t first = firstTask(network, i, true);
+        schedule.order.push_back(first);
+        if (first == potentialsOf(i)) schedule.order.push_back(outputsOf(i));
+        if (first == outputsOf(i) && hasPotentials(network, i)) schedule.order.push_back(potentialsOf(i));
+    }
+    schedule.groups.push_back({0, schedule.order.size(), false});
+    return schedule;
+}
+
+// Who reads a state needs all who write it. Two rows with one id write the same twice: only a type without inputs can
+// have them, and both run the same form.
+void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) {
+    std::stable_sort(accesses.begin(), accesses.end(), [](const Notes::Access& a, const Notes::Access& b) {
+        return std::pair(a.memory, !a.writes) < std::pair(b.memory, !b.writes);
+    });
+    for (auto first = accesses.begin(); first != accesses.end();) {
+        const auto isOther = [&](const Notes::Access& access) { return access.memory != first->memory; };
+        const auto end = std::find_if(first, accesses.end(), isOther);
+        const auto readers = std::find_if(first, end, [](const Notes::Access& access) { return !access.writes; });
+        for (auto writer = first; writer != readers; ++writer) {
+            for (auto reader = readers; reader != end; ++reader) {
+                if (reader->task != writer->task) needs.emplace_back(reader->task, writer->task);
+            }
+        }
+        first = end;
+    }
+}
+
+std::vector<Need> findNeeds(const BoundNetwork& network, const Wiring& wiring) {
+    std::vector<Need> needs;
+    const auto add = [&](std::size_t task, const Reading& reading) {
+        if (reading.sequence < wiring.ofNobody()) needs.emplace_back(task, outputsOf(reading.sequence / kSlots));
+    };
+    for (std::size_t i = 0; i < wiring.size(); ++i) {
+        for (const Reading& reading : wiring.sumInputs(i))
+            add(outputsOf(i), reading);
+        for (const Slot slot : {kIn1, kIn2}) {
+            if (const Reading* const reading = wiring.input(i, slot)) add(outputsOf(i), *reading);
+        }
+        if (hasPotentials(network, i)) needs.emplace_back(potentialsOf(i), outputsOf(i));
+    }
+    for (const Wiring::Leftover& leftover : wiring.leftovers())
+        add(outputsOf(leftover.sequence / kSlots), leftover.left);
+    addAccesses(network.notes.accesses, needs);
+    return needs;
+}
+
+// All positions, those of one key one after the other, since they mostly work on the same series.
+std::vector<std::size_t> byKey(const BoundNetwork& network) {
+    const std::size_t count = network.components.size();
+    std::vector<std::size_t> next(count, count);  // of the same key
+    std::vector<bool> isFirst(count, false);
+    std::unordered_map<std::int32_t, std::size_t> lastOfKey;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto [last, isNew] = lastOfKey.try_emplace(nint(network.components[i].row->key), i);
+        isFirst[i] = isNew;
+        if (!isNew) next[std::exchange(last->second, i)] = i;
+    }
+    std::vector<std::size_t> positions;
+    positions.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = isFirst[i] ? i : count; k != count; k = next[k])
+            positions.push_back(k);
+    }
+    return positions;
+}
+
+// Nobody needs what is booked, so that all who book under a key do so in the order in which they are wanted: that of
+// calculation.
+Schedule asNeeded(const BoundNetwork& network, const Wiring& wiring) {
+    std::vector<std::size_t> wanted;
+    for (const std::size_t position : byKey(network)) {
+        wanted.push_back(outputsOf(position));
+        if (hasPotentials(network, position)) wanted.push_back(potentialsOf(position));
+    }
+    return makeSchedule(network.tasks.size(), findNeeds(network, wiring), wanted);
+}
+
+// When in the order of tasks each component runs.
+std::vector<Lifetime> findTimes(const Schedule& schedule, std::size_t components) {
+    std::vector<Lifetime> times(components);
+    for (const auto& [begin, end, stepByStep] : schedule.groups) {
+        for (std::size_t i = begin; i < end; ++i) {
+            Lifetime& time = times[schedule.order[i] / 2];
+            time.first = std::min(time.first, stepByStep ? begin : i);
+            time.last = std::max(time.last, stepByStep ? end - 1 : i);
+        }
+    }
+    return times;
+}
+
+// When in the order of tasks each sequence is in use.
+std::vector<Lifetime> findLifetimes(const Wiring& wiring, const Schedule& schedule) {
+    const std::vector<Lifetime> times = findTimes(schedule, wiring.size());
+    std::vector<Lifetime> lifetimes(wiring.sequences());
+    const auto use = [&](std::size_t sequence, const Lifetime& time) {
+        lifetimes[sequence].first = std::min(lifetimes[sequence].first, time.first);
+        lifetimes[sequence].last = std::max(lifetimes[sequence].last, time.last);
+    };
+    const Lifetime always{0, schedule.order.size()};
+    const auto read = [&](const Reading& reading, std::size_t position) {
+        const bool lasts = reading.stepBack || reading.sequence >= wiring.ofNobody();
+        use(reading.sequence, lasts ? always : times[position]);
+    };
+    for (std::size_t i = 0; i < wiring.size(); ++i) {
+        for (const Reading& reading : wiring.sumInputs(i))
+            read(reading, i);
+        for (const Slot slot : {kIn1, kIn2}) {
+            if (const Reading* const reading = wiring.input(i, slot)) read(*reading, i);
+        }
+        for (std::size_t sequence = i * kSlots; sequence < (i + 1) * kSlots; ++sequence) {
+            if (wiring.isRead(sequence)) use(sequence, times[i]);
+        }
+    }
+    for (const Wiring::Leftover& leftover : wiring.leftovers())
+        read(leftover.left, leftover.sequence / kSlots);
+    for (const Slot slot : {kIn1, kIn2, kOut1, kOut2})
+        use(wiring.last(slot).sequence, always);
+    return lifetimes;
+}
+
+std::int32_t chooseLength(const PlanOptions& options, std::size_t signals, std::size_t floats) {
+    const std::size_t bytes = signals * sizeof(Signal) + floats * sizeof(float);
+    const auto fitting = static_cast<std::int32_t>(std::clamp(kArrayBytes / bytes, kShortest, kLongest));
+    const std::int32_t length = options.blockLength == kFittingBlocks ? fitting : options.blockLength;
+    return options.byTurns ? 1 : std::min(length, options.steps);
+}
+
+std::array<std::size_t, kSlots> placePorts(const Wiring& wiring, const ArrayLayout& layout, std::size_t position) {
+    std::array<std::size_t, kSlots> places{};
+    for (const Slot slot : {kIn1, kIn2, kOut1, kOut2}) {
+        const Reading* const input = slot == kIn1 || slot == kIn2 ? wiring.input(position, slot) : nullptr;
+        const std::size_t own = position * kSlots + slot;
+        places[slot] = input ? layout.place(*input) : wiring.isRead(own) ? layout.place(own) : layout.unread(slot);
+    }
+    return places;
+}
+
+std::vector<Transfer> findTransfers(const BoundNetwork& network, const Plan& plan) {
+    const Wiring& wiring = plan.wiring;
+    std::vector<Transfer> transfers;
+    for (const Wiring::Leftover& leftover : wiring.leftovers()) {
+        const std::size_t slot = leftover.sequence % kSlots;
+        const std::size_t position = leftover.sequence / kSlots;
+        const bool isInput = slot == kIn1 || slot == kIn2;
+        transfers.push_back({isInput ? firstTask(network, position, plan.byTurns) : outputsOf(position), isInput,
+                             leftover.hasQuantity ? Transfer::Part::Quality : Transfer::Part::QualityOfNone,
+                             plan.layout.place(leftover.sequence), plan.layout.place(leftover.left)});
+    }
+    // An input that somebody needs later has an array of its own beside the sender's.
+    for (std::size_t i = 0; i < wiring.size(); ++i) {
+        for (const Slot slot : {kIn1, kIn2}) {
+            const Reading* const input = wiring.input(i, slot);
+            const std::size_t own = i * kSlots + slot;
+            if (!input || !wiring.isRead(own)) continue;
+            transfers.push_back(
+                {outputsOf(i), true, Transfer::Part::Whole, plan.layout.place(own), plan.layout.place(*input)});
+        }
+    }
+    std::stable_sort(transfers.begin(), transfers.end(),
+                     [](const Transfer& a, const Transfer& b) { return a.task < b.task; });
+    return transfers;
+}
+
+}  // namespace
+
+Plan::Plan(const BoundNetwork& network, const CRossConnection& connections, const PlanOptions& options)
+    : byTurns(options.byTurns),
+      wiring(network.components, connections),
+      schedule(byTurns ? inTurns(network) : asNeeded(network, wiring)),
+      layout{sharePlaces(findLifetimes(wiring, schedule))} {
+    blockLength = chooseLength(options, layout.arrays.count, network.notes.arrays.size());
+    layout.length = static_cast<std::size_t>(blockLength) + 1;
+    ports.reserve(wiring.size());
+    for (std::size_t i = 0; i < wiring.size(); ++i) {
+        ports.push_back(placePorts(wiring, layout, i));
+        for (const Reading& reading : wiring.sumInputs(i))
+            sumInputs.push_back(layout.place(reading));
+    }
+    transfers = findTransfers(network, *this);
+    transferStart.assign(network.tasks.size() + 1, 0);
+    for (const Transfer& transfer : transfers)
+        ++transferStart[transfer.task + 1];
+    for (std::size_t task = 0; task < network.tasks.size(); ++task)
+        transferStart[task + 1] += transferStart[task];
+}
