@@ -73,6 +73,14 @@ bool Diagnostics::isAccepted(const Diagnostic& diagnostic) const {
     return accepted_.contains({code, ""}) || accepted_.contains({code, diagnostic.component});
 }
 
+std::vector<const Diagnostic*> Diagnostics::unaccepted() const {
+    std::vector<const Diagnostic*> refused;
+    for (const Diagnostic* diagnostic : inOrder()) {
+        if (diagnostic->severity == Severity::warning && !isAccepted(*diagnostic)) refused.push_back(diagnostic);
+    }
+    return refused;
+}
+
 bool Diagnostics::hasErrors() const {
     return count(Severity::error) > 0;
 }

@@ -36,6 +36,7 @@ class Diagnostics {
     // Warnings that are meant: of this code, and of this component unless its name is empty. They are still shown.
     void accept(std::string code, std::string component);
     bool isAccepted(const Diagnostic& diagnostic) const;
+    std::vector<const Diagnostic*> unaccepted() const;  // warnings, which a strict run fails on
 
     bool hasErrors() const;
     std::size_t count(Severity severity) const;

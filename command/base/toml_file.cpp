@@ -91,7 +91,7 @@ std::optional<Value> readTomlFile(const std::string& path, Diagnostics& diagnost
     try {
         text = readFile(path);
     } catch (const std::runtime_error& error) {
-        diagnostics.error("no-file", {std::make_shared<const std::string>("kesto"), 0, 0}, error.what());
+        diagnostics.error("no-file", {std::make_shared<const std::string>(path), 0, 0}, error.what());
         return std::nullopt;
     }
     return readTomlText(text, path, diagnostics);

@@ -21,12 +21,14 @@ struct RunOptions {
     bool json = false;           // the summary as JSON
     std::string format = "csv";  // of the results, or netcdf
     bool balance = false;        // of the water
-    bool strict = false;         // a balance that does not close is a failure
+    bool strict = false;         // warnings that are not accepted are a failure
 };
 
 struct CheckOptions {
     std::string model;
     ReadOptions read;
+    bool strict = false;
+    bool json = false;
 };
 
 struct TypesOptions {

@@ -15,6 +15,8 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
         ->allow_extra_args(false);
     command.add_option("--from", options.from, "First day, in place of the model's; initial states count there");
     command.add_option("--to", options.to, "Last day, in place of the model's");
+    command.add_option("--accept", options.accept, "Warning that is meant, as in --accept \"no-input sewer\"")
+        ->allow_extra_args(false);
 }
 
 // The argument library would only say that a subcommand is missing.
@@ -41,8 +43,8 @@ int runCommandLine(int argc, char** argv) {
         ->check(CLI::IsMember({"csv", "netcdf"}));
     runCommand->add_flag("--balance", run.balance,
                          "Balance the water of each component, each group and the network; records what it needs");
-    runCommand->add_flag("--strict", run.strict, "Exit with 1 when a balance does not close (with --balance)")
-        ->needs("--balance");
+    runCommand->add_flag("--strict", run.strict,
+                         "Exit with 1 on any warning that is not accepted; balances the water, too");
     runCommand->add_option("--record", run.record,
                            "Outputs to record: all (unless given), none, or a list such as "
                            "tank:overflow,roof");
@@ -54,6 +56,8 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* checkCommand = app.add_subcommand("check", "Tell all that is wrong with a model, and how large it is");
     checkCommand->add_option("model", check.model, "Model file (TOML)")->required();
 
+    checkCommand->add_flag("--strict", check.strict, "Exit with 1 on any warning that is not accepted");
+    checkCommand->add_flag("--json", check.json, "Print all faults as JSON");
     addReadOptions(*checkCommand, check.read);
 
     kesto::TypesOptions types;

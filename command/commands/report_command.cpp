@@ -9,6 +9,7 @@
 #include "files.h"
 #include "load.h"
 #include "report.h"
+#include "sha256.h"
 
 namespace kesto {
 
@@ -49,16 +50,32 @@ std::string drawingOf(const std::string& path) {
     }
 }
 
+// Which of the files that were run hold something else now. What a run of an earlier version did not note is not told.
+std::vector<std::string> changesSince(const nlohmann::json& run, const std::string& model) {
+    std::vector<std::string> changes;
+    const auto compare = [&](const std::string& path, const std::string& sha256) {
+        const std::string now = sha256OfFile(path);
+        if (sha256.empty() || now == sha256) return;
+        changes.push_back(path + (now.empty() ? " is no longer there" : " has changed since the run"));
+        std::cerr << "kesto report: warning: " << changes.back() << '\n';
+    };
+    if (!std::filesystem::exists(model)) return {};  // told with the drawing
+    compare(model, run.value("model_sha256", ""));
+    for (const nlohmann::json& input : run.value("inputs", nlohmann::json::array())) {
+        const std::filesystem::path file = input.value("file", "");
+        compare((std::filesystem::path(model).parent_path() / file).string(), input.value("sha256", ""));
+    }
+    return changes;
+}
+
 }  // namespace
 
 int reportCommand(const ReportOptions& options) {
     const std::string summary = readSummary(options.results);
-    std::string model = options.model;
-    if (model.empty()) {
-        const auto known = nlohmann::json::parse(summary);
-        model = known.value("model_file", known.value("model", ""));
-    }
-    writeFile(options.output, reportPage(options.results, summary, drawingOf(model)));
+    const auto run = nlohmann::json::parse(summary);
+    const std::string model = options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
+    const std::vector<std::string> changes = changesSince(run, model);
+    writeFile(options.output, reportPage(options.results, summary, drawingOf(model), changes));
     if (!hasCharts()) {
         std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
                      "which npm fetches when kesto is built (CMake says why at its start)\n";

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -15,47 +17,15 @@
 #include "progress_bar.h"
 #include "record.h"
 #include "record_choice.h"
+#include "results_checks.h"
 #include "results_folder.h"
+#include "strict.h"
 #include "summary.h"
 #include "summary_json.h"
 
 namespace kesto {
 
 namespace {
-
-// A balance needs all outputs; those that nobody asked for are not shown, and not complained of.
-RecordingPlan planFor(const Model& model, const std::vector<OutputPort>& asked, const RunOptions& options,
-                      Diagnostics& diagnostics) {
-    const RecordingPlan plan = planRecordings(model, Network(model), options.balance ? allOutputs(model) : asked);
-    const std::set<OutputPort> wanted(asked.begin(), asked.end());
-    RecordingPlan told = plan;
-    std::erase_if(told.refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
-    reportRefusals(model, told, options.record != "all", diagnostics);
-    return plan;
-}
-
-Balance balanceWith(Results& results, const RecordingPlan& plan, SeriesValues& series,
-                    const std::vector<OutputPort>& asked) {
-    Balance balance = balanceOf(results, plan, series);
-    const std::set<OutputPort> wanted(asked.begin(), asked.end());
-    std::erase_if(results.flows, [&](const Flow& flow) { return flow.port > 0 && !wanted.contains(flow.output()); });
-    return balance;
-}
-
-// A balance that does not close is told even to those who want to hear of errors alone.
-void warnOfBalance(const Model& model, const Balance& balance) {
-    for (const BalanceRow& row : balance.rows) {
-        if (!row.isOff()) continue;
-        std::cerr << fmt::format(
-            "{}: WARNING: the balance of {}\"{}\" does not close: {:.6g} L are missing ({:.2g} of what went through; "
-            "rounding explains {:.2g} L)\n",
-            model.path,
-            row.level == BalanceRow::Level::group     ? "group "
-            : row.level == BalanceRow::Level::network ? "the network "
-                                                      : "",
-            row.name, row.error, row.relative, row.tolerance);
-    }
-}
 
 // Seconds since the last call, or since the program began to read.
 class Watch {
@@ -70,69 +40,135 @@ class Watch {
     Clock::time_point last_ = Clock::now();
 };
 
-void printSummary(const Results& results, const Balance* balance, const RunOptions& options, const RunCosts& costs) {
-    if (options.json) {
-        std::cout << summaryJson(results, balance, &costs);
-    } else if (!options.quiet) {
-        std::cout << summaryOf(results);
-        if (balance) std::cout << toText(*balance);
+class Run {
+  public:
+    explicit Run(const RunOptions& options)
+        : options_(options), loaded_(options.model, options.read), diagnostics_(loaded_.diagnostics()) {}
+
+    int run() {
+        if (loaded_.isFit()) plan();
+        if (!loaded_.isFit()) return refuse(kBadModel);
+        if (!prepareFolder()) return refuse(kRunFailed);
+        diagnostics_.print(std::cerr, options_.quiet);
+        const std::size_t told = diagnostics_.all().size();
+        costs_.readSeconds = watch_.lap();
+
+        Record record(loaded_.model(), loaded_.series(), plan_);
+        Results results = simulate(record);
+        const std::optional<Balance> balance = check(results);
+        const Balance* const shown = options_.balance && balance ? &*balance : nullptr;
+        const std::vector<std::string> files = write(results, shown);
+        costs_.peakBytes = peakMemory();
+        print(results, shown, files);
+        diagnostics_.print(std::cerr, options_.quiet, told);
+        if (diagnostics_.hasErrors()) return kRunFailed;
+        return !options_.strict || passesStrictly("run", diagnostics_) ? kGood : kRunFailed;
     }
-}
+
+  private:
+    // A balance needs all outputs; those that nobody asked for are not shown, and not complained of.
+    void plan() {
+        const Model& model = loaded_.model();
+        asked_ = parseRecordChoice(model, options_.record, diagnostics_);
+        plan_ = planRecordings(model, Network(model), needsBalance() ? allOutputs(model) : asked_);
+        const std::set<OutputPort> wanted(asked_.begin(), asked_.end());
+        RecordingPlan told = plan_;
+        std::erase_if(told.refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
+        reportRefusals(model, told, options_.record != "all", diagnostics_);
+    }
+
+    bool needsBalance() const { return options_.balance || options_.strict; }
+
+    // Rather told before the run than after an hour.
+    bool prepareFolder() {
+        try {
+            if (!options_.output.empty()) makeFolder(options_.output);
+            return true;
+        } catch (const std::runtime_error& error) {
+            reportUnwritten(error);
+            return false;
+        }
+    }
+
+    void reportUnwritten(const std::exception& error) {
+        diagnostics_.error("cannot-write", {std::make_shared<const std::string>(options_.output), 0, 0}, error.what());
+    }
+
+    int refuse(int status) const {
+        diagnostics_.print(std::cerr, options_.quiet);
+        if (options_.json) std::cout << refusalJson(options_.model, diagnostics_);
+        return status;
+    }
+
+    Results simulate(Record& record) {
+        const Model& model = loaded_.model();
+        std::vector<InputFile> inputs;
+        if (options_.json || !options_.output.empty()) inputs = inputsOf(model);
+        const EngineRun run = [&] {
+            ProgressBar bar(!options_.quiet);
+            return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+        }();
+        costs_.engineSeconds = watch_.lap();
+        Results results = collectResults(model, record, plan_, run);
+        results.inputs = std::move(inputs);
+        results.diagnostics = &diagnostics_;
+        return results;
+    }
+
+    // What the run has left that cannot be. Flows that were recorded for the balance alone are then dropped.
+    std::optional<Balance> check(Results& results) {
+        reportFailure(results, diagnostics_);
+        checkResults(results, diagnostics_);
+        if (!needsBalance()) return std::nullopt;
+        Balance balance = balanceOf(results, plan_, loaded_.series());
+        checkBalance(results, balance, diagnostics_);
+        const std::set<OutputPort> wanted(asked_.begin(), asked_.end());
+        std::erase_if(results.flows,
+                      [&](const Flow& flow) { return flow.port > 0 && !wanted.contains(flow.output()); });
+        return balance;
+    }
+
+    // The summary is shown even when the files cannot be written.
+    std::vector<std::string> write(const Results& results, const Balance* balance) {
+        std::vector<std::string> files;
+        try {
+            if (!options_.output.empty()) {
+                files = writeResults(results, balance, options_.read, options_.format, options_.output);
+            }
+        } catch (const std::exception& error) {
+            reportUnwritten(error);
+        }
+        costs_.writeSeconds = watch_.lap();
+        return files;
+    }
+
+    void print(const Results& results, const Balance* balance, const std::vector<std::string>& files) const {
+        if (options_.json) {
+            std::cout << summaryJson(results, balance, &costs_);
+        } else if (!options_.quiet) {
+            std::cout << summaryOf(results);
+            if (balance) std::cout << toText(*balance);
+            if (!files.empty()) std::cout << "\nResults\n";
+            for (const std::string& file : files) {
+                std::cout << "  " << file << '\n';
+            }
+        }
+        std::cout.flush();
+    }
+
+    const RunOptions& options_;
+    Watch watch_;
+    LoadedModel loaded_;
+    Diagnostics& diagnostics_;
+    std::vector<OutputPort> asked_;
+    RecordingPlan plan_;
+    RunCosts costs_;
+};
 
 }  // namespace
 
 int runCommand(const RunOptions& options) {
-    Watch watch;
-    LoadedModel loaded(options.model, options.read);
-    Diagnostics& diagnostics = loaded.diagnostics();
-    std::vector<OutputPort> asked;
-    RecordingPlan plan;
-    if (loaded.isFit()) {
-        asked = parseRecordChoice(loaded.model(), options.record, diagnostics);
-        plan = planFor(loaded.model(), asked, options, diagnostics);
-    }
-    diagnostics.print(std::cerr, options.quiet);
-    if (!loaded.isFit()) return kBadModel;
-    if (!options.output.empty()) makeFolder(options.output);  // rather told now than after an hour
-
-    const Model& model = loaded.model();
-    RunCosts costs;
-    costs.readSeconds = watch.lap();
-    Record record(model, loaded.series(), plan);
-    const EngineRun run = [&] {
-        ProgressBar bar(!options.quiet);
-        return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
-    }();
-    costs.engineSeconds = watch.lap();
-    Results results = collectResults(model, record, plan, run);
-    std::optional<Balance> balance;
-    if (options.balance) balance = balanceWith(results, plan, loaded.series(), asked);
-    const Balance* const balanced = balance ? &*balance : nullptr;
-
-    // The summary is shown even when the files cannot be written.
-    std::vector<std::string> files;
-    std::string failure;
-    try {
-        if (!options.output.empty())
-            files = writeResults(results, balanced, options.read, options.format, options.output);
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
-    costs.writeSeconds = watch.lap();
-    costs.peakBytes = peakMemory();
-    printSummary(results, balanced, options, costs);
-    if (!files.empty() && !options.quiet && !options.json) {
-        std::cout << "\nResults\n";
-        for (const std::string& file : files) {
-            std::cout << "  " << file << '\n';
-        }
-    }
-    std::cout.flush();
-    if (run.outcome != Outcome::finished) std::cerr << failureOf(results) << '\n';
-    if (balance) warnOfBalance(model, *balance);
-    if (!failure.empty()) std::cerr << "kesto run: error: " << failure << '\n';
-    const bool isStrictlyOff = options.strict && balance && balance->isOff();
-    return run.outcome == Outcome::finished && failure.empty() && !isStrictlyOff ? kGood : kRunFailed;
+    return Run(options).run();
 }
 
 }  // namespace kesto

@@ -93,6 +93,20 @@ EngineRun conclude(const Record& record, const ChildProcess& child, bool wasInte
     return run;
 }
 
+// What a message of the engine names by its number.
+struct Named {
+    int id = 0;  // 0: nothing
+    bool isBrand = false;
+
+    explicit Named(const std::string& message) {
+        static const std::regex pattern(R"((?:id=|Compnt\. |brand )(-?\d+))");
+        std::smatch match;
+        if (!std::regex_search(message, match, pattern)) return;
+        id = std::atoi(match[1].str().c_str());
+        isBrand = match[0].str().starts_with("brand");
+    }
+};
+
 }  // namespace
 
 std::string_view toText(Outcome outcome) {
@@ -118,25 +132,34 @@ EngineRun runEngine(Record& record, const Progress& progress) {
 }
 
 std::string explainMessage(const std::string& message, const Model& model) {
-    static const std::regex idPattern(R"((?:id=|Compnt\. |brand )(-?\d+))");
-    std::smatch match;
-    if (!std::regex_search(message, match, idPattern)) return message;
-    const int id = std::atoi(match[1].str().c_str());
-    if (match[0].str().starts_with("brand")) {
+    const Named named(message);
+    if (named.id == 0) return message;
+    const auto where = [&](std::string_view what, const std::string& name, const Place& place) {
+        return fmt::format("{} ({} \"{}\", {})", message, what, name, toString(place));
+    };
+    if (named.isBrand) {
         for (const Brand& brand : model.brands) {
-            if (brand.id == id) return fmt::format("{} (brand \"{}\", {})", message, brand.name, toString(brand.place));
+            if (brand.id == named.id) return where("brand", brand.name, brand.place);
         }
         return message;
     }
-    for (const Component& component : model.components) {
-        if (component.id != id) continue;
-        return fmt::format("{} (component \"{}\", {}, {})", message, component.name, component.type->name,
-                           toString(component.place));
+    if (const Component* component = componentIn(message, model)) {
+        return fmt::format("{} (component \"{}\", {}, {})", message, component->name, component->type->name,
+                           toString(component->place));
     }
     for (const Group& group : model.groups) {
-        if (group.id == id) return fmt::format("{} (group \"{}\", {})", message, group.name, toString(group.place));
+        if (group.id == named.id) return where("group", group.name, group.place);
     }
     return message;
+}
+
+const Component* componentIn(const std::string& message, const Model& model) {
+    const Named named(message);
+    if (named.id == 0 || named.isBrand) return nullptr;
+    for (const Component& component : model.components) {
+        if (component.id == named.id) return &component;
+    }
+    return nullptr;
 }
 
 }  // namespace kesto

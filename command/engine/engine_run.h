@@ -8,6 +8,7 @@
 namespace kesto {
 
 class Record;
+struct Component;
 struct Model;
 
 enum class Outcome { finished, failed, crashed, interrupted };
@@ -29,5 +30,8 @@ EngineRun runEngine(Record& record, const Progress& progress = {});
 // The engine's message with names for its ids: 'Series of type Rainfall of component with id=1 not found!' gains
 // ' (group "house", house.toml:12)'.
 std::string explainMessage(const std::string& message, const Model& model);
+
+// The component that a message of the engine names by its id; null when it names none.
+const Component* componentIn(const std::string& message, const Model& model);
 
 }  // namespace kesto

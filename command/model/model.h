@@ -124,6 +124,7 @@ struct Model {
     std::vector<Connection> connections;
     bool isNetworkComplete = true;  // false: components or connections are missing that could not be understood
     std::vector<TimeTable> tables;
+    std::vector<std::string> tableFiles;  // of [tables]
     std::vector<SeriesSource> sources;
 
     int findBrand(std::string_view name) const;

@@ -138,7 +138,9 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
     for (const char* key : {"brands", "groups", "components", "splits", "connections"}) {
         const auto file = section.text(key);
         if (!file) continue;
-        const auto csv = CsvFile::read(reading.pathOf(file->value), file->place, reading.diagnostics);
+        const std::string path = reading.pathOf(file->value);
+        reading.model.tableFiles.push_back(path);
+        const auto csv = CsvFile::read(path, file->place, reading.diagnostics);
         if (!csv || !csv->isWhole()) reading.model.isNetworkComplete = false;
         if (!csv) continue;
         csv->noteUnderstood({}, reading.diagnostics);
@@ -173,6 +175,7 @@ void readContents(Reading& reading, const Value& file) {
         else
             section.wrong(*simulation, "simulation", "a table [simulation]");
     }
+    section.allow("accept");  // read once the components are known
     const auto tables = readTables(reading, section.find("tables"));
     const auto rowsOf = [&](std::string_view key) -> const std::vector<Value>& {
         static const std::vector<Value> none;
@@ -247,6 +250,7 @@ std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics
     setDay("start", "--from ", options.from);
     setDay("end", "--to ", options.to);
     readContents(reading, *file);
+    readAccepted(reading, file->field("accept"), options.accept);
     reportUnused(reading.overrides, targetsOf(model), diagnostics);
     numberModel(model, diagnostics);
     return model;

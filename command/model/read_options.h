@@ -1,4 +1,4 @@
-// What the command line puts in place of the model file's values.
+// What the command line says about a model besides its file.
 #pragma once
 
 #include <string>
@@ -7,8 +7,9 @@
 namespace kesto {
 
 struct ReadOptions {
-    std::vector<std::string> set;  // as in tank.size=3000
-    std::string from, to;          // first and last day of the run; empty: the model's
+    std::vector<std::string> set;     // as in tank.size=3000
+    std::string from, to;             // first and last day of the run; empty: the model's
+    std::vector<std::string> accept;  // warnings, besides those that the model accepts
 };
 
 }  // namespace kesto

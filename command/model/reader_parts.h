@@ -55,4 +55,7 @@ void readSeriesFile(Reading& reading, const Value& table);
 void readSeries(Reading& reading, const Value& table);
 void finishSeries(Reading& reading);
 
+// Top level: accept. `options` are those of the command line, written likewise.
+void readAccepted(Reading& reading, const Value* list, const std::vector<std::string>& options);
+
 }  // namespace kesto

@@ -7,6 +7,7 @@
 #include "model.h"
 #include "schema_parts.h"
 #include "units.h"
+#include "warning_codes.h"
 
 namespace kesto {
 
@@ -128,6 +129,16 @@ Json tables() {
     return closedTable(std::move(keys));
 }
 
+Json accepted() {
+    std::string codes;
+    for (const WarningCode& code : kWarningCodes) {
+        codes += fmt::format("{}{}", codes.empty() ? "" : "|", code.name);
+    }
+    return {{"type", "array"},
+            {"description", "warnings that are meant: CODE COMPONENT, or CODE for all components"},
+            {"items", {{"type", "string"}, {"pattern", fmt::format("^({})( .+)?$", codes)}}}};
+}
+
 Json named(std::string_view definition) {
     return {{"type", "object"}, {"additionalProperties", reference(definition)}};
 }
@@ -137,6 +148,7 @@ Json named(std::string_view definition) {
 std::string modelSchema() {
     Json file = closedTable({{"kesto_model", {{"const", 1}, {"description", "version of this format"}}},
                              {"title", text()},
+                             {"accept", accepted()},
                              {"simulation", simulation()},
                              {"tables", tables()},
                              {"series", oneOrMany(reference("series"))},

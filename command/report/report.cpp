@@ -71,9 +71,10 @@ Json seriesOf(const std::vector<NamedSeries>& list) {
     return all;
 }
 
-Json dataOf(const std::string& folder, const std::string& summary) {
+Json dataOf(const std::string& folder, const std::string& summary, const std::vector<std::string>& changes) {
     const ReadResults results = readResults(folder);
-    Json data{{"summary", Json::parse(summary)}, {"days", results.days}, {"sections", Json::array()}};
+    Json data{
+        {"summary", Json::parse(summary)}, {"changes", changes}, {"days", results.days}, {"sections", Json::array()}};
     for (const Section& section : kSections) {
         const std::vector<NamedSeries>& list = results.*section.series;
         if (list.empty()) continue;
@@ -114,8 +115,9 @@ bool hasCharts() {
     return !page::kUplotScript.empty();
 }
 
-std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing) {
-    const Json data = dataOf(folder, summary);
+std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing,
+                       const std::vector<std::string>& changes) {
+    const Json data = dataOf(folder, summary, changes);
     std::string title = data["summary"].value("title", "");
     if (title.empty()) title = data["summary"].value("model", "Results");
     return filled(page::kHtml, {{"title", escapeMarkup(title)},

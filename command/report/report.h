@@ -2,12 +2,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kesto {
 
 // Reads the results in a folder and gives the page as HTML. `drawing` is a picture of the network as SVG, or text that
 // says why there is none.
-std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing);
+// `changes` says which files are others than those that were run.
+std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing,
+                       const std::vector<std::string>& changes);
 
 // False where the command was built without the library that draws them; the page then holds tables alone.
 bool hasCharts();

@@ -96,7 +96,7 @@ BalanceRow emptyRow(BalanceRow::Level level, const std::string& name) {
 }  // namespace
 
 bool BalanceRow::isOff() const {
-    return notBalanced.empty() && !(std::abs(error) <= tolerance);
+    return notBalanced.empty() && !(std::isfinite(error) && std::abs(error) <= tolerance);
 }
 
 bool Balance::isOff() const {

@@ -7,6 +7,7 @@
 
 #include "carriers.h"
 #include "record.h"
+#include "sha256.h"
 
 namespace kesto {
 
@@ -88,8 +89,20 @@ const Flow* Results::find(OutputPort output) const {
     return found != flows.end() && found->output() == output ? &*found : nullptr;
 }
 
+std::vector<InputFile> inputsOf(const Model& model) {
+    std::set<std::string> files(model.tableFiles.begin(), model.tableFiles.end());
+    for (const TimeTable& table : model.tables) {
+        files.insert(table.path);
+    }
+    std::vector<InputFile> inputs{{model.path, sha256OfFile(model.path)}};
+    for (const std::string& file : files) {
+        inputs.push_back({file, sha256OfFile(file)});
+    }
+    return inputs;
+}
+
 Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run) {
-    Results results{&model, run, run.stepsRun, {}, {}, {}, {}};
+    Results results{&model, run, run.stepsRun, {}, {}, {}, {}, {}};
     collectFlows(results, record, plan);
     const auto booked = bookedPotentials(model);
     const std::size_t groups = record.potentialGroups().size();

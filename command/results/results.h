@@ -12,6 +12,7 @@
 
 namespace kesto {
 
+class Diagnostics;
 class Record;
 
 struct Flow {
@@ -39,6 +40,12 @@ struct State {
     const float* values;
 };
 
+// A file that the run has read, and what it held then.
+struct InputFile {
+    std::string path;
+    std::string sha256;
+};
+
 struct Results {
     const Model* model;
     EngineRun run;
@@ -48,9 +55,15 @@ struct Results {
     std::vector<State> states;
     std::vector<std::unique_ptr<Signal[]>> derived;
 
+    std::vector<InputFile> inputs;             // the model file, then its tables and series
+    const Diagnostics* diagnostics = nullptr;  // of model and run
+
     Day dayOf(std::size_t step) const { return model->simulation.start + static_cast<Day>(step); }
     const Flow* find(OutputPort output) const;
 };
+
+// To be asked for before the run.
+std::vector<InputFile> inputsOf(const Model& model);
 
 Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run);
 

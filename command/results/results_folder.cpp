@@ -42,8 +42,8 @@ std::vector<std::string> writeResults(const Results& results, const Balance* bal
         writeFile(files.back(), text);
     };
     if (results.run.outcome != Outcome::finished) {
-        add(kStoppedFile, fmt::format("{}\nThe results hold the {} of {} steps that ran.\n", failureOf(results),
-                                      results.steps, results.model->simulation.days()));
+        add(kStoppedFile, fmt::format("{}: {}\nThe results hold the {} of {} steps that ran.\n", results.model->path,
+                                      failureOf(results), results.steps, results.model->simulation.days()));
     }
     add("summary.json", summaryJson(results, balance));
     return files;

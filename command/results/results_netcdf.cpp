@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
+#include <nlohmann/json.hpp>
 #include <utility>
 
+#include "diagnostics_json.h"
 #include "files.h"
 #include "netcdf_file.h"
-#include "sha256.h"
 
 namespace kesto {
 
@@ -71,16 +71,19 @@ class Writer {
         if (!read.to.empty()) history += " --to " + read.to;
         global("history", history);
         global("model", model.path);
-        global("model_sha256", sha256OfFile(model.path));
-        std::set<std::string> files;
-        for (const TimeTable& table : model.tables) {
-            files.insert(table.path);
-        }
         std::string sums;
-        for (const std::string& file : files) {
-            sums += fmt::format("{}{}  {}", sums.empty() ? "" : "\n", sha256OfFile(file), file);
+        for (std::size_t i = 0; i < results_.inputs.size(); ++i) {
+            const InputFile& input = results_.inputs[i];
+            if (i == 0) {
+                global("model_sha256", input.sha256);
+            } else {
+                sums += fmt::format("{}{}  {}", sums.empty() ? "" : "\n", input.sha256, input.path);
+            }
         }
         if (!sums.empty()) global("series_sha256", sums);
+        if (results_.diagnostics)
+            global("warnings",
+                   warningRows(*results_.diagnostics).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
     }
 
     // Whether the run came to its end, and where it stopped.

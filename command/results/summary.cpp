@@ -145,12 +145,11 @@ std::string failureOf(const Results& results) {
         case Outcome::finished:
             break;
         case Outcome::failed:
-            return fmt::format("{}: error: the run stopped {}: {}", model.path, when,
-                               explainMessage(run.message, model));
+            return fmt::format("the run stopped {}: {}", when, explainMessage(run.message, model));
         case Outcome::crashed:
-            return fmt::format("{}: error: the engine gave up {}: {}", model.path, when, run.message);
+            return fmt::format("the engine gave up {}: {}", when, run.message);
         case Outcome::interrupted:
-            return fmt::format("{}: interrupted {}", model.path, when);
+            return fmt::format("the run was interrupted {}", when);
     }
     return {};
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "diagnostics_json.h"
 #include "summary.h"
 
 namespace kesto {
@@ -74,13 +75,43 @@ Json balanceOf(const Balance& balance) {
     return rows;
 }
 
+// The files under the names that the model has for them: relative to its folder, or absolute.
+Json inputsOf(const Results& results) {
+    Json inputs = Json::array();
+    std::string folder = std::filesystem::path(results.model->path).parent_path().string();
+    if (!folder.empty()) folder += '/';
+    for (std::size_t i = 1; i < results.inputs.size(); ++i) {
+        const InputFile& input = results.inputs[i];
+        inputs.push_back({{"file", input.path.substr(input.path.starts_with(folder) ? folder.size() : 0)},
+                          {"sha256", input.sha256}});
+    }
+    return inputs;
+}
+
+std::string absolutePath(const std::string& path) {
+    return std::filesystem::absolute(path).string();
+}
+
+std::string toText(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 }  // namespace
+
+std::string refusalJson(const std::string& model, const Diagnostics& diagnostics) {
+    const Json refusal{{"model", model},
+                       {"model_file", absolutePath(model)},
+                       {"outcome", "not run"},
+                       {"errors", errorRows(diagnostics)},
+                       {"warnings", warningRows(diagnostics)}};
+    return toText(refusal);
+}
 
 std::string summaryJson(const Results& results, const Balance* balance, const RunCosts* costs) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     Json summary{{"model", model.path},
-                 {"model_file", std::filesystem::absolute(model.path).string()},
+                 {"model_file", absolutePath(model.path)},
                  {"title", model.title},
                  {"start", toText(simulation.start)},
                  {"end", toText(simulation.end)},
@@ -91,9 +122,19 @@ std::string summaryJson(const Results& results, const Balance* balance, const Ru
                  {"outcome", toText(results.run.outcome)},
                  {"steps_run", results.steps},
                  {"message", explainMessage(results.run.message, model)},
+                 {"errors", Json::array()},
+                 {"warnings", Json::array()},
                  {"flows", flowsOf(results)},
                  {"tanks", tanksOf(results)},
                  {"potentials", potentialsOf(results)}};
+    if (results.diagnostics) {
+        summary["errors"] = errorRows(*results.diagnostics);
+        summary["warnings"] = warningRows(*results.diagnostics);
+    }
+    if (!results.inputs.empty()) {
+        summary["model_sha256"] = results.inputs.front().sha256;
+        summary["inputs"] = inputsOf(results);
+    }
     if (balance) summary["balance"] = balanceOf(*balance);
     if (costs) {
         summary["costs"] = {{"read_seconds", costs->readSeconds},
@@ -101,7 +142,7 @@ std::string summaryJson(const Results& results, const Balance* balance, const Ru
                             {"write_seconds", costs->writeSeconds},
                             {"peak_bytes", costs->peakBytes}};
     }
-    return summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return toText(summary);
 }
 
 }  // namespace kesto

@@ -8,6 +8,8 @@
 
 namespace kesto {
 
+class Diagnostics;
+
 // What a run took, which is another matter each time.
 struct RunCosts {
     double readSeconds = 0;    // and to check
@@ -19,5 +21,8 @@ struct RunCosts {
 // One JSON object: the run and how it ended, totals of flows and potentials, the service of tanks. What is not a number
 // is null.
 std::string summaryJson(const Results& results, const Balance* balance = nullptr, const RunCosts* costs = nullptr);
+
+// Of a model that was not run, since it has errors: the same keys, so far as they are known.
+std::string refusalJson(const std::string& model, const Diagnostics& diagnostics);
 
 }  // namespace kesto

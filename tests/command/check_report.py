@@ -157,6 +157,44 @@ class Pictures(unittest.TestCase):
         self.assertIn("&lt;/script&gt;&lt;!--&lt;script&gt;alert(1)", dom)
         self.assertIn('<pre id="probe">{', dom)
 
+    def copied(self):
+        """The example, to be changed."""
+        return shutil.copytree(pathlib.Path(MODEL).parent, self.folder / "example") / "model.toml"
+
+    def test_what_changed_since_the_run_is_told(self):
+        model = self.copied()
+        page = self.make_report(str(model))
+        self.assertIn('"changes":[]', page)
+        results = str(self.folder / "out")
+        weather = model.parent / "weather.csv"
+        with open(weather, "a") as file:
+            file.write("# a comment\n")
+        model.write_text(model.read_text() + "\n")
+        moved = model.parent.rename(self.folder / "moved") / "model.toml"
+        report = kesto("report", results, "-o", str(self.folder / "report.html"), "--model", str(moved))
+        self.assertEqual(report.returncode, 0)
+        self.assertEqual(report.stderr, f"kesto report: warning: {moved} has changed since the run\n"
+                                        f"kesto report: warning: {moved.parent / 'weather.csv'} has changed since the run\n")
+        self.assertIn("weather.csv has changed since the run", (self.folder / "report.html").read_text())
+        (moved.parent / "weather.csv").unlink()
+        report = kesto("report", results, "-o", str(self.folder / "report.html"), "--model", str(moved))
+        self.assertIn("weather.csv is no longer there", report.stderr)
+
+    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    def test_warnings_stand_in_a_box(self):
+        model = self.copied()
+        page = self.make_report(str(model))
+        self.assertRegex(self.browse(page)[0], 'id="warnings" hidden')
+        text = model.read_text()
+        model.write_text('accept = ["unused-brand"]\n' + text + '[brands.idle]\n1 = 2\n[[components]]\nname = "lonely"\n'
+                         'type = "junction"\n')
+        dom, console = self.browse(self.make_report(str(model)))
+        self.assertEqual(console, [])
+        box = re.search(r'<section id="warnings">.*?</section>', dom, re.S).group(0)
+        self.assertEqual(re.findall(r'<li class="(\w*)">component "lonely" \(junction\): nothing sends to it', box), [""])
+        self.assertEqual(re.findall(r'<li class="(\w*)">brand "idle" is used by no component .*?\(accepted\)', box),
+                         ["passed"])
+
     @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
     def test_errors_of_the_page_would_be_seen(self):
         _, console = self.browse("<!doctype html><body><script>nothing.there</script></body>")

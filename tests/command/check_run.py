@@ -163,7 +163,7 @@ class Run(unittest.TestCase):
         (self.folder / "out" / "flows.csv").symlink_to("/dev/full")
         done = self.kesto("run", "model.toml", "-o", "out")
         self.assertEqual(done.returncode, 1)
-        self.assertEqual(done.stderr, "kesto run: error: cannot write out/flows.csv: No space left on device\n")
+        self.assertEqual(done.stderr, "out: error: cannot write out/flows.csv: No space left on device\n")
         self.assertIn("Tanks", done.stdout)
 
     def test_a_file_that_cannot_grow_is_told(self):
@@ -174,7 +174,7 @@ class Run(unittest.TestCase):
                     text=True, timeout=60, restore_signals=False,  # a write beyond the limit is an error, no signal
                     preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
                 self.assertEqual(done.returncode, 1)
-                self.assertIn(f"kesto run: error: cannot write out/{file}: ", done.stderr)
+                self.assertIn(f"out: error: cannot write out/{file}: ", done.stderr)
                 self.assertIn("Tanks", done.stdout)
 
     def test_a_folder_that_cannot_be_is_told_before_the_run(self):

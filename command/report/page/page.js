@@ -79,6 +79,23 @@ function writeSummary() {
   if (s.balance) tables.append(balanceTable(s.balance));
 }
 
+// What has changed since the run, then what check and run have said: warnings before notes and what is accepted.
+function writeWarnings() {
+  const kMostShown = 50;
+  const rows = [...report.changes.map(text => ({ severity: "warning", text })), ...(report.summary.warnings ?? [])];
+  const passes = row => row.accepted || row.severity === "note";
+  const sorted = [...rows.filter(row => !passes(row)), ...rows.filter(passes)];
+  const place = row => row.file ? ` (${row.file}${row.line ? `:${row.line}` : ""})` : "";
+  const ending = row => row.accepted ? " (accepted)" : row.severity === "note" ? " (note)" : "";
+  element("warning-list").append(...sorted.slice(0, kMostShown).map(row => make("li", {
+    className: passes(row) ? "passed" : "", textContent: row.text + place(row) + ending(row) })));
+  if (sorted.length > kMostShown) {
+    element("warning-list").append(make("li", {
+      textContent: `… and ${sorted.length - kMostShown} more, which summary.json holds.` }));
+  }
+  element("warnings").hidden = sorted.length === 0;
+}
+
 const zoomed = [];  // charts over time: they show the same days
 
 function zoomAll(min, max) {
@@ -213,6 +230,7 @@ function drawDuration(flows) {
 }
 
 writeSummary();
+writeWarnings();
 const canDraw = typeof uPlot !== "undefined";
 element("licence").hidden = !canDraw;
 if (!canDraw) {

@@ -1,0 +1,20 @@
+// What a run has left that cannot be: found after it, and told with the other warnings.
+#pragma once
+
+#include "diagnostics.h"
+
+namespace kesto {
+
+struct Balance;
+struct Results;
+
+// Recorded flows, states and potentials that are not finite, and qualities that are none.
+void checkResults(const Results& results, Diagnostics& diagnostics);
+
+// Balances that do not close.
+void checkBalance(const Results& results, const Balance& balance, Diagnostics& diagnostics);
+
+// An error, when the run did not come to its end.
+void reportFailure(const Results& results, Diagnostics& diagnostics);
+
+}  // namespace kesto
