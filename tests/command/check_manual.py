@@ -54,6 +54,8 @@ class Manual(unittest.TestCase):
     def test_completion_of_words(self):
         self.assertEqual(completed("ch"), {"check"})
         self.assertEqual(completed("run", "--record", ""), {"all", "none"})
+        self.assertEqual(completed("run", "--accept", "no-o"), {"no-output"})
+        self.assertNotIn("no-file", completed("check", "--accept", ""))
         self.assertIn("soil_store", completed("types", "so"))
         self.assertEqual(completed("run", "model"), set())  # left to the names of files
 

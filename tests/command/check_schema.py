@@ -51,6 +51,7 @@ def models_below(*folders):
 
 
 MODEL = """kesto_model = 1
+accept = ["no-output asked", "unused-brand"]
 [simulation]
 start = 2012-01-01
 end = 2012-01-05
@@ -146,6 +147,7 @@ class Schema(unittest.TestCase):
         self.broken(remove("kesto_model"), ":")
         self.broken(put("kesto_model", value=2), "kesto_model")
         self.broken(put("colour", value="blue"), ":")
+        self.broken(put("accept", 1, value="frots"), "accept/1")
         self.broken(remove("simulation", "end"), "simulation")
         self.broken(put("simulation", "start", value="yesterday"), "simulation/start")
         self.broken(put("simulation", "latitude", value=91), "simulation/latitude")

@@ -6,6 +6,7 @@ _kesto() {
         1:*) words=$("$kesto" --help | grep -oE "$option|^  [a-z]+") ;;
         *:--record:*) words="all none" ;;
         *:--format:*) words="csv netcdf" ;;
+        *:--accept:*) words=$("$kesto" codes | sed -n 's/ \+warning .*//p') ;;
         *:-*) words=$("$kesto" "$subcommand" --help 2>/dev/null | grep -oE "$option") ;;
         *:types:*) words=$("$kesto" types | cut -d ' ' -f 1) ;;
     esac
