@@ -227,8 +227,20 @@ std::string portName(const std::vector<Port>& ports, int number) {
     return std::to_string(number);
 }
 
+bool isReceivingUnit(int typeCode) {
+    return typeCode == code::kServiceReservoir || typeCode == code::kTreatmentPlant;
+}
+
+bool isSourceOf(int typeCode, int unitCode) {
+    const auto isIn = [typeCode](const auto& codes) {
+        return std::find(codes.begin(), codes.end(), typeCode) != codes.end();
+    };
+    return unitCode == code::kServiceReservoir ? isIn(code::kServiceReservoirSources)
+                                               : isIn(code::kTreatmentPlantSources);
+}
+
 bool canBeSource(int typeCode) {
-    return std::find(code::kSources.begin(), code::kSources.end(), typeCode) != code::kSources.end();
+    return isSourceOf(typeCode, code::kServiceReservoir) || isSourceOf(typeCode, code::kTreatmentPlant);
 }
 
 }  // namespace kesto

@@ -170,7 +170,13 @@ bool mixesQualities(const Type& type);
 // "wastewater" or, where a type has no such port, the number.
 std::string portName(const std::vector<Port>& ports, int number);
 
+// Types that ask upstream for what is asked of them, and know the quality of their sources.
+bool isReceivingUnit(int typeCode);
+
 // True when the engine may take a component of this type for a source of a receiving unit, and then reads its quality.
 bool canBeSource(int typeCode);
+
+// Likewise of a receiving unit of this type.
+bool isSourceOf(int typeCode, int unitCode);
 
 }  // namespace kesto

@@ -60,7 +60,8 @@ inline constexpr int kQuotaLimiter = 64;
 
 // Those that the engine may take for the source of a receiving unit, whose quality it then reads. The engine matches
 // the digits of a code within "37 33" and "39 38", so that 3, 7, 8 and 9 are among them.
-inline constexpr std::array kSources{3, 7, 8, 9, kServiceReservoir, kTreatmentPlant, kWell, kReservoir};
+inline constexpr std::array kServiceReservoirSources{3, 7, kServiceReservoir, kTreatmentPlant};
+inline constexpr std::array kTreatmentPlantSources{3, 8, 9, kWell, kReservoir};
 
 }  // namespace code
 

@@ -8,11 +8,14 @@
 
 namespace kesto {
 
+class Network;
+
 void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 
 // Its parts, each in a file of its own.
 void checkComponents(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 void checkNetwork(const Model& model, Diagnostics& diagnostics);
+void checkWiring(const Model& model, const Network& network, Diagnostics& diagnostics);
 void checkDoubts(const Model& model, Diagnostics& diagnostics);
 void checkValues(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 

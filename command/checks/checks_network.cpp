@@ -120,36 +120,27 @@ void checkOrder(const Model& model, const Network& network, Diagnostics& diagnos
                                                   delayed)));
 }
 
-// Two ways out of each component in a row double the ways at each: 20 of them make a million.
-constexpr double kManyVisits = 1e6;  // about a second and 100 MB
-constexpr double kTooManyVisits = 1e9;
-
-void checkWays(const Component& receiver, double visits, Diagnostics& diagnostics) {
-    if (visits <= kManyVisits) return;
-    const std::string text = fmt::format(
-        "{} ({}): with trace_sources the engine follows each way downstream of it by itself, past {} components in all",
-        nameOf(receiver), receiver.type->name,
-        visits > kTooManyVisits ? "more than a thousand million" : fmt::format("{:.0f}", visits));
-    if (visits > kTooManyVisits) {
-        diagnostics.error(receiver.place, text + "; expected fewer branches that meet again, or no loop behind it");
-    } else {
-        diagnostics.warning("long-tracing", receiver.place, text + ": this takes long and much memory", receiver.name);
-    }
+void checkTracingWork(const Model& model, const Network& network, Diagnostics& diagnostics) {
+    constexpr double kMuch = 1e6;  // a second of set-up, some 10 ms in each step
+    if (network.tracingWork(kMuch) <= kMuch) return;
+    diagnostics.warning(
+        "long-tracing", model.simulation.place,
+        "[simulation]: trace_sources: in each step the receiving units look at more than a million sources "
+        "and splitters; the run takes long and much memory");
 }
 
 void checkTracing(const Model& model, const Network& network, Diagnostics& diagnostics) {
     if (!model.simulation.traceSources) return;
+    checkTracingWork(model, network, diagnostics);
     const std::vector<bool> traced = network.tracedFromReceivers();
     for (std::size_t i = 0; i < model.components.size(); ++i) {
         const Component& component = model.components[i];
         const int index = static_cast<int>(i);
-        const bool isReceiver = component.code == code::kServiceReservoir || component.code == code::kTreatmentPlant;
-        if (isReceiver && network.incoming(index).empty() && network.outgoing(index).empty()) {
+        if (isReceivingUnit(component.code) && network.incoming(index).empty() && network.outgoing(index).empty()) {
             diagnostics.error(component.place, fmt::format("{} ({}): it takes part in no connection, so its sources "
                                                            "cannot be traced",
                                                            nameOf(component), component.type->name));
         }
-        if (isReceiver) checkWays(component, network.visitsFrom(index, kTooManyVisits), diagnostics);
         if (component.code == code::kSplitter && traced[i] && network.outgoing(index).empty()) {
             diagnostics.error(component.place, fmt::format("{} (splitter): sources are traced through it, but it sends "
                                                            "to nothing",
@@ -166,6 +157,7 @@ void checkNetwork(const Model& model, Diagnostics& diagnostics) {
     checkInputs(model, network, diagnostics);
     checkOrder(model, network, diagnostics);
     checkTracing(model, network, diagnostics);
+    checkWiring(model, network, diagnostics);
 }
 
 }  // namespace kesto

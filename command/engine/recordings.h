@@ -16,7 +16,6 @@
 //    would be that component: nothing is recorded beside such a one.
 #pragma once
 
-#include <compare>
 #include <string>
 #include <vector>
 
@@ -25,12 +24,6 @@
 namespace kesto {
 
 class Network;
-
-struct OutputPort {
-    int component;
-    int port;
-    auto operator<=>(const OutputPort&) const = default;
-};
 
 struct Refusal {
     OutputPort output;

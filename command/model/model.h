@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <map>
 #include <optional>
 #include <string>
@@ -99,6 +100,12 @@ struct Connection {
     int from = -1, fromPort = 1;
     int to = -1, toPort = 1;
     Place place;
+};
+
+struct OutputPort {
+    int component;
+    int port;  // from 1
+    auto operator<=>(const OutputPort&) const = default;
 };
 
 struct Simulation {

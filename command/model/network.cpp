@@ -85,8 +85,7 @@ std::vector<bool> Network::tracedFromReceivers() const {
     std::vector<bool> traced(model_.components.size(), false);
     std::vector<int> stack;
     for (std::size_t i = 0; i < traced.size(); ++i) {
-        const int code = model_.components[i].code;
-        if (code == code::kServiceReservoir || code == code::kTreatmentPlant) stack.push_back(static_cast<int>(i));
+        if (isReceivingUnit(model_.components[i].code)) stack.push_back(static_cast<int>(i));
     }
     while (!stack.empty()) {
         const int component = stack.back();
@@ -100,30 +99,44 @@ std::vector<bool> Network::tracedFromReceivers() const {
     return traced;
 }
 
-double Network::visitsFrom(int receiver, double enough) const {
-    constexpr int kLongestWay = 1000;
-    std::map<int, double> reached{{receiver, 1.0}};
-    double visits = 1;
-    for (int length = 1; length < kLongestWay && !reached.empty() && visits <= enough; ++length) {
-        std::map<int, double> next;
-        for (const auto& [component, ways] : reached) {
-            const bool ends = model_.components[at(component)].code == code::kServiceReservoir && length > 1;
-            if (ends) continue;
-            // Of each output the engine follows the connection listed last.
-            std::array<int, 2> to{-1, -1};
-            for (const int connection : outgoing(component)) {
-                const Connection& one = model_.connections[at(connection)];
-                to[one.fromPort == 1 ? 0 : 1] = one.to;
-            }
-            for (const int receives : to) {
-                if (receives < 0) continue;
-                next[receives] += ways;
-                visits += ways;
-            }
+double Network::tracingWorkOf(int receiver, std::vector<int>& stamps, double& visits) const {
+    constexpr int kLongestPath = 1000;
+    struct Stop {
+        int component, length;
+    };
+    const int unit = model_.components[at(receiver)].code;
+    double work = 0;
+    std::vector<Stop> stops{{receiver, 1}};
+    stamps[at(receiver)] = receiver;
+    for (std::size_t i = 0; i < stops.size(); ++i) {
+        const auto [component, length] = stops[i];
+        const int code = model_.components[at(component)].code;
+        if (i > 0 && (isSourceOf(code, unit) || code == code::kSplitter)) ++work;
+        if (length == kLongestPath || (i > 0 && code == code::kServiceReservoir)) continue;
+        // Of each output the engine follows the connection listed last.
+        std::array<int, 2> next{kNone, kNone};
+        for (const int connection : outgoing(component)) {
+            const Connection& one = model_.connections[at(connection)];
+            next[at(one.fromPort) - 1] = one.to;
         }
-        reached = std::move(next);
+        for (const int to : next) {
+            if (to == kNone || stamps[at(to)] == receiver) continue;
+            stamps[at(to)] = receiver;
+            stops.push_back({to, length + 1});
+        }
     }
-    return visits;
+    visits += static_cast<double>(stops.size());
+    return work;
+}
+
+double Network::tracingWork(double enough) const {
+    constexpr double kMostVisits = 1e7;  // a tenth of a second
+    std::vector<int> stamps(model_.components.size(), kNone);
+    double work = 0, visits = 0;
+    for (std::size_t i = 0; i < stamps.size() && work <= enough && visits < kMostVisits; ++i) {
+        if (isReceivingUnit(model_.components[i].code)) work += tracingWorkOf(static_cast<int>(i), stamps, visits);
+    }
+    return work;
 }
 
 }  // namespace kesto

@@ -27,11 +27,12 @@ class Network {
     // Components that a receiving unit (service_reservoir, treatment_plant) can reach downstream, itself included.
     std::vector<bool> tracedFromReceivers() const;
 
-    // Components that the engine visits when it follows all ways downstream of a receiving unit, as often as it visits
-    // them: it walks round a loop until a way is 1000 components long. Counting ends above `enough`.
-    double visitsFrom(int receiver, double enough) const;
+    // How many sources and splitters all receiving units together look at in each step when sources are traced: those
+    // downstream of each of them. Counting ends above `enough`.
+    double tracingWork(double enough) const;
 
   private:
+    double tracingWorkOf(int receiver, std::vector<int>& stamps, double& visits) const;
     void place(std::vector<bool>& placed, std::vector<int>& waiting, int& silent) const;
 
     const Model& model_;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the commands of docs/guide/first-model.md and compares what they print, the tables of model-file.md with the
+"""Runs the commands of docs/guide/first-model.md and wiring.md and compares what they print, the tables of model-file.md with the
 command's catalogue, and those of warnings.md with its codes.
 
   docs/tools/check_guide.py --kesto build/release/kesto              checks
@@ -36,7 +36,7 @@ def run_console(block, folder, environment):
     return text
 
 
-def first_model(kesto, text):
+def console(kesto, text):
     with tempfile.TemporaryDirectory() as folder:
         environment = dict(os.environ, PATH=f"{kesto.parent}:{os.environ['PATH']}", TZ="UTC", LC_ALL="C")
         return CONSOLE.sub(lambda match: match[1] + run_console(match[2], folder, environment) + match[3], text)
@@ -112,8 +112,8 @@ def main():
     arguments = parser.parse_args()
     kesto = arguments.kesto.resolve()
     wrong = 0
-    for name, fresh_of in (("first-model.md", first_model), ("model-file.md", model_file),
-                           ("warnings.md", warnings)):
+    for name, fresh_of in (("first-model.md", console), ("wiring.md", console),
+                           ("model-file.md", model_file), ("warnings.md", warnings)):
         page = GUIDE / name
         old = page.read_text()
         fresh = fresh_of(kesto, old)

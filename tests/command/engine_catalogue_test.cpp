@@ -220,13 +220,13 @@ std::string fedWith(const Type& type, int code, int port, int quality, double am
     return text + connections;
 }
 
-// The quality that an output sends on the last day.
-float qualitySent(const Type& type, int code, int port, int quality, double amount) {
+// What an output sends on the last day.
+Signal sent(const Type& type, int code, int port, int quality, double amount) {
     Built built(fedWith(type, code, port, quality, amount));
     if (!built.record) throw std::runtime_error(built.said());
     const EngineRun run = runEngine(*built.record);
     if (run.outcome != Outcome::finished) throw std::runtime_error(run.message);
-    return built.record->outputs().waterBodies[built.record->steps() - 1].quality;
+    return built.record->outputs().waterBodies[built.record->steps() - 1];
 }
 
 TEST(EngineCatalogue, QualitiesAreThoseListed) {
@@ -234,8 +234,8 @@ TEST(EngineCatalogue, QualitiesAreThoseListed) {
         for (int port = 1; port <= static_cast<int>(type.out.size()); ++port) {
             const Port& output = type.out[static_cast<std::size_t>(port) - 1];
             SCOPED_TRACE(output.name);
-            const float ofSeven = qualitySent(type, code, port, 7, 80);
-            const float ofNone = qualitySent(type, code, port, -1, 80);
+            const float ofSeven = sent(type, code, port, 7, 80).quality;
+            const float ofNone = sent(type, code, port, -1, 80).quality;
             switch (output.quality) {
                 case Quality::none: {
                     // What a second output is not given a quality for keeps that of another component.
@@ -257,10 +257,21 @@ TEST(EngineCatalogue, QualitiesAreThoseListed) {
                     break;
                 case Quality::spill:
                     EXPECT_GT(ofSeven, 0);
-                    EXPECT_FALSE(std::isfinite(qualitySent(type, code, port, 7, 0)));
+                    EXPECT_FALSE(std::isfinite(sent(type, code, port, 7, 0).quality));
                     break;
             }
             EXPECT_TRUE(std::isfinite(ofSeven) && std::isfinite(ofNone));
+        }
+    });
+}
+
+TEST(EngineCatalogue, WhatPassesOnMakesNothing) {
+    forEachCode([](const Type& type, int code) {
+        for (int port = 1; port <= static_cast<int>(type.out.size()); ++port) {
+            const Port& output = type.out[static_cast<std::size_t>(port) - 1];
+            if (!passesOn(type, output)) continue;
+            SCOPED_TRACE(output.name);
+            EXPECT_EQ(sent(type, code, port, 7, 0).quantity, 0);
         }
     });
 }
