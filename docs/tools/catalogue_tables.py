@@ -52,10 +52,11 @@ def ports_table(types):
         for side, ports in (("input", one["inputs"]), ("output", one["outputs"])):
             for i, port in enumerate(ports, 1):
                 place = "any input" if side == "input" and one["any_number_of_inputs"] else f"{side} {i}"
-                rows.append((place, f"`{port['name']}`", port["carries"], unit_text(port["unit"]), port["meaning"]))
+                rows.append((place, f"`{port['name']}`", port["carries"], unit_text(port["unit"]), port.get("quality", ""),
+                             port["meaning"]))
         return rows
     rows = sorted(shared(types, rows_of), key=lambda row: row[0].replace("any ", ""))
-    return table(("port", "name", "carries", "unit", "of", ""), rows) if rows else "None.\n"
+    return table(("port", "name", "carries", "unit", "quality", "of", ""), rows) if rows else "None.\n"
 
 
 def series_table(types):
