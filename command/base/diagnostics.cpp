@@ -49,8 +49,14 @@ std::string_view toText(Severity severity) {
     return kSeverities[static_cast<std::size_t>(severity)];
 }
 
+void Diagnostics::add(Severity severity, const Place& place, std::string text, std::string_view code,
+                      std::string component) {
+    if (component.empty()) component = subject_;
+    all_.push_back({severity, place, std::move(text), code, std::move(component)});
+}
+
 void Diagnostics::error(ErrorName name, const Place& place, std::string text, std::string component) {
-    all_.push_back({Severity::error, place, std::move(text), name.code().name, std::move(component)});
+    add(Severity::error, place, std::move(text), name.code().name, std::move(component));
 }
 
 void Diagnostics::error(const Place& place, std::string text) {
@@ -60,7 +66,7 @@ void Diagnostics::error(const Place& place, std::string text) {
 void Diagnostics::warning(WarningName name, const Place& place, std::string text, std::string component) {
     const WarningCode& code = name.code();
     const Severity severity = code.about == About::note ? Severity::note : Severity::warning;
-    all_.push_back({severity, place, std::move(text), code.name, std::move(component)});
+    add(severity, place, std::move(text), code.name, std::move(component));
 }
 
 void Diagnostics::accept(std::string code, std::string component) {

@@ -33,6 +33,20 @@ class Diagnostics {
     // A warning, or a note where the code is one of notes.
     void warning(WarningName name, const Place& place, std::string text, std::string component = {});
 
+    // While it lives, what names no component is about this one.
+    class Subject {
+      public:
+        Subject(Diagnostics& diagnostics, std::string component) : diagnostics_(diagnostics) {
+            diagnostics_.subject_ = std::move(component);
+        }
+        ~Subject() { diagnostics_.subject_.clear(); }
+        Subject(const Subject&) = delete;
+        Subject& operator=(const Subject&) = delete;
+
+      private:
+        Diagnostics& diagnostics_;
+    };
+
     // Warnings that are meant: of this code, and of this component unless its name is empty. They are still shown.
     void accept(std::string code, std::string component);
     bool isAccepted(const Diagnostic& diagnostic) const;
@@ -47,7 +61,10 @@ class Diagnostics {
     void print(std::ostream& out, bool errorsOnly = false, std::size_t first = 0) const;
 
   private:
+    void add(Severity severity, const Place& place, std::string text, std::string_view code, std::string component);
+
     std::vector<Diagnostic> all_;
+    std::string subject_;
     std::set<std::pair<std::string, std::string>> accepted_;  // code and component
 };
 

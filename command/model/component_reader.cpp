@@ -112,6 +112,7 @@ void readComponent(Reading& reading, const Value& original) {
     Section unnamed(table, "a component", reading.diagnostics);
     const auto name = unnamed.requireText("name");
     Section section(table, name ? fmt::format("component \"{}\"", name->value) : "a component", reading.diagnostics);
+    const Diagnostics::Subject subject(reading.diagnostics, name ? name->value : "");
     section.allow("name");
     if (name) {
         component.name = name->value;

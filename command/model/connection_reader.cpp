@@ -120,6 +120,7 @@ void readSplits(Reading& reading, const Value& original) {
     if (index < 0) return;
     Component& component = reading.model.components[at(index)];
     const std::string what = splitsOf(component);
+    const Diagnostics::Subject subject(reading.diagnostics, component.name);
     if (component.code != code::kSplitter || splits->kind != Value::Kind::array) {
         reading.diagnostics.error(
             "wrong-value", splits->place,
@@ -156,6 +157,7 @@ void readSplitRow(Reading& reading, const Value& original) {
         return;
     }
     Component& component = reading.model.components[at(index)];
+    const Diagnostics::Subject subject(reading.diagnostics, component.name);
     Section section(row, splitsOf(component), reading.diagnostics);
     section.allow("splitter");
     readSplit(reading, section, row, component);

@@ -228,12 +228,14 @@ class Warnings(unittest.TestCase):
         self.assertIn("accept is the text", self.kesto("check", 'accept = "frost"\n' + FROST).stderr)
 
     def test_programs_get_errors_in_the_same_form(self):
-        text = FROST.replace('group = "field"', 'group = "feild"')
+        text = FROST.replace('group = "field"', 'group = "feild"').replace("[groups.field]\n", "[groups.field]\nwind = \"3 m\"\n")
         for command in "check", "run":
             rows = self.warnings(command, text)
             self.assertEqual(self.kesto(command, text, "--json").returncode, 2)
-            row = next(row for (code, _), row in rows.items() if code == "unknown-name")
-            self.assertEqual((row["severity"], row["file"], row["line"], row["column"]), ("error", "model.toml", 16, 9))
+            row = rows["unknown-name", "soil"]
+            self.assertIn(("wrong-value", None), rows)
+            self.assertEqual((row["severity"], row["file"], row["line"], row["column"], row["component"]),
+                             ("error", "model.toml", 17, 9, "soil"))
         done = subprocess.run([KESTO, "run", "none.toml", "--json"], cwd=self.folder, capture_output=True, text=True)
         report = json.loads(done.stdout)
         self.assertEqual((done.returncode, report["outcome"]), (2, "not run"))
