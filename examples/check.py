@@ -157,6 +157,8 @@ def define(definitions, names):
 
 
 def check(kesto, example, results):
+    # Nothing doubtful that the model does not accept.
+    subprocess.run([kesto, "check", "--strict", example / "model.toml"], check=True, stdout=subprocess.DEVNULL)
     expected = tomllib.loads((example / "figures.toml").read_text())
     readme = (example / "README.md").read_text()
     runs = {None: run(kesto, example, example / "model.toml", results)}

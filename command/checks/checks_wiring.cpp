@@ -124,7 +124,7 @@ class Wiring {
         say(code, connection, to(connection), text + instead(connection, found, expected));
     }
 
-    // `; did you mean ...?`, or which type is for what arrives.
+    // `; did you mean ...?`, which type is for what arrives, or that a series can be either.
     std::string instead(const Connection& connection, const Kind& found, const Kind& expected) const {
         std::vector<std::string> names;
         const Type& sender = *from(connection).type;
@@ -136,9 +136,13 @@ class Wiring {
             if (port.carries == found.carries)
                 names.push_back(fmt::format("\"{}:{}\"", to(connection).name, port.name));
         }
-        if (!names.empty()) {
-            return fmt::format("; did you mean {}?", listOf({names.begin(), names.end()}));
-        }
+        const OutputPort origin = *origins_.of(found.trait, outputOf(connection));
+        const bool isSeries = model_.components[at(origin.component)].code == code::kDemandSource;
+        const std::string series =
+            isSeries ? fmt::format("; if the series is an inflow, accept \"demand-to-water {}\"", to(connection).name)
+                     : "";
+        if (!names.empty()) return series + fmt::format("; did you mean {}?", listOf({names.begin(), names.end()}));
+        if (isSeries) return series;
         for (const Counterpart& row : kCounterparts) {
             if (row.type == to(connection).type->name) return fmt::format("; {}", row.hint);
         }

@@ -37,6 +37,9 @@ def run_example(kesto, model):
         result = subprocess.run([kesto, "run", model, "-o", folder], capture_output=True, text=True, timeout=60)
         if result.returncode != 0:
             raise RuntimeError(f"{model}: kesto returned {result.returncode}\n{result.stdout}{result.stderr}")
+        checked = subprocess.run([kesto, "check", "--strict", model], capture_output=True, text=True, timeout=60)
+        if checked.returncode != 0:
+            raise RuntimeError(f"{model}: doubtful and not accepted\n{checked.stderr}")
         for path in sorted(pathlib.Path(folder).glob("*.csv")):
             with open(path, newline="") as file:
                 header, *rows = csv.reader(file)
