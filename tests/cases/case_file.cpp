@@ -507,7 +507,7 @@ std::int32_t readInteger(const std::string& word) {
 }
 
 std::optional<Table> tableNamed(const std::string& name) {
-    const auto found = std::find(kTableNames.begin(), kTableNames.end(), name);
-    if (found == kTableNames.end()) return std::nullopt;
-    return static_cast<Table>(found - kTableNames.begin());
+    for (std::size_t i = 0; i < kTables.size(); ++i)
+        if (kTables[i].name == name) return static_cast<Table>(i);
+    return std::nullopt;
 }

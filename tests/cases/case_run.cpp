@@ -132,8 +132,8 @@ class Player {
         };
         for (const auto& [field, place] : fields)
             if (name == field) return place;
-        for (std::size_t i = 0; i < kTableNames.size(); ++i)
-            if (name == "n" + std::string(kTableNames[i])) return &host_.count(static_cast<Table>(i));
+        for (const HostTable& table : kTables)
+            if (name == "n" + std::string(table.name)) return &(record().*table.count);
         throw std::runtime_error("no field " + name);
     }
 
@@ -154,17 +154,14 @@ class Player {
         if (what == "ErrMsg") return compare(what, quoted(words().at(2)), quoted(record().ErrMsg));
         if (what == "Logs") return expectSignals(what, record().Logs, record().nLogs);
         if (what == "WatBod") return expectSignals(what, record().WatBod, record().nWatBod);
-        if (potentialTableExists(what)) return expectPotential(what);
+        for (const auto& [name, entries] : kPotentialTables)
+            if (name == what) return expectPotential(what, record().*entries);
         if (const auto table = tableNamed(what)) {
             const float* const values = host_.find(*table, readInteger(word(2)));
             if (values == nullptr) return differ("no series " + what + " " + word(2));
             return expectValues(what + " " + word(2), values);
         }
         compare(what, readInteger(word(2)), *integerField(what));
-    }
-
-    static bool potentialTableExists(const std::string& name) {
-        return std::find(kPotentialNames.begin(), kPotentialNames.end(), name) != kPotentialNames.end();
     }
 
     // The entry that a line names: by id (the first that carries it) or by #position from 0.
@@ -210,8 +207,7 @@ class Player {
         return true;
     }
 
-    void expectPotential(const std::string& name) {
-        SeriesEntry* const entries = potentialTable(record(), name);
+    void expectPotential(const std::string& name, SeriesEntry* entries) {
         if (expectTable(name, entries, record().nPotComps)) return;
         const SeriesEntry* const found = entry(name, entries, record().nPotComps);
         if (found == nullptr) return;

@@ -8,10 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "bits.h"
 #include "child.h"
 #include "failing_memory.h"
 #include "host_record.h"
 #include "networks.h"
+#include "random_model.h"
 
 namespace {
 
@@ -27,15 +29,10 @@ struct Ending {
 // The outputs as text, so that two runs can be compared.
 std::string outputs(const AUEglobals& record) {
     std::string text;
-    const auto steps = static_cast<std::size_t>(record.nSteps);
-    for (std::int32_t i = 0; i < record.nLogs; ++i)
-        text.append(reinterpret_cast<const char*>(record.Logs[i].Signal), steps * sizeof(Signal));
-    for (std::int32_t i = 0; i < record.nWatBod; ++i)
-        text.append(reinterpret_cast<const char*>(record.WatBod[i].Signal), steps * sizeof(Signal));
-    for (const std::string_view name : kPotentialNames) {
-        for (std::int32_t k = 0; k < record.nPotComps; ++k)
-            text.append(reinterpret_cast<const char*>(potentialTable(record, name)[k].Value), steps * sizeof(float));
-    }
+    forEachResult(record, [&](const Result& result) {
+        for (std::size_t k = 0; k < result.steps; ++k)
+            text += written(result[k]) + " ";
+    });
     return text;
 }
 
@@ -158,8 +155,8 @@ TEST(Memory, EachAllocationThatFailsIsNamed) {
 }
 
 TEST(Memory, EachAllocationOfRandomNetworks) {
-    for (std::uint64_t number = 1; number <= 6; ++number)
-        EXPECT_FALSE(refuseEach(makeRandom(number)).empty()) << number;
+    for (std::uint32_t seed = 1; seed <= 6; ++seed)
+        EXPECT_FALSE(refuseEach(makeRandomModel({}, seededDice(seed)).model).empty()) << seed;
 }
 
 TEST(Memory, AllAllocationsFromOneOn) {

@@ -3,7 +3,6 @@
 #include <initializer_list>
 
 #include "components/type_codes.h"
-#include "network.h"
 
 namespace {
 
@@ -11,7 +10,7 @@ constexpr float kBrand = 1.0F;
 constexpr std::int32_t kGroup = 1;
 
 std::int32_t add(Model& model, std::int32_t type, float size = 1.0F) {
-    const std::int32_t id = kFirstId + static_cast<std::int32_t>(model.components.size());
+    const std::int32_t id = 1 + static_cast<std::int32_t>(model.components.size());
     model.components.push_back(
         {static_cast<float>(id), static_cast<float>(type), static_cast<float>(kGroup), kBrand, size});
     return id;
@@ -27,10 +26,8 @@ void addSeries(Model& model, Table table, std::int32_t id, float value, std::siz
 }
 
 void addAllSpecifications(Model& model, float value) {
-    std::vector<std::pair<int, float>> values;
     for (int number = 1; number <= 63; ++number)
-        values.emplace_back(number, value);
-    addBrand(model, kBrand, values);
+        addSpecification(model, kBrand, number, value);
 }
 
 }  // namespace
@@ -81,16 +78,6 @@ Model makeEverything() {
             addSeries(model, table, idOf(row), 2.0F);
     }
     return model;
-}
-
-Model makeRandom(std::uint64_t number) {
-    // Knuth's MMIX constants.
-    std::uint64_t state = number;
-    const Dice dice = [state](int low, int end) mutable {
-        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
-        return low + static_cast<int>((state >> 33) % static_cast<std::uint64_t>(end - low));
-    };
-    return makeNetwork({}, dice);
 }
 
 Model makeDaily(std::int32_t steps) {

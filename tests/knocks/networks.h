@@ -10,9 +10,6 @@
 // other and alone, receiving units that trace their sources through a splitter, potentials of two groups.
 Model makeEverything();
 
-// One of the random networks of the properties, always the same for a number.
-Model makeRandom(std::uint64_t number);
-
 // Roof, soil, garden roof, tank, limiter and collector under a calendar, for runs of any length.
 Model makeDaily(std::int32_t steps);
 

@@ -7,16 +7,15 @@
 #include <cmath>
 #include <string>
 
-#include "network.h"
 #include "outcome.h"
 #include "properties.h"
 
 namespace {
 
-constexpr std::int32_t kUnit = kFirstId;
+constexpr std::int32_t kUnit = 1000001;
 constexpr std::int32_t kKey = 2000001;
-constexpr std::int32_t kInputs[] = {kFirstId + 1, kFirstId + 2};
-constexpr std::int32_t kLogs[] = {kFirstId + 11, kFirstId + 12};
+constexpr std::int32_t kInputs[] = {kUnit + 1, kUnit + 2};
+constexpr std::int32_t kLogs[] = {kUnit + 11, kUnit + 12};
 
 float pick(int low, int high) {
     return static_cast<float>(*rc::gen::inRange(low, high + 1)) / 16.0F;
@@ -38,12 +37,10 @@ Model unitUnderTest(int type, int inputs) {
     model.pots = {kKey};
     const auto key = static_cast<float>(kKey);
     model.components.push_back({static_cast<float>(kUnit), static_cast<float>(type), key, 1.0F, pick(16, 1600)});
-    std::vector<std::pair<int, float>> specifications;
     for (int number = 1; number <= 63; ++number) {
         const bool amount = number == 1 || number > 60;
-        specifications.emplace_back(number, amount ? pick(0, 800) : pick(0, 8));  // rates and fractions up to a half
+        addSpecification(model, 1.0F, number, amount ? pick(0, 800) : pick(0, 8));  // rates and fractions up to a half
     }
-    addBrand(model, 1.0F, specifications);
     for (int i = 0; i < inputs; ++i) {
         const std::int32_t id = kInputs[i];
         model.components.push_back({static_cast<float>(id), 45.0F, 0.0F, 0.0F, 100.0F});
@@ -89,8 +86,8 @@ class Run {
         Observed o{};
         o.in1 = inputs_ > 0 ? input(0, step) : 0.0;
         o.in2 = inputs_ > 1 ? input(1, step) : 0.0;
-        o.out1 = value("Logs " + std::to_string(kLogs[0]) + " quantity", step);
-        o.out2 = value("Logs " + std::to_string(kLogs[1]) + " quantity", step);
+        o.out1 = value("Logs quantity " + std::to_string(kLogs[0]), step);
+        o.out2 = value("Logs quantity " + std::to_string(kLogs[1]), step);
         const std::string state = "WatQuant " + std::to_string(kUnit);
         o.after = value(state, step);
         o.before = step > 0 ? value(state, step - 1)

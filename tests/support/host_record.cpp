@@ -1,6 +1,8 @@
 #include "host_record.h"
 
+#include <algorithm>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -37,7 +39,7 @@ HostRecord::HostRecord(const Model& model) {
     record_.nComps = size(model.components);
     record_.Net_Conn = memory_.put(model.connections, "Net_Conn");
     record_.nConns = size(model.connections);
-    for (std::size_t i = 0; i < kTableNames.size(); ++i)
+    for (std::size_t i = 0; i < kTables.size(); ++i)
         fillSeries(static_cast<Table>(i), model);
     std::vector<SplitEntry> splits;
     for (const Split& split : model.splits)
@@ -46,8 +48,17 @@ HostRecord::HostRecord(const Model& model) {
     record_.nSplits = size(splits);
 }
 
+void HostRecord::overlap(const Overlap& overlap) {
+    SeriesEntry& one = entries(overlap.table)[overlap.entry];
+    SeriesEntry& other = entries(overlap.other)[overlap.otherEntry];
+    std::vector<float> values(other.Value, other.Value + record_.nSteps);
+    values.insert(values.end(), one.Value + record_.nSteps - overlap.elements, one.Value + record_.nSteps);
+    other.Value = memory_.put(values, "overlap", true);
+    one.Value = other.Value + overlap.elements;
+}
+
 void HostRecord::fillSeries(Table which, const Model& model) {
-    const std::string name(kTableNames[static_cast<std::size_t>(which)]);
+    const std::string name(kTables[static_cast<std::size_t>(which)].name);
     const bool state = which == Table::WatQuant || which == Table::WatQual;
     std::vector<SeriesEntry> table;
     for (const NamedSeries& series : model.table(which))
@@ -60,9 +71,16 @@ std::int32_t HostRecord::run(std::int32_t first, std::int32_t last) {
     AUEglobals before;
     std::memcpy(&before, &record_, sizeof before);
     memory_.close();
-    const std::int32_t status = KESTO_simul(&record_, first, last);
+    std::int32_t status = 0;
+    std::exception_ptr thrown;
+    try {
+        status = KESTO_simul(&record_, first, last);
+    } catch (...) {
+        thrown = std::current_exception();
+    }
     damage_ = memory_.open();
     checkRecord(before, false);
+    if (thrown) std::rethrow_exception(thrown);
     return status;
 }
 
@@ -87,70 +105,6 @@ void HostRecord::checkRecord(const AUEglobals& before, bool freed) {
         damage_ += "CurStep, ErrFlag or ErrMsg: changed by freeing\n";
 }
 
-SeriesEntry*& HostRecord::entries(Table which) {
-    switch (which) {
-        case Table::FreqSer:
-            return record_.FreqSer;
-        case Table::Rainfall:
-            return record_.Rainfall;
-        case Table::Temp:
-            return record_.Temp;
-        case Table::Tmin:
-            return record_.Tmin;
-        case Table::Tmax:
-            return record_.Tmax;
-        case Table::Wind:
-            return record_.Wind;
-        case Table::Multpls:
-            return record_.Multpls;
-        case Table::Threshold:
-            return record_.Threshold;
-        case Table::Occup:
-            return record_.Occup;
-        case Table::Dmdflct:
-            return record_.Dmdflct;
-        case Table::InsDmd:
-            return record_.InsDmd;
-        case Table::WatQuant:
-            return record_.WatQuant;
-        case Table::WatQual:
-            break;
-    }
-    return record_.WatQual;
-}
-
-std::int32_t& HostRecord::count(Table which) {
-    switch (which) {
-        case Table::FreqSer:
-            return record_.nFreqSer;
-        case Table::Rainfall:
-            return record_.nRainfall;
-        case Table::Temp:
-            return record_.nTemp;
-        case Table::Tmin:
-            return record_.nTmin;
-        case Table::Tmax:
-            return record_.nTmax;
-        case Table::Wind:
-            return record_.nWind;
-        case Table::Multpls:
-            return record_.nMultpls;
-        case Table::Threshold:
-            return record_.nThreshold;
-        case Table::Occup:
-            return record_.nOccup;
-        case Table::Dmdflct:
-            return record_.nDmdflct;
-        case Table::InsDmd:
-            return record_.nInsDmd;
-        case Table::WatQuant:
-            return record_.nWatQuant;
-        case Table::WatQual:
-            break;
-    }
-    return record_.nWatQual;
-}
-
 float* HostRecord::find(Table which, std::int32_t id) {
     SeriesEntry* table = entries(which);
     for (std::int32_t i = 0; i < count(which); ++i)
@@ -158,10 +112,24 @@ float* HostRecord::find(Table which, std::int32_t id) {
     return nullptr;
 }
 
-SeriesEntry* potentialTable(const AUEglobals& record, std::string_view name) {
-    SeriesEntry* const tables[] = {record.NrgPot, record.InfPot, record.LosPot,
-                                   record.EvaPot, record.CapPot, record.OprPot};
-    for (std::size_t i = 0; i < kPotentialNames.size(); ++i)
-        if (kPotentialNames[i] == name) return tables[i];
-    return nullptr;
+void forEachResult(const AUEglobals& record, const std::function<void(const Result&)>& visit) {
+    const auto steps = static_cast<std::size_t>(std::max(record.nSteps, 0));
+    const auto series = [&](std::string_view name, const SeriesEntry* table, std::int32_t count) {
+        for (std::int32_t i = 0; table && i < count; ++i)
+            if (table[i].Value) visit({name, i, table[i].id, table[i].Value, 1, steps});
+    };
+    const auto signals = [&](std::string_view quantity, std::string_view quality, const SignalSeriesEntry* table,
+                             std::int32_t count) {
+        for (std::int32_t i = 0; table && i < count; ++i) {
+            if (!table[i].Signal) continue;
+            visit({quantity, i, table[i].id, &table[i].Signal->quantity, 2, steps});
+            visit({quality, i, table[i].id, &table[i].Signal->quality, 2, steps});
+        }
+    };
+    signals("Logs quantity", "Logs quality", record.Logs, record.nLogs);
+    signals("WatBod quantity", "WatBod quality", record.WatBod, record.nWatBod);
+    for (const auto& [name, entries] : kPotentialTables)
+        series(name, record.*entries, record.nPotComps);
+    series("WatQuant", record.WatQuant, record.nWatQuant);
+    series("WatQual", record.WatQual, record.nWatQual);
 }

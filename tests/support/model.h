@@ -25,9 +25,26 @@ enum class Table {
     WatQuant,
     WatQual,
 };
-inline constexpr std::array<std::string_view, 13> kTableNames = {"FreqSer", "Rainfall", "Temp",      "Tmin",  "Tmax",
-                                                                 "Wind",    "Multpls",  "Threshold", "Occup", "Dmdflct",
-                                                                 "InsDmd",  "WatQuant", "WatQual"};
+struct HostTable {
+    std::string_view name;
+    SeriesEntry* AUEglobals::*entries;
+    std::int32_t AUEglobals::*count;
+};
+inline constexpr std::array<HostTable, 13> kTables = {{
+    {"FreqSer", &AUEglobals::FreqSer, &AUEglobals::nFreqSer},
+    {"Rainfall", &AUEglobals::Rainfall, &AUEglobals::nRainfall},
+    {"Temp", &AUEglobals::Temp, &AUEglobals::nTemp},
+    {"Tmin", &AUEglobals::Tmin, &AUEglobals::nTmin},
+    {"Tmax", &AUEglobals::Tmax, &AUEglobals::nTmax},
+    {"Wind", &AUEglobals::Wind, &AUEglobals::nWind},
+    {"Multpls", &AUEglobals::Multpls, &AUEglobals::nMultpls},
+    {"Threshold", &AUEglobals::Threshold, &AUEglobals::nThreshold},
+    {"Occup", &AUEglobals::Occup, &AUEglobals::nOccup},
+    {"Dmdflct", &AUEglobals::Dmdflct, &AUEglobals::nDmdflct},
+    {"InsDmd", &AUEglobals::InsDmd, &AUEglobals::nInsDmd},
+    {"WatQuant", &AUEglobals::WatQuant, &AUEglobals::nWatQuant},
+    {"WatQual", &AUEglobals::WatQual, &AUEglobals::nWatQual},
+}};
 inline constexpr int kAppliances = 11;
 
 struct NamedSeries {
@@ -52,11 +69,28 @@ struct Model {
     std::vector<SpecificationRow> specifications;
     std::vector<ComponentRow> components;
     std::vector<ConnectionRow> connections;
-    std::array<std::vector<NamedSeries>, kTableNames.size()> series;
+    std::array<std::vector<NamedSeries>, kTables.size()> series;
     std::vector<Split> splits;
 
     std::vector<NamedSeries>& table(Table which) { return series[static_cast<std::size_t>(which)]; }
     const std::vector<NamedSeries>& table(Table which) const { return series[static_cast<std::size_t>(which)]; }
 };
+
+// One series of the host that is to lie in the memory of another, some elements on.
+struct Overlap {
+    Table table;
+    std::size_t entry;
+    Table other;
+    std::size_t otherEntry;
+    std::size_t elements;  // at most the number of steps
+};
+
+inline std::int32_t idOf(const ComponentRow& row) {
+    return static_cast<std::int32_t>(row.id);
+}
+
+inline void addSpecification(Model& model, float brand, int number, float value) {
+    model.specifications.push_back({0, 0, brand, 0, 1, 1, static_cast<float>(number), value, 0});
+}
 
 #endif

@@ -30,8 +30,8 @@ def run(command):
 def outcome(text):
     if text.startswith("aborted"):
         return "ended by an invariant"
-    error = text.split("ErrMsg ", 1)[1].split("\n", 1)[0]
-    return "ran to the end" if not error else "stopped by an error"
+    failed = any(" error: " in line and not line.endswith("error: 0 ") for line in text.splitlines())
+    return "stopped by an error" if failed else "ran to the end"
 
 
 def first_difference(here, there):

@@ -1,6 +1,7 @@
 #include "network_file.h"
 
 #include <bit>
+#include <concepts>
 #include <istream>
 #include <ostream>
 #include <stdexcept>
@@ -9,12 +10,15 @@
 
 namespace {
 
-constexpr const char* kMark = "kesto-network-1";
+constexpr const char* kMark = "kesto-network-2";
 
 class Writer {
   public:
     explicit Writer(std::ostream& out) : out_(out) {}
-    void item(const std::int32_t& value) { out_ << value << ' '; }
+    template <std::integral T>
+    void item(const T& value) {
+        out_ << value << ' ';
+    }
     void item(const float& value) { out_ << std::bit_cast<std::uint32_t>(value) << ' '; }
     template <class T>
     std::size_t size(const std::vector<T>& values) {
@@ -29,7 +33,10 @@ class Writer {
 class Reader {
   public:
     explicit Reader(std::istream& in) : in_(in) {}
-    void item(std::int32_t& value) { value = read<std::int32_t>(); }
+    template <std::integral T>
+    void item(T& value) {
+        value = read<T>();
+    }
     void item(float& value) { value = std::bit_cast<float>(read<std::uint32_t>()); }
     template <class T>
     std::size_t size(std::vector<T>& values) {
@@ -61,12 +68,20 @@ void rows(Archive& archive, Row& table, Fields... fields) {
         (archive.item(row.*fields), ...);
 }
 
+void tableOf(Writer& writer, Table table) {
+    writer.item(static_cast<std::int32_t>(table));
+}
+void tableOf(Reader& reader, Table& table) {
+    std::int32_t number = 0;
+    reader.item(number);
+    table = static_cast<Table>(number);
+}
+
 // One order for both directions.
-template <class Archive, class Call>
-void pass(Archive& archive, Call& call) {
-    auto& model = call.model;
-    for (auto* number :
-         {&call.first, &call.last, &model.StartTime, &model.nSteps, &model.StopOnInfeas, &model.BuildTree})
+template <class Archive, class Network>
+void pass(Archive& archive, Network& network) {
+    auto& model = network.model;
+    for (auto* number : {&model.StartTime, &model.nSteps, &model.StopOnInfeas, &model.BuildTree})
         archive.item(*number);
     archive.item(model.TimeStep);
     archive.item(model.Latitude);
@@ -91,22 +106,31 @@ void pass(Archive& archive, Call& call) {
         archive.item(split.beta);
         list(archive, split.members);
     }
+    archive.size(network.overlaps);
+    for (auto& overlap : network.overlaps) {
+        tableOf(archive, overlap.table);
+        tableOf(archive, overlap.other);
+        for (auto* number : {&overlap.entry, &overlap.otherEntry, &overlap.elements})
+            archive.item(*number);
+    }
+    using Call = std::pair<std::int32_t, std::int32_t>;
+    rows(archive, network.calls, &Call::first, &Call::second);
 }
 
 }  // namespace
 
-void write(std::ostream& out, const NetworkCall& call) {
+void write(std::ostream& out, const RandomModel& network) {
     out << kMark << '\n';
     Writer writer(out);
-    pass(writer, call);
+    pass(writer, network);
     out << '\n';
 }
 
-NetworkCall readNetworkCall(std::istream& in) {
+RandomModel readNetwork(std::istream& in) {
     std::string mark;
     if (!(in >> mark) || mark != kMark) throw std::runtime_error("this is no file of a network");
-    NetworkCall call;
+    RandomModel network;
     Reader reader(in);
-    pass(reader, call);
-    return call;
+    pass(reader, network);
+    return network;
 }

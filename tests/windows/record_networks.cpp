@@ -25,8 +25,8 @@ std::vector<NamedSeries> copy(const SeriesEntry* table, std::int32_t count, std:
     return copies;
 }
 
-NetworkCall callOf(const AUEglobals& record, std::int32_t first, std::int32_t last) {
-    NetworkCall call{{}, first, last};
+RandomModel callOf(const AUEglobals& record, std::int32_t first, std::int32_t last) {
+    RandomModel call{{}, {}, {{first, last}}};
     Model& model = call.model;
     model.StartTime = record.StartTime;
     model.nSteps = record.nSteps;
@@ -38,21 +38,11 @@ NetworkCall callOf(const AUEglobals& record, std::int32_t first, std::int32_t la
     model.specifications = copy(record.TechSpecs, record.nTechSpecs);
     model.components = copy(record.Net_Compnt, record.nComps);
     model.connections = copy(record.Net_Conn, record.nConns);
-    model.series = {
-        copy(record.FreqSer, record.nFreqSer, record.nSteps * kAppliances),
-        copy(record.Rainfall, record.nRainfall, record.nSteps),
-        copy(record.Temp, record.nTemp, record.nSteps),
-        copy(record.Tmin, record.nTmin, record.nSteps),
-        copy(record.Tmax, record.nTmax, record.nSteps),
-        copy(record.Wind, record.nWind, record.nSteps),
-        copy(record.Multpls, record.nMultpls, record.nSteps),
-        copy(record.Threshold, record.nThreshold, record.nSteps),
-        copy(record.Occup, record.nOccup, record.nSteps),
-        copy(record.Dmdflct, record.nDmdflct, record.nSteps),
-        copy(record.InsDmd, record.nInsDmd, record.nSteps),
-        copy(record.WatQuant, record.nWatQuant, record.nSteps),
-        copy(record.WatQual, record.nWatQual, record.nSteps),
-    };
+    for (std::size_t i = 0; i < kTables.size(); ++i) {
+        const bool isOfUses = static_cast<Table>(i) == Table::FreqSer;
+        model.series[i] =
+            copy(record.*kTables[i].entries, record.*kTables[i].count, record.nSteps * (isOfUses ? kAppliances : 1));
+    }
     for (std::int32_t i = 0; record.Splits != nullptr && i < record.nSplits; ++i) {
         const SplitEntry& split = record.Splits[i];
         model.splits.push_back({split.id, copy(split.members, split.nMembers), split.beta});

@@ -10,7 +10,7 @@
 #include "host_record.h"
 #include "model.h"
 
-// Values by name ("Logs 1000007 quantity"), and what the calls returned; floats written to the bit.
+// Values by name ("Logs quantity 1000007"), and what the calls returned; floats written to the bit.
 struct Outcome {
     std::map<std::string, std::vector<std::string>> values;
     std::string ending;  // status, ErrFlag, ErrMsg, CurStep, damage of each call

@@ -11,38 +11,13 @@ std::string called(const Naming& naming, std::int32_t id) {
     return naming ? naming(id) : std::to_string(id);
 }
 
-void put(std::ostream& out, const std::string& name, std::int32_t steps, const std::function<float(std::int32_t)>& at) {
-    out << name << '\t';
-    for (std::int32_t step = 0; step < steps; ++step)
-        out << written(at(step)) << ' ';
-    out << '\n';
-}
-
-void putRecord(std::ostream& out, HostRecord& host, const Model& model, const Naming& naming) {
-    const AUEglobals& record = host.record();
-    const std::int32_t n = record.nSteps;
-    const auto signals = [&](const char* table, const SignalSeriesEntry* entries, std::int32_t count) {
-        for (std::int32_t i = 0; entries && i < count; ++i) {
-            const std::string name = std::string(table) + " " + called(naming, entries[i].id);
-            put(out, name + " quantity", n, [&](std::int32_t k) { return entries[i].Signal[k].quantity; });
-            put(out, name + " quality", n, [&](std::int32_t k) { return entries[i].Signal[k].quality; });
-        }
-    };
-    signals("Logs", record.Logs, record.nLogs);
-    signals("WatBod", record.WatBod, record.nWatBod);
-    for (const std::string_view name : kPotentialNames) {
-        const SeriesEntry* const table = potentialTable(record, name);
-        for (std::int32_t i = 0; table && i < record.nPotComps; ++i)
-            put(out, std::string(name) + " " + called(naming, table[i].id), n,
-                [&](std::int32_t k) { return table[i].Value[k]; });
-    }
-    for (const Table state : {Table::WatQuant, Table::WatQual}) {
-        for (const NamedSeries& series : model.table(state)) {
-            const float* const values = host.find(state, series.id);
-            put(out, (state == Table::WatQuant ? "WatQuant " : "WatQual ") + called(naming, series.id), n,
-                [&](std::int32_t k) { return values[k]; });
-        }
-    }
+void putResults(std::ostream& out, const AUEglobals& record, const Naming& naming) {
+    forEachResult(record, [&](const Result& result) {
+        out << result.name << ' ' << called(naming, result.id) << '\t';
+        for (std::size_t step = 0; step < result.steps; ++step)
+            out << written(result[step]) << ' ';
+        out << '\n';
+    });
 }
 
 void restoreStates(HostRecord& host, const Model& model) {
@@ -58,7 +33,7 @@ std::string play(const Model& model, const std::vector<Call>& calls, const Namin
     for (const Call& call : calls) {
         if (call.restoreStates) restoreStates(host, model);
         const std::int32_t status = host.run(call.first, call.last);
-        putRecord(out, host, model, naming);
+        putResults(out, host.record(), naming);
         out << "ending\t" << status << ' ' << host.record().ErrFlag << ' ' << host.record().CurStep << ' '
             << host.record().ErrMsg << ' ' << host.damage() << '\n';
         host.free();
