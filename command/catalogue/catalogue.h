@@ -55,7 +55,7 @@ enum class Filing : std::uint8_t { own, group };
 struct SeriesNeed {
     SeriesKind kind;
     Filing filing;
-    bool isState = false;           // the model writes it too: element 0 is the initial value, 0 unless given
+    bool isState = false;           // the model writes it too: element 0 is the initial value, default 0
     bool onlyTracing = false;       // needed only when sources are traced
     std::string_view unit = {};     // where it differs from the kind's own
     std::string_view alias = {};    // a better name for it in this type

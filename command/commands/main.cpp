@@ -11,11 +11,11 @@
 namespace {
 
 void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
-    command.add_option("--set", options.set, "Value in place of the model's, as in --set tank.size=3000")
+    command.add_option("--set", options.set, "Replace a value of the model, as in --set tank.size=3000")
         ->allow_extra_args(false);
-    command.add_option("--from", options.from, "First day, in place of the model's; initial states count there");
-    command.add_option("--to", options.to, "Last day, in place of the model's");
-    command.add_option("--accept", options.accept, "Warning that is meant, as in --accept \"no-input sewer\"")
+    command.add_option("--from", options.from, "First day of the run, in place of the model's; it begins with the initial states");
+    command.add_option("--to", options.to, "Last day of the run, in place of the model's");
+    command.add_option("--accept", options.accept, "Accept a warning, as in --accept \"no-input sewer\"")
         ->allow_extra_args(false);
 }
 
@@ -39,21 +39,21 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* runCommand = app.add_subcommand("run", "Run a model, print a summary and write the results");
     runCommand->add_option("model", run.model, "Model file (TOML)")->required();
     runCommand->add_option("-o,--output", run.output, "Folder for the results");
-    runCommand->add_option("--format", run.format, "Format of the results: csv (unless given) or netcdf")
+    runCommand->add_option("--format", run.format, "Format of the results: csv (default) or netcdf")
         ->check(CLI::IsMember({"csv", "netcdf"}));
     runCommand->add_flag("--balance", run.balance,
-                         "Balance the water of each component, each group and the network; records what it needs");
+                         "Balance the water of each component, each group and the network; record what that needs");
     runCommand->add_flag("--strict", run.strict,
-                         "Exit with 1 on any warning that is not accepted; balances the water, too");
+                         "Exit with 1 on any warning that is not accepted, and balance the water");
     runCommand->add_option("--record", run.record,
-                           "Outputs to record: all (unless given), none, or a list such as "
+                           "Outputs to record: all (default), none, or a list such as "
                            "tank:overflow,roof");
     runCommand->add_flag("-q,--quiet", run.quiet, "Print errors only");
     runCommand->add_flag("--json", run.json, "Print the summary as JSON");
     addReadOptions(*runCommand, run.read);
 
     kesto::CheckOptions check;
-    CLI::App* checkCommand = app.add_subcommand("check", "Tell all that is wrong with a model, and how large it is");
+    CLI::App* checkCommand = app.add_subcommand("check", "Report all errors and warnings of a model, and its size");
     checkCommand->add_option("model", check.model, "Model file (TOML)")->required();
 
     checkCommand->add_flag("--strict", check.strict, "Exit with 1 on any warning that is not accepted");
@@ -61,17 +61,17 @@ int runCommandLine(int argc, char** argv) {
     addReadOptions(*checkCommand, check.read);
 
     kesto::TypesOptions types;
-    CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or print all about one");
+    CLI::App* typesCommand = app.add_subcommand("types", "List the types of components, or describe one");
     typesCommand->add_option("type", types.type, "Name or tag of a type");
-    typesCommand->add_flag("--json", types.json, "Print all that the catalogue holds as JSON");
+    typesCommand->add_flag("--json", types.json, "Print the whole catalogue as JSON");
 
     kesto::CodesOptions codes;
     CLI::App* codesCommand = app.add_subcommand("codes", "List the codes of warnings, notes and errors");
     codesCommand->add_flag("--json", codes.json, "Print them as JSON");
 
     kesto::NewOptions create;
-    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model that runs, to start from");
-    newCommand->add_option("folder", create.folder, "Folder, made when it is missing")->required();
+    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model to start from");
+    newCommand->add_option("folder", create.folder, "Folder; created when it does not exist")->required();
 
     kesto::DrawOptions draw;
     CLI::App* drawCommand = app.add_subcommand("draw", "Draw the network of a model (needs Graphviz)");
@@ -82,9 +82,9 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* reportCommand = app.add_subcommand("report", "Make one page with charts of the results of a run");
     reportCommand->add_option("results", report.results, "Folder with the results")->required();
     reportCommand->add_option("-o,--output", report.output, "Page to write (HTML)")->required();
-    reportCommand->add_option("--model", report.model, "Model file, where it is no longer where the run found it");
+    reportCommand->add_option("--model", report.model, "Model file, if it has moved since the run");
 
-    CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of the model file, for editors");
+    CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of model files, for editors");
 
     if (argc > 1 && isUnknownCommand(app, argv[1])) return kesto::kBadModel;
     try {

@@ -39,7 +39,7 @@ void printSeries(const Type& type) {
         std::string name(need.isState ? "initial_" : "");
         name += need.alias.empty() ? kind.name : need.alias;
         std::string note = need.filing == Filing::own ? "its own" : "of its group";
-        if (need.isState) note = "state, 0 unless given";
+        if (need.isState) note = "state, default 0";
         if (need.onlyTracing) note += ", only with trace_sources";
         std::cout << fmt::format("series    {:<22}{} {}\n", name, unit(need.unit.empty() ? kind.unit : need.unit),
                                  note);
@@ -54,12 +54,12 @@ void printType(const Type& type) {
     printPorts("output", type.out, false);
     if (!type.size.meaning.empty()) {
         std::cout << fmt::format("size      {}{}{}\n", type.size.meaning, unit(type.size.unit),
-                                 type.size.standard ? fmt::format(", {} unless given", *type.size.standard) : "");
+                                 type.size.standard ? fmt::format(", default {}", *type.size.standard) : "");
     }
     for (const Parameter& parameter : type.parameters) {
         std::cout << fmt::format("brand {:>3} {:<22}{} {}{}\n", parameter.number, parameter.name, unit(parameter.unit),
                                  parameter.meaning,
-                                 parameter.standard ? fmt::format(", {} unless given", *parameter.standard) : "");
+                                 parameter.standard ? fmt::format(", default {}", *parameter.standard) : "");
     }
     printSeries(type);
     if (type.reservoirs > 0) {

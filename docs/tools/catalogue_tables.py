@@ -68,7 +68,7 @@ def series_table(types):
             rows.append((name, series["filed_under"], unit_text(series["unit"]), text))
         if one["size"]:
             size = one["size"]
-            standard = "" if size["standard"] is None else f"; {number(size['standard'])} unless given"
+            standard = "" if size["standard"] is None else f"; default {number(size['standard'])}"
             rows.append(("`size`", "component", unit_text(size["unit"]), size["meaning"] + standard))
         return rows
     rows = shared(types, rows_of)
@@ -81,7 +81,7 @@ def specifications_table(types):
                  "must be given" if p["standard"] is None else number(p["standard"]), p["meaning"])
                 for p in one["parameters"]]
     rows = sorted(shared(types, rows_of), key=lambda row: int(row[0]))
-    return table(("number", "name", "unit", "unless given", "of", ""), rows) if rows else "None.\n"
+    return table(("number", "name", "unit", "default", "of", ""), rows) if rows else "None.\n"
 
 
 TABLES = {"types": types_table, "ports": ports_table, "series": series_table, "specifications": specifications_table}
