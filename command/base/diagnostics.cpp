@@ -59,10 +59,6 @@ void Diagnostics::error(ErrorName name, const Place& place, std::string text, st
     add(Severity::error, place, std::move(text), name.code().name, std::move(component));
 }
 
-void Diagnostics::error(const Place& place, std::string text) {
-    all_.push_back({.severity = Severity::error, .place = place, .text = std::move(text)});
-}
-
 void Diagnostics::warning(WarningName name, const Place& place, std::string text, std::string component) {
     const WarningCode& code = name.code();
     const Severity severity = code.about == About::note ? Severity::note : Severity::warning;

@@ -29,7 +29,6 @@ struct Diagnostic {
 class Diagnostics {
   public:
     void error(ErrorName name, const Place& place, std::string text, std::string component = {});
-    void error(const Place& place, std::string text);
     // A warning, or a note where the code is one of notes.
     void warning(WarningName name, const Place& place, std::string text, std::string component = {});
 

@@ -57,13 +57,14 @@ void checkInputs(const Model& model, const Network& network, Diagnostics& diagno
         const bool right = type.inputs() == kAnyInputs ? sums || found <= 2 : found == type.inputs();
         if (!right) {
             const std::string missing = missingPorts(type, ports);
-            diagnostics.error(component.place,
+            diagnostics.error("wrong-inputs", component.place,
                               fmt::format("{} ({}): {} component{} send{} to it; expected {}{}", nameOf(component),
                                           type.name, found, found == 1 ? "" : "s", found == 1 ? "s" : "",
                                           type.inputs() == kAnyInputs ? "at most 2" : std::to_string(type.inputs()),
                                           found < type.inputs() && !missing.empty() ? ": " + missing + " missing"
-                                          : found > 2                             ? "; a junction adds flows up"
-                                                                                  : ""));
+                                          : found > 2                               ? "; a junction adds flows up"
+                                                                                    : ""),
+                              component.name);
         } else if (!sums && found > 0 && static_cast<int>(ports.size()) < found) {
             diagnostics.warning("same-input", component.place,
                                 fmt::format("{} ({}): both senders use the same input; the other input "
@@ -92,10 +93,11 @@ void checkOrder(const Model& model, const Network& network, Diagnostics& diagnos
     const int silent = network.silentDelay();
     if (silent >= 0) {
         const Component& delay = model.components[at(silent)];
-        diagnostics.error(delay.place,
+        diagnostics.error("no-order", delay.place,
                           fmt::format("{} (delay): it sends to nothing, but a loop would have to be opened "
                                       "at it; connect it, or list it after the delays of the loop",
-                                      nameOf(delay)));
+                                      nameOf(delay)),
+                          delay.name);
         return;
     }
     const std::vector<int> unplaced = network.unplaced();
@@ -111,7 +113,7 @@ void checkOrder(const Model& model, const Network& network, Diagnostics& diagnos
     }
     const Component& first = model.components[at(unplaced.front())];
     diagnostics.error(
-        first.place,
+        "no-order", first.place,
         fmt::format("no order of calculation: {} on or behind a loop without a delay: {}{}",
                     unplaced.size() == 1 ? "this component lies" : "these components lie", someNames(model, unplaced),
                     delayed.empty() ? std::string()
@@ -137,14 +139,18 @@ void checkTracing(const Model& model, const Network& network, Diagnostics& diagn
         const Component& component = model.components[i];
         const int index = static_cast<int>(i);
         if (isReceivingUnit(component.code) && network.incoming(index).empty() && network.outgoing(index).empty()) {
-            diagnostics.error(component.place, fmt::format("{} ({}): it takes part in no connection, so its sources "
-                                                           "cannot be traced",
-                                                           nameOf(component), component.type->name));
+            diagnostics.error("untraceable", component.place,
+                              fmt::format("{} ({}): it takes part in no connection, so its sources "
+                                          "cannot be traced",
+                                          nameOf(component), component.type->name),
+                              component.name);
         }
         if (component.code == code::kSplitter && traced[i] && network.outgoing(index).empty()) {
-            diagnostics.error(component.place, fmt::format("{} (splitter): sources are traced through it, but it sends "
-                                                           "to nothing",
-                                                           nameOf(component)));
+            diagnostics.error("untraceable", component.place,
+                              fmt::format("{} (splitter): sources are traced through it, but it sends "
+                                          "to nothing",
+                                          nameOf(component)),
+                              component.name);
         }
     }
 }

@@ -2,7 +2,7 @@
 """What is doubtful about a model or its results travels: to the terminal, summary.json, results.nc and --json; --strict
 fails on it unless it is accepted.
 
-usage: check_warnings.py KESTO"""
+usage: check_warnings.py KESTO COMMAND_FOLDER"""
 
 import csv
 import json
@@ -15,6 +15,7 @@ import unittest
 import netCDF4
 
 KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+SOURCES = pathlib.Path(sys.argv.pop(1))
 COLUMNS = ["code", "severity", "text", "file", "line", "column", "component", "accepted"]
 
 # The soil store is not defined below the freezing point.
@@ -263,6 +264,8 @@ class Warnings(unittest.TestCase):
         done = subprocess.run([KESTO, "codes", "--json"], capture_output=True, text=True, check=True)
         rows = {row["code"]: row for row in json.loads(done.stdout)}
         self.assertEqual(rows["not-finite"]["about"], "results")
+        text = "".join(path.read_text() for path in SOURCES.rglob("*.cpp"))
+        self.assertEqual([code for code in rows if f'"{code}"' not in text], [], "codes that nothing has")
         self.assertEqual((rows["part-year"]["severity"], rows["no-file"]["severity"]), ("note", "error"))
 
 
