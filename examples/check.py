@@ -78,6 +78,10 @@ class Results:
         def chosen(values, year=None, months=range(1, 13)):
             return [v for v, day in zip(values, dates) if year in (None, day.year) and day.month in months]
 
+        def on(values, weekday):
+            """Values of one day of the week, 0 for Monday."""
+            return [v for v, day in zip(values, dates) if day.weekday() == weekday]
+
         def day_of(values, value):
             return dates[values.index(value)].isoformat()
 
@@ -102,6 +106,7 @@ class Results:
             "greatest": max,
             "last": lambda values: values[-1],
             "day_of": day_of,
+            "on": on,
             "longest_below": longest,
             "yield_before_spillage": lambda *tank: yield_of_tank(*tank, before_spillage=True),
             "yield_after_spillage": lambda *tank: yield_of_tank(*tank, before_spillage=False),
