@@ -12,19 +12,20 @@ namespace kesto {
 namespace {
 
 constexpr std::array<SeriesKindInfo, kSeriesKinds> kSeriesKindTable{{
-    {SeriesKind::rainfall, "rainfall", "Rainfall", "mm", "rain of the step"},
-    {SeriesKind::temperature, "temperature", "Temp", "degC", "mean air temperature"},
-    {SeriesKind::temperatureMin, "temperature_min", "Tmin", "degC", "lowest air temperature"},
-    {SeriesKind::temperatureMax, "temperature_max", "Tmax", "degC", "highest air temperature"},
-    {SeriesKind::wind, "wind", "Wind", "km/h", "wind speed"},
-    {SeriesKind::occupancy, "occupancy", "Occup", "persons", "persons present in a group"},
-    {SeriesKind::demandFluctuation, "demand_fluctuation", "Dmdflct", "-", "factor on the uses of a group"},
-    {SeriesKind::uses, "uses", "Freq", "1/d", "uses a day of each kind of appliance"},
-    {SeriesKind::multiplier, "multiplier", "Multpls", "-", "factor of a multiplier"},
-    {SeriesKind::threshold, "threshold", "Threshold", "L", "threshold of a divider or switch"},
-    {SeriesKind::demand, "demand", "InsDmd", "L", "amount put in from outside"},
-    {SeriesKind::storage, "storage", "WatQuant", "L", "stored water at the end of each step"},
-    {SeriesKind::quality, "quality", "WatQual", "", "stored quality at the end of each step"},
+    {SeriesKind::rainfall, "rainfall", "Rainfall", "mm", "rain of the step", range::kFactor},
+    {SeriesKind::temperature, "temperature", "Temp", "degC", "mean air temperature", range::kTemperature},
+    {SeriesKind::temperatureMin, "temperature_min", "Tmin", "degC", "lowest air temperature", range::kTemperature},
+    {SeriesKind::temperatureMax, "temperature_max", "Tmax", "degC", "highest air temperature", range::kTemperature},
+    {SeriesKind::wind, "wind", "Wind", "km/h", "wind speed", range::kFactor},
+    {SeriesKind::occupancy, "occupancy", "Occup", "persons", "persons present in a group", range::kNotNegative},
+    {SeriesKind::demandFluctuation, "demand_fluctuation", "Dmdflct", "-", "factor on the uses of a group",
+     range::kNotNegative},
+    {SeriesKind::uses, "uses", "Freq", "1/d", "uses a day of each kind of appliance", range::kNotNegative},
+    {SeriesKind::multiplier, "multiplier", "Multpls", "-", "factor of a multiplier", range::kAny},
+    {SeriesKind::threshold, "threshold", "Threshold", "L", "threshold of a divider or switch", range::kAny},
+    {SeriesKind::demand, "demand", "InsDmd", "L", "amount put in from outside", range::kFactor},
+    {SeriesKind::storage, "storage", "WatQuant", "L", "stored water at the end of each step", range::kNotNegative},
+    {SeriesKind::quality, "quality", "WatQual", "", "stored quality at the end of each step", range::kQuality},
 }};
 
 struct TermInfo {
@@ -161,6 +162,10 @@ const Parameter* findParameter(const Type& type, int number) {
 
 const SeriesKindInfo& info(SeriesKind kind) {
     return kSeriesKindTable[static_cast<std::size_t>(kind)];
+}
+
+const Range& rangeOf(const SeriesNeed& need) {
+    return need.range ? *need.range : info(need.kind).range;
 }
 
 std::string_view ownUnit(const Type& type, SeriesKind kind) {

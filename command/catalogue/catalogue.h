@@ -14,6 +14,7 @@
 
 #include "balance_terms.h"
 #include "codes.h"
+#include "range.h"
 #include "required.h"
 
 namespace kesto {
@@ -47,6 +48,7 @@ struct SeriesKindInfo {
     std::string_view engineWord;  // in the engine's messages
     std::string_view unit;
     std::string_view meaning;
+    Range range;
 };
 
 // Under whose id a series is filed.
@@ -60,6 +62,7 @@ struct SeriesNeed {
     std::string_view unit = {};     // where it differs from the kind's own
     std::string_view alias = {};    // a better name for it in this type
     std::string_view meaning = {};  // likewise
+    std::optional<Range> range = {};
 };
 
 // What quality an output sends. Most that carry water have one of their own, demands have none.
@@ -92,6 +95,7 @@ struct Parameter {
     std::string_view name;
     std::string_view unit;
     std::string_view meaning;
+    Required<Range> range;
     std::optional<double> standard = std::nullopt;  // used where the brand does not give it; none: it must
 };
 
@@ -99,6 +103,7 @@ struct Parameter {
 struct Size {
     std::string_view meaning = {};
     std::string_view unit = {};
+    Range range = {};
     std::optional<double> standard = std::nullopt;
 };
 
@@ -150,6 +155,7 @@ std::vector<std::string_view> parameterNames();
 const Parameter* findParameter(const Type& type, int number);
 
 const SeriesKindInfo& info(SeriesKind kind);
+const Range& rangeOf(const SeriesNeed& need);
 std::string_view ownUnit(const Type& type, SeriesKind kind);  // of a series that is filed under the component itself
 std::optional<SeriesKind> findSeriesKind(std::string_view name);
 std::vector<std::string_view> seriesKindNames();

@@ -17,7 +17,7 @@ Type hydropower() {
                   "its group's reservoir (0 without one).",
               .in = {{"inflow", Carries::water, "water through the turbine"}},
               .out = {withQuality(Quality::passed, {"outflow", Carries::water, "the same"})},
-              .size = Size{"units, a factor on the energy", "-", 1},
+              .size = Size{"units, a factor on the energy", "-", range::kFactor, 1},
               .parameters = {capacityCost("cost/step"), operationCost("cost/year")},
               .series = kNothing,
               .potentials = {kEnergy, kCapacity, kOperation},
@@ -37,14 +37,15 @@ Type hydropower() {
     static constexpr std::string_view kNames[] = {"power_c0", "power_c1", "power_c2", "power_c3", "power_c4",
                                                   "power_c5", "power_c6", "power_c7", "power_c8", "power_c9"};
     for (int i = 0; i < 10; ++i) {
-        type.parameters.push_back({spec::kPowerCurve + i, kNames[i], "kW", kTerms[i], 0});
+        type.parameters.push_back({spec::kPowerCurve + i, kNames[i], "kW", kTerms[i], range::kAny, 0});
     }
-    type.parameters.push_back({spec::kHeadMin, "head_min", "m", "lowest head at which it runs", 0});
-    type.parameters.push_back({spec::kHeadMax, "head_max", "m", "highest head at which it runs"});
-    type.parameters.push_back({spec::kFlowMin, "flow_min", "L/d", "lowest flow at which it runs", 0});
-    type.parameters.push_back({spec::kFlowLimitConstant, "flow_limit_constant", "L/d", "largest flow used, at head 0"});
+    type.parameters.push_back({spec::kHeadMin, "head_min", "m", "lowest head at which it runs", range::kAny, 0});
+    type.parameters.push_back({spec::kHeadMax, "head_max", "m", "highest head at which it runs", range::kAny});
+    type.parameters.push_back({spec::kFlowMin, "flow_min", "L/d", "lowest flow at which it runs", range::kAny, 0});
     type.parameters.push_back(
-        {spec::kFlowLimitPerHead, "flow_limit_per_head", "L/d/m", "largest flow used, for each metre of head", 0});
+        {spec::kFlowLimitConstant, "flow_limit_constant", "L/d", "largest flow used, at head 0", range::kAny});
+    type.parameters.push_back({spec::kFlowLimitPerHead, "flow_limit_per_head", "L/d/m",
+                               "largest flow used, for each metre of head", range::kAny, 0});
     return type;
 }
 
@@ -83,7 +84,7 @@ Type pump() {
             .summary = "Passes its flow on and books the energy for it.",
             .in = {kArrives},
             .out = {passes("outflow", "the same")},
-            .size = Size{"factor on the energy", "-", 1},
+            .size = Size{"factor on the energy", "-", range::kFactor, 1},
             .parameters = {energyPerVolume(), capacityCost("cost/step"), operationCost("cost/year")},
             .series = kNothing,
             .potentials = {kCapacity, kOperation, kEnergy},
@@ -98,10 +99,11 @@ Type solarPanel() {
             .summary = "Books the energy of the day's radiation as negative energy. Daily steps only.",
             .in = kNothing,
             .out = kNothing,
-            .size = Size{"area", "m2"},
+            .size = Size{"area", "m2", range::kArea},
             .parameters = {capacityCost("cost/m2/step"),
                            operationCost("cost/m2/year"),
-                           {spec::kYieldFactor, "yield_factor", "-", "share of the radiation that becomes energy"}},
+                           {spec::kYieldFactor, "yield_factor", "-", "share of the radiation that becomes energy",
+                            range::kRatio}},
             .series = {ofGroup(temperatureMin), ofGroup(temperatureMax)},
             .potentials = {kEnergy, kOperation, kCapacity},
             .balance = kNoWaterPasses,
@@ -117,7 +119,7 @@ Type netRadiation() {
             .summary = "Books the day's net radiation on an area as energy. Daily steps only.",
             .in = kNothing,
             .out = kNothing,
-            .size = Size{"area", "m2"},
+            .size = Size{"area", "m2", range::kArea},
             .parameters = kNothing,
             .series = {ofGroup(temperatureMin), ofGroup(temperatureMax)},
             .potentials = {kEnergy},
@@ -134,11 +136,12 @@ Type windTurbine() {
             .summary = "Books the energy of the wind by a power curve without cut-out, as negative energy.",
             .in = kNothing,
             .out = kNothing,
-            .size = Size{"units", "-", 1},
-            .parameters = {{spec::kPowerScale, "power_scale", "-", "scale of the power curve"},
+            .size = Size{"units", "-", range::kFactor, 1},
+            .parameters = {{spec::kPowerScale, "power_scale", "-", "scale of the power curve", range::kFactor},
                            capacityCost("cost/unit/step"),
                            operationCost("cost/unit/year"),
-                           {spec::kWindDivisor, "wind_divisor", "-", "divides the wind, for the height of the hub", 1}},
+                           {spec::kWindDivisor, "wind_divisor", "-", "divides the wind, for the height of the hub",
+                            range::kPositive, 1}},
             .series = {ofGroup(wind)},
             .potentials = {kEnergy, kOperation, kCapacity},
             .balance = kNoWaterPasses};

@@ -34,6 +34,8 @@ Type supplyLink() {
         link("supply_link", "PL", code::kSupplyLink,
              "Pipe seen from its end: a demand that travels through it grows by what the pipe will lose.", true);
     type.in = {kDemand};
+    // A pipe can lose more than it delivers.
+    type.parameters.front() = lossFraction("fraction of the demand that is lost", range::kRatio);
     type.out = {
         withQuality(Quality::passed, {"request", Carries::demand, "the demand and its loss, asked for upstream"})};
     type.balance.carries = Carries::demand;
@@ -57,7 +59,7 @@ Type infiltrationLink() {
             .parameters = {capacityCost("cost/step"),
                            operationCost("cost/year"),
                            {spec::kInfiltrationFraction, "infiltration_fraction", "-",
-                            "fraction of the flow that infiltrates"}},
+                            "fraction of the flow that infiltrates", range::kFraction}},
             .series = kNothing,
             .potentials = {kOperation, kCapacity, kInfiltration},
             .balance = {Carries::water,

@@ -60,7 +60,7 @@ Type qualitySetter() {
             .out = {withQuality(Quality::own, passes("outflow", "the flow with the given quality"))},
             .size = kNothing,
             .parameters = kNothing,
-            .series = {ofItsOwn(demand, "quality", "given_quality", "quality that it gives the flow")},
+            .series = {ofItsOwn(demand, "quality", "given_quality", "quality that it gives the flow", range::kQuality)},
             .potentials = kNothing,
             .balance = {Carries::same, "inflow = outflow", {}, Stored::nothing}};
 }

@@ -53,7 +53,7 @@ Type splitter() {
                         "side are (splits).",
                         {passes("first", "the percentage of the flow"), passes("second", "the rest")},
                         "inflow = first + second");
-    type.size = Size{"percentage that goes to the first output", "%"};
+    type.size = Size{"percentage that goes to the first output", "%", range::kPercentage};
     return type;
 }
 
@@ -61,7 +61,7 @@ Type delay() {
     Type type = divider(
         "delay", "SL", code::kDelay, "Passes its input on after a number of steps. A loop in the network needs one.",
         {passes("outflow", "the input of so many steps ago")}, "inflow + under way = outflow + under way'");
-    type.size = Size{"steps", "-"};
+    type.size = Size{"steps", "-", range::kNotNegative};
     type.balance.stored = Stored::underWay;
     return type;
 }
@@ -87,7 +87,7 @@ Type thresholdDivider() {
                 "output; a negative size sends all on once the threshold is reached.",
                 {passes("below", "flow up to the threshold"), passes("above", "the rest")}, "inflow = below + above");
     type.family = "thresholds";
-    type.size = Size{"mode: negative sends the whole flow on", "-", 0};
+    type.size = Size{"mode: negative sends the whole flow on", "-", range::kAny, 0};
     type.series = {ofItsOwn(threshold)};
     return type;
 }
@@ -110,9 +110,10 @@ Type quotaLimiter() {
                 "Lets a flow pass within a daily, a monthly and a yearly allowance. Daily steps only; the "
                 "allowances count from the first step of the run.",
                 {passes("allowed", "what passes"), passes("excess", "what does not")}, "inflow = allowed + excess");
-    type.parameters = {{spec::kDailyLimit, "daily_limit", "L", "allowance of a day"},
-                       {spec::kMonthlyLimit, "monthly_limit", "L", "allowance of a calendar month"},
-                       {spec::kYearlyLimit, "yearly_limit", "L", "allowance of a calendar year"}};
+    type.parameters = {
+        {spec::kDailyLimit, "daily_limit", "L", "allowance of a day", range::kNotNegative},
+        {spec::kMonthlyLimit, "monthly_limit", "L", "allowance of a calendar month", range::kNotNegative},
+        {spec::kYearlyLimit, "yearly_limit", "L", "allowance of a calendar year", range::kNotNegative}};
     type.dailyOnly = true;
     return type;
 }

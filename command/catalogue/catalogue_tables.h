@@ -30,8 +30,8 @@ inline SeriesNeed ofGroup(SeriesKind kind) {
     return {kind, Filing::group};
 }
 inline SeriesNeed ofItsOwn(SeriesKind kind, std::string_view unit = {}, std::string_view alias = {},
-                           std::string_view meaning = {}) {
-    return {kind, Filing::own, false, false, unit, alias, meaning};
+                           std::string_view meaning = {}, std::optional<Range> range = {}) {
+    return {kind, Filing::own, false, false, unit, alias, meaning, range};
 }
 
 inline const Port kInflow{"inflow", Carries::water, "water that flows in"};
@@ -45,19 +45,20 @@ inline Port passes(std::string_view name, std::string_view meaning) {
 }
 
 inline Parameter capacityCost(std::string_view unit) {
-    return {spec::kCapacityCost, "capacity_cost", unit, "capacity potential booked each step, used or not", 0};
+    return {
+        spec::kCapacityCost, "capacity_cost", unit, "capacity potential booked each step, used or not", range::kAny, 0};
 }
 inline Parameter operationCost(std::string_view unit) {
-    return {spec::kOperationCost, "operation_cost", unit, "operation potential", 0};
+    return {spec::kOperationCost, "operation_cost", unit, "operation potential", range::kAny, 0};
 }
 inline Parameter energyPerVolume() {
-    return {spec::kEnergyPerVolume, "energy_per_volume", "kWh/L", "energy spent on each litre", 0};
+    return {spec::kEnergyPerVolume, "energy_per_volume", "kWh/L", "energy spent on each litre", range::kAny, 0};
 }
 inline Parameter waterQuality(std::string_view what) {
-    return {spec::kWaterQuality, "water_quality", "", what, 0};
+    return {spec::kWaterQuality, "water_quality", "", what, range::kQuality, 0};
 }
-inline Parameter lossFraction(std::string_view what) {
-    return {spec::kLossFraction, "loss_fraction", "-", what};
+inline Parameter lossFraction(std::string_view what, const Range& range = range::kFraction) {
+    return {spec::kLossFraction, "loss_fraction", "-", what, range};
 }
 
 // Terms of the balance that several types share.

@@ -16,8 +16,9 @@ Type drawStore(std::string_view name, std::string_view tag, int code, std::strin
             .out = {withQuality(Quality::passed,
                                 {"supplied", Carries::water, "water drawn, with a hundredth of the inflow's quality"}),
                     withQuality(Quality::spill, kOverflow)},
-            .size = Size{"capacity", "L"},
-            .parameters = {{spec::kDrawPerDay, "draw_per_day", "L/d", "volume drawn from the store each day"},
+            .size = Size{"capacity", "L", range::kStore},
+            .parameters = {{spec::kDrawPerDay, "draw_per_day", "L/d", "volume drawn from the store each day",
+                            range::kNotNegative},
                            energy,
                            capacityCost("cost/step"),
                            operationCost("cost/year")},
@@ -27,9 +28,9 @@ Type drawStore(std::string_view name, std::string_view tag, int code, std::strin
 }
 
 Type localTreatment() {
-    return drawStore("local_treatment", "LT", code::kLocalTreatment,
-                     "Treatment with a store and a steady draw; energy by the day.",
-                     {spec::kEnergyPerDay, "energy_per_day", "kWh/d", "energy spent each day, whatever the flow", 0});
+    return drawStore(
+        "local_treatment", "LT", code::kLocalTreatment, "Treatment with a store and a steady draw; energy by the day.",
+        {spec::kEnergyPerDay, "energy_per_day", "kWh/d", "energy spent each day, whatever the flow", range::kAny, 0});
 }
 
 Type wastewaterTreatment() {
@@ -41,7 +42,8 @@ Type wastewaterTreatment() {
             .in = {kInflow},
             .out = {kOutflow},
             .size = kNothing,
-            .parameters = {{spec::kTreatmentCapacity, "treatment_capacity", "L/d", "volume that it can treat in a day"},
+            .parameters = {{spec::kTreatmentCapacity, "treatment_capacity", "L/d", "volume that it can treat in a day",
+                            range::kNotNegative},
                            energyPerVolume(),
                            capacityCost("cost/step"),
                            operationCost("cost/year")},
@@ -62,7 +64,8 @@ Type membrane() {
                             {"permeate", Carries::water, "recovered, with a hundredth of the inflow's quality"}),
                 withQuality(Quality::passed, {"concentrate", Carries::water, "the rest of the water and of the load"})},
         .size = kNothing,
-        .parameters = {{spec::kTreatmentCapacity, "treatment_capacity", "L/d", "volume that it can take in a day"},
+        .parameters = {{spec::kTreatmentCapacity, "treatment_capacity", "L/d", "volume that it can take in a day",
+                        range::kNotNegative},
                        energyPerVolume(),
                        capacityCost("cost/step"),
                        operationCost("cost/year")},

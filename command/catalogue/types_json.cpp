@@ -12,6 +12,20 @@ Json orNull(const std::optional<double>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
 
+// What lies beyond each end; null where nothing does.
+Json limit(double value, Beyond beyond) {
+    if (beyond == Beyond::allowed) return nullptr;
+    return {{"value", value}, {"beyond", beyond == Beyond::error ? "error" : "warning"}};
+}
+
+Json rangeJson(const Range& range) {
+    if (range.isAny()) return nullptr;
+    return {{"text", toText(range)},
+            {"low", limit(range.low, range.below)},
+            {"high", limit(range.high, range.above)},
+            {"in_a_step", range.perStep}};
+}
+
 Json portsOf(const std::vector<Port>& ports) {
     Json list = Json::array();
     for (const Port& port : ports) {
@@ -36,6 +50,7 @@ Json parametersOf(const Type& type) {
                         {"name", parameter.name},
                         {"unit", parameter.unit},
                         {"meaning", parameter.meaning},
+                        {"range", rangeJson(parameter.range)},
                         {"standard", orNull(parameter.standard)}});
     }
     return list;
@@ -50,6 +65,7 @@ Json seriesOf(const Type& type) {
                         {"filed_under", need.filing == Filing::own ? "component" : "group"},
                         {"unit", need.unit.empty() ? kind.unit : need.unit},
                         {"meaning", need.meaning.empty() ? kind.meaning : need.meaning},
+                        {"range", rangeJson(rangeOf(need))},
                         {"is_state", need.isState},
                         {"only_with_trace_sources", need.onlyTracing}});
     }
@@ -74,7 +90,10 @@ Json termsOf(const BalanceIdentity& balance) {
 
 Json sizeOf(const Size& size) {
     if (size.meaning.empty()) return nullptr;
-    return {{"meaning", size.meaning}, {"unit", size.unit}, {"standard", orNull(size.standard)}};
+    return {{"meaning", size.meaning},
+            {"unit", size.unit},
+            {"range", rangeJson(size.range)},
+            {"standard", orNull(size.standard)}};
 }
 
 }  // namespace

@@ -30,6 +30,8 @@ void checkModel(const Model& model, SeriesValues& series, Diagnostics& diagnosti
     checkComponents(model, series, diagnostics);
     if (model.isNetworkComplete) checkNetwork(model, diagnostics);
     checkDoubts(model, diagnostics);
+    checkRanges(model, series, diagnostics);
+    checkSeries(model, series, diagnostics);
     checkValues(model, series, diagnostics);
 }
 

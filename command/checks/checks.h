@@ -17,6 +17,8 @@ void checkComponents(const Model& model, SeriesValues& series, Diagnostics& diag
 void checkNetwork(const Model& model, Diagnostics& diagnostics);
 void checkWiring(const Model& model, const Network& network, Diagnostics& diagnostics);
 void checkDoubts(const Model& model, Diagnostics& diagnostics);
+void checkRanges(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
+void checkSeries(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 void checkValues(const Model& model, SeriesValues& series, Diagnostics& diagnostics);
 
 }  // namespace kesto

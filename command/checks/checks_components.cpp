@@ -77,7 +77,7 @@ class ComponentChecks {
                                  component.name);
         }
         if (component.code == code::kDelay && component.hasSize &&
-            (component.size < 0 || component.size > 2147483647.0 || std::fmod(component.size, 1) > 0)) {
+            (component.size > 2147483647.0 || std::fmod(std::abs(component.size), 1) > 0)) {
             error("wrong-value", component.sizePlace, component,
                   fmt::format("size is {}; expected a whole number of steps, 0 or more", component.size));
         }

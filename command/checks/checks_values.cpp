@@ -1,4 +1,4 @@
-// Warnings: values that can be run with, but are surely not meant.
+// Warnings: values that can be run with, but are surely not meant. Ranges stand in checks_ranges.cpp.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -23,11 +23,8 @@ class ValueDoubts {
         checkParameters();
         for (const Component& component : model_.components) {
             checkFrost(component);
-            checkSize(component);
-            checkFractions(component);
         }
         checkWind();
-        checkRain();
         shared_.report(diagnostics_);
     }
 
@@ -100,30 +97,6 @@ class ValueDoubts {
             "; cut the series at 0");
     }
 
-    // A capacity of 0 passes all on, which may be meant.
-    void checkSize(const Component& component) {
-        const Size& size = component.type->size;
-        const bool isOdd = (size.unit == "m2" && component.size <= 0) || (size.unit == "L" && component.size < 0);
-        if (!isOdd || !component.hasSize) return;
-        doubt("odd-size", component.sizePlace, component,
-              fmt::format("its {} is {} {}", size.meaning, component.size, size.unit));
-    }
-
-    // Most often a percentage.
-    void checkFractions(const Component& component) {
-        if (component.brand < 0) return;
-        const Brand& brand = model_.brands[at(component.brand)];
-        for (const Parameter& parameter : component.type->parameters) {
-            const auto given = brand.specifications.find(parameter.number);
-            if (given == brand.specifications.end() || !parameter.name.ends_with("_fraction")) continue;
-            const double value = given->second.value;
-            if (value >= 0 && value <= 1) continue;
-            shared_.addWarning("odd-fraction", given->second.place, component,
-                               fmt::format("brand \"{}\": {} is {}, which is not between 0 and 1; read by", brand.name,
-                                           parameter.name, value));
-        }
-    }
-
     // Weather files often hold m/s. A month without a day above 15 km/h anywhere is rarer than that mistake.
     void checkWind() {
         for (const Group& group : model_.groups) {
@@ -140,22 +113,6 @@ class ValueDoubts {
                             "\"m/s\"",
                             group.name, highest));
             return;
-        }
-    }
-
-    void checkRain() {
-        std::set<SourceIndex> seen;
-        for (const Group& group : model_.groups) {
-            const SourceIndex source = group.series[SeriesKind::rainfall];
-            if (source < 0 || !seen.insert(source).second) continue;
-            const auto values = series_.of(source);
-            if (!values) continue;
-            const auto first = std::find_if(values->begin(), values->end(), [](float rain) { return rain < 0; });
-            if (first == values->end()) continue;
-            const auto step = static_cast<std::size_t>(first - values->begin());
-            diagnostics_.warning("negative-rain", series_.placeOf(source, step),
-                                 fmt::format("rainfall is {} on {}; is it a mark for a missing value?", *first,
-                                             toText(model_.simulation.start + static_cast<Day>(step))));
         }
     }
 

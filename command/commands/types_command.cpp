@@ -15,6 +15,10 @@ std::string unit(std::string_view unit) {
     return unit.empty() || unit == "-" ? "" : fmt::format(" [{}]", unit);
 }
 
+std::string rangeOf(const Range& range) {
+    return range.isAny() ? "" : ", " + toText(range);
+}
+
 std::string codes(const Type& type) {
     std::string text;
     for (const int code : type.codes) {
@@ -53,12 +57,13 @@ void printType(const Type& type) {
     printPorts("input ", type.in, type.anyInputs);
     printPorts("output", type.out, false);
     if (!type.size.meaning.empty()) {
-        std::cout << fmt::format("size      {}{}{}\n", type.size.meaning, unit(type.size.unit),
+        std::cout << fmt::format("size      {}{}{}{}\n", type.size.meaning, unit(type.size.unit),
+                                 rangeOf(type.size.range),
                                  type.size.standard ? fmt::format(", default {}", *type.size.standard) : "");
     }
     for (const Parameter& parameter : type.parameters) {
-        std::cout << fmt::format("brand {:>3} {:<22}{} {}{}\n", parameter.number, parameter.name, unit(parameter.unit),
-                                 parameter.meaning,
+        std::cout << fmt::format("brand {:>3} {:<22}{} {}{}{}\n", parameter.number, parameter.name,
+                                 unit(parameter.unit), parameter.meaning, rangeOf(parameter.range),
                                  parameter.standard ? fmt::format(", default {}", *parameter.standard) : "");
     }
     printSeries(type);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "number_format.h"
 #include "reader_parts.h"
@@ -134,9 +135,9 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original, 
         const bool isUsed = !uses.empty();
         if (!isUsed) uses = unitsAnywhere(key.value);
         const auto quantity = readParameter(value, uses, isUsed, what + ": " + key.value, reading.diagnostics);
-        // One that cannot be read is given all the same.
+        // One that cannot be read is given all the same, as no number, which no check minds.
         const auto [existing, isNew] =
-            brand.specifications.emplace(*number, Placed<double>{quantity.value_or(0), key.place});
+            brand.specifications.emplace(*number, Placed<double>{quantity.value_or(std::nan("")), key.place});
         if (!isNew) {
             reading.diagnostics.error("repeated", key.place,
                                       fmt::format("{}: {} is specification {}, which stands already at {}", what,

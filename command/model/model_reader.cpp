@@ -42,7 +42,7 @@ void readSimulation(Reading& reading, const Value& original) {
         }
     }
     if (const auto step = section.quantity("time_step", "d")) {
-        simulation.timeStep = step->value;
+        if (step->value > 0) simulation.timeStep = step->value;
         if (step->value <= 0) {
             reading.diagnostics.error("wrong-value", step->place,
                                       fmt::format("[simulation]: time_step is {}; expected days above 0", step->value));

@@ -154,6 +154,10 @@ Json component(const Type& type) {
               {"brand", text("name of its parameters in [brands]")},
               {"id", {{"type", "integer"}, {"minimum", 1}, {"maximum", (1 << 24) - 1}}},
               {"size", quantity(type.size.unit, type.size.meaning.empty() ? "not read" : type.size.meaning)}};
+    // A text with a unit is not compared.
+    const Range& range = type.size.range;
+    if (range.below == Beyond::error)
+        keys["size"][range.atLow == Beyond::error ? "exclusiveMinimum" : "minimum"] = range.low;
     Json required = Json::array({"name", "type"});
     if (!type.size.meaning.empty() && !type.size.standard) required.push_back("size");
     if (needsBrand(type)) required.push_back("brand");

@@ -15,6 +15,10 @@ def unit_text(unit):
     return re.sub(r"(?<=[m)])([23])\b", lambda match: "²" if match[1] == "2" else "³", unit).replace("degC", "°C")
 
 
+def range_text(one):
+    return one["range"]["text"] if one["range"] else ""
+
+
 def number(value):
     return f"{value:g}"
 
@@ -65,23 +69,23 @@ def series_table(types):
         for series in one["series"]:
             name = f"{'state ' if series['is_state'] else ''}`{series['name']}`"
             text = series["meaning"] + (", only with `trace_sources`" if series["only_with_trace_sources"] else "")
-            rows.append((name, series["filed_under"], unit_text(series["unit"]), text))
+            rows.append((name, series["filed_under"], unit_text(series["unit"]), range_text(series), text))
         if one["size"]:
             size = one["size"]
             standard = "" if size["standard"] is None else f"; default {number(size['standard'])}"
-            rows.append(("`size`", "component", unit_text(size["unit"]), size["meaning"] + standard))
+            rows.append(("`size`", "component", unit_text(size["unit"]), range_text(size), size["meaning"] + standard))
         return rows
     rows = shared(types, rows_of)
-    return table(("series or size", "filed under", "unit", "of", ""), rows) if rows else "None; size is not read.\n"
+    return table(("series or size", "filed under", "unit", "range", "of", ""), rows) if rows else "None; size is not read.\n"
 
 
 def specifications_table(types):
     def rows_of(one):
         return [(str(p["number"]), f"`{p['name']}`", unit_text(p["unit"]),
-                 "must be given" if p["standard"] is None else number(p["standard"]), p["meaning"])
+                 "must be given" if p["standard"] is None else number(p["standard"]), range_text(p), p["meaning"])
                 for p in one["parameters"]]
     rows = sorted(shared(types, rows_of), key=lambda row: int(row[0]))
-    return table(("number", "name", "unit", "default", "of", ""), rows) if rows else "None.\n"
+    return table(("number", "name", "unit", "default", "range", "of", ""), rows) if rows else "None.\n"
 
 
 TABLES = {"types": types_table, "ports": ports_table, "series": series_table, "specifications": specifications_table}

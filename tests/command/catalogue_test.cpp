@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -107,6 +108,50 @@ TEST(Catalogue, StandardsOfOneNumberAgree) {
                 << type.name << " " << parameter.name;
         }
     }
+}
+
+TEST(Catalogue, StandardsAreWithinTheirRange) {
+    for (const Type& type : allTypes()) {
+        for (const Parameter& parameter : type.parameters) {
+            if (!parameter.standard) continue;
+            EXPECT_EQ(parameter.range.beyond(*parameter.standard), Beyond::allowed)
+                << type.name << " " << parameter.name;
+        }
+        EXPECT_EQ(type.size.range.beyond(type.size.standard.value_or(1)), Beyond::allowed) << type.name;
+    }
+}
+
+TEST(Catalogue, StoresSayWhatLimitsThem) {
+    for (const Type& type : allTypes()) {
+        bool stores = false;
+        for (const SeriesNeed& need : type.series) {
+            stores = stores || (need.isState && need.kind == SeriesKind::storage);
+        }
+        int limits = type.size.range.limitsStore ? 1 : 0;
+        for (const Parameter& parameter : type.parameters) {
+            limits += parameter.range.limitsStore ? 1 : 0;
+        }
+        // A detention basin has no highest level.
+        EXPECT_EQ(limits, stores && type.name != "detention_basin" ? 1 : 0) << type.name;
+    }
+}
+
+TEST(Ranges, TellWhatLiesBeyond) {
+    EXPECT_EQ(range::kFraction.beyond(-0.1), Beyond::warning);
+    EXPECT_EQ(range::kFraction.beyond(0), Beyond::allowed);
+    EXPECT_EQ(range::kFraction.beyond(1), Beyond::allowed);
+    EXPECT_EQ(range::kFraction.beyond(1.1), Beyond::error);
+    EXPECT_EQ(range::kArea.beyond(0), Beyond::warning);
+    EXPECT_EQ(range::kArea.beyond(-1), Beyond::error);
+    EXPECT_EQ(range::kPositive.beyond(0), Beyond::error);
+    EXPECT_EQ(range::kAny.beyond(-1e30), Beyond::allowed);
+    EXPECT_EQ(range::kRate.beyond(std::nan("")), Beyond::allowed);
+    EXPECT_EQ(toText(range::kArea), "above 0");
+    EXPECT_EQ(toText(range::kNotNegative), "0 or more");
+    EXPECT_EQ(toText(range::kRate), "0 to 1 in a step");
+    EXPECT_EQ(toText(range::kAny), "");
+    EXPECT_EQ(withUnit(0.1F, "m2"), "0.1 m2");
+    EXPECT_EQ(withUnit(0.5, "-"), "0.5");
 }
 
 TEST(Catalogue, PortsHaveNamesOfTheirOwn) {

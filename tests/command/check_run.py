@@ -220,12 +220,18 @@ splits.csv:4:1: error: component "fork": splits has no members; expected a list 
 4 errors, 0 warnings
 """)
 
-    def test_percentages_for_fractions_are_doubted(self):
-        done = self.kesto("check", "model.toml", "--set", "brands.roof.evaporation_fraction=10", "--set", "tank.size=-1")
-        self.assertEqual(done.returncode, 0)
-        self.assertIn('brand "roof": evaporation_fraction is 10, which is not between 0 and 1; read by component "roof" '
-                      '(impervious_surface)', done.stderr)
-        self.assertIn('component "tank" (tank): its capacity is -1 L', done.stderr)
+    def test_what_means_nothing_is_refused(self):
+        done = self.kesto("check", "model.toml", "--set", "brands.roof.evaporation_fraction=10", "--set", "tank.size=-1",
+                          "--set", "tank.initial_storage=1e39")
+        self.assertEqual(done.returncode, 2)
+        self.assertEqual(done.stderr, """\
+--set brands.roof.evaporation_fraction=10: error: brand "roof": evaporation_fraction is 10; expected 0 to 1; 10 % is 0.1; read \
+by component "roof" (impervious_surface)
+--set tank.initial_storage=1e39: error: component "tank": initial_storage is the number 1e+39; expected a number that single \
+precision can hold, at most 3.4e38
+--set tank.size=-1: error: component "tank" (tank): its capacity is -1 L; expected 0 or more
+3 errors, 0 warnings
+""")
 
     def test_costs_are_told_to_machines(self):
         costs = json.loads(self.kesto("run", "model.toml", "--json").stdout)["costs"]

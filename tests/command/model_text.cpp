@@ -36,7 +36,10 @@ std::string componentText(const Type& type, int code, const std::string& name) {
 std::string brandText(const Type& type, const std::string& name) {
     std::string text = fmt::format("[brands.b_{}]\n", name);
     for (const Parameter& parameter : type.parameters) {
-        if (!parameter.standard) text += fmt::format("{} = {}\n", parameter.name, 0.25 * parameter.number);
+        if (parameter.standard) continue;
+        // Of its own for each number, and within the range of a fraction where it is one.
+        const double value = parameter.number / (parameter.range.high == 1 ? 128.0 : 4.0);
+        text += fmt::format("{} = {}\n", parameter.name, value);
     }
     return text;
 }
