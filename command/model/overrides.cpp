@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "toml_file.h"
@@ -73,8 +74,13 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
     const std::vector<std::string_view> names(targets.begin(), targets.end());
     for (const Override& one : overrides) {
         if (one.used) continue;
+        // The name of a brand or group is easily given without the table that it stands in.
+        const auto whole = std::find_if(names.begin(), names.end(),
+                                        [&](std::string_view name) { return name.ends_with("." + one.target); });
+        const std::string hint = whole == names.end() ? suggestion(one.target, names)
+                                                      : fmt::format("; did you mean \"{}.{}\"?", *whole, one.key);
         diagnostics.error("unknown-name", one.value.place,
-                          fmt::format("there is no \"{}\" in the model{}", one.target, suggestion(one.target, names)));
+                          fmt::format("there is no \"{}\" in the model{}", one.target, hint));
     }
 }
 

@@ -250,6 +250,15 @@ precision can hold, at most 3.4e38
         self.assertEqual(self.kesto("chekc", "model.toml").stderr,
                          'kesto: error: there is no command "chekc"; kesto --help lists them; did you mean "check"?\n')
 
+    def test_brands_and_groups_are_set_by_their_whole_names(self):
+        self.kesto("new", "plain")
+        for given, meant in (("tiles.evaporation_fraction", "brands.tiles.evaporation_fraction"),
+                             ("house.occupancy", "groups.house.occupancy")):
+            done = self.kesto("check", "plain/model.toml", "--set", given + "=0.2")
+            self.assertEqual(done.returncode, 2)
+            self.assertIn(f'in the model; did you mean "{meant}"?', done.stderr)
+            self.assertEqual(self.kesto("check", "plain/model.toml", "--set", meant + "=0.2").returncode, 0)
+
     def test_unit_without_blank(self):
         self.assertEqual(self.kesto("run", "model.toml", "--set", "tank.size=3m3").stderr,
                          '--set tank.size=3m3: error: component "tank": size is the text "3m3"; expected a number in L, '
