@@ -44,16 +44,17 @@ void radiate(const std::vector<Notes::RadiationUnit>& units, const Block& block)
     }
 }
 
+// Junction or mixer, which has a list of its inputs for a form.
 template <Signal (*result)(Signal)>
-void addUp(const Signal* signals, std::span<const std::size_t> inputs, std::int32_t length, Signal* sums) {
-    std::fill_n(sums, length, Signal{});
-    for (const std::size_t place : inputs) {
-        const Signal* const input = signals + place;
-        for (std::int32_t j = 0; j < length; ++j)
-            addInput(sums[j], input[j]);
+void addUp(const void* inputs, const Block& block, const Ports& ports) {
+    std::fill_n(ports.out1, block.length, Signal{});
+    for (const auto* input = static_cast<const Signal* const*>(inputs); *input; ++input) {
+        const Signal* const signals = block.part(*input);
+        for (std::int32_t j = 0; j < block.length; ++j)
+            addInput(ports.out1[j], signals[j]);
     }
-    for (std::int32_t j = 0; j < length; ++j)
-        sums[j] = result(sums[j]);
+    for (std::int32_t j = 0; j < block.length; ++j)
+        ports.out1[j] = result(ports.out1[j]);
 }
 
 }  // namespace
@@ -73,6 +74,30 @@ Blocks::Blocks(Run& run, Step& step, const BoundNetwork& network, const Plan& pl
     for (const Slot slot : {kIn1, kIn2, kOut1, kOut2}) {
         if (!wiring.isRead(wiring.ofNobody() + slot)) continue;
         std::fill_n(&signals_[plan.layout.place(wiring.ofNobody() + slot) - 1], plan.layout.length, slots[slot]);
+    }
+    fillEntries();
+}
+
+void Blocks::fillEntries() {
+    std::vector<std::size_t> listOf(plan_.wiring.size());
+    for (std::size_t i = 0; i < plan_.wiring.size(); ++i) {
+        if (network_.components[i].type) continue;
+        listOf[i] = sumInputs_.size();
+        for (const Reading& reading : plan_.wiring.sumInputs(i))
+            sumInputs_.push_back(&signals_[plan_.layout.place(reading)]);
+        sumInputs_.push_back(nullptr);
+    }
+    entries_.reserve(plan_.schedule.order.size());
+    for (const std::size_t task : plan_.schedule.order) {
+        const std::size_t position = task / 2;
+        const auto signals = [&](Slot slot) { return &signals_[plan_.placeOf(position, slot)]; };
+        entries_.push_back({network_.tasks[task],
+                            {signals(kIn1), signals(kIn2), signals(kOut1), signals(kOut2)},
+                            !plan_.transfersOf(task).empty()});
+        const auto& [row, type] = network_.components[position];
+        if (type) continue;
+        const bool isJunction = nint(row->techid) == code::kJunction;
+        entries_.back().bound.forms[0] = {isJunction ? addUp<junction> : addUp<mixer>, &sumInputs_[listOf[position]]};
     }
 }
 
@@ -110,10 +135,9 @@ bool Blocks::runBlock(const Block& block, bool isLast) {
         for (std::int32_t round = 0; round < rounds; ++round) {
             const Block part = stepByStep ? block.step(round) : block;
             for (std::size_t i = begin; i < end; ++i) {
-                const std::size_t task = plan_.schedule.order[i];
-                for (; unit != units.end() && unit->task == task; ++unit)
+                for (; unit != units.end() && unit->task == plan_.schedule.order[i]; ++unit)
                     unit->radiate(block, 0);
-                runTask(task, part, isLast);
+                runEntry(i, part, isLast);
                 if (Globals_->ErrFlag == 1) return false;
             }
         }
@@ -121,39 +145,23 @@ bool Blocks::runBlock(const Block& block, bool isLast) {
     return true;
 }
 
-void Blocks::runTask(std::size_t task, const Block& block, bool isLast) {
-    const bool hasTransfers = plan_.transferStart[task] != plan_.transferStart[task + 1];
-    if (hasTransfers) transfer(task, true, block);
-    const std::size_t position = task / 2;
-    const auto& [in1, in2, out1, out2] = plan_.ports[position];
-    Signal* const signals = block.part(signals_.data());
-    const Ports ports{signals + in1, signals + in2, signals + out1, signals + out2};
-    const Task& bound = network_.tasks[task];
+void Blocks::runEntry(std::size_t place, const Block& block, bool isLast) {
+    const auto& [bound, whole, hasTransfers] = entries_[place];
+    if (hasTransfers) transfer(place, true, block);
+    const Ports ports{block.part(whole.in1), block.part(whole.in2), block.part(whole.out1), block.part(whole.out2)};
     for (const Bound& form : bound.forms) {
         if (form.run) form.run(form.form, block, ports);
     }
-    if (!bound.forms[0].run) addInputs(position, block, ports.out1);
-    if (hasTransfers) transfer(task, false, block);
-    if (!isLast || task != taskOf(position, Half::Outputs)) return;
+    if (hasTransfers) transfer(place, false, block);
+    const std::size_t task = plan_.schedule.order[place];
+    if (!isLast || task != taskOf(task / 2, Half::Outputs)) return;
     const std::int32_t j = block.length - 1;
-    PutInCrossSignal(run_.signals, run_.connections, position, ports.out1[j], ports.out2[j]);
+    PutInCrossSignal(run_.signals, run_.connections, task / 2, ports.out1[j], ports.out2[j]);
 }
 
-// Of a junction or mixer.
-void Blocks::addInputs(std::size_t position, const Block& block, Signal* out1) const {
-    const auto& [row, type] = network_.components[position];
-    if (type) return;
-    const auto [begin, end] = plan_.wiring.sumRange(position);
-    const Signal* const signals = block.part(signals_.data());
-    const std::span inputs = std::span(plan_.sumInputs).subspan(begin, end - begin);
-    const auto add = nint(row->techid) == code::kJunction ? addUp<junction> : addUp<mixer>;
-    add(signals, inputs, block.length, out1);
-}
-
-void Blocks::transfer(std::size_t task, bool isBefore, const Block& block) {
+void Blocks::transfer(std::size_t place, bool isBefore, const Block& block) {
     Signal* const signals = block.part(signals_.data());
-    for (std::size_t i = plan_.transferStart[task]; i < plan_.transferStart[task + 1]; ++i) {
-        const Transfer& transfer = plan_.transfers[i];
+    for (const Transfer& transfer : plan_.transfersOf(plan_.schedule.order[place])) {
         if (transfer.isBefore != isBefore) continue;
         Signal* const target = signals + transfer.target;
         const Signal* const source = signals + transfer.source;

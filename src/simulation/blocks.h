@@ -20,10 +20,17 @@ class Blocks {
     std::int32_t run(std::int32_t end);
 
   private:
+    // A task, and its signals in the first step of a block.
+    struct Entry {
+        Task bound;
+        Ports ports;
+        bool hasTransfers;
+    };
+
+    void fillEntries();
     bool runBlock(const Block& block, bool isLast);
-    void runTask(std::size_t task, const Block& block, bool isLast);
-    void addInputs(std::size_t position, const Block& block, Signal* out1) const;
-    void transfer(std::size_t task, bool isBefore, const Block& block);
+    void runEntry(std::size_t place, const Block& block, bool isLast);
+    void transfer(std::size_t place, bool isBefore, const Block& block);
     void storeSlots(std::int32_t j);
 
     AUEglobals* Globals_;
@@ -31,7 +38,9 @@ class Blocks {
     Step& step_;
     const BoundNetwork& network_;
     const Plan& plan_;
-    std::vector<Signal> signals_;  // all arrays of the plan
+    std::vector<Signal> signals_;           // all arrays of the plan
+    std::vector<Entry> entries_;            // in the order of the schedule
+    std::vector<const Signal*> sumInputs_;  // of all junctions and mixers, each list with a null at its end
     std::vector<float> blockArrays_;
     std::vector<Date> dates_;  // of all steps, when some form needs them
 };

@@ -161,16 +161,6 @@ std::int32_t chooseLength(const PlanOptions& options, std::size_t signals, std::
     return options.byTurns ? 1 : std::min(length, options.steps);
 }
 
-std::array<std::size_t, kSlots> placePorts(const Wiring& wiring, const ArrayLayout& layout, std::size_t position) {
-    std::array<std::size_t, kSlots> places{};
-    for (const Slot slot : {kIn1, kIn2, kOut1, kOut2}) {
-        const Reading* const input = slot == kIn1 || slot == kIn2 ? wiring.input(position, slot) : nullptr;
-        const std::size_t own = position * kSlots + slot;
-        places[slot] = input ? layout.place(*input) : wiring.isRead(own) ? layout.place(own) : layout.unread(slot);
-    }
-    return places;
-}
-
 std::vector<Transfer> findTransfers(const BoundNetwork& network, const Plan& plan) {
     const Wiring& wiring = plan.wiring;
     std::vector<Transfer> transfers;
@@ -206,16 +196,17 @@ Plan::Plan(const BoundNetwork& network, const CRossConnection& connections, cons
       layout{sharePlaces(findLifetimes(wiring, schedule))} {
     blockLength = chooseLength(options, layout.arrays.count, network.notes.arrays.size());
     layout.length = static_cast<std::size_t>(blockLength) + 1;
-    ports.reserve(wiring.size());
-    for (std::size_t i = 0; i < wiring.size(); ++i) {
-        ports.push_back(placePorts(wiring, layout, i));
-        for (const Reading& reading : wiring.sumInputs(i))
-            sumInputs.push_back(layout.place(reading));
-    }
     transfers = findTransfers(network, *this);
     transferStart.assign(network.tasks.size() + 1, 0);
     for (const Transfer& transfer : transfers)
         ++transferStart[transfer.task + 1];
     for (std::size_t task = 0; task < network.tasks.size(); ++task)
         transferStart[task + 1] += transferStart[task];
+}
+
+std::size_t Plan::placeOf(std::size_t position, Slot slot) const {
+    const Reading* const input = slot == kIn1 || slot == kIn2 ? wiring.input(position, slot) : nullptr;
+    if (input) return layout.place(*input);
+    const std::size_t own = position * kSlots + slot;
+    return wiring.isRead(own) ? layout.place(own) : layout.unread(slot);
 }

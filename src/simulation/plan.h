@@ -6,8 +6,9 @@
 #ifndef KESTO_SIMULATION_PLAN_H
 #define KESTO_SIMULATION_PLAN_H
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "simulation/lifetimes.h"
@@ -52,10 +53,14 @@ struct Plan {
     Schedule schedule;
     std::int32_t blockLength;
     ArrayLayout layout;
-    std::vector<std::array<std::size_t, kSlots>> ports;  // by component: places of its four signals
-    std::vector<std::size_t> sumInputs;                  // places of Wiring's
-    std::vector<Transfer> transfers;                     // in the order of their tasks
-    std::vector<std::size_t> transferStart;              // of each task's; one more at the end
+    std::vector<Transfer> transfers;         // in the order of their tasks
+    std::vector<std::size_t> transferStart;  // of each task's; one more at the end
+
+    // The place of a component's signals.
+    std::size_t placeOf(std::size_t position, Slot slot) const;
+    std::span<const Transfer> transfersOf(std::size_t task) const {
+        return std::span(transfers).subspan(transferStart[task], transferStart[task + 1] - transferStart[task]);
+    }
 };
 
 #endif

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <span>
-#include <utility>
 #include <vector>
 
 #include "simulation/turns.h"
@@ -28,12 +27,7 @@ class Wiring {
     }
     // Those of a junction or mixer, in the order of the senders.
     std::span<const Reading> sumInputs(std::size_t position) const {
-        const auto [begin, end] = sumRange(position);
-        return std::span(sumInputs_).subspan(begin, end - begin);
-    }
-    // Where they stand among those of all.
-    std::pair<std::size_t, std::size_t> sumRange(std::size_t position) const {
-        return {sumStart_[position], sumStart_[position + 1]};
+        return std::span(sumInputs_).subspan(sumStart_[position], sumStart_[position + 1] - sumStart_[position]);
     }
 
     // Slots that are read without having been filled in the step. Their quality is what the component before left
