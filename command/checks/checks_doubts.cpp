@@ -22,6 +22,7 @@ class Doubts {
         for (const Component& component : model_.components) {
             checkQuota(component);
         }
+        checkStart();
         checkInfiltration();
         if (model_.isNetworkComplete) checkReach();
         if (model_.simulation.traceSources) checkIds();
@@ -49,6 +50,17 @@ class Doubts {
         doubt("part-year", component.place, component,
               fmt::format("the run starts on {}: its first year has the whole yearly allowance",
                           toText(model_.simulation.start)));
+    }
+
+    // Their radiation follows from the mean range of temperature of the last 30 days, of which the first ones miss some.
+    void checkStart() {
+        for (const Component& component : model_.components) {
+            if (component.code != code::kSolarPanel && component.code != code::kNetRadiation) continue;
+            doubt("start-up", component.place, component,
+                  "its radiation is too large in the first 30 days of a run: start a month earlier and leave that month "
+                  "out of the results");
+            return;
+        }
     }
 
     // A sum of litres and millimetres means nothing.
