@@ -52,13 +52,15 @@ class Doubts {
                           toText(model_.simulation.start)));
     }
 
-    // Their radiation follows from the mean range of temperature of the last 30 days, of which the first ones miss some.
+    // Their radiation follows from the mean range of temperature of the last 30 days, of which the first ones miss
+    // some.
     void checkStart() {
         for (const Component& component : model_.components) {
             if (component.code != code::kSolarPanel && component.code != code::kNetRadiation) continue;
-            doubt("start-up", component.place, component,
-                  "its radiation is too large in the first 30 days of a run: start a month earlier and leave that month "
-                  "out of the results");
+            doubt(
+                "start-up", component.place, component,
+                "its radiation is too large in the first 30 days of a run: start a month earlier and leave that month "
+                "out of the results");
             return;
         }
     }
@@ -123,8 +125,8 @@ class Doubts {
             const bool isFed = !network.incoming(index).empty();
             if (component.type->inputs() == kAnyInputs && !isFed) {
                 doubt("no-input", component.place, component, "nothing sends to it");
-            } else if (!component.type->out.empty() && network.outgoing(index).empty() && component.type->inputs() == 0 &&
-                       component.type->potentials.empty()) {
+            } else if (!component.type->out.empty() && network.outgoing(index).empty() &&
+                       component.type->inputs() == 0 && component.type->potentials.empty()) {
                 doubt("no-output", component.place, component, "it sends to nothing");
             }
         }

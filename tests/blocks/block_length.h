@@ -1,4 +1,5 @@
-// The engine with blocks of a length that a test chooses: linked in place of the library, with a KESTO_simul of its own.
+// The engine with blocks of a length that a test chooses: linked in place of the library, with a KESTO_simul of its
+// own.
 #ifndef KESTO_TESTS_BLOCK_LENGTH_H
 #define KESTO_TESTS_BLOCK_LENGTH_H
 
