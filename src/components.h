@@ -78,7 +78,7 @@ extern const Form Tn_Pots, Tn_Outs;
 
 // Receiving units: service reservoir, treatment plant
 extern const Form Rs_Pots, Rs_Outs, Rs_Mixing;
-extern const Form Tp_Pots, Tp_Outs;
+extern const Form Tp_Pots, Tp_Outs, Tp_Mixing;
 
 // Multiplier
 extern const Form Ml_Outs;

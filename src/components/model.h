@@ -5,8 +5,8 @@
 // what it finds serves all steps. `run` then computes a range of steps, and may be called for as many ranges as the run
 // has. So a look-up and a formula stand once, whether a step is evaluated alone or many in one go.
 //
-// Within a range the forms of outputs run before those of potentials, which read no more than the inputs and the states
-// at the end of the steps before.
+// Within a range the form of outputs runs before that of potentials, which reads no more than the inputs and the states
+// at the end of the steps before, and before the one that traces sources, which reads the qualities of others besides.
 #ifndef KESTO_COMPONENTS_MODEL_H
 #define KESTO_COMPONENTS_MODEL_H
 
@@ -287,12 +287,14 @@ class Binder {
 // What a form does to the outputs of its component.
 enum class Sets { Nothing, Out1, Both, Out1AndQuantity2 };
 
-// The two halves of a component.
-enum class Half { Outputs, Potentials };
+// What a component's forms do, one each at most. Tracing a receiving unit's sources computes a quality, which flows
+// with no signal: what the unit asks for does not wait for it.
+enum class Part { Outputs, Potentials, Tracing };
+inline constexpr std::size_t kParts = 3;
 
 // A form as the list of types knows it.
 struct Form {
-    Half half;
+    Part part;
     Sets sets;
     Bound (*bind)(Binder&);  // whose look-ups may have failed
 };
@@ -310,9 +312,12 @@ Bound bindForm(Binder& binder) {
 }
 
 template <typename F>
-inline constexpr Form kPotentials{Half::Potentials, Sets::Nothing, bindForm<F>};
+inline constexpr Form kPotentials{Part::Potentials, Sets::Nothing, bindForm<F>};
 
 template <typename F, Sets sets>
-inline constexpr Form kOutputs{Half::Outputs, sets, bindForm<F>};
+inline constexpr Form kOutputs{Part::Outputs, sets, bindForm<F>};
+
+template <typename F>
+inline constexpr Form kTracing{Part::Tracing, Sets::Nothing, bindForm<F>};
 
 #endif

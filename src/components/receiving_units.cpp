@@ -245,20 +245,11 @@ struct PlantPotentials {
     }
 };
 
-// TP
+// TP: the water
 struct Plant {
     float V, s1, s2, dt;
-    std::optional<Sources> sources;
-    const float* C;
-    float* C1;
 
-    explicit Plant(Binder& b) : V(b.size()), dt(b.timeStep()) {
-        std::tie(s1, s2) = b.specifications<1, 2>();
-        if (b.failed() || !b.tracesSources()) return;
-        sources.emplace(b);
-        C = b.before(Series::WatQual);
-        C1 = b.after(Series::WatQual);
-    }
+    explicit Plant(Binder& b) : V(b.size()), dt(b.timeStep()) { std::tie(s1, s2) = b.specifications<1, 2>(); }
 
     void run(const Block& block, const Ports& ports) const {
         for (std::int32_t j = 0; j < block.length; ++j) {
@@ -266,6 +257,23 @@ struct Plant {
             ports.out1[j] = {(1.0F + s2) * D, -1.0F};
             ports.out2[j] = {unserved(D, s1 * V * dt), -1.0F};
         }
+    }
+};
+
+// TP: its quality
+struct Averaging {
+    std::optional<Sources> sources;
+    const float* C;
+    float* C1;
+
+    explicit Averaging(Binder& b) {
+        if (!b.tracesSources()) return;
+        sources.emplace(b);
+        C = b.before(Series::WatQual);
+        C1 = b.after(Series::WatQual);
+    }
+
+    void run(const Block& block, const Ports&) const {
         if (!sources) return;
         float quality = *block.before(C);
         float* const qualities = block.now(C1);
@@ -278,6 +286,7 @@ struct Plant {
 
 const Form Rs_Pots = kPotentials<ReservoirPotentials>;
 const Form Rs_Outs = kOutputs<Refill, Sets::Out1>;
-const Form Rs_Mixing = kOutputs<Mixing, Sets::Nothing>;
+const Form Rs_Mixing = kTracing<Mixing>;
 const Form Tp_Pots = kPotentials<PlantPotentials>;
 const Form Tp_Outs = kOutputs<Plant, Sets::Both>;
+const Form Tp_Mixing = kTracing<Averaging>;

@@ -89,7 +89,7 @@ void Blocks::fillEntries() {
     }
     entries_.reserve(plan_.schedule.order.size());
     for (const std::size_t task : plan_.schedule.order) {
-        const std::size_t position = task / 2;
+        const std::size_t position = positionOf(task);
         const auto signals = [&](Slot slot) { return &signals_[plan_.placeOf(position, slot)]; };
         entries_.push_back({network_.tasks[task],
                             {signals(kIn1), signals(kIn2), signals(kOut1), signals(kOut2)},
@@ -97,7 +97,7 @@ void Blocks::fillEntries() {
         const auto& [row, type] = network_.components[position];
         if (type) continue;
         const bool isJunction = nint(row->techid) == code::kJunction;
-        entries_.back().bound.forms[0] = {isJunction ? addUp<junction> : addUp<mixer>, &sumInputs_[listOf[position]]};
+        entries_.back().bound = {isJunction ? addUp<junction> : addUp<mixer>, &sumInputs_[listOf[position]]};
     }
 }
 
@@ -149,14 +149,13 @@ void Blocks::runEntry(std::size_t place, const Block& block, bool isLast) {
     const auto& [bound, whole, hasTransfers] = entries_[place];
     if (hasTransfers) transfer(place, true, block);
     const Ports ports{block.part(whole.in1), block.part(whole.in2), block.part(whole.out1), block.part(whole.out2)};
-    for (const Bound& form : bound.forms) {
-        if (form.run) form.run(form.form, block, ports);
-    }
+    if (bound.run) bound.run(bound.form, block, ports);
     if (hasTransfers) transfer(place, false, block);
     const std::size_t task = plan_.schedule.order[place];
-    if (!isLast || task != taskOf(task / 2, Half::Outputs)) return;
+    const std::size_t position = positionOf(task);
+    if (!isLast || task != taskOf(position, Part::Outputs)) return;
     const std::int32_t j = block.length - 1;
-    PutInCrossSignal(run_.signals, run_.connections, task / 2, ports.out1[j], ports.out2[j]);
+    PutInCrossSignal(run_.signals, run_.connections, position, ports.out1[j], ports.out2[j]);
 }
 
 void Blocks::transfer(std::size_t place, bool isBefore, const Block& block) {

@@ -22,7 +22,7 @@ class Blocks {
   private:
     // A task, and its signals in the first step of a block.
     struct Entry {
-        Task bound;
+        Bound bound;
         Ports ports;
         bool hasTransfers;
     };

@@ -41,7 +41,7 @@ constexpr ComponentType kTypes[] = {
     {code::kMultiplier, "ML", kAnyInputs, {&Ml_Outs}},
     {code::kGravityLink, "GL", 1, {&Gl_Pots, &Gl_Outs}},
     {code::kSplitter, "SP", 1, {&Sp_Outs}},
-    {code::kTreatmentPlant, "TP", 1, {&Tp_Pots, &Tp_Outs}, kSourcesOfPlant},
+    {code::kTreatmentPlant, "TP", 1, {&Tp_Pots, &Tp_Outs, &Tp_Mixing}, kSourcesOfPlant},
     {code::kWell, "GW", 1, {&Gw_Pots, &Gw_Outs}},
     {code::kReservoir, "SW", 2, {&Sw_Pots, &Sw_Outs}},
     {code::kAbstraction, "AQ", 1, {&Aq_Pots, &Aq_Outs}},

@@ -12,31 +12,32 @@ constexpr std::size_t kArrayBytes = 64 * 1024 * 1024;
 constexpr std::size_t kShortest = 64;
 constexpr std::size_t kLongest = 512;
 
+constexpr std::array kAllParts{Part::Outputs, Part::Potentials, Part::Tracing};
+
 std::size_t outputsOf(std::size_t position) {
-    return taskOf(position, Half::Outputs);
-}
-std::size_t potentialsOf(std::size_t position) {
-    return taskOf(position, Half::Potentials);
+    return taskOf(position, Part::Outputs);
 }
 
-bool hasPotentials(const BoundNetwork& network, std::size_t position) {
-    return network.tasks[potentialsOf(position)].forms[0].run != nullptr;
+// Junctions and mixers have outputs without a form.
+bool hasTask(const BoundNetwork& network, std::size_t position, Part part) {
+    return part == Part::Outputs || network.tasks[taskOf(position, part)].run;
 }
 
-// The half of a component that runs first. Potentials need nothing but what has been there before the step, unless
-// they are to come in their turn.
-std::size_t firstTask(const BoundNetwork& network, std::size_t position, bool byTurns) {
+// The part of a component that runs first. The others need nothing but what its outputs leave and what has been there
+// before the step, unless they are to come in their turn.
+Part firstPart(const BoundNetwork& network, std::size_t position, bool byTurns) {
     const ComponentType* const type = network.components[position].type;
-    return byTurns && type && type->forms[0]->half == Half::Potentials ? potentialsOf(position) : outputsOf(position);
+    return byTurns && type ? type->forms[0]->part : Part::Outputs;
 }
 
 Schedule inTurns(const BoundNetwork& network) {
     Schedule schedule;
     for (std::size_t i = 0; i < network.components.size(); ++i) {
-        const std::size_t first = firstTask(network, i, true);
-        schedule.order.push_back(first);
-        if (first == potentialsOf(i)) schedule.order.push_back(outputsOf(i));
-        if (first == outputsOf(i) && hasPotentials(network, i)) schedule.order.push_back(potentialsOf(i));
+        const Part first = firstPart(network, i, true);
+        schedule.order.push_back(taskOf(i, first));
+        for (const Part part : kAllParts) {
+            if (part != first && hasTask(network, i, part)) schedule.order.push_back(taskOf(i, part));
+        }
     }
     schedule.groups.push_back({0, schedule.order.size(), false});
     return schedule;
@@ -72,7 +73,9 @@ std::vector<Need> findNeeds(const BoundNetwork& network, const Wiring& wiring) {
         for (const Slot slot : {kIn1, kIn2}) {
             if (const Reading* const reading = wiring.input(i, slot)) add(outputsOf(i), *reading);
         }
-        if (hasPotentials(network, i)) needs.emplace_back(potentialsOf(i), outputsOf(i));
+        for (const Part part : {Part::Potentials, Part::Tracing}) {
+            if (hasTask(network, i, part)) needs.emplace_back(taskOf(i, part), outputsOf(i));
+        }
     }
     for (const Wiring::Leftover& leftover : wiring.leftovers())
         add(outputsOf(leftover.sequence / kSlots), leftover.left);
@@ -105,8 +108,9 @@ std::vector<std::size_t> byKey(const BoundNetwork& network) {
 Schedule asNeeded(const BoundNetwork& network, const Wiring& wiring) {
     std::vector<std::size_t> wanted;
     for (const std::size_t position : byKey(network)) {
-        wanted.push_back(outputsOf(position));
-        if (hasPotentials(network, position)) wanted.push_back(potentialsOf(position));
+        for (const Part part : kAllParts) {
+            if (hasTask(network, position, part)) wanted.push_back(taskOf(position, part));
+        }
     }
     return makeSchedule(network.tasks.size(), findNeeds(network, wiring), wanted);
 }
@@ -116,7 +120,7 @@ std::vector<Lifetime> findTimes(const Schedule& schedule, std::size_t components
     std::vector<Lifetime> times(components);
     for (const auto& [begin, end, stepByStep] : schedule.groups) {
         for (std::size_t i = begin; i < end; ++i) {
-            Lifetime& time = times[schedule.order[i] / 2];
+            Lifetime& time = times[positionOf(schedule.order[i])];
             time.first = std::min(time.first, stepByStep ? begin : i);
             time.last = std::max(time.last, stepByStep ? end - 1 : i);
         }
@@ -168,9 +172,10 @@ std::vector<Transfer> findTransfers(const BoundNetwork& network, const Plan& pla
         const std::size_t slot = leftover.sequence % kSlots;
         const std::size_t position = leftover.sequence / kSlots;
         const bool isInput = slot == kIn1 || slot == kIn2;
-        transfers.push_back({isInput ? firstTask(network, position, plan.byTurns) : outputsOf(position), isInput,
-                             leftover.hasQuantity ? Transfer::Part::Quality : Transfer::Part::QualityOfNone,
-                             plan.layout.place(leftover.sequence), plan.layout.place(leftover.left)});
+        transfers.push_back(
+            {isInput ? taskOf(position, firstPart(network, position, plan.byTurns)) : outputsOf(position), isInput,
+             leftover.hasQuantity ? Transfer::Part::Quality : Transfer::Part::QualityOfNone,
+             plan.layout.place(leftover.sequence), plan.layout.place(leftover.left)});
     }
     // An input that somebody needs later has an array of its own beside the sender's.
     for (std::size_t i = 0; i < wiring.size(); ++i) {

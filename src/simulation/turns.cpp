@@ -16,13 +16,12 @@ Signal sumOfInputs(const Run& run, std::size_t position) {
 
 // False when a look-up failed.
 bool bindAndRun(const Form& form, Step& step, std::size_t position, BoundNetwork& network) {
-    network.notes.task = taskOf(position, form.half);
+    network.notes.task = taskOf(position, form.part);
     Binder binder(step, network.notes);
     const Bound bound = form.bind(binder);
     if (binder.failed()) return false;
     bound.run(bound.form, binder.thisStep(), {&step.in1, &step.in2, &step.out1, &step.out2});
-    Task& task = network.tasks[network.notes.task];
-    task.forms[task.forms[0].run ? 1 : 0] = bound;
+    network.tasks[network.notes.task] = bound;
     return true;
 }
 
@@ -32,7 +31,7 @@ void runForms(const ComponentType& type, Step& step, std::size_t position, Bound
     for (const Form* const form : type.forms) {
         // DELIBERATE: outputs are computed even when booking potentials has failed, so that their message stands and
         // the state that they write stays written.
-        if (form && !bindAndRun(*form, step, position, network) && form->half == Half::Outputs) return;
+        if (form && !bindAndRun(*form, step, position, network) && form->part == Part::Outputs) return;
     }
 }
 

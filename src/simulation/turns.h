@@ -15,24 +15,24 @@
 enum Slot : std::size_t { kIn1, kIn2, kOut1, kOut2, kSlots };
 using Slots = std::array<Signal, kSlots>;
 
-// One half of a component: what computes its outputs and states, or what books its potentials.
-struct Task {
-    std::array<Bound, 2> forms{};
-};
-inline std::size_t taskOf(std::size_t position, Half half) {
-    return 2 * position + (half == Half::Potentials ? 1 : 0);
+// A task is one part of a component, with the form of it, if the component has one.
+inline std::size_t taskOf(std::size_t position, Part part) {
+    return kParts * position + static_cast<std::size_t>(part);
+}
+inline std::size_t positionOf(std::size_t task) {
+    return task / kParts;
 }
 
 // All components of a run in the order of calculation, with the forms that were bound in one step.
 struct BoundNetwork {
-    explicit BoundNetwork(std::size_t count) : components(count), tasks(2 * count), left(count) {}
+    explicit BoundNetwork(std::size_t count) : components(count), tasks(kParts * count), left(count) {}
 
     struct Component {
         const ComponentRow* row = nullptr;
         const ComponentType* type = nullptr;  // null: a junction or mixer
     };
     std::vector<Component> components;
-    std::vector<Task> tasks;
+    std::vector<Bound> tasks;
     std::vector<Slots> left;  // what was in the slots after each component
     Notes notes;
 };

@@ -8,7 +8,7 @@ namespace {
 Sets outputsOf(const ComponentType* type) {
     if (!type) return Sets::Out1;
     for (const Form* const form : type->forms) {
-        if (form && form->half == Half::Outputs) return form->sets;
+        if (form && form->part == Part::Outputs) return form->sets;
     }
     return Sets::Nothing;
 }
