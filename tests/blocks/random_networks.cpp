@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -19,12 +20,28 @@
 
 namespace {
 
+// In every eighth network a state lies in the table of components, or in that of specifications.
+void layStateInTable(std::uint32_t seed, HostRecord& host) {
+    if (seed % 8 != 0) return;
+    std::mt19937 random(seed);
+    AUEglobals& record = host.record();
+    const Table table = random() % 2 == 0 ? Table::WatQuant : Table::WatQual;
+    const bool isOfComponents = random() % 4 != 0;
+    float* const rows = isOfComponents ? &record.Net_Compnt->id : &record.TechSpecs->host0;
+    const std::int32_t elements = isOfComponents ? 5 * record.nComps : 9 * record.nTechSpecs;
+    const std::int32_t places = elements - record.nSteps + 1;
+    if (places < 1 || host.count(table) < 1) return;
+    const auto below = [&](std::int32_t end) { return random() % static_cast<std::uint32_t>(end); };
+    host.entries(table)[below(host.count(table))].Value = rows + below(places);
+}
+
 std::string textOf(std::uint32_t seed, bool inFull) {
     std::string lines;
-    play(makeRandomModel(seed), [&](const std::string& name, const std::string& text) {
+    const auto tell = [&](const std::string& name, const std::string& text) {
         const bool isLong = text.size() > 100 && !inFull;
         lines += std::to_string(seed) + " " + name + ": " + (isLong ? std::to_string(fingerprint(text)) : text) + "\n";
-    });
+    };
+    play(makeRandomModel(seed), tell, [&](HostRecord& host) { layStateInTable(seed, host); });
     return lines;
 }
 

@@ -51,7 +51,8 @@ HostRecord::HostRecord(const Model& model) {
 void HostRecord::overlap(const Overlap& overlap) {
     SeriesEntry& one = entries(overlap.table)[overlap.entry];
     SeriesEntry& other = entries(overlap.other)[overlap.otherEntry];
-    std::vector<float> values(other.Value, other.Value + record_.nSteps);
+    const std::ptrdiff_t length = std::ptrdiff_t{record_.nSteps} * (overlap.other == Table::FreqSer ? kAppliances : 1);
+    std::vector<float> values(other.Value, other.Value + length);
     values.insert(values.end(), one.Value + record_.nSteps - overlap.elements, one.Value + record_.nSteps);
     other.Value = memory_.put(values, "overlap", true);
     one.Value = other.Value + overlap.elements;

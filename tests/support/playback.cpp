@@ -1,13 +1,13 @@
 #include "playback.h"
 
 #include "bits.h"
-#include "host_record.h"
 
-void play(const RandomModel& random,
-          const std::function<void(const std::string& name, const std::string& text)>& tell) {
+void play(const RandomModel& random, const std::function<void(const std::string& name, const std::string& text)>& tell,
+          const std::function<void(HostRecord&)>& prepare) {
     HostRecord host(random.model);
     for (const Overlap& overlap : random.overlaps)
         host.overlap(overlap);
+    if (prepare) prepare(host);
     AUEglobals& record = host.record();
     int number = 0;
     for (const auto& [first, last] : random.calls) {

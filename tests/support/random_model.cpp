@@ -240,13 +240,17 @@ class Maker {
         if (draw_.oneIn(4)) overlap();
     }
 
-    // What a store writes is what a source sends, what a threshold is, or what another store writes.
+    // What a store writes is what a source sends, the weather of a group, or what another store writes.
     void overlap() {
         const auto elements = static_cast<std::size_t>(draw_.below(2));
         for (int more = draw_.between(1, count()); more > 0; --more) {
-            const Table other = kOfComponents[draw_.below(std::size(kOfComponents))];
-            made_.overlaps.push_back({Table::WatQuant, draw_.index(M().table(Table::WatQuant)), other,
-                                      draw_.index(M().table(other)), elements});
+            const Table state = draw_.oneIn(4) ? Table::WatQual : Table::WatQuant;
+            const bool isOfComponents = !draw_.oneIn(4);
+            const auto other = isOfComponents ? kOfComponents[draw_.below(std::size(kOfComponents))]
+                                              : static_cast<Table>(draw_.below(kTables.size()));
+            if (M().table(state).empty() || M().table(other).empty()) continue;
+            made_.overlaps.push_back(
+                {state, draw_.index(M().table(state)), other, draw_.index(M().table(other)), elements});
         }
     }
 
