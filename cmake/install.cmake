@@ -1,5 +1,4 @@
 # What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb here, a .zip for Windows.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(kesto_include ${CMAKE_INSTALL_INCLUDEDIR}/kesto)
@@ -19,10 +18,7 @@ string(REGEX REPLACE "/$" "" KESTO_PREFIX ${KESTO_PREFIX})
 configure_file(cmake/kesto.pc.in kesto.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kesto.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The command finds the library by its place relative to itself.
 if(TARGET kesto)
-    file(RELATIVE_PATH library_folder /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-    set_target_properties(kesto PROPERTIES INSTALL_RPATH "$ORIGIN/${library_folder}")
     install(TARGETS kesto)
 endif()
 file(GLOB man_pages CONFIGURE_DEPENDS command/commands/*.1)

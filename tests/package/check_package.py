@@ -1,7 +1,7 @@
 """Makes the package that cpack makes of a build, unpacks or installs it into a scratch folder, and uses what is there: the
 library from a project of somebody else, by CMake and by pkg-config, and the kesto command on an installed example.
 
-    check_package.py BUILD_FOLDER deb
+    check_package.py BUILD_FOLDER deb [--fortified]
     check_package.py BUILD_FOLDER zip --toolchain FILE --emulator WINE
 """
 import argparse
@@ -12,6 +12,8 @@ import subprocess
 import sys
 import tempfile
 import zipfile
+
+import check_binaries
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 CHECK_HOST = TESTS.parent / "hosts" / "check.py"
@@ -153,6 +155,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("kind", choices=["deb", "zip"])
+    parser.add_argument("--fortified", action="store_true")
     parser.add_argument("--toolchain")
     parser.add_argument("--emulator")
     arguments = parser.parse_args()
@@ -169,6 +172,8 @@ def main():
             expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0", "share/man/man1/kesto.1",
                                            "share/bash-completion/completions/kesto"])
             check_links(prefix / "share/doc/kesto")
+            if wrong := check_binaries.check(prefix, arguments.fortified):
+                sys.exit("\n".join(wrong))
             by_pkg_config(prefix, folders[3])
             installed_python(prefix)
             installed_command(prefix, folders[3])

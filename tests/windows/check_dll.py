@@ -9,7 +9,8 @@ import sys
 
 EXPORTS = {"KESTO_simul", "FreeAUEglobals"}
 # Libraries that every Windows brings.
-SYSTEM = {"kernel32.dll", "msvcrt.dll"}
+SYSTEM = {"advapi32.dll", "kernel32.dll", "msvcrt.dll"}
+HARDENING = {"HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"}
 
 
 def output(*command):
@@ -45,6 +46,8 @@ def main(dll, import_library, objdump, nm, version):
     needed = {name.lower() for name in re.findall(r"DLL Name: (\S+)", headers)}
     expect("needs beyond Windows itself", set(), needed - SYSTEM)
     expect("needs", True, bool(needed))
+    expect("lacks of its hardening", set(), HARDENING - set(headers.split()))
+    expect("stack protector", True, " T __stack_chk_fail\n" in output(nm, dll))
     linked = set(re.findall(r" T (\S+)", output(nm, import_library)))
     expect("import library", EXPORTS, linked)
     expect("version", f"{version}.0", file_version(dll))
