@@ -64,6 +64,10 @@ class ChildProcess {
     std::string errors_, fault_;
 };
 
+// Gives memory of this process back to the system: nothing reads it any more, though it is not freed. May be called
+// from `keep`.
+void giveBack(void* memory, std::size_t bytes);
+
 // The engine's calendar is that of this process; it must be UTC.
 void useUtc();
 

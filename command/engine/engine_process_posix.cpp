@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -60,6 +61,14 @@ void* SharedMemory::takeBytes(std::size_t bytes) {
     void* address = begin_ + used_;
     used_ += length;
     return address;
+}
+
+// Whole pages alone: what shares one with other memory stays.
+void giveBack(void* memory, std::size_t bytes) {
+    static const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = (begin + page - 1) / page * page, last = (begin + bytes) / page * page;
+    if (first < last) madvise(static_cast<std::byte*>(memory) + (first - begin), last - first, MADV_DONTNEED);
 }
 
 struct ChildProcess::System {

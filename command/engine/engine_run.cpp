@@ -17,17 +17,24 @@ namespace kesto {
 
 namespace {
 
-// Moves the engine's outputs, so far as they go, to where the parent can read them.
-void copyOutputs(const Record& record) {
-    const AUEglobals& g = record.globals();
+// Moves the engine's outputs, so far as they go, to where the parent can read them. What was moved is gone from the
+// engine's tables, so that it takes memory once, and is not moved again when the process is told to stop meanwhile.
+void moveSignals(Signal*& from, Signal* to, std::size_t steps, std::size_t done) {
+    if (!from) return;
+    std::memcpy(to, from, done * sizeof(Signal));
+    giveBack(std::exchange(from, nullptr), steps * sizeof(Signal));
+}
+
+void copyOutputs(Record& record) {
+    AUEglobals& g = record.globals();
     const SharedOutputs& out = record.outputs();
     const std::size_t steps = record.steps();
     const auto done = std::min(steps, static_cast<std::size_t>(std::max(g.CurStep, -1) + 1));
     for (std::size_t i = 0; g.Logs && i < record.logs().size(); ++i) {
-        if (g.Logs[i].Signal) std::memcpy(out.logs + i * steps, g.Logs[i].Signal, done * sizeof(Signal));
+        moveSignals(g.Logs[i].Signal, out.logs + i * steps, steps, done);
     }
     for (std::size_t i = 0; g.WatBod && i < record.waterBodies().size(); ++i) {
-        if (g.WatBod[i].Signal) std::memcpy(out.waterBodies + i * steps, g.WatBod[i].Signal, done * sizeof(Signal));
+        moveSignals(g.WatBod[i].Signal, out.waterBodies + i * steps, steps, done);
     }
     const std::array<const SeriesEntry*, kPotentials> tables{g.NrgPot, g.InfPot, g.LosPot,
                                                              g.EvaPot, g.CapPot, g.OprPot};
