@@ -51,6 +51,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"not-finite", About::results, "a recorded flow, state or potential that is infinite or not a number"},
     {"odd-quality", About::results, "a quality that is below -1 or above 1e9"},
     {"empty-quality", About::results, "a quality that is infinite or not a number on days without water"},
+    {"created-water", About::results, "a component creates or destroys water"},
     {"open-balance", About::results, "a balance that does not close, or whose figures are no numbers"},
     {"long-tracing", About::note, "tracing sources takes long: many receiving units with many sources each"},
     {"part-year", About::note, "the first year has its whole yearly allowance"},

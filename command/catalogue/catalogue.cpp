@@ -28,27 +28,6 @@ constexpr std::array<SeriesKindInfo, kSeriesKinds> kSeriesKindTable{{
     {SeriesKind::quality, "quality", "WatQual", "", "stored quality at the end of each step", range::kQuality},
 }};
 
-struct TermInfo {
-    Term term;
-    std::string_view name;
-    bool comesIn;
-};
-
-constexpr std::array<TermInfo, kTerms> kTermTable{{
-    {Term::rain, "rain", true},
-    {Term::drawn, "drawn", true},
-    {Term::released, "released", true},
-    {Term::takenForDelivered, "taken_for_delivered", true},
-    {Term::created, "created", true},
-    {Term::added, "added", true},
-    {Term::evaporated, "evaporated", false},
-    {Term::infiltrated, "infiltrated", false},
-    {Term::lost, "lost", false},
-    {Term::served, "served", false},
-    {Term::used, "used", false},
-    {Term::ended, "ended", false},
-}};
-
 constexpr std::array<PotentialInfo, kPotentials> kPotentialTable{{
     {"energy", "NrgPot", "kWh"},
     {"infiltration", "InfPot", "L"},
@@ -102,14 +81,6 @@ std::string_view toText(Quality quality) {
             break;
     }
     return "spill";
-}
-
-std::string_view toText(Term term) {
-    return kTermTable[static_cast<std::size_t>(term)].name;
-}
-
-bool comesIn(Term term) {
-    return kTermTable[static_cast<std::size_t>(term)].comesIn;
 }
 
 const std::vector<Type>& allTypes() {

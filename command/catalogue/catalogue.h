@@ -118,6 +118,15 @@ struct PotentialInfo {
 
 inline constexpr int kAnyInputs = -1;
 
+// Of what serves a demand: on which input it is asked, and what it cannot give in a step [L].
+struct Service {
+    int demandPort = 0;
+    double (*unmet)(const BalanceStep& step) = nullptr;  // null: it serves none
+    Amounts reads = Amounts::none;
+};
+
+inline constexpr int kNoPeak = -1;
+
 // A row of the table. What has no default must be given: a type described by half does not compile.
 struct Type {
     Required<std::string_view> name;
@@ -132,6 +141,8 @@ struct Type {
     Required<std::vector<SeriesNeed>> series;
     Required<std::vector<Potential>> potentials;
     BalanceIdentity balance;
+    Service service = {};
+    int peakOf = kNoPeak;             // output whose largest step is told; 0: of what a recorder receives
     bool anyInputs = false;           // any number of senders on its one input
     int reservoirs = 0;               // stores of type 39 that it works with, found by the group they share
     bool reservoirsOptional = false;  // it runs without them
@@ -139,6 +150,7 @@ struct Type {
     bool usesLatitude = false;
     bool booksDepth = false;  // its potentials are in mm, those of one m2
 
+    bool isReport(int output) const { return output == 2 && balance.wiring.secondIsReport; }
     bool isAppliance() const { return codes.size() > 1; }
     // Senders that the engine requires, or kAnyInputs.
     int inputs() const { return anyInputs ? kAnyInputs : static_cast<int>(in.size()); }

@@ -49,10 +49,6 @@ Type hydropower() {
     return type;
 }
 
-double transferred(const BalanceStep& s) {
-    return s.out[1];
-}
-
 Type pumpedStorage() {
     return {.name = "pumped_storage",
             .tag = "RN",
@@ -70,9 +66,10 @@ Type pumpedStorage() {
             .potentials = kNothing,
             .balance = {Carries::water,
                         "request = transfer",
-                        {{Term::takenForDelivered, "it moves water, whether or not the reservoir can give it",
-                          transferred}},
-                        Stored::nothing},
+                        {whole(Term::takenForDelivered, "it moves water, whether or not the reservoir can give it",
+                               Amounts::out2)},
+                        Stored::nothing,
+                        {.asksBy = 2}},
             .reservoirs = 2};
 }
 

@@ -20,8 +20,9 @@ Type link(std::string_view name, std::string_view tag, int code, std::string_vie
               .potentials = {kCapacity, kOperation, kLosses},
               .balance = {Carries::water,
                           "inflow = outflow + loss",
-                          {{Term::lost, "a fraction of the flow", lossOfInput}},
-                          Stored::nothing}};
+                          {share(Term::lost, "a fraction of the flow", Amounts::in1, spec::kLossFraction)},
+                          Stored::nothing},
+              .peakOf = 1};
     if (energy) {
         type.parameters.insert(type.parameters.begin() + 1, energyPerVolume());
         type.potentials.insert(type.potentials.begin(), kEnergy);
@@ -43,10 +44,6 @@ Type supplyLink() {
     return type;
 }
 
-double infiltratedFraction(const BalanceStep& s) {
-    return s.parameter(spec::kInfiltrationFraction) * s.in[0];
-}
-
 Type infiltrationLink() {
     return {.name = "infiltration_link",
             .tag = "LS",
@@ -64,8 +61,9 @@ Type infiltrationLink() {
             .potentials = {kOperation, kCapacity, kInfiltration},
             .balance = {Carries::water,
                         "inflow = outflow + infiltration",
-                        {{Term::infiltrated, "a fraction of the flow", infiltratedFraction}},
-                        Stored::nothing}};
+                        {share(Term::infiltrated, "a fraction of the flow", Amounts::in1, spec::kInfiltrationFraction)},
+                        Stored::nothing},
+            .peakOf = 1};
 }
 
 }  // namespace

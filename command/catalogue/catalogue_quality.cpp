@@ -43,9 +43,10 @@ Type qualityFromReservoir() {
             .potentials = kNothing,
             .balance = {Carries::water,
                         "request = supply",
-                        {{Term::takenForDelivered, "it supplies what is asked of it, whether or not the reservoir can",
-                          input}},
-                        Stored::nothing},
+                        {whole(Term::takenForDelivered,
+                               "it supplies what is asked of it, whether or not the reservoir can", Amounts::in1)},
+                        Stored::nothing,
+                        {.asksBy = 2, .suppliesAsWater = true}},
             .reservoirs = 1,
             .reservoirsOptional = true};
 }

@@ -43,7 +43,7 @@ Type multiplierType() {
                         {passes("outflow", "the input times the series")}, "inflow x series = outflow");
     type.anyInputs = true;
     type.series = {ofItsOwn(SeriesKind::multiplier)};
-    type.balance.terms = {{Term::added, "it scales what passes", scaled}};
+    type.balance.terms = {computed(Term::added, "it scales what passes", scaled, Amounts::in1)};
     return type;
 }
 
@@ -75,8 +75,8 @@ Type connector() {
                         "Copies its input to both outputs: the flow is doubled, not divided.",
                         {passes("first", "a copy"), passes("second", "a copy")}, "inflow + copy = first + second");
     type.family = "recorders";
-    type.balance.terms = {{Term::added, "it copies what passes", copied}};
-    type.balance.copies = true;
+    type.balance.terms = {computed(Term::added, "it copies what passes", copied, Amounts::in1)};
+    type.balance.wiring.copies = true;
     return type;
 }
 
@@ -118,14 +118,11 @@ Type quotaLimiter() {
     return type;
 }
 
-double received(const BalanceStep& s) {
-    return s.out[0];
-}
-
 Type recorder(std::string_view name, std::string_view tag, int code, std::string_view summary) {
     Type type = divider(name, tag, code, summary, {}, "inflow = received");
     type.family = "recorders";
-    type.balance.terms = {{Term::ended, "what it records", received}};
+    type.balance.terms = {whole(Term::ended, "what it records", Amounts::out1)};
+    type.peakOf = 0;
     return type;
 }
 

@@ -13,12 +13,11 @@ const Port kExcess{"excess", Carries::demand, "part of the demand above the capa
 
 // Of what asks upstream for a demand and the loss on its way.
 BalanceIdentity demandWithLoss() {
-    BalanceIdentity balance{Carries::demand,
-                            "demand + loss = request",
-                            {{Term::lost, "a fraction of the demand", lossOfInput}},
-                            Stored::nothing};
-    balance.secondIsReport = true;
-    return balance;
+    return {Carries::demand,
+            "demand + loss = request",
+            {share(Term::lost, "a fraction of the demand", Amounts::in1, spec::kLossFraction)},
+            Stored::nothing,
+            {.drawsFromSource = true, .secondIsReport = true}};
 }
 
 Type treatmentPlant() {
@@ -65,7 +64,7 @@ Type takesFromSource(std::string_view name, std::string_view tag, int code, std:
 }
 
 Type treatmentLine() {
-    Type type{
+    return {
         .name = "treatment_line",
         .tag = "WP",
         .family = "supply_works",
@@ -85,18 +84,17 @@ Type treatmentLine() {
         .potentials = {kEnergy, kCapacity, kOperation, kLosses},
         .balance = {Carries::water,
                     "inflow = outflow + loss",
-                    {{Term::lost, "a fraction of the inflow", lossOfInput}},
-                    Stored::nothing}};
-    type.balance.secondIsReport = true;
-    return type;
+                    {share(Term::lost, "a fraction of the inflow", Amounts::in1, spec::kLossFraction)},
+                    Stored::nothing,
+                    {.secondIsReport = true}}};
 }
 
 double abstracted(const BalanceStep& s) {
     return std::min(s.timeStep * s.parameter(spec::kYieldPerArea) * s.size, s.in[0]);
 }
 
-double servedFromWell(const BalanceStep& s) {
-    return s.in[0] - s.out[0];
+double unmetByWell(const BalanceStep& s) {
+    return s.out[0];
 }
 
 Type well() {
@@ -117,9 +115,10 @@ Type well() {
             .potentials = {kEnergy, kCapacity, kOperation, kInfiltration},
             .balance = {Carries::water,
                         "abstracted = demand - unmet",
-                        {{Term::drawn, "from the ground, up to its yield", abstracted},
-                         {Term::served, "demand less what it cannot meet", servedFromWell}},
-                        Stored::nothing}};
+                        {computed(Term::drawn, "from the ground, up to its yield", abstracted, Amounts::in1),
+                         difference(Term::served, "demand less what it cannot meet", Amounts::in1, Amounts::out1)},
+                        Stored::nothing},
+            .service = {1, unmetByWell, Amounts::out1}};
 }
 
 }  // namespace

@@ -9,10 +9,6 @@ using enum SeriesKind;
 
 namespace {
 
-double evaporatedFraction(const BalanceStep& s) {
-    return rainOnArea(s) * s.parameter(spec::kEvaporationFraction);
-}
-
 Type imperviousSurface() {
     return {.name = "impervious_surface",
             .tag = "IM",
@@ -29,8 +25,8 @@ Type imperviousSurface() {
             .potentials = {kEvaporation},
             .balance = {Carries::water,
                         "rain = runoff + evaporation",
-                        {{Term::rain, "rain on its area", rainOnArea},
-                         {Term::evaporated, "a fraction of the rain", evaporatedFraction}},
+                        {whole(Term::rain, "rain on its area", Amounts::rain),
+                         share(Term::evaporated, "a fraction of the rain", Amounts::rain, spec::kEvaporationFraction)},
                         Stored::nothing}};
 }
 
@@ -39,7 +35,7 @@ double lostAtRate(const BalanceStep& s, int rate) {
     const double held = s.before * s.size;
     const double rates = s.parameter(spec::kEvaporationRate) + s.parameter(spec::kInfiltrationRate);
     if (rates == 0) return 0;
-    return std::min(held * rates * s.timeStep, rainOnArea(s) + held) * s.parameter(rate) / rates;
+    return std::min(held * rates * s.timeStep, s.of(Amounts::rain) + held) * s.parameter(rate) / rates;
 }
 
 double evaporatedFromBucket(const BalanceStep& s) {
@@ -70,9 +66,9 @@ Type perviousSurface() {
         .potentials = {kInfiltration, kEvaporation},
         .balance = {Carries::water,
                     "rain + S = runoff + evaporation + infiltration + S'",
-                    {{Term::rain, "rain on its area", rainOnArea},
-                     {Term::evaporated, "a share of what it holds", evaporatedFromBucket},
-                     {Term::infiltrated, "a share of what it holds", infiltratedFromBucket}},
+                    {whole(Term::rain, "rain on its area", Amounts::rain),
+                     computed(Term::evaporated, "a share of what it holds", evaporatedFromBucket),
+                     computed(Term::infiltrated, "a share of what it holds", infiltratedFromBucket)},
                     Stored::depth}};
 }
 
@@ -89,10 +85,6 @@ double evaporatedFromGround(const BalanceStep& s) {
 
 double drained(const BalanceStep& s) {
     return s.before * s.size * s.parameter(spec::kInfiltrationRate) * s.timeStep;
-}
-
-double shortfall(const BalanceStep& s) {
-    return s.out[1];
 }
 
 Type greenArea() {
@@ -118,14 +110,16 @@ Type greenArea() {
                             "share of the stored depth that drains", range::kRate}},
             .series = {ofGroup(rainfall), ofGroup(temperatureMin), ofGroup(temperatureMax), kOwnDepth},
             .potentials = {kInfiltration, kEvaporation, kEnergy, kCapacity, kOperation},
-            .balance = {Carries::water,
-                        "rain + groundwater + S + shortfall = runoff + evaporation + drainage + S'",
-                        {{Term::rain, "rain on its area", rainOnArea},
-                         {Term::drawn, "the fraction of the evaporation that the ground gives", evaporatedFromGround},
-                         {Term::takenForDelivered, "it evaporates and drains water that it does not hold", shortfall},
-                         {Term::evaporated, "by the weather, whether or not it holds as much", evapotranspiration},
-                         {Term::infiltrated, "a share of what it holds", drained}},
-                        Stored::depth},
+            .balance =
+                {Carries::water,
+                 "rain + groundwater + S + shortfall = runoff + evaporation + drainage + S'",
+                 {whole(Term::rain, "rain on its area", Amounts::rain),
+                  computed(Term::drawn, "the fraction of the evaporation that the ground gives", evaporatedFromGround),
+                  whole(Term::takenForDelivered, "it evaporates and drains water that it does not hold", Amounts::out2),
+                  computed(Term::evaporated, "by the weather, whether or not it holds as much", evapotranspiration),
+                  computed(Term::infiltrated, "a share of what it holds", drained)},
+                 Stored::depth,
+                 {.asksBy = 2}},
             .dailyOnly = true,
             .usesLatitude = true};
 }
@@ -169,39 +163,40 @@ double evaporatedFromSoil(const BalanceStep& s) {
 }
 
 Type soilStore() {
-    return {.name = "soil_store",
-            .tag = "TH",
-            .family = "soil_store",
-            .codes = {code::kSoilStore},
-            .summary =
-                "Soil water per unit area: rain enters, evaporation (Thornthwaite) and drainage leave. Its "
-                "outflow is a depth: 1 mm is 1 L from each m2. Temperatures below 0 degC make it not a number.",
-            .in = kNothing,
-            .out = {{"runoff", Carries::water, "outflow and spill per unit area, with water_quality", "mm"}},
-            .size = kNothing,
-            .parameters = {{spec::kStorageDepth, "storage_depth", "mm", "depth that the soil can hold", range::kStore},
-                           waterQuality("quality of the outflow"),
-                           {spec::kInfiltrationRate, "infiltration_rate", "1/d",
-                            "share of the stored depth that drains to the ground", range::kRateOfPart},
-                           {spec::kOutflowRate, "outflow_rate", "1/d",
-                            "share of the depth above the threshold that flows out", range::kRateOfPart},
-                           {spec::kRainEntryFraction, "rain_entry_fraction", "-",
-                            "fraction of the rain that enters the soil", range::kFraction, 1},
-                           {spec::kEvaporationFactor, "evaporation_factor", "-", "factor on the evaporation",
-                            range::kNotNegative, 1},
-                           {spec::kThresholdFraction, "threshold_fraction", "-",
-                            "threshold of the outflow as a fraction of the depth", range::kRatio}},
-            .series = {ofGroup(rainfall), ofGroup(temperature), kOwnDepth},
-            .potentials = {kInfiltration},
-            .balance = {Carries::water,
-                        "rain + S = runoff + evaporation + drainage + what does not enter + S'",
-                        {{Term::rain, "rain, counted for one square metre", rainOnSoil},
-                         {Term::created, "drainage and outflow together exceed what it holds", drainedBeyondStore},
-                         {Term::evaporated, "at most the rain that enters", evaporatedFromSoil},
-                         {Term::infiltrated, "the drainage", soilDrainage},
-                         {Term::lost, "rain that does not enter", notEntering}},
-                        Stored::depthOfOneMetre2},
-            .booksDepth = true};
+    return {
+        .name = "soil_store",
+        .tag = "TH",
+        .family = "soil_store",
+        .codes = {code::kSoilStore},
+        .summary =
+            "Soil water per unit area: rain enters, evaporation (Thornthwaite) and drainage leave. Its "
+            "outflow is a depth: 1 mm is 1 L from each m2. Temperatures below 0 degC make it not a number.",
+        .in = kNothing,
+        .out = {{"runoff", Carries::water, "outflow and spill per unit area, with water_quality", "mm"}},
+        .size = kNothing,
+        .parameters = {{spec::kStorageDepth, "storage_depth", "mm", "depth that the soil can hold", range::kStore},
+                       waterQuality("quality of the outflow"),
+                       {spec::kInfiltrationRate, "infiltration_rate", "1/d",
+                        "share of the stored depth that drains to the ground", range::kRateOfPart},
+                       {spec::kOutflowRate, "outflow_rate", "1/d",
+                        "share of the depth above the threshold that flows out", range::kRateOfPart},
+                       {spec::kRainEntryFraction, "rain_entry_fraction", "-",
+                        "fraction of the rain that enters the soil", range::kFraction, 1},
+                       {spec::kEvaporationFactor, "evaporation_factor", "-", "factor on the evaporation",
+                        range::kNotNegative, 1},
+                       {spec::kThresholdFraction, "threshold_fraction", "-",
+                        "threshold of the outflow as a fraction of the depth", range::kRatio}},
+        .series = {ofGroup(rainfall), ofGroup(temperature), kOwnDepth},
+        .potentials = {kInfiltration},
+        .balance = {Carries::water,
+                    "rain + S = runoff + evaporation + drainage + what does not enter + S'",
+                    {computed(Term::rain, "rain, counted for one square metre", rainOnSoil),
+                     computed(Term::created, "drainage and outflow together exceed what it holds", drainedBeyondStore),
+                     computed(Term::evaporated, "at most the rain that enters", evaporatedFromSoil),
+                     computed(Term::infiltrated, "the drainage", soilDrainage),
+                     computed(Term::lost, "rain that does not enter", notEntering)},
+                    Stored::depthOfOneMetre2},
+        .booksDepth = true};
 }
 
 }  // namespace

@@ -61,19 +61,19 @@ inline Parameter lossFraction(std::string_view what, const Range& range = range:
     return {spec::kLossFraction, "loss_fraction", "-", what, range};
 }
 
-// Terms of the balance that several types share.
-inline double input(const BalanceStep& s) {
-    return s.in[0];
+// Terms of a balance: an amount, an amount less another, a share of an amount, or what a function computes.
+inline BalanceTerm whole(Term term, std::string_view meaning, Amounts of) {
+    return {term, meaning, nullptr, of};
 }
-inline double lossOfInput(const BalanceStep& s) {
-    return s.parameter(spec::kLossFraction) * s.in[0];
+inline BalanceTerm difference(Term term, std::string_view meaning, Amounts of, Amounts less) {
+    return {term, meaning, nullptr, of, less};
 }
-inline double rainOnArea(const BalanceStep& s) {
-    return s.rain * s.size;
+inline BalanceTerm share(Term term, std::string_view meaning, Amounts of, int parameter) {
+    return {term, meaning, nullptr, of, Amounts::none, parameter};
 }
-// Of a store with a demand on input 2 and a deficit on output 1.
-inline double servedFromStore(const BalanceStep& s) {
-    return std::max(s.in[1] - s.out[0], 0.0);
+inline BalanceTerm computed(Term term, std::string_view meaning, double (*litres)(const BalanceStep&),
+                            Amounts reads = Amounts::none) {
+    return {term, meaning, litres, reads};
 }
 
 }  // namespace kesto::tables

@@ -7,14 +7,6 @@ using enum SeriesKind;
 
 namespace {
 
-double drawn(const BalanceStep& s) {
-    return s.out[1];
-}
-
-double intoGround(const BalanceStep& s) {
-    return s.code == code::kOutdoorUse ? s.out[1] : 0;
-}
-
 double asked(const BalanceStep& s) {
     return s.given * s.size / 100;
 }
@@ -40,24 +32,28 @@ Type appliance() {
             .potentials = {kEnergy, kOperation, kCapacity, kInfiltration},
             .balance = {Carries::water,
                         "drawn = wastewater + infiltration",
-                        {{Term::released, "what it draws, whether or not anybody delivers it", drawn},
-                         {Term::infiltrated, "all of kind 9", intoGround}},
+                        {whole(Term::released, "what it draws, whether or not anybody delivers it", Amounts::out2),
+                         {.term = Term::infiltrated,
+                          .meaning = "all of kind 9",
+                          .reads = Amounts::out2,
+                          .onlyOf = code::kOutdoorUse}},
                         Stored::nothing}};
 }
 
 Type demandSource() {
-    return {.name = "demand_source",
-            .tag = "IN",
-            .family = "demand_source",
-            .codes = {code::kDemandSource},
-            .summary = "A demand given as a series, taken to a percentage.",
-            .in = kNothing,
-            .out = {{"demand", Carries::demand, "the series times the percentage"}},
-            .size = Size{"percentage of the series", "%", range::kFactor, 100},
-            .parameters = kNothing,
-            .series = {ofItsOwn(demand)},
-            .potentials = kNothing,
-            .balance = {Carries::demand, "series = demand", {{Term::used, "the series", asked}}, Stored::nothing}};
+    return {
+        .name = "demand_source",
+        .tag = "IN",
+        .family = "demand_source",
+        .codes = {code::kDemandSource},
+        .summary = "A demand given as a series, taken to a percentage.",
+        .in = kNothing,
+        .out = {{"demand", Carries::demand, "the series times the percentage"}},
+        .size = Size{"percentage of the series", "%", range::kFactor, 100},
+        .parameters = kNothing,
+        .series = {ofItsOwn(demand)},
+        .potentials = kNothing,
+        .balance = {Carries::demand, "series = demand", {computed(Term::used, "the series", asked)}, Stored::nothing}};
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ class Wiring {
             for (int port = 1; port <= static_cast<int>(component.type->out.size()); ++port) {
                 checkCopies({static_cast<int>(i), port});
             }
-            if (component.type->balance.secondIsReport) checkReport(static_cast<int>(i));
+            if (component.type->balance.wiring.secondIsReport) checkReport(static_cast<int>(i));
         }
     }
 

@@ -36,6 +36,10 @@ struct TypesOptions {
     bool json = false;
 };
 
+struct FiguresOptions {
+    bool json = false;
+};
+
 struct CodesOptions {
     bool json = false;
 };
@@ -59,6 +63,7 @@ int runCommand(const RunOptions& options);
 int checkCommand(const CheckOptions& options);
 int typesCommand(const TypesOptions& options);
 int codesCommand(const CodesOptions& options);
+int figuresCommand(const FiguresOptions& options);
 int newCommand(const NewOptions& options);
 int schemaCommand();
 int drawCommand(const DrawOptions& options);

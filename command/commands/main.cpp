@@ -70,6 +70,10 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* codesCommand = app.add_subcommand("codes", "List the codes of warnings, notes and errors");
     codesCommand->add_flag("--json", codes.json, "Print them as JSON");
 
+    kesto::FiguresOptions figures;
+    CLI::App* figuresCommand = app.add_subcommand("figures", "List the figures that a run derives");
+    figuresCommand->add_flag("--json", figures.json, "Print them as JSON");
+
     kesto::NewOptions create;
     CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model to start from");
     newCommand->add_option("folder", create.folder, "Folder; created when it does not exist")->required();
@@ -94,6 +98,7 @@ int runCommandLine(int argc, char** argv) {
             if (*runCommand) return kesto::runCommand(run);
             if (*checkCommand) return kesto::checkCommand(check);
             if (*codesCommand) return kesto::codesCommand(codes);
+            if (*figuresCommand) return kesto::figuresCommand(figures);
             if (*newCommand) return kesto::newCommand(create);
             if (*drawCommand) return kesto::drawCommand(draw);
             if (*reportCommand) return kesto::reportCommand(report);

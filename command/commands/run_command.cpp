@@ -3,13 +3,12 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <set>
 #include <utility>
 
-#include "balance.h"
 #include "commands.h"
 #include "engine_run.h"
+#include "evaluation.h"
 #include "files.h"
 #include "load.h"
 #include "network.h"
@@ -53,31 +52,28 @@ class Run {
         const std::size_t told = diagnostics_.all().size();
         costs_.readSeconds = watch_.lap();
 
-        Record record(loaded_.model(), loaded_.series(), plan_);
+        Record record(loaded_.model(), loaded_.series(), needs_.plan);
         Results results = simulate(record);
-        const std::optional<Balance> balance = check(results);
-        const Balance* const shown = options_.balance && balance ? &*balance : nullptr;
-        const std::vector<std::string> files = write(results, shown);
+        const Evaluation evaluation = check(results);
+        const std::vector<std::string> files = write(results, evaluation);
         costs_.peakBytes = peakMemory();
-        print(results, shown, files);
+        print(results, evaluation, files);
         diagnostics_.print(std::cerr, options_.quiet, told);
         if (diagnostics_.hasErrors()) return kRunFailed;
         return !options_.strict || passesStrictly("run", diagnostics_) ? kGood : kRunFailed;
     }
 
   private:
-    // A balance needs all outputs; those that nobody asked for are not shown, and not complained of.
+    // The account needs outputs that nobody asked for: these are not shown, and not complained of.
     void plan() {
         const Model& model = loaded_.model();
         asked_ = parseRecordChoice(model, options_.record, diagnostics_);
-        plan_ = planRecordings(model, Network(model), needsBalance() ? allOutputs(model) : asked_);
+        needs_ = needsOf(model, loaded_.series(), asked_, options_.balance || options_.strict);
         const std::set<OutputPort> wanted(asked_.begin(), asked_.end());
-        RecordingPlan told = plan_;
+        RecordingPlan told = needs_.plan;
         std::erase_if(told.refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
         reportRefusals(model, told, options_.record != "all", diagnostics_);
     }
-
-    bool needsBalance() const { return options_.balance || options_.strict; }
 
     // Rather told before the run than after an hour.
     bool prepareFolder() {
@@ -109,31 +105,32 @@ class Run {
             return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
         }();
         costs_.engineSeconds = watch_.lap();
-        Results results = collectResults(model, record, plan_, run);
+        Results results = collectResults(model, record, needs_.plan, run);
         results.inputs = std::move(inputs);
         results.diagnostics = &diagnostics_;
         return results;
     }
 
-    // What the run has left that cannot be. Flows that were recorded for the balance alone are then dropped.
-    std::optional<Balance> check(Results& results) {
+    // What the run has left that cannot be. Flows that were recorded for the account alone are then dropped.
+    Evaluation check(Results& results) {
         reportFailure(results, diagnostics_);
         checkResults(results, diagnostics_);
-        if (!needsBalance()) return std::nullopt;
-        Balance balance = balanceOf(results, plan_, loaded_.series());
-        checkBalance(results, balance, diagnostics_);
+        Evaluation evaluation = evaluate(results, needs_, loaded_.series());
+        evaluation.showsBalance = options_.balance;
+        checkAccount(results, evaluation.account, diagnostics_);
+        if (options_.balance || options_.strict) checkBalance(results, evaluation.balance, diagnostics_);
         const std::set<OutputPort> wanted(asked_.begin(), asked_.end());
         std::erase_if(results.flows,
                       [&](const Flow& flow) { return flow.port > 0 && !wanted.contains(flow.output()); });
-        return balance;
+        return evaluation;
     }
 
     // The summary is shown even when the files cannot be written.
-    std::vector<std::string> write(const Results& results, const Balance* balance) {
+    std::vector<std::string> write(const Results& results, const Evaluation& evaluation) {
         std::vector<std::string> files;
         try {
             if (!options_.output.empty()) {
-                files = writeResults(results, balance, options_.read, options_.format, options_.output);
+                files = writeResults(results, evaluation, options_.read, options_.format, options_.output);
             }
         } catch (const std::exception& error) {
             reportUnwritten(error);
@@ -142,12 +139,11 @@ class Run {
         return files;
     }
 
-    void print(const Results& results, const Balance* balance, const std::vector<std::string>& files) const {
+    void print(const Results& results, const Evaluation& evaluation, const std::vector<std::string>& files) const {
         if (options_.json) {
-            std::cout << summaryJson(results, balance, &costs_);
+            std::cout << summaryJson(results, evaluation, &costs_);
         } else if (!options_.quiet) {
-            std::cout << summaryOf(results);
-            if (balance) std::cout << toText(*balance);
+            std::cout << summaryOf(results, evaluation);
             if (!files.empty()) std::cout << "\nResults\n";
             for (const std::string& file : files) {
                 std::cout << "  " << file << '\n';
@@ -161,7 +157,7 @@ class Run {
     LoadedModel loaded_;
     Diagnostics& diagnostics_;
     std::vector<OutputPort> asked_;
-    RecordingPlan plan_;
+    AccountNeeds needs_;
     RunCosts costs_;
 };
 

@@ -1,26 +1,12 @@
 #include "balance_steps.h"
 
-#include <cmath>
-
 namespace kesto {
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
-
 // As the engine gets it.
 double single(double value) {
     return static_cast<double>(static_cast<float>(value));
-}
-
-// Of a day of the year, counted from 0.
-double insolation(double latitude, int day) {
-    const double phi = latitude / 180 * kPi;
-    const double angle = 2 * kPi / 365 * day;
-    const double declination = -0.409 * std::cos(angle + 0.16);
-    const double sunset = std::acos(-std::tan(phi) * std::tan(declination));
-    return 118108.8 / kPi * (1 + 0.034 * std::cos(angle - 0.05)) *
-           (sunset * std::sin(phi) * std::sin(declination) + std::cos(phi) * std::cos(declination) * std::sin(sunset));
 }
 
 double valueOf(const std::shared_ptr<const Floats>& values, std::size_t step) {
@@ -29,19 +15,9 @@ double valueOf(const std::shared_ptr<const Floats>& values, std::size_t step) {
 
 }  // namespace
 
-std::vector<double> insolationOf(const Simulation& simulation) {
-    std::vector<double> values;
-    if (!simulation.latitude) return values;
-    for (Day day = simulation.start; day <= simulation.end; ++day) {
-        const int dayOfYear = static_cast<int>(day - dayOf({dateOf(day).year, 1, 1}));
-        values.push_back(insolation(*simulation.latitude, dayOfYear));
-    }
-    return values;
-}
-
-BalanceSteps::BalanceSteps(const Model& model, const Component& component, SeriesValues& series,
-                           const std::vector<double>& insolation)
-    : model_(model), component_(component), series_(series), insolation_(insolation) {
+BalanceInputs::BalanceInputs(const Recorded& recorded, int index) : stored_(recorded.type(index).balance.stored) {
+    const Model& model = recorded.model();
+    const Component& component = recorded.component(index);
     for (const Parameter& known : component.type->parameters) {
         const auto number = static_cast<std::size_t>(known.number);
         if (parameters_.size() <= number) parameters_.resize(number + 1, 0);
@@ -51,29 +27,16 @@ BalanceSteps::BalanceSteps(const Model& model, const Component& component, Serie
         const auto found = given.find(known.number);
         if (found != given.end()) parameters_[number] = single(found->second.value);
     }
-    current_.code = component.code;
-    current_.size = single(component.hasSize ? component.size : component.type->size.standard.value_or(component.size));
-    current_.timeStep = single(model.simulation.timeStep);
-    current_.parameters = parameters_;
-    rain_ = ofGroup(SeriesKind::rainfall);
-    temperature_ = ofGroup(SeriesKind::temperature);
-    lowest_ = ofGroup(SeriesKind::temperatureMin);
-    highest_ = ofGroup(SeriesKind::temperatureMax);
-    for (const SeriesKind kind : {SeriesKind::multiplier, SeriesKind::demand}) {
-        if (component.series[kind] >= 0) given_ = series.of(component.series[kind]);
-    }
+    constant_.size =
+        single(component.hasSize ? component.size : component.type->size.standard.value_or(component.size));
+    constant_.timeStep = single(model.simulation.timeStep);
+    constant_.parameters = parameters_;
 }
 
-std::shared_ptr<const Floats> BalanceSteps::ofGroup(SeriesKind kind) const {
-    if (component_.group < 0) return nullptr;
-    const SourceIndex source = model_.groups[at(component_.group)].series[kind];
-    return source >= 0 ? series_.of(source) : nullptr;
-}
-
-double BalanceSteps::litresPerUnit() const {
-    switch (component_.type->balance.stored) {
+double BalanceInputs::litresPerUnit() const {
+    switch (stored_) {
         case Stored::depth:
-            return current_.size;
+            return constant_.size;
         case Stored::nothing:
         case Stored::underWay:
             return 0;
@@ -84,13 +47,53 @@ double BalanceSteps::litresPerUnit() const {
     return 1;
 }
 
-void BalanceSteps::read(std::size_t step) {
-    current_.rain = valueOf(rain_, step);
-    current_.temperature = valueOf(temperature_, step);
-    current_.temperatureMin = valueOf(lowest_, step);
-    current_.temperatureMax = valueOf(highest_, step);
-    current_.given = valueOf(given_, step);
-    current_.insolation = step < insolation_.size() ? insolation_[step] : 0;
+BalanceSteps::BalanceSteps(const Recorded& recorded, int component, const std::vector<int>& inputs, int copies)
+    : BalanceInputs(recorded, component),
+      stored_(recorded.storage(component)),
+      insolation_(recorded.insolation()),
+      rain_(recorded.ofGroup(component, SeriesKind::rainfall)),
+      temperature_(recorded.ofGroup(component, SeriesKind::temperature)),
+      lowest_(recorded.ofGroup(component, SeriesKind::temperatureMin)),
+      highest_(recorded.ofGroup(component, SeriesKind::temperatureMax)) {
+    current_.copies = copies;
+    current_.after = recorded.storedAtFirst(component);
+    for (const SeriesKind kind : {SeriesKind::multiplier, SeriesKind::demand}) {
+        const SourceIndex source = recorded.component(component).series[kind];
+        if (source >= 0) given_ = recorded.series().of(source);
+    }
+    for (const int index : inputs) {
+        const Connection& connection = recorded.connection(index);
+        addLine(in_, recorded.signals(connection.from, connection.fromPort), connection.toPort == 2 ? 2 : 1);
+    }
+    for (int port = 1; port <= recorded.outputs(component); ++port) {
+        addLine(out_, recorded.signals(component, port), port);
+    }
+    addLine(out_, recorded.signals(component, 0), 1);
+}
+
+void BalanceSteps::addLine(std::vector<Line>& lines, const Signal* signals, int port) {
+    if (signals) lines.push_back({signals, at(port) - 1});
+}
+
+const BalanceStep& BalanceSteps::next() {
+    current_.rain = valueOf(rain_, step_);
+    current_.temperature = valueOf(temperature_, step_);
+    current_.temperatureMin = valueOf(lowest_, step_);
+    current_.temperatureMax = valueOf(highest_, step_);
+    current_.given = valueOf(given_, step_);
+    current_.insolation = step_ < insolation_.size() ? insolation_[step_] : 0;
+    current_.in = {};
+    current_.out = {};
+    for (const Line& line : in_) {
+        current_.in[line.port] += amount(line.signals[step_]);
+    }
+    for (const Line& line : out_) {
+        current_.out[line.port] = amount(line.signals[step_]);
+    }
+    current_.before = current_.after;
+    if (stored_) current_.after = static_cast<double>(stored_[step_]);
+    ++step_;
+    return current_;
 }
 
 }  // namespace kesto

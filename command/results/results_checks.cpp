@@ -7,7 +7,7 @@
 #include <cmath>
 #include <map>
 
-#include "balance.h"
+#include "account.h"
 #include "results.h"
 #include "summary.h"
 
@@ -151,6 +151,18 @@ void checkResults(const Results& results, Diagnostics& diagnostics) {
     checkGroups(results, checks);
 }
 
+void checkAccount(const Results& results, const Account& account, Diagnostics& diagnostics) {
+    for (const AccountEntry& entry : account.entries) {
+        const bool isCreated = entry.kind == AccountKind::created;
+        if ((!isCreated && entry.kind != AccountKind::destroyed) || !std::isfinite(entry.litres)) continue;
+        const Component& component = results.model->components[at(entry.component)];
+        diagnostics.warning("created-water", component.place,
+                            fmt::format("{} ({}) {} {:.6g} L: {}", nameOf(component), component.type->name,
+                                        isCreated ? "creates" : "destroys", entry.litres, entry.reason),
+                            component.name);
+    }
+}
+
 // Where a component's balance is off, those of its group and of the network are off for no reason of their own.
 void checkBalance(const Results& results, const Balance& balance, Diagnostics& diagnostics) {
     using Level = BalanceRow::Level;
@@ -166,11 +178,12 @@ void checkBalance(const Results& results, const Balance& balance, Diagnostics& d
         if (row.level == Level::group) place = model.groups[at(model.findGroup(row.name))].place;
         const std::string whose =
             row.level == Level::network ? "the network" : fmt::format("{} \"{}\"", toText(row.level), row.name);
-        const std::string why = std::isfinite(row.error)
+        const double error = row[Column::error];
+        const std::string why = std::isfinite(error)
                                     ? fmt::format(
                                           "{:.6g} L are missing ({:.2g} of what went through; rounding "
                                           "explains {:.2g} L)",
-                                          row.error, row.relative, row.tolerance)
+                                          error, row.relative, row.tolerance)
                                     : "its figures are no numbers";
         diagnostics.warning("open-balance", place, fmt::format("the balance of {} does not close: {}", whose, why),
                             isOfComponent ? row.name : "");

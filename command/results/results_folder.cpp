@@ -20,22 +20,24 @@ constexpr const char* kStoppedFile = "STOPPED.txt";
 void removeResults(const std::string& folder) {
     if (!std::filesystem::exists(joined(folder, "summary.json"))) return;
     for (const char* name : {"summary.json", "flows.csv", "qualities.csv", "states.csv", "potentials.csv",
-                             "balance.csv", "results.nc", kStoppedFile}) {
+                             "account.csv", "figures.csv", "balance.csv", "results.nc", kStoppedFile}) {
         std::filesystem::remove(joined(folder, name));
     }
 }
 
 }  // namespace
 
-std::vector<std::string> writeResults(const Results& results, const Balance* balance, const ReadOptions& read,
+std::vector<std::string> writeResults(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
                                       const std::string& format, const std::string& folder) {
     removeResults(folder);
     std::vector<std::string> files;
     if (format == "netcdf") {
-        files.push_back(writeNetcdf(results, balance, read, folder));
+        files.push_back(writeNetcdf(results, evaluation, read, folder));
     } else {
         files = writeCsv(results, folder);
-        if (balance) files.push_back(writeBalanceCsv(*balance, folder));
+        files.push_back(writeAccountCsv(evaluation.account, folder));
+        files.push_back(writeFiguresCsv(evaluation.figures, folder));
+        if (evaluation.showsBalance) files.push_back(writeBalanceCsv(evaluation.balance, folder));
     }
     const auto add = [&](const char* name, const std::string& text) {
         files.push_back(joined(folder, name));
@@ -45,7 +47,7 @@ std::vector<std::string> writeResults(const Results& results, const Balance* bal
         add(kStoppedFile, fmt::format("{}: {}\nThe results hold the {} of {} steps that ran.\n", results.model->path,
                                       failureOf(results), results.steps, results.model->simulation.days()));
     }
-    add("summary.json", summaryJson(results, balance));
+    add("summary.json", summaryJson(results, evaluation));
     return files;
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "diagnostics_json.h"
+#include "evaluation_netcdf.h"
 #include "files.h"
 #include "netcdf_file.h"
 
@@ -37,7 +38,7 @@ class Writer {
     Writer(const Results& results, const std::string& path)
         : results_(results), file_(path), time_(file_.dimension("time", results.steps)) {}
 
-    void write(const ReadOptions& read, const Balance* balance) {
+    void write(const ReadOptions& read, const Evaluation& evaluation) {
         describe(read);
         describeEnd();
         writeTime();
@@ -48,7 +49,7 @@ class Writer {
         writeStates(SeriesKind::quality,
                     {"quality_store", "stored_quality", "stored quality at the end of the step", ""});
         writePotentials();
-        if (balance) writeBalance(*balance);
+        writeEvaluation(file_, evaluation);
         file_.close();
     }
 
@@ -200,42 +201,6 @@ class Writer {
         }
     }
 
-    void writeBalance(const Balance& balance) {
-        const Id dimension = file_.dimension("balance", balance.rows.size());
-        std::vector<std::string> names, levels, reasons;
-        for (const BalanceRow& row : balance.rows) {
-            names.push_back(row.name);
-            levels.emplace_back(toText(row.level));
-            reasons.push_back(row.notBalanced);
-        }
-        const auto texts = [&](const std::string& name, const char* meaning, const std::vector<std::string>& values) {
-            const Id id = file_.texts(name, dimension);
-            file_.attribute(id, "long_name", meaning);
-            file_.write(id, values);
-        };
-        texts("balance_name", "component, group or title of the model", names);
-        texts("balance_level", "component, group or network", levels);
-        texts("balance_not_balanced", "why a component is not balanced; empty: it is", reasons);
-        const auto numbers = [&](const std::string& name, const char* unit, double BalanceRow::*member) {
-            const Id id = file_.doubles("balance_" + name, dimension);
-            file_.attribute(id, "units", unit);
-            file_.attribute(id, "coordinates", "balance_name balance_level");
-            std::vector<double> values;
-            for (const BalanceRow& row : balance.rows) {
-                values.push_back(row.notBalanced.empty() ? row.*member : std::nan(""));
-            }
-            file_.write(id, values);
-        };
-        numbers("in", "L", &BalanceRow::in);
-        numbers("gained", "L", &BalanceRow::gain);
-        numbers("out", "L", &BalanceRow::out);
-        numbers("lost", "L", &BalanceRow::loss);
-        numbers("storage_change", "L", &BalanceRow::storageChange);
-        numbers("error", "L", &BalanceRow::error);
-        numbers("relative_error", "1", &BalanceRow::relative);
-        numbers("tolerance", "L", &BalanceRow::tolerance);
-    }
-
     const Results& results_;
     NetcdfFile file_;
     Id time_;
@@ -248,10 +213,10 @@ std::string potentialVariable(const PotentialInfo& potential, std::string_view u
     return std::string(potential.name) + (unit == potential.unit ? "" : "_depth");
 }
 
-std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
                         const std::string& folder) {
     const std::string path = joined(folder, "results.nc");
-    Writer(results, path).write(read, balance);
+    Writer(results, path).write(read, evaluation);
     return path;
 }
 

@@ -4,15 +4,15 @@
 
 #include <string>
 
-#include "balance.h"
+#include "evaluation.h"
 #include "read_options.h"
 #include "results.h"
 
 namespace kesto {
 
-// Writes results.nc into a folder and returns its path. `read` is what the model was
-// read with; `balance` may be null. Throws std::runtime_error when it cannot be written.
-std::string writeNetcdf(const Results& results, const Balance* balance, const ReadOptions& read,
+// Writes results.nc into a folder and returns its path. `read` is what the model was read with. Throws
+// std::runtime_error when it cannot be written.
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
                         const std::string& folder);
 
 // Variable of a potential that is booked in this unit: depths, as of soil, stand apart from volumes.

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "network.h"
-
 namespace kesto {
 
 namespace {
@@ -65,29 +63,6 @@ std::string potentialTable(const Results& results) {
     return text;
 }
 
-std::string tankTable(const Results& results) {
-    const std::vector<TankService> tanks = tankServices(results);
-    if (tanks.empty()) return {};
-    std::size_t width = 0;
-    for (const TankService& service : tanks) {
-        width = std::max(width, service.tank->name.size());
-    }
-    std::string text = "\nTanks: share of the demand that was served\n";
-    for (const TankService& service : tanks) {
-        std::string share = "nothing was asked of it";
-        if (!service.isRecorded) {
-            share = "not known: its demand or its deficit is not recorded";
-        } else if (service.served) {
-            share = fmt::format("{:.1f} %: {} L of {} L", 100 * *service.served,
-                                amount(service.demand - service.deficit), amount(service.demand));
-        } else if (std::isnan(service.demand) || std::isnan(service.deficit)) {
-            share = "not a number";
-        }
-        text += fmt::format("  {:<{}}  {}\n", service.tank->name, width, share);
-    }
-    return text;
-}
-
 }  // namespace
 
 double total(const Flow& flow, std::size_t steps) {
@@ -104,32 +79,6 @@ double total(const float* values, std::size_t steps) {
         sum += static_cast<double>(values[step]);
     }
     return sum;
-}
-
-std::vector<TankService> tankServices(const Results& results) {
-    const Model& model = *results.model;
-    const Network network(model);
-    std::vector<TankService> tanks;
-    for (std::size_t i = 0; i < model.components.size(); ++i) {
-        const Component& component = model.components[i];
-        if (component.code != code::kTank) continue;
-        const Flow* deficit = results.find({static_cast<int>(i), 1});
-        const Flow* demand = nullptr;
-        for (const int index : network.inputs(static_cast<int>(i))) {
-            const Connection& connection = model.connections[static_cast<std::size_t>(index)];
-            if (connection.toPort == 2) demand = results.find({connection.from, connection.fromPort});
-        }
-        TankService service{&component, deficit && demand, 0, 0, std::nullopt};
-        if (service.isRecorded) {
-            service.demand = total(*demand, results.steps);
-            service.deficit = total(*deficit, results.steps);
-            if (service.demand > 0 && !std::isnan(service.deficit)) {
-                service.served = 1 - service.deficit / service.demand;
-            }
-        }
-        tanks.push_back(service);
-    }
-    return tanks;
 }
 
 // What went wrong, when, and in which component; empty when nothing did.
@@ -154,8 +103,9 @@ std::string failureOf(const Results& results) {
     return {};
 }
 
-std::string summaryOf(const Results& results) {
-    return heading(results) + flowTable(results) + tankTable(results) + potentialTable(results);
+std::string summaryOf(const Results& results, const Evaluation& evaluation) {
+    return heading(results) + flowTable(results) + toText(evaluation.account) + toText(evaluation.figures) +
+           potentialTable(results) + (evaluation.showsBalance ? toText(evaluation.balance) : "");
 }
 
 }  // namespace kesto

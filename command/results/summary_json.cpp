@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "diagnostics_json.h"
+#include "evaluation_json.h"
 #include "summary.h"
 
 namespace kesto {
@@ -23,24 +24,6 @@ Json flowsOf(const Results& results) {
     return flows;
 }
 
-Json tanksOf(const Results& results) {
-    Json tanks = Json::array();
-    for (const TankService& service : tankServices(results)) {
-        Json tank{{"name", service.tank->name},
-                  {"unit", "L"},
-                  {"demand", nullptr},
-                  {"deficit", nullptr},
-                  {"served", nullptr}};
-        if (service.isRecorded) {
-            tank["demand"] = service.demand;
-            tank["deficit"] = service.deficit;
-        }
-        if (service.served) tank["served"] = *service.served;
-        tanks.push_back(std::move(tank));
-    }
-    return tanks;
-}
-
 Json potentialsOf(const Results& results) {
     Json potentials = Json::array();
     for (const PotentialSeries& series : results.potentials) {
@@ -50,29 +33,6 @@ Json potentialsOf(const Results& results) {
                               {"total", total(series.values, results.steps)}});
     }
     return potentials;
-}
-
-Json balanceOf(const Balance& balance) {
-    Json rows = Json::array();
-    for (const BalanceRow& row : balance.rows) {
-        Json entry{{"level", toText(row.level)}, {"name", row.name}, {"carries", toText(row.carries)}};
-        if (!row.notBalanced.empty()) {
-            entry["not_balanced"] = row.notBalanced;
-        } else {
-            entry.update({{"unit", "L"},
-                          {"in", row.in},
-                          {"gained", row.gain},
-                          {"out", row.out},
-                          {"lost", row.loss},
-                          {"storage_change", row.storageChange},
-                          {"error", row.error},
-                          {"relative_error", row.relative},
-                          {"tolerance", row.tolerance},
-                          {"balanced", !row.isOff()}});
-        }
-        rows.push_back(std::move(entry));
-    }
-    return rows;
 }
 
 // The files under the names that the model has for them: relative to its folder, or absolute.
@@ -107,7 +67,7 @@ std::string refusalJson(const std::string& model, const Diagnostics& diagnostics
     return toText(refusal);
 }
 
-std::string summaryJson(const Results& results, const Balance* balance, const RunCosts* costs) {
+std::string summaryJson(const Results& results, const Evaluation& evaluation, const RunCosts* costs) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     Json summary{{"model", model.path},
@@ -125,7 +85,10 @@ std::string summaryJson(const Results& results, const Balance* balance, const Ru
                  {"errors", Json::array()},
                  {"warnings", Json::array()},
                  {"flows", flowsOf(results)},
-                 {"tanks", tanksOf(results)},
+                 {"account", accountRows(evaluation.account)},
+                 {"account_gaps", gapRows(evaluation.account)},
+                 {"figures", figureRows(evaluation.figures)},
+                 {"tanks", tankRows(evaluation.figures)},
                  {"potentials", potentialsOf(results)}};
     if (results.diagnostics) {
         summary["errors"] = errorRows(*results.diagnostics);
@@ -135,7 +98,7 @@ std::string summaryJson(const Results& results, const Balance* balance, const Ru
         summary["model_sha256"] = results.inputs.front().sha256;
         summary["inputs"] = inputsOf(results);
     }
-    if (balance) summary["balance"] = balanceOf(*balance);
+    if (evaluation.showsBalance) summary["balance"] = balanceRows(evaluation.balance);
     if (costs) {
         summary["costs"] = {{"read_seconds", costs->readSeconds},
                             {"engine_seconds", costs->engineSeconds},

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "balance.h"
+#include "evaluation.h"
 #include "results.h"
 
 namespace kesto {
@@ -18,9 +18,9 @@ struct RunCosts {
     double peakBytes = 0;
 };
 
-// One JSON object: the run and how it ended, totals of flows and potentials, the service of tanks. What is not a number
-// is null.
-std::string summaryJson(const Results& results, const Balance* balance = nullptr, const RunCosts* costs = nullptr);
+// One JSON object: the run and how it ended, totals of flows and potentials, account, figures, the service of tanks.
+// What is not a number is null.
+std::string summaryJson(const Results& results, const Evaluation& evaluation, const RunCosts* costs = nullptr);
 
 // Of a model that was not run, since it has errors: the same keys, so far as they are known.
 std::string refusalJson(const std::string& model, const Diagnostics& diagnostics);

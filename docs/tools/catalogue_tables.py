@@ -1,13 +1,13 @@
-"""The tables of the component pages that come from the command's catalogue: types, ports, series and size, specifications.
+"""The tables of the component pages that come from the command's catalogue: types, ports, series and size, specifications, water.
 
 A page marks their places: <!-- types: NAME, NAME --> names the types that it is about, <!-- ports -->, <!-- series --> and
-<!-- specifications --> follow it, each up to <!-- end -->. check.py writes the tables and compares them."""
+<!-- specifications --> and <!-- water --> follow it, each up to <!-- end -->. check.py writes the tables and compares them."""
 
 import re
 
-PLACE = re.compile(r"(<!-- (?P<kind>types|ports|series|specifications)(?:: (?P<names>[\w, ]+))? -->\n).*?(<!-- end -->)",
+PLACE = re.compile(r"(<!-- (?P<kind>types|ports|series|specifications|water)(?:: (?P<names>[\w, ]+))? -->\n).*?(<!-- end -->)",
                    re.DOTALL)
-KINDS = {"types", "ports", "series", "specifications"}
+KINDS = {"types", "ports", "series", "specifications", "water"}
 
 
 def unit_text(unit):
@@ -88,7 +88,16 @@ def specifications_table(types):
     return table(("number", "name", "unit", "default", "range", "of", ""), rows) if rows else "None.\n"
 
 
-TABLES = {"types": types_table, "ports": ports_table, "series": series_table, "specifications": specifications_table}
+def water_table(types):
+    """What a type adds to its water and takes from it; the columns of a balance have these names."""
+    def rows_of(one):
+        return [(f"`{term['name']}`", term["meaning"]) for term in one["balance"]["terms"]]
+    rows = shared(types, rows_of)
+    return table(("term", "of", ""), rows) if rows else "No terms of its own.\n"
+
+
+TABLES = {"types": types_table, "ports": ports_table, "series": series_table, "specifications": specifications_table,
+          "water": water_table}
 
 
 def with_tables(text, catalogue, problems):

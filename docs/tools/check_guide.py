@@ -105,6 +105,17 @@ def warnings(kesto, text):
                                              for about in ("wiring", "values", "results", "note", "error")])
 
 
+def figures_table(kesto):
+    rows = json.loads(said(kesto, "figures", "--json"))
+    return "| figure | unit | of | |\n|---|---|---|---|\n" + "".join(
+        f"| `{row['name']}` | {row['unit']} | {row['of']} | {row['meaning']}{', with its dates' if row['dated'] else ''} |\n"
+        for row in rows)
+
+
+def results(kesto, text):
+    return with_tables("results.md", text, [("figures: from kesto figures", figures_table(kesto))])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--kesto", required=True, type=pathlib.Path, help="the command to run")
@@ -113,7 +124,8 @@ def main():
     kesto = arguments.kesto.resolve()
     wrong = 0
     for name, fresh_of in (("first-model.md", console), ("wiring.md", console),
-                           ("model-file.md", model_file), ("warnings.md", warnings)):
+                           ("model-file.md", model_file), ("warnings.md", warnings),
+                           ("results.md", results)):
         page = GUIDE / name
         old = page.read_text()
         fresh = fresh_of(kesto, old)

@@ -164,7 +164,7 @@ class Run(unittest.TestCase):
         done = self.kesto("run", "model.toml", "-o", "out")
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, "out: error: cannot write out/flows.csv: No space left on device\n")
-        self.assertIn("Tanks", done.stdout)
+        self.assertIn("Served of what was asked", done.stdout)
 
     def test_a_file_that_cannot_grow_is_told(self):
         for form, file in ("csv", "flows.csv"), ("netcdf", "results.nc"):
@@ -175,7 +175,7 @@ class Run(unittest.TestCase):
                     preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
                 self.assertEqual(done.returncode, 1)
                 self.assertIn(f"out: error: cannot write out/{file}: ", done.stderr)
-                self.assertIn("Tanks", done.stdout)
+                self.assertIn("Served of what was asked", done.stdout)
 
     def test_a_folder_that_cannot_be_is_told_before_the_run(self):
         done = self.kesto("run", "model.toml", "-o", "rain.csv/out")

@@ -136,7 +136,7 @@ class Warnings(unittest.TestCase):
             'model.toml:14:8: warning: component "soil" (soil_store): its runoff is not a number on 3 of 5 days, the first '
             '2012-01-03; its storage too [not-finite]'])
         rows = self.warnings("run", FROST, "--record", "none")
-        self.assertIn("its storage is not a number on 3 of 5 days, the first 2012-01-03",
+        self.assertIn("its runoff is not a number on 3 of 5 days, the first 2012-01-03; its storage too",
                       rows["not-finite", "soil"]["text"])
         self.assertEqual(rows["not-finite", "soil"]["line"], 14)
 

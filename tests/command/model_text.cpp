@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <optional>
 #include <vector>
 
 namespace kesto::test {
@@ -17,6 +18,7 @@ int below(std::mt19937& random, std::size_t limit) {
 struct Output {
     std::string component;
     int port;
+    Carries carries;
 };
 
 }  // namespace
@@ -83,13 +85,48 @@ std::string singleModel(const Type& type, int code, bool traceSources) {
     return text;
 }
 
-std::string randomModel(std::mt19937& random, int components) {
+namespace {
+
+// Which output a random network connects to an input: any, or one that carries what the input takes and that feeds
+// nothing else.
+class Choice {
+  public:
+    Choice(std::mt19937& random, Wiring wiring) : random_(random), wiring_(wiring) {}
+
+    void offer(const Output& output) { outputs_.push_back(output); }
+
+    std::optional<Output> forInput(Carries takes) {
+        std::vector<std::size_t> fitting;
+        for (std::size_t i = 0; i < outputs_.size(); ++i) {
+            const bool isAlike = takes == Carries::same || outputs_[i].carries == takes;
+            if (wiring_ == Wiring::any || isAlike) fitting.push_back(i);
+        }
+        if (fitting.empty()) return std::nullopt;
+        const std::size_t chosen = fitting[static_cast<std::size_t>(below(random_, fitting.size()))];
+        const Output output = outputs_[chosen];
+        if (wiring_ == Wiring::meant) outputs_.erase(outputs_.begin() + static_cast<std::ptrdiff_t>(chosen));
+        return output;
+    }
+
+  private:
+    std::mt19937& random_;
+    const Wiring wiring_;
+    std::vector<Output> outputs_;
+};
+
+}  // namespace
+
+std::string randomModel(std::mt19937& random, int components, Wiring wiring) {
     std::string brands, rows, connections;
-    std::vector<Output> outputs;
+    Choice outputs(random, wiring);
     const std::vector<Type>& types = allTypes();
-    const auto connect = [&](const Output& from, const std::string& to, int port) {
+    // What the input then carries.
+    const auto connect = [&](Carries takes, const std::string& to, int port) {
+        const std::optional<Output> from = outputs.forInput(takes);
+        if (!from) return takes;
         connections +=
-            fmt::format("[[connections]]\nfrom = \"{}:{}\"\nto = \"{}:{}\"\n", from.component, from.port, to, port);
+            fmt::format("[[connections]]\nfrom = \"{}:{}\"\nto = \"{}:{}\"\n", from->component, from->port, to, port);
+        return from->carries;
     };
     const Type& source = *findType("demand_source");
     const Type& reservoir = *findType("reservoir");
@@ -99,23 +136,33 @@ std::string randomModel(std::mt19937& random, int components) {
         const std::string row = componentText(type, code, name);
         rows = below(random, 3) == 0 ? row + rows : rows + row;  // not always in the order of the flow
         const int inputs = type.inputs() == kAnyInputs ? below(random, 3) : type.inputs();
-        for (int port = 1; port <= inputs && !outputs.empty(); ++port) {
-            connect(outputs[static_cast<std::size_t>(below(random, outputs.size()))], name,
-                    type.in.size() > 1 ? port : 1);
+        Carries passed = Carries::same;
+        for (int port = 1; port <= inputs; ++port) {
+            const int to = type.in.size() > 1 ? port : 1;
+            const Carries takes = type.in[static_cast<std::size_t>(to) - 1].carries;
+            passed = connect(takes == Carries::same ? passed : takes, name, to);
         }
         for (int port = 1; port <= static_cast<int>(type.out.size()); ++port) {
-            outputs.push_back({name, port});
+            const Carries gives = type.out[static_cast<std::size_t>(port) - 1].carries;
+            outputs.offer({name, port, gives == Carries::same ? passed : gives});
         }
     };
     add(source, "s1");
     add(source, "s2");
+    if (wiring == Wiring::meant) {
+        for (const char* const name : {"w1", "w2", "w3", "w4"}) {
+            add(*findType("impervious_surface"), name);
+        }
+        add(*findType("appliance"), "a1");
+        add(*findType("appliance"), "a2");
+    }
     add(reservoir, "r1");
     add(reservoir, "r2");
     // Loops: delays whose outputs are there from the start and whose inputs are connected at the end.
     const int loops = below(random, 3);
     for (int i = 0; i < loops; ++i) {
         rows += componentText(*findType(code::kDelay), code::kDelay, fmt::format("loop{}", i));
-        outputs.push_back({fmt::format("loop{}", i), 1});
+        outputs.offer({fmt::format("loop{}", i), 1, Carries::water});
     }
     for (int i = 0; i < components; ++i) {
         // Receiving units and splitters often: they are what recording could disturb.
@@ -125,7 +172,7 @@ std::string randomModel(std::mt19937& random, int components) {
         add(type, fmt::format("c{}", i));
     }
     for (int i = 0; i < loops; ++i) {
-        connect(outputs[static_cast<std::size_t>(below(random, outputs.size()))], fmt::format("loop{}", i), 1);
+        connect(Carries::water, fmt::format("loop{}", i), 1);
     }
     return headText(8, below(random, 2) == 0) + brands + rows + connections;
 }

@@ -21,8 +21,10 @@ std::string headText(int days, bool traceSources);
 // A model of one component, fed by as many sources as it asks for.
 std::string singleModel(const Type& type, int code, bool traceSources);
 
-// A network of all types that should pass the checks more often than not.
-std::string randomModel(std::mt19937& random, int components);
+// A network of all types that should pass the checks more often than not. As it is meant, water goes to inputs for
+// water, a demand to inputs for demands, and each output to one input.
+enum class Wiring { any, meant };
+std::string randomModel(std::mt19937& random, int components, Wiring wiring = Wiring::any);
 
 // Writes the text to a file in a folder of this process's own and returns its path.
 std::string writeModel(const std::string& text);

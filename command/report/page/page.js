@@ -47,12 +47,34 @@ function table(title, names, rows) {
                    className: isNumber(cell) ? "number" : "" })))))));
 }
 
+// Columns that are 0 in all rows are left out.
 function balanceTable(rows) {
-  return table("Water balance [L]", ["", "name", "carries", "in", "gained", "out", "lost", "storage change", "error",
-                                     "relative error", "tolerance", "state"],
-    rows.map(r => [r.level, r.name, r.carries, ...(r.not_balanced ? Array(8).fill("") :
-      [r.in, r.gained, r.out, r.lost, r.storage_change, r.error, r.relative_error, r.tolerance]),
+  const all = ["in", "rain", "drawn", "released", "taken_for_delivered", "created", "out", "evaporated", "infiltrated",
+               "lost", "destroyed", "storage_change", "error"];
+  const columns = all.filter(name => rows.some(row => row[name]));
+  return table("Water balance [L]",
+    ["", "name", "carries", ...columns.map(name => name.replaceAll("_", " ")), "relative error", "tolerance", "state"],
+    rows.map(r => [r.level, r.name, r.carries, ...[...columns, "relative_error", "tolerance"].map(name =>
+      r.not_balanced ? "" : r[name]),
       r.not_balanced ? `not balanced: ${r.not_balanced}` : r.balanced ? "balanced" : "DOES NOT BALANCE"]));
+}
+
+// Where the water came from and went to, each component by itself; what is small rounding is left out.
+function accountTable(rows) {
+  const kMostShown = 200;
+  const shown = rows.filter(row => row.kind !== "rounding");
+  const largest = [...shown].sort((a, b) => (b.litres ?? Infinity) - (a.litres ?? Infinity)).slice(0, kMostShown);
+  const kept = shown.filter(row => largest.includes(row));
+  return table("Water of the network [L]" + (kept.length < shown.length ? `, the ${kMostShown} largest rows` : ""),
+    ["", "kind", "component", "litres", "reason"],
+    kept.map(row => [row.side, row.kind.replaceAll("_", " "), row.component ?? "", row.litres, row.reason ?? ""]));
+}
+
+function figureTable(rows) {
+  const kMostShown = 400;
+  return table("Derived figures" + (rows.length > kMostShown ? `, the first ${kMostShown}` : ""),
+    ["figure", "value", "unit", "from", "to"],
+    rows.slice(0, kMostShown).map(row => [row.name, row.value, row.unit, row.from ?? "", row.to ?? ""]));
 }
 
 function writeSummary() {
@@ -64,6 +86,7 @@ function writeSummary() {
     element("alarm").textContent = `The run did not finish (${s.outcome}). ${s.message}`;
   }
   const tables = element("tables");
+  if (s.account?.length) tables.append(accountTable(s.account));
   if (s.tanks.length) {
     tables.append(table("Tanks", ["tank", "asked for", "not served", "unit", "served"], s.tanks.map(t =>
       [t.name, t.demand, t.deficit, t.unit, t.served === null ? "–" : `${(100 * t.served).toFixed(1)} %`])));
@@ -76,6 +99,7 @@ function writeSummary() {
     tables.append(table("Potentials, total", ["group", "potential", "total", "unit"],
       s.potentials.map(p => [p.group, p.potential, p.total, p.unit])));
   }
+  if (s.figures?.length) tables.append(figureTable(s.figures));
   if (s.balance) tables.append(balanceTable(s.balance));
 }
 

@@ -1,0 +1,20 @@
+// What is made of a run's recordings: its account, its figures and its balance.
+#pragma once
+
+#include "account.h"
+#include "balance.h"
+#include "figures.h"
+
+namespace kesto {
+
+struct Evaluation {
+    Account account;
+    Figures figures;
+    Balance balance;
+    bool showsBalance = false;  // in files and summaries
+};
+
+// `results` must hold what the account needs, as far as it can be recorded.
+Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series);
+
+}  // namespace kesto

@@ -1,0 +1,105 @@
+#include "recorded.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kesto {
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+// Of a day of the year, counted from 0.
+double insolationOf(double latitude, int day) {
+    const double phi = latitude / 180 * kPi;
+    const double angle = 2 * kPi / 365 * day;
+    const double declination = -0.409 * std::cos(angle + 0.16);
+    const double sunset = std::acos(-std::tan(phi) * std::tan(declination));
+    return 118108.8 / kPi * (1 + 0.034 * std::cos(angle - 0.05)) *
+           (sunset * std::sin(phi) * std::sin(declination) + std::cos(phi) * std::cos(declination) * std::sin(sunset));
+}
+
+std::vector<double> insolationOf(const Simulation& simulation) {
+    std::vector<double> values;
+    if (!simulation.latitude) return values;
+    for (Day day = simulation.start; day <= simulation.end; ++day) {
+        const int dayOfYear = static_cast<int>(day - dayOf({dateOf(day).year, 1, 1}));
+        values.push_back(insolationOf(*simulation.latitude, dayOfYear));
+    }
+    return values;
+}
+
+}  // namespace
+
+Recorded::Recorded(const Results& results, const AccountNeeds& needs, SeriesValues& series)
+    : NetworkView(*results.model),
+      results_(results),
+      needs_(needs),
+      series_(series),
+      storages_(static_cast<std::size_t>(components()), nullptr),
+      insolation_(insolationOf(model().simulation)) {
+    for (const State& state : results.states) {
+        if (state.kind == SeriesKind::storage) storages_[at(model().findComponent(state.name))] = state.values;
+    }
+    for (const Flow& flow : results.flows) {
+        Sum sum;
+        for (std::size_t step = 0; step < steps(); ++step) {
+            const double value = amount(flow.signals[step]);
+            sum.total += value;
+            sum.magnitude += std::abs(value);
+        }
+        sums_.push_back(sum);
+    }
+    for (const Group& group : model().groups) {
+        Sum sum;
+        const SourceIndex source = group.series[SeriesKind::rainfall];
+        const auto values = source >= 0 ? series.of(source) : nullptr;
+        for (std::size_t step = 0; values && step < steps(); ++step) {
+            const auto value = static_cast<double>((*values)[step]);
+            sum.total += value;
+            sum.magnitude += std::abs(value);
+        }
+        rains_.push_back(sum);
+    }
+}
+
+const Signal* Recorded::signals(int index, int port) const {
+    const Flow* flow = results_.find({index, port});
+    return flow ? flow->signals : nullptr;
+}
+
+Sum Recorded::sum(int index, int port) const {
+    const Flow* flow = results_.find({index, port});
+    return flow ? sums_[static_cast<std::size_t>(flow - results_.flows.data())] : Sum{};
+}
+
+std::string Recorded::whyMissing(int index, int port) const {
+    if (!needs_.contains({index, port}) || signals(index, port)) return {};
+    const std::string name = outputName(component(index), port);
+    for (const Refusal& refusal : needs_.plan.refused) {
+        if (refusal.output == OutputPort{index, port}) {
+            return fmt::format("\"{}\" cannot be recorded unchanged: {}", name, refusal.reason);
+        }
+    }
+    return fmt::format("\"{}\" is not recorded", name);
+}
+
+double Recorded::storedAtFirst(int index) const {
+    const SourceIndex initial = component(index).series[SeriesKind::storage];
+    return storage(index) && initial >= 0 ? static_cast<double>(series_.of(initial)->front()) : 0;
+}
+
+std::shared_ptr<const Floats> Recorded::ofGroup(int index, SeriesKind kind) const {
+    const int group = component(index).group;
+    const SourceIndex source = group < 0 ? kNoSource : model().groups[at(group)].series[kind];
+    return source >= 0 ? series_.of(source) : nullptr;
+}
+
+Sum Recorded::rain(int index) const {
+    const int group = component(index).group;
+    return group < 0 ? Sum{} : rains_[at(group)];
+}
+
+}  // namespace kesto
