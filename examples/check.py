@@ -71,6 +71,8 @@ class Results:
 
     def names(self):
         dates = self.dates
+        derived = self.file(self.results / "figures.csv")
+        figures = dict(zip(derived["figure"], derived["value"]))
 
         def series(name):
             return lambda column: self.numbers(self.results / name, column)
@@ -98,6 +100,7 @@ class Results:
             "quality": series("qualities.csv"),
             "state": series("states.csv"),
             "potential": series("potentials.csv"),
+            "figure": lambda name: float(figures[name]),
             "weather": lambda column: self.numbers(self.example / "weather.csv", column),
             "total": lambda values, *when: math.fsum(chosen(values, *when)),
             "mean": lambda values, *when: math.fsum(chosen(values, *when)) / len(chosen(values, *when)),
@@ -112,6 +115,7 @@ class Results:
             "yield_after_spillage": lambda *tank: yield_of_tank(*tank, before_spillage=False),
             "abs": abs,
             "min": min,
+            "max": max,
             "sum": sum,
             "range": range,
             "zip": zip,
@@ -162,8 +166,9 @@ def define(definitions, names):
 
 
 def check(kesto, example, results):
-    # Nothing doubtful that the model does not accept.
-    subprocess.run([kesto, "check", "--strict", example / "model.toml"], check=True, stdout=subprocess.DEVNULL)
+    # Nothing doubtful that the model does not accept, before the run and after it.
+    for command in ("check", "run"):
+        subprocess.run([kesto, command, "--strict", example / "model.toml"], check=True, stdout=subprocess.DEVNULL)
     expected = tomllib.loads((example / "figures.toml").read_text())
     readme = (example / "README.md").read_text()
     runs = {None: run(kesto, example, example / "model.toml", results)}

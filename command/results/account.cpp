@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <tuple>
 
@@ -53,7 +54,9 @@ class Bookkeeper {
     // Comes into a component or leaves it, from outside the network or to there.
     void add(bool isIn, AccountKind kind, int component, double litres, int place, std::string_view reason = {}) {
         if (litres == 0) return;
-        entries_[{!isIn, kind, place, reason}] += litres;
+        double& entry = entries_[{!isIn, kind, place, reason}];
+        entry += litres;
+        if (std::isnan(entry)) entry = std::numeric_limits<double>::quiet_NaN();  // of no sign
         pass(isIn, component, litres);
     }
 
@@ -72,6 +75,7 @@ class Bookkeeper {
             if (row.level != BalanceRow::Level::component || !row.isOff()) continue;
             const int component = recorded_.model().findComponent(row.name);
             const double litres = remainders_[at(component)];
+            if (std::isnan(litres)) continue;
             addEither(false, AccountKind::unexplained, AccountKind::unexplained, component, litres, {});
         }
         for (const auto& [key, litres] : entries_) {
@@ -79,7 +83,7 @@ class Bookkeeper {
             account.entries.push_back({!isOut, kind, place, litres, reason});
         }
         const double left = account.total(true) - account.total(false);
-        if (left == 0) return;
+        if (left == 0 || std::isnan(left)) return;
         const bool isRounding = recorded_.isWhole() || !balance.rows.front().isOff();
         const AccountEntry rest{left < 0, isRounding ? AccountKind::rounding : AccountKind::unexplained, kOutside,
                                 std::abs(left)};

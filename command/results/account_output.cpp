@@ -26,7 +26,8 @@ bool isListed(AccountKind kind) {
 }
 
 std::string line(std::string_view heading, double litres, std::string_view who) {
-    return fmt::format("       {:<14} {:>16.1f}{}{}\n", heading, litres, who.empty() ? "" : "  ", who);
+    const std::string amount = std::isnan(litres) ? "not a number" : fmt::format("{:.1f}", litres);
+    return fmt::format("       {:<14} {:>16}{}{}\n", heading, amount, who.empty() ? "" : "  ", who);
 }
 
 std::string described(const Account& account, const AccountEntry& entry) {

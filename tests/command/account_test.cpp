@@ -86,10 +86,10 @@ struct Seen {
 };
 
 // Runs networks twice: with all outputs recorded, and with none but what the account needs.
-Seen closeAccounts(test::Wiring wiring) {
+Seen closeAccounts(test::Wiring wiring, int trials) {
     std::mt19937 random(20230704);
     Seen seen;
-    for (int trial = 0; trial < 1200 && !testing::Test::HasFailure(); ++trial) {
+    for (int trial = 0; trial < trials && !testing::Test::HasFailure(); ++trial) {
         const std::string text = test::randomModel(random, 3 + trial % 14, wiring);
         Diagnostics diagnostics;
         const auto model = readModel(test::writeModel(text), diagnostics);
@@ -116,13 +116,13 @@ Seen closeAccounts(test::Wiring wiring) {
 }
 
 TEST(Account, ClosesHoweverANetworkIsWired) {
-    const Seen seen = closeAccounts(test::Wiring::any);
+    const Seen seen = closeAccounts(test::Wiring::any, 1200);
     EXPECT_GT(seen.runs, 300);
     EXPECT_GT(seen.created, 100);
 }
 
 TEST(Account, IsTheSameFromTheBorderAlone) {
-    const Seen seen = closeAccounts(test::Wiring::meant);
+    const Seen seen = closeAccounts(test::Wiring::meant, 500);
     EXPECT_GT(seen.runs, 300);
     EXPECT_GT(seen.border, 100);
 }
