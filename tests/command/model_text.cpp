@@ -184,6 +184,7 @@ std::string writeModel(const std::string& text) {
         return path;
     }();
     const std::string path = (folder / "model.toml").string();
+    std::filesystem::remove(path);  // a file that is cut and written again waits for the disk on some systems
     std::ofstream(path, std::ios::binary) << text;
     return path;
 }
