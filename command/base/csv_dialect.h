@@ -1,4 +1,4 @@
-// What parts the cells of a table: comma, semicolon or tab, told from its first lines.
+// What separates the cells of a table: comma, semicolon or tab, recognised from its first lines.
 #pragma once
 
 #include <cstddef>

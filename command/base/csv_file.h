@@ -21,7 +21,7 @@ namespace kesto {
 
 class CsvFile {
   public:
-    // `named` is where the file is named; a file that cannot be read is told there.
+    // `named` is where the file is named; a file that cannot be read is reported there.
     static std::optional<CsvFile> read(const std::string& path, const Place& named, Diagnostics& diagnostics);
     static std::optional<CsvFile> parse(std::string bytes, const std::string& name, Diagnostics& diagnostics);
 

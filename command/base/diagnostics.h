@@ -1,4 +1,4 @@
-// What is wrong with a model or doubtful about it and its results: collected, so that a person is told everything at
+// What is wrong with a model or doubtful about it and its results: collected, so that everything is reported at
 // once.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Where something stands in a file that a person wrote.
+// A place in a file that a person wrote.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
 // Bytes of a file into text: UTF-8, with or without a mark, UTF-16 with a mark, and Windows-1252, which spreadsheets
-// still write; files that are no text are told apart by how they begin.
+// still write; files that are no text are recognised by how they begin.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// A value as it stands in a model file or a table: what both kinds of file are turned into before they are understood.
+// A value as written in a model file or a table: what both kinds of file are turned into before they are understood.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ struct Value {
     double number = 0;  // of integers too
     std::string text;   // of a table's cell, always: a name may look like a number
     bool fromCell = false;
-    DecimalMark decimalMark = DecimalMark::point;  // of the table that the cell stands in
+    DecimalMark decimalMark = DecimalMark::point;  // of the table that the cell is in
     Day day = 0;
     std::vector<Value> items;
     std::vector<Field> fields;  // in the order of the file

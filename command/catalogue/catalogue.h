@@ -142,7 +142,7 @@ struct Type {
     Required<std::vector<Potential>> potentials;
     BalanceIdentity balance;
     Service service = {};
-    int peakOf = kNoPeak;             // output whose largest step is told; 0: of what a recorder receives
+    int peakOf = kNoPeak;             // output whose largest step is a figure; 0: of what a recorder receives
     bool anyInputs = false;           // any number of senders on its one input
     int reservoirs = 0;               // stores of type 39 that it works with, found by the group they share
     bool reservoirsOptional = false;  // it runs without them

@@ -9,7 +9,7 @@ namespace code {
 
 // Appliances have a code for each kind of use. What a kind stands for is up to the model, but for two.
 inline constexpr int kOutdoorUse = 9;       // its water goes into the ground
-inline constexpr int kIndependentUse = 10;  // like the outdoor use, it does not depend on the persons present
+inline constexpr int kIndependentUse = 10;  // like the outdoor use, it does not depend on the people present
 inline constexpr std::array kAppliances{1, 2, 4, 5, 6, 7, 8, kOutdoorUse, kIndependentUse};
 
 inline constexpr int kLocalTreatment = 3;

@@ -132,7 +132,7 @@ class Doubts {
         }
     }
 
-    // Leafs are told apart by the text of their ids: 12 counts as assigned once 1000012 is.
+    // Leaves are distinguished by the text of their ids: 12 counts as assigned once 1000012 is.
     void checkIds() {
         std::size_t digits = 0;
         for (const Component& component : model_.components) {

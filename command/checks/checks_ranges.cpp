@@ -134,7 +134,7 @@ class RangeChecks {
             unit = one.parameter->unit;
         }
         const double initial = values ? static_cast<double>(values->front()) : 0;
-        // What cannot be at all has been told.
+        // Impossible values have been reported.
         if (unit.empty() || capacity < 0 || initial < 0 || !(initial > capacity)) return;
         tell(Beyond::warning, "over-full", series_.placeOf(source, 0), component,
              fmt::format("initial_storage is {}, but it can hold {}", withUnit(values->front(), unit),

@@ -65,7 +65,7 @@ class SeriesRanges {
                     kind, component.series[kind]);
     }
 
-    // A source that several share is told once.
+    // A source that several share is reported once.
     void checkSource(const Named& named, SeriesKind kind, SourceIndex source) {
         if (source < 0 || !seen_.insert({kind, source, named.isState}).second) return;
         const auto values = series_.of(source);

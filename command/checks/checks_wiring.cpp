@@ -21,7 +21,7 @@ struct Kind {
 constexpr Kind kWater{Trait::water, Carries::water, "water"};
 constexpr Kind kDemand{Trait::demand, Carries::demand, "a demand"};
 
-// What goes wrong is often told best by the type that was meant.
+// The type that was meant often explains best what is wrong.
 struct Counterpart {
     std::string_view type;
     std::string_view hint;

@@ -1,4 +1,4 @@
-// Faults of a brand, a group or a series, told once however many components meet them.
+// Faults of a brand, a group or a series, reported once, however many components have them.
 #pragma once
 
 #include <map>

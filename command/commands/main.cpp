@@ -14,8 +14,8 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
     command.add_option("--set", options.set, "Replace a value of the model, as in --set tank.size=3000")
         ->allow_extra_args(false);
     command.add_option("--from", options.from,
-                       "First day of the run, in place of the model's; it begins with the initial states");
-    command.add_option("--to", options.to, "Last day of the run, in place of the model's");
+                       "First day of the run, instead of the model's; it begins with the initial states");
+    command.add_option("--to", options.to, "Last day of the run, instead of the model's");
     command.add_option("--accept", options.accept, "Accept a warning, as in --accept \"no-input sewer\"")
         ->allow_extra_args(false);
 }

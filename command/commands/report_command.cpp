@@ -50,7 +50,7 @@ std::string drawingOf(const std::string& path) {
     }
 }
 
-// Which of the files that were run hold something else now. What a run of an earlier version did not note is not told.
+// Which of the files that were run hold something else now. What an earlier version did not note is not compared.
 std::vector<std::string> changesSince(const nlohmann::json& run, const std::string& model) {
     std::vector<std::string> changes;
     const auto compare = [&](const std::string& path, const std::string& sha256) {
@@ -59,7 +59,7 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
         changes.push_back(path + (now.empty() ? " is no longer there" : " has changed since the run"));
         std::cerr << "kesto report: warning: " << changes.back() << '\n';
     };
-    if (!std::filesystem::exists(model)) return {};  // told with the drawing
+    if (!std::filesystem::exists(model)) return {};  // reported with the drawing
     compare(model, run.value("model_sha256", ""));
     for (const nlohmann::json& input : run.value("inputs", nlohmann::json::array())) {
         const std::filesystem::path file = input.value("file", "");

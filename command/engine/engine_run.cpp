@@ -18,7 +18,7 @@ namespace kesto {
 namespace {
 
 // Moves the engine's outputs, so far as they go, to where the parent can read them. What was moved is gone from the
-// engine's tables, so that it takes memory once, and is not moved again when the process is told to stop meanwhile.
+// engine's tables, so that it takes memory once, and is not moved again when a signal stops the process meanwhile.
 void moveSignals(Signal*& from, Signal* to, std::size_t steps, std::size_t done) {
     if (!from) return;
     std::memcpy(to, from, done * sizeof(Signal));

@@ -130,7 +130,7 @@ void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
     }
 }
 
-// [tables] and what stands in its files, turned into the same values as the rest of the model.
+// [tables] and the contents of its files, turned into the same values as the rest of the model.
 std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& reading, const Value* tables) {
     std::map<std::string, std::vector<Value>, std::less<>> rows;
     if (!tables) return rows;

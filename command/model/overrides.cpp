@@ -74,7 +74,7 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
     const std::vector<std::string_view> names(targets.begin(), targets.end());
     for (const Override& one : overrides) {
         if (one.used) continue;
-        // The name of a brand or group is easily given without the table that it stands in.
+        // The name of a brand or group is easily given without its table.
         const auto whole = std::find_if(names.begin(), names.end(),
                                         [&](std::string_view name) { return name.ends_with("." + one.target); });
         const std::string hint = whole == names.end() ? suggestion(one.target, names)

@@ -1,4 +1,4 @@
-// Values given on the command line in place of the model file's: --set tank.size=3000.
+// Values given on the command line instead of the model file's: --set tank.size=3000.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// What the command line says about a model besides its file.
+// What the command line adds to a model's file.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace kesto {
 struct ReadOptions {
     std::vector<std::string> set;     // as in tank.size=3000
     std::string from, to;             // first and last day of the run; empty: the model's
-    std::vector<std::string> accept;  // warnings, besides those that the model accepts
+    std::vector<std::string> accept;  // warnings, in addition to those that the model accepts
 };
 
 }  // namespace kesto

@@ -8,7 +8,7 @@ namespace kesto {
 
 namespace {
 
-// The cells of a column as the values of a run. What is wrong is told in one message for each reason.
+// The cells of a column as the values of a run. Each reason to refuse them gives one message.
 class ColumnReading {
   public:
     ColumnReading(const CsvFile& csv, std::size_t column, const TimeRows& rows, const Conversion& conversion)

@@ -1,4 +1,4 @@
-// What a run has left that cannot be: found after it, and told with the other warnings.
+// Impossible results: found after a run, and reported with the other warnings.
 #pragma once
 
 #include "diagnostics.h"
