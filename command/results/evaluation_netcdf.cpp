@@ -10,9 +10,7 @@ using Id = NetcdfFile::Id;
 
 void writeTexts(NetcdfFile& file, const std::string& name, const char* meaning, Id dimension,
                 const std::vector<std::string>& values) {
-    const Id id = file.texts(name, dimension);
-    file.attribute(id, "long_name", meaning);
-    file.write(id, values);
+    file.attribute(file.texts(name, dimension, values), "long_name", meaning);
 }
 
 void writeNumbers(NetcdfFile& file, const std::string& name, std::string_view unit, const char* coordinates,

@@ -57,9 +57,24 @@ NetcdfFile::Id NetcdfFile::integers(const std::string& name, Id dimension) {
     return id;
 }
 
-NetcdfFile::Id NetcdfFile::texts(const std::string& name, Id dimension) {
+NetcdfFile::Id NetcdfFile::texts(const std::string& name, Id dimension, const std::vector<std::string>& values) {
+    std::size_t length = 1;
+    for (const std::string& value : values) {
+        length = std::max(length, value.size());
+    }
+    const auto known = characters_.find(length);
+    const Id characters =
+        known != characters_.end() ? known->second : this->dimension(fmt::format("characters_{}", length), length);
+    characters_[length] = characters;
     Id id = -1;
-    check(nc_def_var(file_, name.c_str(), NC_STRING, 1, &dimension, &id));
+    const Id dimensions[] = {dimension, characters};
+    check(nc_def_var(file_, name.c_str(), NC_CHAR, 2, dimensions, &id));
+    attribute(id, "_Encoding", "utf-8");
+    std::string rows(values.size() * length, '\0');
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i].copy(&rows[i * length], length);
+    }
+    if (!rows.empty()) check(nc_put_var_text(file_, id, rows.data()));
     return id;
 }
 
@@ -84,14 +99,6 @@ void NetcdfFile::write(Id variable, const std::vector<double>& values) {
 
 void NetcdfFile::write(Id variable, const std::vector<int>& values) {
     if (!values.empty()) check(nc_put_var_int(file_, variable, values.data()));
-}
-
-void NetcdfFile::write(Id variable, const std::vector<std::string>& values) {
-    std::vector<const char*> texts;
-    for (const std::string& value : values) {
-        texts.push_back(value.c_str());
-    }
-    if (!texts.empty()) check(nc_put_var_string(file_, variable, texts.data()));
 }
 
 void NetcdfFile::close() {

@@ -1,6 +1,7 @@
 // A NetCDF-4 file that is being written: the few things that results need of it.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,9 @@ class NetcdfFile {
     Id floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill = nullptr);
     Id doubles(const std::string& name, Id dimension);
     Id integers(const std::string& name, Id dimension);
-    Id texts(const std::string& name, Id dimension);
+
+    // Texts as rows of characters, filled up with zeros: strings of any length take four times as long.
+    Id texts(const std::string& name, Id dimension, const std::vector<std::string>& values);
 
     static constexpr Id kGlobal = -1;
     void attribute(Id variable, const std::string& name, std::string_view text);
@@ -32,13 +35,13 @@ class NetcdfFile {
     void writeRow(Id variable, std::size_t row, const std::vector<float>& values);
     void write(Id variable, const std::vector<double>& values);
     void write(Id variable, const std::vector<int>& values);
-    void write(Id variable, const std::vector<std::string>& values);
 
     void close();
 
   private:
     void check(int status) const;
     std::string path_;
+    std::map<std::size_t, Id> characters_;  // dimensions by their lengths
     int file_ = -1;
 };
 

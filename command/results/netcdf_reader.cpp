@@ -49,14 +49,14 @@ std::vector<std::size_t> NetcdfReader::shapeOf(int variable) const {
 std::vector<std::string> NetcdfReader::texts(const std::string& variable) const {
     const int id = idOf(variable);
     const std::vector<std::size_t> shape = shapeOf(id);
-    if (shape.size() != 1 || shape[0] == 0) return {};
-    std::vector<char*> found(shape[0], nullptr);
-    check(nc_get_var_string(file_, id, found.data()));
+    if (shape.size() != 2) return {};
+    std::string rows(shape[0] * shape[1], '\0');
+    if (!rows.empty()) check(nc_get_var_text(file_, id, rows.data()));
     std::vector<std::string> result;
-    for (const char* text : found) {
-        result.emplace_back(text ? text : "");
+    for (std::size_t i = 0; i < shape[0]; ++i) {
+        const std::string row = rows.substr(i * shape[1], shape[1]);
+        result.push_back(row.substr(0, row.find('\0')));
     }
-    check(nc_free_string(found.size(), found.data()));
     return result;
 }
 

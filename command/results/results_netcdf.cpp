@@ -118,10 +118,9 @@ class Writer {
 
     // A file of the conventions names one list of series as the identities.
     void writeNames(const std::string& dimension, Id id, const std::vector<std::string>& names) {
-        const Id variable = file_.texts(dimension + "_name", id);
+        const Id variable = file_.texts(dimension + "_name", id, names);
         file_.attribute(variable, "long_name", "name in the model");
         if (!std::exchange(hasIdentities_, true)) file_.attribute(variable, "cf_role", "timeseries_id");
-        file_.write(variable, names);
     }
 
     Id define(const Table& table, Id dimension, const float* fill = nullptr) {
@@ -144,9 +143,8 @@ class Writer {
         if (flows.empty()) return;
         const Id dimension = file_.dimension(table.dimension, flows.size());
         writeNames(table.dimension, dimension, names);
-        const Id kind = file_.texts(table.dimension + "_carries", dimension);
+        const Id kind = file_.texts(table.dimension + "_carries", dimension, carries);
         file_.attribute(kind, "long_name", "what the signal is: water, a demand, or either");
-        file_.write(kind, carries);
         const Id quantities = define(table, dimension);
         const Id qualities = define({table.dimension, quality, "quality of the flow", ""}, dimension, &kAbsent);
         std::vector<float> row(results_.steps);
