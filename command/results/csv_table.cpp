@@ -144,9 +144,9 @@ void writeCsvTable(const std::string& path, std::size_t steps, const std::functi
     header += '\n';
     bool isGood = std::fwrite(header.data(), 1, header.size(), file) == header.size();
     isGood = isGood && writeRows(file, steps, dateOf, columns);
-    const int error = errno;
-    isGood = std::fclose(file) == 0 && isGood;
-    if (!isGood) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(error)));
+    int error = isGood ? 0 : errno;
+    if (std::fclose(file) != 0 && error == 0) error = errno;
+    if (error != 0) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(error)));
 }
 
 }  // namespace kesto
