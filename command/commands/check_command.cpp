@@ -1,12 +1,13 @@
 #include <fmt/format.h>
 
-#include <cmath>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
 #include "diagnostics_json.h"
+#include "display.h"
 #include "load.h"
+#include "memory_estimate.h"
 #include "network.h"
 #include "record.h"
 #include "record_choice.h"
@@ -15,30 +16,6 @@
 namespace kesto {
 
 namespace {
-
-std::string bytes(double count) {
-    if (count < 1e6) return fmt::format("{:.0f} kB", std::ceil(count / 1e3));
-    return count < 1e9 ? fmt::format("{:.1f} MB", count / 1e6) : fmt::format("{:.1f} GB", count / 1e9);
-}
-
-// What a run with all outputs recorded will take: the engine's outputs are there twice while they are handed over.
-double expectedMemory(const Model& model, const RecordingPlan& plan) {
-    const auto steps = static_cast<double>(model.simulation.days());
-    const auto outputs = static_cast<double>(plan.logged.size() + plan.fromOwnLog.size());
-    double series = static_cast<double>(model.sources.size());
-    double states = 0;
-    for (const Component& component : model.components) {
-        for (const SeriesNeed& need : component.type->series) {
-            if (need.isState) ++states;
-        }
-    }
-    for (const Group& group : model.groups) {
-        if (group.uses != Group().uses) series += kUseKinds;
-    }
-    const double recorded = 2 * outputs * sizeof(Signal);
-    const double potentials = 2.0 * static_cast<double>(kPotentials * model.groups.size()) * sizeof(float);
-    return steps * (recorded + potentials + (series + states) * sizeof(float));
-}
 
 std::string counted(std::size_t count, std::string_view what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
@@ -81,8 +58,8 @@ void printText(const std::string& path, const LoadedModel& loaded, double memory
     std::cout << fmt::format(
         "{}: fit to run, {}\n{} components, {} connections, {} steps ({} to {})\n{} for a run with all outputs "
         "recorded\n",
-        path, counts(loaded.diagnostics(), false), model.components.size(), model.connections.size(),
-        model.simulation.days(), toText(model.simulation.start), toText(model.simulation.end), bytes(memory));
+        printable(path), counts(loaded.diagnostics(), false), model.components.size(), model.connections.size(),
+        model.simulation.days(), toText(model.simulation.start), toText(model.simulation.end), bytesToText(memory));
 }
 
 }  // namespace
