@@ -11,8 +11,8 @@
 
 namespace kesto {
 
-// True when a person sees what is written there.
-bool isTerminal(std::FILE* stream);
+// Columns of the terminal that shows what is written there; 0 when there is none, or one that cannot erase a line.
+int terminalColumns(std::FILE* stream);
 
 // No error when files can be made in the folder.
 std::error_code writeAccess(const std::string& folder);

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -50,8 +52,12 @@ extern "C" void noteInterrupt(int) {
 
 }  // namespace
 
-bool isTerminal(std::FILE* stream) {
-    return isatty(fileno(stream)) == 1;
+int terminalColumns(std::FILE* stream) {
+    constexpr int kUsual = 80;  // of terminals that do not tell
+    const char* const kind = std::getenv("TERM");
+    if (isatty(fileno(stream)) != 1 || !kind || !*kind || std::strcmp(kind, "dumb") == 0) return 0;
+    winsize size{};
+    return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
 std::error_code writeAccess(const std::string& folder) {

@@ -3,14 +3,33 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
-#include <string>
 
 #include "platform.h"
 
 namespace kesto {
 
-ProgressBar::ProgressBar(bool wanted) : isOn_(wanted && isTerminal(stderr)) {}
+namespace {
+
+constexpr std::size_t kWidest = 40;    // of the bar itself
+constexpr std::size_t kNarrowest = 5;  // a shorter one tells nothing
+
+}  // namespace
+
+std::string progressLine(std::size_t columns, double share, double secondsLeft) {
+    std::string text = fmt::format("{:3.0f} %", 100 * share);
+    if (std::isfinite(secondsLeft)) text += fmt::format(", {:.0f} s left", secondsLeft);
+    const std::size_t room = columns - std::min(columns, text.size() + 4);
+    const std::size_t width = std::min(room, kWidest);
+    if (width >= kNarrowest) {
+        const auto filled = static_cast<std::size_t>(share * static_cast<double>(width));
+        text = fmt::format("[{}{}] {}", std::string(filled, '#'), std::string(width - filled, ' '), text);
+    }
+    return text.substr(0, columns - 1);
+}
+
+ProgressBar::ProgressBar(bool wanted) : isOn_(wanted && terminalColumns(stderr) > 0) {}
 
 ProgressBar::~ProgressBar() {
     if (isShown_) fmt::print(stderr, "\r\033[K");
@@ -19,13 +38,10 @@ ProgressBar::~ProgressBar() {
 void ProgressBar::show(std::size_t done, std::size_t all) {
     const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
     if (!isOn_ || all == 0 || elapsed < 0.3) return;  // a short run needs none
-    constexpr std::size_t kWidth = 40;
+    const int columns = terminalColumns(stderr);      // now: windows change
+    if (columns < 1) return;
     const double share = static_cast<double>(std::min(done, all)) / static_cast<double>(all);
-    const auto filled = static_cast<std::size_t>(share * static_cast<double>(kWidth));
-    std::string left = "";
-    if (done > 0) left = fmt::format(", {:.0f} s left", elapsed / share - elapsed);
-    fmt::print(stderr, "\r[{}{}] {:3.0f} %{}\033[K", std::string(filled, '#'), std::string(kWidth - filled, ' '),
-               100 * share, left);
+    fmt::print(stderr, "\r{}\033[K", progressLine(static_cast<std::size_t>(columns), share, elapsed / share - elapsed));
     std::fflush(stderr);
     isShown_ = true;
 }

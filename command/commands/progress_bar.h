@@ -1,12 +1,17 @@
-// How far a run is, and how long it will still take: on a terminal only.
+// How far a run is, and how long it will still take: on a terminal only, and in as many columns as it has.
 //
 // By hand: Debian has no C++ library for it.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
+#include <string>
 
 namespace kesto {
+
+// "[####    ]  50 %, 3 s left", or as much of it as goes into less than so many columns, at least one: a line that
+// fills them all cannot be written over.
+std::string progressLine(std::size_t columns, double share, double secondsLeft);
 
 class ProgressBar {
   public:
