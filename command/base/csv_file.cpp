@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 #include <numeric>
 #include <stdexcept>
 
@@ -44,18 +45,17 @@ std::optional<CsvFile> CsvFile::read(const std::string& path, const Place& named
         diagnostics.error("bad-table", named, fmt::format("{} is a folder; expected a CSV file", path));
         return std::nullopt;
     }
-    std::string bytes;
     try {
-        bytes = readFile(path);
+        std::string bytes = readFile(path, kLargestTable);
+        const auto why = whyNoTable(bytes);
+        if (!why) return parse(std::move(bytes), path, diagnostics);
+        diagnostics.error("bad-table", named, fmt::format("{} {}", path, *why));
     } catch (const std::runtime_error& failure) {
         diagnostics.error("no-file", named, failure.what());
-        return std::nullopt;
+    } catch (const std::bad_alloc&) {
+        diagnostics.error("out-of-memory", named, fmt::format("memory ran out while {} was read", path));
     }
-    if (const auto why = whyNoTable(bytes)) {
-        diagnostics.error("bad-table", named, fmt::format("{} {}", path, *why));
-        return std::nullopt;
-    }
-    return parse(std::move(bytes), path, diagnostics);
+    return std::nullopt;
 }
 
 std::optional<CsvFile> CsvFile::parse(std::string bytes, const std::string& name, Diagnostics& diagnostics) {

@@ -4,12 +4,20 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 #include <numeric>
 #include <ostream>
+
+#include "display.h"
 
 namespace kesto {
 
 namespace {
+
+constexpr int kMostSuggested = 20;
+constexpr int kMostPrinted = 20;              // of one code
+constexpr std::size_t kLongestText = 1000;    // of a message
+constexpr std::size_t kLongestGuessed = 200;  // of a name that another is suggested for
 
 // Levenshtein distance, letters of either case alike.
 std::size_t distance(std::string_view a, std::string_view b) {
@@ -29,8 +37,8 @@ std::size_t distance(std::string_view a, std::string_view b) {
 }
 
 bool standsBefore(const Place& a, const Place& b) {
-    const std::string& fileA = a.file ? *a.file : std::string{};
-    const std::string& fileB = b.file ? *b.file : std::string{};
+    const std::string_view fileA = a.file ? std::string_view(*a.file) : std::string_view();
+    const std::string_view fileB = b.file ? std::string_view(*b.file) : std::string_view();
     if (fileA != fileB) return fileA < fileB;
     return a.line != b.line ? a.line < b.line : a.column < b.column;
 }
@@ -52,6 +60,8 @@ std::string_view toText(Severity severity) {
 void Diagnostics::add(Severity severity, const Place& place, std::string text, std::string_view code,
                       std::string component) {
     if (component.empty()) component = subject_;
+    // A value of some megabytes is still a message.
+    if (text.size() > kLongestText) text = shortened(text, kLongestText);
     all_.push_back({severity, place, std::move(text), code, std::move(component)});
 }
 
@@ -102,23 +112,48 @@ std::vector<const Diagnostic*> Diagnostics::inOrder() const {
     return sorted;
 }
 
+std::string Diagnostics::suggest(std::string_view found, const std::function<Names()>& candidates) {
+    if (suggested_ == kMostSuggested) return {};
+    ++suggested_;
+    return suggestion(found, candidates());
+}
+
 void Diagnostics::print(std::ostream& out, bool errorsOnly, std::size_t first) const {
-    for (const Diagnostic* diagnostic : inOrder()) {
+    std::vector<const Diagnostic*> shown = inOrder();
+    std::erase_if(shown, [&](const Diagnostic* one) {
+        return one < all_.data() + first || (errorsOnly && one->severity != Severity::error);
+    });
+    std::map<std::string_view, int> left;  // of each code
+    for (const Diagnostic* diagnostic : shown) {
+        ++left[diagnostic->code];
+    }
+    std::map<std::string_view, int> printed;
+    for (const Diagnostic* diagnostic : shown) {
+        int& count = printed[diagnostic->code];
+        if (count == kMostPrinted) continue;
+        ++count;
         const Severity severity = diagnostic->severity;
-        if (diagnostic < all_.data() + first || (errorsOnly && severity != Severity::error)) continue;
-        out << toString(diagnostic->place) << ": " << toText(severity) << ": " << diagnostic->text;
+        out << printable(toString(diagnostic->place)) << ": " << toText(severity) << ": "
+            << printable(diagnostic->text);
         // The code is what `accept` takes.
         if (severity == Severity::warning) {
             out << " [" << diagnostic->code << (isAccepted(*diagnostic) ? ", accepted]" : "]");
         }
         out << '\n';
+        const int more = left[diagnostic->code] - kMostPrinted;
+        if (count < kMostPrinted || more == 0) continue;
+        out << fmt::format("{}: … and {} more of this kind ({})\n", toText(severity),
+                           withThousands(static_cast<std::size_t>(more)), diagnostic->code);
     }
 }
 
 std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates) {
+    if (found.size() > kLongestGuessed) return {};
     std::string_view best;
     std::size_t least = found.size() < 4 ? 2 : std::max<std::size_t>(found.size() / 3, 2) + 1;
     for (std::string_view candidate : candidates) {
+        // One is at least so far from the other as it is longer.
+        if (candidate.size() >= found.size() + least || found.size() >= candidate.size() + least) continue;
         const std::size_t d = distance(found, candidate);
         if (d < least) {
             least = d;

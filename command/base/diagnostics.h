@@ -2,6 +2,7 @@
 // once.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <set>
 #include <string>
@@ -51,12 +52,17 @@ class Diagnostics {
     bool isAccepted(const Diagnostic& diagnostic) const;
     std::vector<const Diagnostic*> unaccepted() const;  // warnings, which a strict run fails on
 
+    // As suggestion(), for the first twenty names: each is compared with all that there are.
+    using Names = std::vector<std::string_view>;
+    std::string suggest(std::string_view found, const std::function<Names()>& candidates);
+
     bool hasErrors() const;
     std::size_t count(Severity severity) const;
     const std::vector<Diagnostic>& all() const { return all_; }
     std::vector<const Diagnostic*> inOrder() const;  // of file and line
 
-    // In order, each as "file:line:column: error: text"; of those from `first` on, and errors alone when asked so.
+    // In order, each as "file:line:column: error: text"; of those from `first` on, and errors alone when asked so. Of
+    // each code the first twenty, and how many there are more.
     void print(std::ostream& out, bool errorsOnly = false, std::size_t first = 0) const;
 
   private:
@@ -64,11 +70,12 @@ class Diagnostics {
 
     std::vector<Diagnostic> all_;
     std::string subject_;
+    int suggested_ = 0;
     std::set<std::pair<std::string, std::string>> accepted_;  // code and component
 };
 
 // `; did you mean "tank"?` for the candidate nearest to what was found, or one that it begins; nothing when
-// none is near.
+// none is near. Of a model, Diagnostics::suggest.
 std::string suggestion(std::string_view found, const std::vector<std::string_view>& candidates);
 
 // "a, b or c", cut short after some twenty.

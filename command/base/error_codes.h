@@ -14,7 +14,7 @@ struct ErrorCode {
 
 inline constexpr ErrorCode kErrorCodes[] = {
     {"no-file", "a file that cannot be read"},
-    {"not-toml", "a model file that is not valid TOML"},
+    {"not-toml", "a model file that is not valid TOML, or whose tables nest too deep"},
     {"bad-table", "a CSV file that is no table: empty, cells too few or too many, a quote that is not closed"},
     {"missing-key", "a table of the model without a key that it must have"},
     {"unknown-key", "a key that has no meaning where it stands"},
@@ -43,6 +43,7 @@ inline constexpr ErrorCode kErrorCodes[] = {
     {"run-failed", "the engine stopped the run"},
     {"engine-crashed", "the engine's process ended"},
     {"interrupted", "the run was interrupted"},
+    {"out-of-memory", "a model or a run for which memory does not suffice"},
     {"cannot-write", "results that could not be written"},
 };
 

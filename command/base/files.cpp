@@ -23,9 +23,38 @@ struct Close {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
+std::string_view nameOf(std::filesystem::file_type type) {
+    switch (type) {
+        case std::filesystem::file_type::directory:
+            return "a folder";
+        case std::filesystem::file_type::fifo:
+            return "a pipe";
+        case std::filesystem::file_type::socket:
+            return "a socket";
+        default:
+            return "a device";
+    }
+}
+
+void expectReadable(const std::string& path, std::size_t largest) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (error) fail("read", path, error.value());
+    if (status.type() != std::filesystem::file_type::regular) {
+        throw std::runtime_error(
+            fmt::format("cannot read {}: it is {}; expected a regular file", path, nameOf(status.type())));
+    }
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size > largest) {
+        throw std::runtime_error(fmt::format("cannot read {}: it has {} MB; expected at most {} MB", path,
+                                             size / 1'000'000, largest / 1'000'000));
+    }
+}
+
 }  // namespace
 
-std::string readFile(const std::string& path) {
+std::string readFile(const std::string& path, std::size_t largest) {
+    expectReadable(path, largest);
     const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
     if (!file) fail("read", path, errno);
     std::string text;

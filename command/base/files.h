@@ -1,13 +1,19 @@
 // Whole files and folders, with errors that name the file and the system's reason.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace kesto {
 
+// What is larger is refused before it is read: it would take all memory, and is hardly meant.
+inline constexpr std::size_t kLargestModel = 256'000'000;    // bytes; a million components
+inline constexpr std::size_t kLargestTable = 1'000'000'000;  // a century of days in 4,000 columns
+
 // All throw std::runtime_error: "cannot read PATH: No such file or directory".
-std::string readFile(const std::string& path);
+// Reads regular files alone, through symbolic links too: a device may never end, a pipe may never begin.
+std::string readFile(const std::string& path, std::size_t largest);
 void writeFile(const std::string& path, std::string_view text);
 
 // Makes the folder, and those it lies in, unless it is there; files must be able to be made in it.

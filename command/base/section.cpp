@@ -4,13 +4,20 @@
 
 #include <cmath>
 
+#include "display.h"
 #include "number_format.h"
 #include "units.h"
 
 namespace kesto {
 
-Section::Section(const Value& table, std::string what, Diagnostics& diagnostics)
-    : table_(table), what_(std::move(what)), diagnostics_(diagnostics) {}
+namespace {
+
+constexpr std::size_t kLongestShown = 200;  // of a name, in messages
+
+}  // namespace
+
+Section::Section(const Value& table, const std::string& what, Diagnostics& diagnostics)
+    : table_(table), what_(shortened(what, kLongestShown)), diagnostics_(diagnostics) {}
 
 const Value* Section::find(std::string_view key) {
     allow(key);
@@ -85,9 +92,10 @@ std::optional<Placed<double>> Section::quantity(std::string_view key, std::strin
 void Section::finish() {
     for (const auto& [key, value] : table_.fields) {
         if (known_.contains(key.value)) continue;
-        const std::vector<std::string_view> names(known_.begin(), known_.end());
-        diagnostics_.error("unknown-key", key.place,
-                           fmt::format("{} has no key \"{}\"{}", what_, key.value, suggestion(key.value, names)));
+        const auto names = [&] { return std::vector<std::string_view>(known_.begin(), known_.end()); };
+        diagnostics_.error(
+            "unknown-key", key.place,
+            fmt::format("{} has no key \"{}\"{}", what_, key.value, diagnostics_.suggest(key.value, names)));
     }
 }
 

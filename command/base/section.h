@@ -14,7 +14,7 @@ namespace kesto {
 class Section {
   public:
     // `what` names the table in messages: [simulation], component "wc".
-    Section(const Value& table, std::string what, Diagnostics& diagnostics);
+    Section(const Value& table, const std::string& what, Diagnostics& diagnostics);
 
     const Value* find(std::string_view key);
     const Value* require(std::string_view key, std::string_view expected);

@@ -12,7 +12,7 @@ namespace kesto {
 std::string sha256OfFile(const std::string& path) {
     std::string bytes;
     try {
-        bytes = readFile(path);
+        bytes = readFile(path, kLargestTable);
     } catch (const std::runtime_error&) {
         return {};
     }

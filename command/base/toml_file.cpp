@@ -4,9 +4,11 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 
 #include "files.h"
+#include "toml_depth.h"
 
 namespace kesto {
 
@@ -76,6 +78,12 @@ Value toValue(const File& file, const toml::node& node) {
 
 std::optional<Value> readTomlText(const std::string& text, const std::string& name, Diagnostics& diagnostics) {
     const File file = std::make_shared<const std::string>(name);
+    if (const auto deep = tooDeepAt(text)) {
+        diagnostics.error(
+            "not-toml", {file, deep->line, deep->column},
+            fmt::format("keys and brackets nest deeper than {} levels; a model has no need for it", kDeepestNesting));
+        return std::nullopt;
+    }
     try {
         const toml::table table = toml::parse(text, name);
         return toValue(file, table);
@@ -87,14 +95,15 @@ std::optional<Value> readTomlText(const std::string& text, const std::string& na
 }
 
 std::optional<Value> readTomlFile(const std::string& path, Diagnostics& diagnostics) {
-    std::string text;
+    const Place place{std::make_shared<const std::string>(path), 0, 0};
     try {
-        text = readFile(path);
+        return readTomlText(readFile(path, kLargestModel), path, diagnostics);
     } catch (const std::runtime_error& error) {
-        diagnostics.error("no-file", {std::make_shared<const std::string>(path), 0, 0}, error.what());
-        return std::nullopt;
+        diagnostics.error("no-file", place, error.what());
+    } catch (const std::bad_alloc&) {
+        diagnostics.error("out-of-memory", place, "memory ran out while this file was read");
     }
-    return readTomlText(text, path, diagnostics);
+    return std::nullopt;
 }
 
 }  // namespace kesto

@@ -2,7 +2,15 @@
 
 #include <fmt/format.h>
 
+#include "display.h"
+
 namespace kesto {
+
+namespace {
+
+constexpr std::size_t kLongestShown = 200;
+
+}  // namespace
 
 const Value* Value::field(std::string_view name) const {
     for (const auto& [key, value] : fields) {
@@ -19,7 +27,7 @@ std::string describe(const Value& value) {
         case Value::Kind::real:
             return fmt::format("the number {}", value.number);
         case Value::Kind::text:
-            return fmt::format("the text \"{}\"", value.text);
+            return fmt::format("the text \"{}\"", shortened(value.text, kLongestShown));
         case Value::Kind::date:
             return fmt::format("the date {}", toText(value.day));
         case Value::Kind::array:

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "commands.h"
+#include "display.h"
 #include "draw.h"
 #include "files.h"
 #include "load.h"
@@ -35,7 +36,7 @@ int drawCommand(const DrawOptions& options) {
     if (!format.empty()) format.erase(0, 1);
     if (std::find(kFormats.begin(), kFormats.end(), format) == kFormats.end()) {
         std::cerr << fmt::format("kesto draw: error: {}: expected a name that ends with .svg, .png, .pdf or .dot\n",
-                                 options.output);
+                                 printable(options.output));
         return kBadModel;
     }
     const LoadedModel loaded(options.model);

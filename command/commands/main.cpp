@@ -2,11 +2,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <new>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
 #include "commands.h"
 #include "diagnostics.h"
+#include "display.h"
 
 namespace {
 
@@ -26,9 +29,25 @@ bool isUnknownCommand(const CLI::App& app, std::string_view word) {
     for (const CLI::App* command : app.get_subcommands({}))
         names.emplace_back(command->get_name());
     if (word.starts_with('-') || std::find(names.begin(), names.end(), word) != names.end()) return false;
-    std::cerr << "kesto: error: there is no command \"" << word << "\"; kesto --help lists them"
+    std::cerr << "kesto: error: there is no command \"" << kesto::printable(word) << "\"; kesto --help lists them"
               << kesto::suggestion(word, names) << '\n';
     return true;
+}
+
+// What was lost on its way out, as on a full disk, is a failure.
+int written(int status) {
+    std::cout.flush();
+    if (std::cout) return status;
+    std::cerr << "kesto: error: cannot write to the standard output\n";
+    return status == kesto::kGood ? kesto::kRunFailed : status;
+}
+
+// An empty argument is a variable of a script that was not set.
+void refuseEmpty(CLI::App& command) {
+    for (CLI::Option* option : command.get_options()) {
+        if (option->get_items_expected_max() == 0) continue;  // a flag
+        option->check([](const std::string& value) { return value.empty() ? "expected a value, found nothing" : ""; });
+    }
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -91,6 +110,8 @@ int runCommandLine(int argc, char** argv) {
 
     CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of model files, for editors");
 
+    for (CLI::App* command : app.get_subcommands({}))
+        refuseEmpty(*command);
     if (argc > 1 && isUnknownCommand(app, argv[1])) return kesto::kBadModel;
     try {
         app.parse(argc, argv);
@@ -105,15 +126,17 @@ int runCommandLine(int argc, char** argv) {
             if (*schemaCommand) return kesto::schemaCommand();
             return kesto::typesCommand(types);
         }();
-        // A summary that was lost, as on a full disk, is a failure.
-        std::cout.flush();
-        if (std::cout) return status;
-        std::cerr << "kesto: error: cannot write to the standard output\n";
-        return status == kesto::kGood ? kesto::kRunFailed : status;
+        return written(status);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kesto::kGood : kesto::kBadModel;
+        std::ostringstream errors;
+        const int status = app.exit(error, std::cout, errors) == 0 ? kesto::kGood : kesto::kBadModel;
+        std::cerr << kesto::printableLines(errors.str());
+        return written(status);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "kesto: error: memory ran out; \"kesto check MODEL\" says how much a run takes\n";
+        return kesto::kRunFailed;
     } catch (const std::exception& error) {
-        std::cerr << "kesto: error: " << error.what() << '\n';
+        std::cerr << "kesto: error: " << kesto::printable(error.what()) << '\n';
         return kesto::kRunFailed;
     }
 }

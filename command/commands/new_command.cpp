@@ -6,6 +6,7 @@
 
 #include "calendar.h"
 #include "commands.h"
+#include "display.h"
 #include "files.h"
 
 namespace kesto {
@@ -105,7 +106,7 @@ int newCommand(const NewOptions& options) {
     const std::string model = joined(options.folder, "model.toml"), data = joined(options.folder, "weather.csv");
     for (const std::string& path : {model, data}) {
         if (!std::filesystem::exists(path)) continue;
-        std::cerr << fmt::format("kesto new: error: {} is there already\n", path);
+        std::cerr << fmt::format("kesto new: error: {} is there already\n", printable(path));
         return kBadModel;
     }
     makeFolder(options.folder);

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
+#include "display.h"
 #include "draw.h"
 #include "files.h"
 #include "load.h"
@@ -20,7 +21,7 @@ constexpr std::size_t kDrawable = 300;
 
 std::string readSummary(const std::string& folder) {
     try {
-        return readFile(joined(folder, "summary.json"));
+        return readFile(joined(folder, "summary.json"), kLargestModel);
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(
             fmt::format("{}; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", error.what()));
@@ -28,7 +29,7 @@ std::string readSummary(const std::string& folder) {
 }
 
 std::string missing(const std::string& why) {
-    std::cerr << "kesto report: warning: the network is not drawn: " << why << '\n';
+    std::cerr << "kesto report: warning: the network is not drawn: " << printable(why) << '\n';
     return "<p class=\"note\">The network is not drawn here.</p>";
 }
 
@@ -57,7 +58,7 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
         const std::string now = sha256OfFile(path);
         if (sha256.empty() || now == sha256) return;
         changes.push_back(path + (now.empty() ? " is no longer there" : " has changed since the run"));
-        std::cerr << "kesto report: warning: " << changes.back() << '\n';
+        std::cerr << "kesto report: warning: " << printable(changes.back()) << '\n';
     };
     if (!std::filesystem::exists(model)) return {};  // reported with the drawing
     compare(model, run.value("model_sha256", ""));

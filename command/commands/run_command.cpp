@@ -3,6 +3,7 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "evaluation.h"
 #include "files.h"
 #include "load.h"
+#include "memory_estimate.h"
 #include "network.h"
 #include "platform.h"
 #include "progress_bar.h"
@@ -63,6 +65,14 @@ class Run {
         return !options_.strict || passesStrictly("run", diagnostics_) ? kGood : kRunFailed;
     }
 
+    int runOutOfMemory() {
+        const std::size_t told = diagnostics_.all().size();
+        reportMemory();
+        diagnostics_.print(std::cerr, options_.quiet, told);
+        if (options_.json) std::cout << refusalJson(options_.model, diagnostics_);
+        return kRunFailed;
+    }
+
   private:
     // The account needs outputs that nobody asked for: these are not shown, and not complained of.
     void plan() {
@@ -90,6 +100,14 @@ class Run {
         diagnostics_.error("cannot-write", {std::make_shared<const std::string>(options_.output), 0, 0}, error.what());
     }
 
+    void reportMemory() {
+        const Model& model = loaded_.model();
+        const RecordingPlan plan = planRecordings(model, Network(model), allOutputs(model));
+        diagnostics_.error("out-of-memory", {std::make_shared<const std::string>(options_.model), 0, 0},
+                           fmt::format("memory ran out; a run with all outputs recorded is expected to take {}",
+                                       bytesToText(expectedMemory(model, plan))));
+    }
+
     int refuse(int status) const {
         diagnostics_.print(std::cerr, options_.quiet);
         if (options_.json) std::cout << refusalJson(options_.model, diagnostics_);
@@ -114,6 +132,7 @@ class Run {
     // What the run has left that cannot be. Flows that were recorded for the account alone are then dropped.
     Evaluation check(Results& results) {
         reportFailure(results, diagnostics_);
+        if (results.run.message.starts_with("Cannot allocate memory")) reportMemory();
         checkResults(results, diagnostics_);
         Evaluation evaluation = evaluate(results, needs_, loaded_.series());
         evaluation.showsBalance = options_.balance;
@@ -164,7 +183,12 @@ class Run {
 }  // namespace
 
 int runCommand(const RunOptions& options) {
-    return Run(options).run();
+    Run run(options);
+    try {
+        return run.run();
+    } catch (const std::bad_alloc&) {
+        return run.runOutOfMemory();
+    }
 }
 
 }  // namespace kesto

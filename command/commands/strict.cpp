@@ -2,8 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <set>
+
+#include "display.h"
 
 namespace kesto {
 
@@ -14,7 +18,10 @@ bool passesStrictly(std::string_view command, const Diagnostics& diagnostics) {
     for (const Diagnostic* warning : warnings) {
         names.insert(fmt::format("{}{}{}", warning->code, warning->component.empty() ? "" : " ", warning->component));
     }
-    const std::string list = fmt::format("\"{}\"", fmt::join(names, "\", \""));
+    const std::size_t shown = std::min<std::size_t>(names.size(), 20);
+    std::string list = fmt::format(
+        "\"{}\"", fmt::join(names.begin(), std::next(names.begin(), static_cast<std::ptrdiff_t>(shown)), "\", \""));
+    if (names.size() > shown) list += fmt::format(" … and {} more", withThousands(names.size() - shown));
     std::cerr << fmt::format("kesto {}: error: --strict: {} {} not accepted: {}\n", command, warnings.size(),
                              warnings.size() == 1 ? "warning is" : "warnings are", list);
     return false;

@@ -5,6 +5,7 @@
 #include "catalogue.h"
 #include "commands.h"
 #include "diagnostics.h"
+#include "display.h"
 #include "types_json.h"
 
 namespace kesto {
@@ -98,7 +99,7 @@ int typesCommand(const TypesOptions& options) {
     }
     const Type* type = findType(options.type);
     if (!type) {
-        std::cerr << fmt::format("kesto types: there is no type \"{}\"{}\n", options.type,
+        std::cerr << fmt::format("kesto types: there is no type \"{}\"{}\n", printable(options.type),
                                  suggestion(options.type, typeNames()));
         return kBadModel;
     }

@@ -39,9 +39,9 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
     const std::string name = text.substr(0, colon);
     const int component = model.findComponent(name);
     if (component < 0) {
-        diagnostics.error(
-            "unknown-name", place,
-            fmt::format("there is no component \"{}\"{}", name, suggestion(name, model.componentNames())));
+        diagnostics.error("unknown-name", place,
+                          fmt::format("there is no component \"{}\"{}", name,
+                                      diagnostics.suggest(name, [&] { return model.componentNames(); })));
         return;
     }
     const Type& type = *model.components[static_cast<std::size_t>(component)].type;
@@ -60,7 +60,7 @@ void addNamed(const Model& model, const std::string& text, Diagnostics& diagnost
     } else {
         diagnostics.error("unknown-name", place,
                           fmt::format("a {} has no output \"{}\"; it has {}{}", type.name, wanted, listOf(names, "and"),
-                                      suggestion(wanted, names)));
+                                      diagnostics.suggest(wanted, [&] { return names; })));
     }
 }
 

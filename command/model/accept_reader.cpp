@@ -27,14 +27,15 @@ void readOne(Reading& reading, const std::string& text, const Place& place) {
         reading.diagnostics.error("unknown-name", place,
                                   fmt::format("accept: there is no warning with the code \"{}\"; \"kesto codes\" lists "
                                               "them{}",
-                                              code, suggestion(code, codes)));
+                                              code, reading.diagnostics.suggest(code, [&] { return codes; })));
     }
     const bool isKnown =
         component.empty() || reading.model.findComponent(component) >= 0 || reading.unknownTypes.contains(component);
     if (!isKnown) {
-        reading.diagnostics.error("unknown-name", place,
-                                  fmt::format("accept: there is no component \"{}\"{}", component,
-                                              suggestion(component, reading.model.componentNames())));
+        reading.diagnostics.error(
+            "unknown-name", place,
+            fmt::format("accept: there is no component \"{}\"{}", component,
+                        reading.diagnostics.suggest(component, [&] { return reading.model.componentNames(); })));
     }
     reading.diagnostics.accept(code, component);
 }

@@ -128,7 +128,7 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original, 
         if (!number || *number < 1 || *number >= 1 << 24) {
             reading.diagnostics.error("unknown-name", key.place,
                                       fmt::format("{}: there is no parameter \"{}\"{}", what, key.value,
-                                                  suggestion(key.value, parameterNames())));
+                                                  reading.diagnostics.suggest(key.value, parameterNames)));
             continue;
         }
         std::vector<UnitUse> uses = unitsIn(types[at(index)], *number);

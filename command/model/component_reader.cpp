@@ -21,7 +21,8 @@ const Type* readType(Section& section, int& code) {
         if (type && !type->isAppliance()) code = type->codes.front();
     }
     if (!type) {
-        section.wrong(*value, "type", "the name of a type (see kesto types)" + suggestion(value->text, typeNames()));
+        section.wrong(*value, "type",
+                      "the name of a type (see kesto types)" + section.diagnostics().suggest(value->text, typeNames));
     }
     return type;
 }
@@ -50,9 +51,10 @@ void readGroupName(Reading& reading, Section& section, Component& component) {
         return;
     }
     component.group = kUnknown;
-    section.diagnostics().error("unknown-name", name->place,
-                                fmt::format("{}: there is no group \"{}\" in [groups]{}", section.what(), name->value,
-                                            suggestion(name->value, reading.model.groupNames())));
+    section.diagnostics().error(
+        "unknown-name", name->place,
+        fmt::format("{}: there is no group \"{}\" in [groups]{}", section.what(), name->value,
+                    section.diagnostics().suggest(name->value, [&] { return reading.model.groupNames(); })));
 }
 
 void readBrandName(Reading& reading, Section& section, Component& component) {
@@ -61,9 +63,10 @@ void readBrandName(Reading& reading, Section& section, Component& component) {
     component.brand = reading.model.findBrand(name->value);
     if (component.brand >= 0) return;
     component.brand = kUnknown;
-    section.diagnostics().error("unknown-name", name->place,
-                                fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
-                                            suggestion(name->value, reading.model.brandNames())));
+    section.diagnostics().error(
+        "unknown-name", name->place,
+        fmt::format("{}: there is no brand \"{}\"{}", section.what(), name->value,
+                    section.diagnostics().suggest(name->value, [&] { return reading.model.brandNames(); })));
 }
 
 void readOwnSeries(Reading& reading, Section& section, Component& component) {

@@ -22,7 +22,7 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
         section.diagnostics().error(
             "unknown-name", text->place,
             fmt::format("{}: {} names the component \"{}\", which there is not{}", section.what(), key, name,
-                        suggestion(name, reading.model.componentNames())));
+                        section.diagnostics().suggest(name, [&] { return reading.model.componentNames(); })));
         return;
     }
     const Type& type = *reading.model.components[static_cast<std::size_t>(component)].type;
@@ -49,7 +49,9 @@ void readEnd(Reading& reading, Section& section, std::string_view key, bool isSe
             "unknown-name", text->place,
             fmt::format("{}: {} is \"{}\"; expected an {} of the {}: {}{}", section.what(), key, text->value, side,
                         type.name, listOf(names),
-                        colon == std::string::npos ? "" : suggestion(text->value.substr(colon + 1), names)));
+                        colon == std::string::npos
+                            ? ""
+                            : section.diagnostics().suggest(text->value.substr(colon + 1), [&] { return names; })));
         component = kNone;
         return;
     }
@@ -63,9 +65,10 @@ void readMembers(Reading& reading, const Value& members, const std::string& what
             split.members.push_back(found);
             continue;
         }
-        reading.diagnostics.error("unknown-name", member.place,
-                                  fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
-                                              suggestion(member.text, reading.model.componentNames())));
+        reading.diagnostics.error(
+            "unknown-name", member.place,
+            fmt::format("{}: members holds {}, which is no component{}", what, describe(member),
+                        reading.diagnostics.suggest(member.text, [&] { return reading.model.componentNames(); })));
     }
 }
 
@@ -153,7 +156,8 @@ void readSplitRow(Reading& reading, const Value& original) {
     if (index < 0 && reading.unknownTypes.contains(name->value)) return;
     if (index < 0 || reading.model.components[at(index)].code != code::kSplitter) {
         unnamed.wrong(*row.field("splitter"), "splitter",
-                      "the name of a splitter" + suggestion(name->value, reading.model.componentNames()));
+                      "the name of a splitter" +
+                          reading.diagnostics.suggest(name->value, [&] { return reading.model.componentNames(); }));
         return;
     }
     Component& component = reading.model.components[at(index)];

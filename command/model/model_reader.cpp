@@ -5,6 +5,7 @@
 #include <functional>
 #include <set>
 
+#include "control_characters.h"
 #include "csv_file.h"
 #include "ids.h"
 #include "reader_parts.h"
@@ -147,6 +148,7 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
         noteThousands(*csv, reading.diagnostics);
         for (std::size_t row = 0; row < csv->rows(); ++row) {
             rows[key].push_back(rowOf(*csv, row));
+            refuseControlCharacters(rows[key].back(), reading.diagnostics);
         }
     }
     section.finish();
@@ -240,6 +242,7 @@ std::vector<std::string> targetsOf(const Model& model) {
 std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
     const auto file = readTomlFile(path, diagnostics);
     if (!file) return std::nullopt;
+    refuseControlCharacters(*file, diagnostics);
     Model model;
     model.path = path;
     Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};

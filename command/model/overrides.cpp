@@ -5,11 +5,16 @@
 #include <algorithm>
 #include <memory>
 
+#include "control_characters.h"
+#include "display.h"
+#include "toml_depth.h"
 #include "toml_file.h"
 
 namespace kesto {
 
 namespace {
+
+constexpr std::size_t kLongestShown = 200;  // of an argument, in messages
 
 // What stands on the command line has no line in a file: all of it carries the argument itself as its place.
 void setPlace(Value& value, const Place& place) {
@@ -36,7 +41,7 @@ Value parseValue(const std::string& text, const Place& place) {
 }  // namespace
 
 Override overrideOf(std::string target, std::string key, const std::string& value, const std::string& argument) {
-    const Place place{std::make_shared<const std::string>(argument), 0, 0};
+    const Place place{std::make_shared<const std::string>(shortened(argument, kLongestShown)), 0, 0};
     return {std::move(target), std::move(key), parseValue(value, place)};
 }
 
@@ -47,13 +52,20 @@ std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diag
         const std::size_t equals = text.find('=');
         const std::size_t dot = text.substr(0, equals).rfind('.');
         if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals) {
-            diagnostics.error("wrong-value", {std::make_shared<const std::string>(argument), 0, 0},
+            const std::string shown = shortened(argument, kLongestShown);
+            diagnostics.error("wrong-value", {std::make_shared<const std::string>(shown), 0, 0},
                               "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE or "
                               "simulation.KEY=VALUE");
             continue;
         }
-        overrides.push_back(
-            overrideOf(text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1), argument));
+        const Override one =
+            overrideOf(text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1), argument);
+        refuseControlCharacters(one.value, diagnostics);
+        if (tooDeepAt(text.substr(equals + 1))) {
+            diagnostics.error("wrong-value", one.value.place,
+                              fmt::format("the value nests deeper than {} levels", kDeepestNesting));
+        }
+        overrides.push_back(one);
     }
     return overrides;
 }
@@ -77,7 +89,7 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
         // The name of a brand or group is easily given without its table.
         const auto whole = std::find_if(names.begin(), names.end(),
                                         [&](std::string_view name) { return name.ends_with("." + one.target); });
-        const std::string hint = whole == names.end() ? suggestion(one.target, names)
+        const std::string hint = whole == names.end() ? diagnostics.suggest(one.target, [&] { return names; })
                                                       : fmt::format("; did you mean \"{}.{}\"?", *whole, one.key);
         diagnostics.error("unknown-name", one.value.place,
                           fmt::format("there is no \"{}\" in the model{}", one.target, hint));

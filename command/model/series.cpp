@@ -111,9 +111,10 @@ std::optional<std::size_t> SeriesValues::columnOf(const SeriesSource& source, co
     const auto column = csv.column(source.column);
     if (!column) {
         const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
-        diagnostics_.error("unknown-name", source.place,
-                           fmt::format("there is no column \"{}\" in {}; its columns are {}{}", source.column,
-                                       toString(csv.place()), listOf(names, "and"), suggestion(source.column, names)));
+        diagnostics_.error(
+            "unknown-name", source.place,
+            fmt::format("there is no column \"{}\" in {}; its columns are {}{}", source.column, toString(csv.place()),
+                        listOf(names, "and"), diagnostics_.suggest(source.column, [&] { return names; })));
         return std::nullopt;
     }
     if (const std::size_t count = csv.columnsNamed(source.column).size(); count > 1) {

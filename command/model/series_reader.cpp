@@ -127,12 +127,16 @@ void assign(Reading& reading, SeriesKind kind, const PlacedText& name, SourceInd
     if (group >= 0) slot = &model.groups[static_cast<std::size_t>(group)].series[kind];
     if (group < 0 && component >= 0) slot = &model.components[static_cast<std::size_t>(component)].series[kind];
     if (!slot) {
-        std::vector<std::string_view> names = model.groupNames();
-        const auto components = model.componentNames();
-        names.insert(names.end(), components.begin(), components.end());
-        reading.diagnostics.error("unknown-name", name.place,
-                                  fmt::format("[series] {}: \"{}\" is neither a group nor a component{}",
-                                              info(kind).name, name.value, suggestion(name.value, names)));
+        const auto names = [&] {
+            std::vector<std::string_view> all = model.groupNames();
+            const auto components = model.componentNames();
+            all.insert(all.end(), components.begin(), components.end());
+            return all;
+        };
+        reading.diagnostics.error(
+            "unknown-name", name.place,
+            fmt::format("[series] {}: \"{}\" is neither a group nor a component{}", info(kind).name, name.value,
+                        reading.diagnostics.suggest(name.value, names)));
         return;
     }
     if (*slot != kNoSource) {

@@ -9,7 +9,7 @@ foreach(reader IN ITEMS model csv)
     file(GLOB sources ${sources})
     list(FILTER sources EXCLUDE REGEX "/(schema|types_json|sha256)[^/]*[.]cpp$")
     if(reader STREQUAL "csv")
-        set(sources calendar csv_dialect csv_file date_reading diagnostics files number_format platform_posix
+        set(sources calendar csv_dialect csv_file date_reading diagnostics display files number_format platform_posix
             text_encoding)
         list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/command/base/)
         list(TRANSFORM sources APPEND .cpp)

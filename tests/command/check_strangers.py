@@ -1,0 +1,310 @@
+#!/usr/bin/env python3
+"""Gives kesto the files and arguments of somebody who means it no good: each is refused in a line, in no time.
+
+usage: check_strangers.py KESTO"""
+
+import fcntl
+import json
+import os
+import pathlib
+import pty
+import re
+import resource
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+import unittest
+
+KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+
+HEAD = """kesto_model = 1
+[simulation]
+start = 2012-01-01
+end = 2012-01-05
+"""
+SOURCE = HEAD + """[[components]]
+name = "source"
+type = "demand_source"
+demand = 0.7
+"""
+ROOF = HEAD + """[brands.roof]
+evaporation_fraction = 0.1
+[groups.roof]
+rainfall = { column = "rain", file = "rain.csv" }
+[[components]]
+name = "roof"
+type = "impervious_surface"
+group = "roof"
+brand = "roof"
+size = 10
+"""
+RAIN = "date,rain\n" + "".join(f"2012-01-{day:02},1\n" for day in range(1, 6))
+
+
+class Strangers(unittest.TestCase):
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_text(text)
+        return path
+
+    def kesto(self, *arguments, memory=None, **options):
+        def limit():
+            if memory:
+                resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
+
+        options = {"capture_output": True, "text": True, "timeout": 60, "cwd": self.folder, **options}
+        return subprocess.run([KESTO, *map(str, arguments)], preexec_fn=limit, **options)
+
+    def refused(self, *arguments, lines=None, **options):
+        """What it says on stderr; with an exit status of its own, not by a signal."""
+        done = self.kesto(*arguments, **options)
+        self.assertIn(done.returncode, (1, 2), done.stderr[:2000])
+        if lines:
+            self.assertLessEqual(len(done.stderr.splitlines()), lines, done.stderr[:2000])
+        return done.stderr
+
+
+class Depth(Strangers):
+    def test_what_nests_deep_is_an_error_with_its_line(self):
+        for text in ("a" + ".a" * 40000 + " = 1\n", "a = " + "[" * 40000 + "]" * 40000 + "\n",
+                     "a = " + "{a=" * 40000 + "1" + "}" * 40000 + "\n", "[a" + ".a" * 40000 + "]\n",
+                     "a" + " . 'b c'" * 40000 + " = 1\n",
+                     "a = " + ("{a" + ".a" * 9 + " = ") * 1000 + "1" + "}" * 1000 + "\n"):
+            self.write("deep.toml", HEAD + text)
+            said = self.refused("check", "deep.toml")
+            self.assertIn("deep.toml:5:", said, text[:20])
+            self.assertIn("nest deeper than 64 levels", said)
+
+    def test_after_set_too(self):
+        self.write("source.toml", SOURCE)
+        for value in ("{a" + ".a" * 40000 + " = 1}", "[" * 40000 + "]" * 40000):
+            said = self.refused("check", "source.toml", "--set", "source.demand=" + value)
+            self.assertIn("--set source.demand=", said)
+            self.assertIn("nests deeper than 64 levels", said)
+            self.assertLess(len(said), 2000)
+        self.assertIn('there is no "', self.refused("check", "source.toml", "--set", "a" + ".a" * 40000 + "=1"))
+
+    def test_what_a_model_needs_is_not_deep(self):
+        dots = "".join(f"# a{'.a' * 100}\n" for _ in range(3))
+        self.write("source.toml", dots + 'title = "' + "." * 200 + "[" * 200 + '"\n' + SOURCE +
+                   "[brands]\n" + "".join(f"b{i}.volume_per_use = 1.5\n" for i in range(100)) +
+                   "[groups.a]\nrainfall = { monthly = [1.5, 2.5, 3.5, 4.5, 5.5, 6.5,\n7.5, 8.5, 9.5, 1.5, 1.5, 1.5] }\n")
+        self.assertEqual(self.kesto("check", "source.toml").returncode, 0)
+
+
+class Many(Strangers):
+    def seconds(self, *arguments):
+        begin = time.monotonic()
+        said = self.refused(*arguments)
+        return time.monotonic() - begin, said
+
+    def test_ten_thousand_wrong_names(self):
+        """Half a second is what was promised; a busy machine takes longer, but not 58 s."""
+        components = "".join(f'[[components]]\nname = "component{i}"\ntype = "junction"\n' for i in range(10000))
+        connections = "".join(f'[[connections]]\nfrom = "compnent{i}"\nto = "komponent{i}"\n' for i in range(6002))
+        self.write("many.toml", HEAD + components + connections)
+        quickest, said = min(self.seconds("check", "many.toml") for _ in range(5))
+        self.assertLess(quickest, 0.5)
+        self.assertIn("… and 11,984 more of this kind (unknown-name)\n", said)
+        self.assertEqual(said.count("did you mean"), 20)
+        self.assertLess(len(said.splitlines()), 25)
+        done = self.kesto("check", "--json", "many.toml")
+        self.assertEqual(len(json.loads(done.stdout)["errors"]), 12004)
+
+    def test_each_kind_is_told(self):
+        unnamed = "".join('[[components]]\ntype = "junction"\n' for _ in range(25))
+        self.write("kinds.toml", SOURCE + unnamed + "".join(f"wrong{i} = 1\n" for i in range(22)))
+        said = self.refused("check", "kinds.toml")
+        self.assertIn("… and 5 more of this kind (missing-key)", said)
+        self.assertIn("… and 2 more of this kind (unknown-key)", said)
+
+    def test_strict_names_some(self):
+        many = "".join(f'[[components]]\nname = "j{i}"\ntype = "junction"\n' for i in range(3000))
+        self.write("strict.toml", SOURCE + many)
+        said = self.refused("check", "--strict", "strict.toml", lines=200)
+        self.assertIn("not accepted", said)
+        self.assertLess(len(said), 30000)
+
+    def test_five_megabytes_of_a_name(self):
+        long = "x" * 5_000_000
+        for text in (SOURCE.replace('"source"', f'"{long}"', 1).replace('type = "demand_source"', 'type = "demand_sourec"'),
+                     SOURCE.replace('type = "demand_source"', f'type = "{long}"'), SOURCE + f'group = "{long}"\n[groups.other]\n',
+                     SOURCE + f"{long} = 1\n", SOURCE + f'[[connections]]\nfrom = "source:{long}"\nto = "{long}"\n'):
+            self.write("long.toml", text)
+            took, said = self.seconds("check", "long.toml")
+            self.assertLess(took, 5)
+            self.assertLess(len(said), 5000)
+            self.assertRegex(said, "xxx….*xxx")
+        self.assertIn("expected the name of a type", self.refused("check", self.write(
+            "long.toml", SOURCE.replace('type = "demand_source"', f'type = "{long}"'))))
+
+
+class Files(Strangers):
+    def setUp(self):
+        super().setUp()
+        os.mkfifo(self.folder / "pipe")
+        (self.folder / "folder").mkdir()
+        with open(self.folder / "huge", "wb") as file:
+            file.truncate(1 << 40)
+
+    NAMES = {"pipe": "it is a pipe", "/dev/zero": "it is a device", "folder": "a folder", "huge": "it has 1099511 MB"}
+
+    def test_a_model(self):
+        for name, why in self.NAMES.items():
+            for command in (["check"], ["run"], ["draw", "-o", "picture.dot"]):
+                said = self.refused(command[0], name, *command[1:], lines=2, timeout=10, memory=1 << 30)
+                self.assertIn(f"{name}: ", said)
+                self.assertIn(why, said)
+
+    def test_a_series_or_a_table(self):
+        for name, why in self.NAMES.items():
+            self.write("roof.toml", ROOF.replace("rain.csv", name))
+            said = self.refused("run", "roof.toml", lines=2, timeout=10, memory=1 << 30)
+            self.assertIn("roof.toml:8:", said)
+            self.assertIn(why, said)
+            self.write("table.toml", SOURCE + f'[tables]\ncomponents = "{name}"\n')
+            self.assertIn(why, self.refused("run", "table.toml", lines=4, timeout=10, memory=1 << 30))
+
+    def test_a_summary(self):
+        results = self.folder / "results"
+        results.mkdir()
+        for name, why in self.NAMES.items():
+            (results / "summary.json").unlink(missing_ok=True)
+            (results / "summary.json").symlink_to(self.folder / name)
+            said = self.refused("report", results, "-o", "page.html", lines=1, timeout=10, memory=1 << 30)
+            self.assertIn(why, said)
+
+    def test_links_to_files_are_followed(self):
+        self.write("data.csv", RAIN)
+        (self.folder / "rain.csv").symlink_to("data.csv")
+        self.write("original.toml", ROOF)
+        (self.folder / "model.toml").symlink_to("original.toml")
+        done = self.kesto("run", "model.toml")
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_memory_that_does_not_suffice(self):
+        many = "".join(f'[[components]]\nname = "t{i}"\ntype = "demand_source"\ndemand = 1\n' for i in range(300))
+        self.write("big.toml", SOURCE.replace("2012-01-05", "2099-12-31") + many)
+        expected = self.kesto("check", "big.toml").stdout.splitlines()[-1].split(" for a run")[0]
+        self.assertIn(" MB", expected)
+        # Too little for the memory that the engine's process shares, and enough for that, but not for the engine.
+        for memory in (110 << 20, 160 << 20):
+            said = self.refused("run", "-q", "big.toml", memory=memory, lines=2)
+            self.assertIn(f"memory ran out; a run with all outputs recorded is expected to take {expected}\n", said)
+        self.write("long.toml", "a" * 50_000_000)
+        self.assertIn("memory ran out while this file was read", self.refused("run", "long.toml", memory=80 << 20, lines=2))
+
+
+class ControlCharacters(Strangers):
+    def check(self, name, *arguments, where=""):
+        done = self.kesto("check", name, *arguments)
+        self.assertEqual(done.returncode, 2)
+        for stream in (done.stdout, done.stderr):
+            self.assertTrue(all(c.isprintable() or c == "\n" for c in stream), repr(stream))
+        self.assertIn("holds the control character U+", done.stderr)
+        self.assertIn(where, done.stderr)
+        return done.stderr
+
+    def test_a_model(self):
+        for code in ("\\u001b", "\\u0007", "\\n", "\\u007f", "\\u009b", "\\u0000"):
+            red = f'"a{code}[31mred"'
+            for text in (f"title = {red}\n" + SOURCE, SOURCE.replace('"source"', red, 1), SOURCE + f"group = {red}\n",
+                         SOURCE + f"[brands.{red}]\nvolume_per_use = 1\n", SOURCE + f"[groups.{red}]\noccupancy = 1\n",
+                         SOURCE + f"{red} = 1\n", SOURCE + f'[[connections]]\nfrom = "source"\nto = {red}\n'):
+                self.check(self.write("red.toml", text), where="red.toml:")
+
+    def test_a_table(self):
+        for text in ("name,type,demand\na\x1b[31mred,demand_source,1\n", "name,type,demand\na\u009bred,demand_source,1\n",
+                     "name,type,dem\x1band\nred,demand_source,1\n"):
+            self.write("components.csv", text)
+            self.write("model.toml", HEAD + '[tables]\ncomponents = "components.csv"\n')
+            self.check("model.toml", where="components.csv:2:")
+
+    def test_set(self):
+        self.write("source.toml", SOURCE)
+        self.check("source.toml", "--set", "source.group=a\x1b[31mred", where="--set source.group=a\\u001B[31mred: ")
+        self.check("source.toml", "--set", 'source.group="a\\u001b[31mred"', where="--set source.group=")
+
+    def test_what_is_shown_of_a_file_name_or_a_wrong_value(self):
+        for arguments in (["check", "no\x1b[31mred.toml"], ["run", "source.toml", "--record", "\x1b[31mred"],
+                          ["check", "source.toml", "--accept", "\x1b[31mred"], ["report", "\x1b[31mred", "-o", "p.html"],
+                          ["types", "\x1b[31mred"], ["draw", "source.toml", "-o", "\x1b[31mred"], ["\x1b[31mred"],
+                          ["run", "source.toml", "--format", "\x1b[31mred"]):
+            self.write("source.toml", SOURCE)
+            said = self.refused(*arguments)
+            self.assertNotIn("\x1b", said, arguments)
+            self.assertIn("\\u001B[31mred", said, arguments)
+
+
+class Streams(Strangers):
+    """What kesto itself gets to write to, and arguments that are empty."""
+
+    def test_a_full_disk(self):
+        self.write("source.toml", SOURCE)
+        with open("/dev/full", "w") as full:
+            for arguments in (["--version"], ["--help"], ["run", "--help"], ["types"], ["types", "tank"], ["types", "--json"],
+                              ["codes"], ["codes", "--json"], ["schema"], ["check", "source.toml"],
+                              ["check", "--json", "source.toml"], ["run", "source.toml"], ["run", "--json", "source.toml"],
+                              ["new", "fresh"]):
+                done = self.kesto(*arguments, capture_output=False, stdout=full, stderr=subprocess.PIPE)
+                self.assertEqual(done.returncode, 1, arguments)
+                self.assertIn("cannot write to the standard output", done.stderr, arguments)
+
+    def test_empty_arguments(self):
+        self.write("source.toml", SOURCE)
+        for arguments in (["run", ""], ["run", "source.toml", "-o", ""], ["run", "source.toml", "--from", ""],
+                          ["run", "source.toml", "--to", ""], ["run", "source.toml", "--record", ""],
+                          ["run", "source.toml", "--set", ""], ["check", "source.toml", "--accept", ""], ["new", ""],
+                          ["draw", "source.toml", "-o", ""], ["report", "", "-o", "page.html"], ["types", ""],
+                          ["report", ".", "-o", ""], ["report", ".", "-o", "page.html", "--model", ""]):
+            done = self.kesto(*arguments)
+            self.assertEqual(done.returncode, 2, arguments)
+            self.assertIn("expected a value, found nothing", done.stderr, arguments)
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["source.toml"])
+
+    def drawn(self, columns, terminal):
+        """What a run draws on a terminal while its engine is held for a second."""
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        process = subprocess.Popen([KESTO, "run", "--record", "none", "long.toml"], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                   stderr=slave, env={**os.environ, "TERM": terminal})
+        os.close(slave)
+        children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children")
+        while process.poll() is None and not (engine := children.read_text()):
+            pass
+        os.kill(int(engine), signal.SIGSTOP)
+        time.sleep(1)
+        os.kill(int(engine), signal.SIGCONT)
+        text = b""
+        try:
+            while part := os.read(master, 4096):
+                text += part
+        except OSError:
+            pass  # the terminal ends with the process
+        os.close(master)
+        self.assertEqual(process.wait(), 0)
+        return text.decode()
+
+    def test_the_progress_bar(self):
+        sources = "".join(f'[[components]]\nname = "d{i}"\ntype = "demand_source"\ndemand = 1\n' for i in range(600))
+        self.write("long.toml", SOURCE.replace("2012-01-05", "2099-12-31") + sources)
+        lines = re.findall(r"\r([^\r\n]*)\x1b\[K", self.drawn(25, "xterm"))
+        self.assertTrue(lines)
+        self.assertTrue(all(len(line) < 25 for line in lines), lines)
+        drawn = self.drawn(80, "dumb")
+        self.assertIn("warning", drawn)
+        self.assertNotIn("\x1b", drawn)
+        self.assertNotIn("%", drawn)
+
+
+if __name__ == "__main__":
+    unittest.main()
