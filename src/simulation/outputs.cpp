@@ -1,8 +1,8 @@
 // The output tables of the record: recorded signals and potentials. They belong to the library, live until the host
 // drops them with FreeAUEglobals, and are zero wherever no step has run.
 //
-// The series of a table are one block of memory, one entry after the other, and the first entry points to it: a block
-// of its own for each series would touch a page of memory for each before anything is computed.
+// Each series is an allocation of its own, so that a host may sort a table's entries, or keep a series beyond the
+// table by setting its entry to null.
 
 #include <cstdlib>
 
@@ -20,16 +20,15 @@ T* allocate(std::int32_t count) {
     return static_cast<T*>(std::calloc(count > 0 ? static_cast<std::size_t>(count) : 1, sizeof(T)));
 }
 
-// Gives each entry of a table its series. False when there is no memory, and no entry has a series then.
+// Gives each entry of a table its series. False when there is no memory for some; those have none.
 template <typename Entry, typename T>
 bool allocateSeries(Entry* table, std::int32_t entries, T* Entry::*series, std::int32_t nSteps) {
-    // Series without steps have a place each all the same.
-    const auto length = static_cast<std::size_t>(nSteps > 0 ? nSteps : 1);
-    const auto count = static_cast<std::size_t>(entries);
-    T* const block = nSteps < 0 ? nullptr : static_cast<T*>(std::calloc(count * length, sizeof(T)));
-    for (std::size_t i = 0; i < count; ++i)
-        table[i].*series = block ? block + i * length : nullptr;
-    return block != nullptr;
+    bool isComplete = true;
+    for (std::int32_t i = 0; i < entries; ++i) {
+        table[i].*series = allocate<T>(nSteps);
+        isComplete = isComplete && table[i].*series;
+    }
+    return isComplete;
 }
 
 // The recorder tables: which types have an entry, in which order. A type code with a fraction has none.
@@ -97,7 +96,8 @@ void allocatePotentials(AUEglobals* Globals) {
 
 template <typename Entry, typename T>
 void freeTable(Entry*& table, std::int32_t entries, T* Entry::*series) {
-    if (table && entries > 0) std::free(table[0].*series);
+    for (std::int32_t i = 0; table && i < entries; ++i)
+        std::free(table[i].*series);
     std::free(table);
     table = nullptr;
 }

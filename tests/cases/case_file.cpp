@@ -365,7 +365,8 @@ class Builder {
 };
 
 bool isOperation(const std::string& word) {
-    return word == "run" || word == "free" || word == "set" || word == "put" || word == "expect";
+    constexpr std::string_view kOperations[] = {"run", "free", "set", "put", "null", "sort", "keep", "expect"};
+    return std::find(std::begin(kOperations), std::end(kOperations), word) != std::end(kOperations);
 }
 
 // Whether the case says what must come out. That a run succeeds is not enough.

@@ -1,9 +1,12 @@
 #include "case_run.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "bits.h"
 #include "child.h"
@@ -67,12 +70,15 @@ class Player {
     void step() {
         const std::string& verb = words().front();
         if (verb == "run") return run();
-        if (verb == "free") {
-            host_.free();
-            return reportDamage();
-        }
+        if (verb == "free") return freeOutputs();
         if (verb == "set") return set();
         if (verb == "put") return put();
+        if (verb == "null") return clear();
+        if (verb == "sort")
+            return withOutput([](auto* entries, std::int32_t count, auto) {
+                std::sort(entries, entries + count, [](const auto& a, const auto& b) { return a.id < b.id; });
+            });
+        if (verb == "keep") return keep();
         expect();
     }
 
@@ -147,6 +153,46 @@ class Player {
         if (given.size() != static_cast<std::size_t>(case_.model.nSteps))
             throw std::runtime_error("one value a step is needed");
         std::copy(given.begin(), given.end(), values);
+    }
+
+    // null WatQuant 7      The host gives the series no values.
+    void clear() {
+        SeriesEntry* const entry = host_.findEntry(tableNamed(word(1)).value(), readInteger(word(2)));
+        if (entry == nullptr) throw std::runtime_error("no such series");
+        entry->Value = nullptr;
+    }
+
+    // Calls `visit` for the entries of the output table that the line names, their number, and where they hold a
+    // series.
+    template <class Visit>
+    void withOutput(const Visit& visit) {
+        AUEglobals& r = record();
+        if (word(1) == "Logs") return visit(r.Logs, r.nLogs, &SignalSeriesEntry::Signal);
+        if (word(1) == "WatBod") return visit(r.WatBod, r.nWatBod, &SignalSeriesEntry::Signal);
+        for (const auto& [name, entries] : kPotentialTables)
+            if (name == word(1)) return visit(r.*entries, r.nPotComps, &SeriesEntry::Value);
+        throw std::runtime_error("no output table " + word(1));
+    }
+
+    // keep Logs 90      The host takes the series out of the table and, once the outputs are freed, still has it.
+    void keep() {
+        withOutput([&](auto* entries, std::int32_t count, auto series) {
+            auto* const found = entry(word(1), entries, count);
+            if (found == nullptr) return;
+            auto* const values = std::exchange(found->*series, nullptr);
+            const std::size_t bytes = static_cast<std::size_t>(record().nSteps) * sizeof *values;
+            kept_.push_back({values, std::string(reinterpret_cast<const char*>(values), bytes)});
+        });
+    }
+
+    void freeOutputs() {
+        host_.free();
+        reportDamage();
+        for (const auto& [values, before] : kept_) {
+            if (std::memcmp(values, before.data(), before.size()) != 0) differ("a series that was kept has changed");
+            std::free(values);
+        }
+        kept_.clear();
     }
 
     void expect() {
@@ -278,6 +324,7 @@ class Player {
     HostRecord host_;
     const Line* line_ = nullptr;
     std::string differences_;
+    std::vector<std::pair<void*, std::string>> kept_;  // series of the library's, with the bytes that they had
 };
 
 // run 1 3 aborts "expression" module.cpp 601      Without a number, any line of the module will do.

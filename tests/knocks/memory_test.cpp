@@ -114,14 +114,14 @@ Messages expectedOfEverything() {
                          {noMemory("CRossConnection"), 1},
                          {noMemory("CompntId"), 1},
                          {noMemory("Globals->Logs"), 1},
-                         {noMemory("Globals->Logs[i].Signal"), 1},
+                         {noMemory("Globals->Logs[i].Signal"), 3},
                          {noMemory("Globals->WatBod"), 1},
                          {noMemory("Globals->WatBod[i].Signal"), 1}};
     const char* const potentials[] = {"NrgPot", "InfPot", "LosPot", "EvaPot", "CapPot", "OprPot"};
     for (const std::string name : potentials)
         expected.emplace_back(noMemory("Globals->" + name), 1);
     for (const std::string name : potentials)
-        expected.emplace_back(noMemory("Globals->" + name + "[i].Value"), 1);
+        expected.emplace_back(noMemory("Globals->" + name + "[i].Value"), 2);
     expected.insert(expected.end(), {{"Error in CalcSequence!", kSome},
                                      {noMemory("CRossConnection"), kSome},
                                      {noMemory("MultIds"), 1},

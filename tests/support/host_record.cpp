@@ -106,11 +106,16 @@ void HostRecord::checkRecord(const AUEglobals& before, bool freed) {
         damage_ += "CurStep, ErrFlag or ErrMsg: changed by freeing\n";
 }
 
-float* HostRecord::find(Table which, std::int32_t id) {
+SeriesEntry* HostRecord::findEntry(Table which, std::int32_t id) {
     SeriesEntry* table = entries(which);
     for (std::int32_t i = 0; i < count(which); ++i)
-        if (table[i].id == id) return table[i].Value;
+        if (table[i].id == id) return table + i;
     return nullptr;
+}
+
+float* HostRecord::find(Table which, std::int32_t id) {
+    const SeriesEntry* const entry = findEntry(which, id);
+    return entry ? entry->Value : nullptr;
 }
 
 void forEachResult(const AUEglobals& record, const std::function<void(const Result&)>& visit) {

@@ -30,7 +30,8 @@ class HostRecord {
     // Puts two series into the same memory.
     void overlap(const Overlap& overlap);
 
-    // The values of the first entry with this id, or null.
+    // The first entry with this id, and its values; or null.
+    SeriesEntry* findEntry(Table which, std::int32_t id);
     float* find(Table which, std::int32_t id);
 
   private:
