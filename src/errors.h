@@ -22,6 +22,7 @@ inline constexpr char kSpecificationNotFound[] = "Specification %d of brand %d n
 inline constexpr char kNotInSequence[] = "Compnt id wasn't found in CompntId!";
 inline constexpr char kMultiplierNotFound[] = "Mult series not found!";
 inline constexpr char kSeriesNotFound[] = "Series of type %s of component with id=%d not found!";
+inline constexpr char kNoValues[] = "Series of type %s of component with id=%d has no values!";
 inline constexpr char kIndexBeyond[] = "Indexing beyond list in vector%s!";
 inline constexpr char kStepOutside[] = "Step %d is outside the series of component with id=%d!";
 inline constexpr char kRecordNotFound[] = "SigSeries of type %s not found!";

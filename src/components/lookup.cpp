@@ -13,20 +13,30 @@ std::size_t finderOf(Series kind) {
     return static_cast<std::size_t>(std::min(kind, Series::NrgPot));
 }
 
-// The entry of an id; null with the error reported.
+// A host may leave the values of a series null when it has no steps. Else that is reported.
+bool hasValues(AUEglobals* Globals, const SeriesEntry& entry, const char* kind) {
+    if (entry.Value || Globals->nSteps <= 0) return true;
+    fail(Globals, text::kNoValues, kind, entry.id);
+    return false;
+}
+
+// The entry of an id, with values; null with the error reported.
 const SeriesEntry* findEntry(AUEglobals* Globals, Series kind, const SeriesFinder& finder, std::int32_t id) {
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
     const std::int32_t position = finder.first(id);
-    if (position >= 0) return &(Globals->*series.table)[position];
-    fail(Globals, text::kSeriesNotFound, series.name, id);
-    return nullptr;
+    if (position < 0) {
+        fail(Globals, text::kSeriesNotFound, series.name, id);
+        return nullptr;
+    }
+    const SeriesEntry& entry = (Globals->*series.table)[position];
+    return hasValues(Globals, entry, series.name) ? &entry : nullptr;
 }
 
 }  // namespace
 
-float* findSeries(AUEglobals* Globals, Series kind, const SeriesFinder& finder, std::int32_t id) {
+std::optional<float*> findSeries(AUEglobals* Globals, Series kind, const SeriesFinder& finder, std::int32_t id) {
     const SeriesEntry* const entry = findEntry(Globals, kind, finder, id);
-    return entry ? entry->Value : nullptr;
+    return entry ? std::optional(entry->Value) : std::nullopt;
 }
 
 float Lookups::reservoirKey(const ComponentRow& row) {
@@ -92,31 +102,40 @@ std::optional<const float*> Lookups::findMultiplier(std::int32_t id) const {
     return std::nullopt;
 }
 
-const float* Lookups::findFrequencies(std::int32_t group) const {
+std::optional<const float*> Lookups::findFrequencies(std::int32_t group) const {
     const std::int32_t position = frequencies_.first(group);
-    if (position >= 0) return Globals_->FreqSer[position].Value;
-    fail(Globals_, text::kFrequencyNotFound);
-    return nullptr;
+    if (position < 0) {
+        fail(Globals_, text::kFrequencyNotFound);
+        return std::nullopt;
+    }
+    const SeriesEntry& entry = Globals_->FreqSer[position];
+    return hasValues(Globals_, entry, "FreqSer") ? std::optional<const float*>(entry.Value) : std::nullopt;
 }
 
-float* Lookups::findSeries(Series kind, std::int32_t id) const {
+std::optional<float*> Lookups::findSeries(Series kind, std::int32_t id) const {
     return ::findSeries(Globals_, kind, ofKind(kind), id);
 }
 
-float* Lookups::writableSeries(Series kind, std::int32_t id) const {
+std::optional<float*> Lookups::writableSeries(Series kind, std::int32_t id) const {
     const SeriesEntry* const entry = findEntry(Globals_, kind, ofKind(kind), id);
-    if (!entry) return nullptr;
+    if (!entry) return std::nullopt;
     const SeriesKind& series = kSeries[static_cast<int>(kind)];
     if (entry - Globals_->*series.table < Globals_->*series.count) return entry->Value;
     fail(Globals_, text::kIndexBeyond, series.name);
-    return nullptr;
+    return std::nullopt;
 }
 
 Signal* Lookups::findRecord(Record kind, std::int32_t id) const {
     const bool isLog = kind == Record::Logs;
+    const char* const name = isLog ? "Logs" : "WatBod";
     const std::int32_t position = (isLog ? logs_ : waterBodies_).first(id);
-    if (position >= 0) return (isLog ? Globals_->Logs : Globals_->WatBod)[position].Signal;
-    fail(Globals_, text::kRecordNotFound, isLog ? "Logs" : "WatBod");
+    if (position < 0) {
+        fail(Globals_, text::kRecordNotFound, name);
+        return nullptr;
+    }
+    if (position < (isLog ? Globals_->nLogs : Globals_->nWatBod))
+        return (isLog ? Globals_->Logs : Globals_->WatBod)[position].Signal;
+    fail(Globals_, text::kIndexBeyond, name);
     return nullptr;
 }
 

@@ -41,8 +41,9 @@ std::int32_t idOf(const Row& row) {
 }
 using SeriesFinder = RowFinder<SeriesEntry, idOf<SeriesEntry>>;
 
-// All values of a series, by a finder for series of its kind.
-float* findSeries(AUEglobals* Globals, Series kind, const SeriesFinder& finder, std::int32_t id);
+// All values of a series, by a finder for series of its kind; null only where there are no steps. Nothing with the
+// error reported.
+std::optional<float*> findSeries(AUEglobals* Globals, Series kind, const SeriesFinder& finder, std::int32_t id);
 
 // The tables of a record whose outputs are allocated, and what set-up made of the network.
 class Lookups {
@@ -80,20 +81,20 @@ class Lookups {
     // The factors, one a step, by which a component's potentials are scaled; null when nothing multiplies them.
     std::optional<const float*> findMultiplier(std::int32_t id) const;
 
-    // The uses of all appliance kinds in a group.
-    const float* findFrequencies(std::int32_t group) const;
+    // The uses of all appliance kinds in a group; null only where there are no steps.
+    std::optional<const float*> findFrequencies(std::int32_t group) const;
 
     // The next group of a splitter's stores at or after place `from` of the table; -1 without one, which is no error.
     std::int32_t findSplit(std::int32_t id, std::int32_t from) const { return splits_.first(id, from); }
 
-    // All values of a series.
-    float* findSeries(Series kind, std::int32_t id) const;
+    // All values of a series; null only where there are no steps.
+    std::optional<float*> findSeries(Series kind, std::int32_t id) const;
 
     // The values to write to. The count is the host's and is read anew: a host that shrinks a list during a run is
     // told so instead of being written to beyond it.
-    float* writableSeries(Series kind, std::int32_t id) const;
+    std::optional<float*> writableSeries(Series kind, std::int32_t id) const;
 
-    // All signals recorded under an id.
+    // All signals recorded under an id. The count is read anew, as above.
     Signal* findRecord(Record kind, std::int32_t id) const;
 
     // The first reservoir after row `after` that shares a component's key; null without one, which is no error.

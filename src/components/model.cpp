@@ -19,25 +19,26 @@ const ComponentRow* Binder::findReservoir(const ComponentRow* after) {
     return failed_ ? nullptr : lookups_.findReservoir(row_, after);
 }
 
+
 const float* Binder::now(Series kind, std::int32_t id) {
-    const float* const values = failed_ ? nullptr : lookups_.findSeries(kind, id);
+    const auto values = failed_ ? std::nullopt : lookups_.findSeries(kind, id);
     if (!values || !checkStep(Globals_, Globals_->CurStep, id)) failed_ = true;
-    return values;
+    return values.value_or(nullptr);
 }
 
 const float* Binder::before(Series kind, std::int32_t id) {
-    const float* const values = failed_ ? nullptr : lookups_.findSeries(kind, id);
+    const auto values = failed_ ? std::nullopt : lookups_.findSeries(kind, id);
     const std::int32_t step = Globals_->CurStep > 0 ? Globals_->CurStep - 1 : Globals_->CurStep;
     if (!values || !checkStep(Globals_, step, id)) failed_ = true;
-    note(values, false);
-    return values;
+    note(values.value_or(nullptr), false);
+    return values.value_or(nullptr);
 }
 
 float* Binder::after(Series kind) {
-    float* const values = failed_ ? nullptr : lookups_.writableSeries(kind, id());
+    const auto values = failed_ ? std::nullopt : lookups_.writableSeries(kind, id());
     if (!values || !checkStep(Globals_, Globals_->CurStep, id())) failed_ = true;
-    note(values, true);
-    return values;
+    note(values.value_or(nullptr), true);
+    return values.value_or(nullptr);
 }
 
 Signal* Binder::record(Record kind) {
@@ -59,9 +60,9 @@ Signal* Binder::recordNow(Record kind) {
 
 float* Binder::potential(Series kind) {
     if (failed_ || key() < 1) return nullptr;
-    float* const values = lookups_.writableSeries(kind, key());
+    const auto values = lookups_.writableSeries(kind, key());
     if (!values) failed_ = true;
-    return isInside(Globals_, Globals_->CurStep) ? values : nullptr;
+    return isInside(Globals_, Globals_->CurStep) ? values.value_or(nullptr) : nullptr;
 }
 
 const float* Binder::multiplier() {
@@ -72,11 +73,11 @@ const float* Binder::multiplier() {
 }
 
 const float* Binder::frequencies(std::int32_t group, std::int32_t kind, std::int32_t mostKinds) {
-    const float* const values = failed_ ? nullptr : lookups_.findFrequencies(group);
+    const auto values = failed_ ? std::nullopt : lookups_.findFrequencies(group);
     if (!values) failed_ = true;
     if (kind < 1 || kind > mostKinds) error(text::kApplianceKind);
     checkStepOf(group);
-    return values;
+    return values.value_or(nullptr);
 }
 
 Temperatures Binder::temperatures() {

@@ -161,9 +161,9 @@ bool multiplyList(AUEglobals* Globals, const SeriesFinder& finder, const Multipl
     std::int32_t rememberNext = 1024;  // lists without a cycle rarely get there
     std::int32_t id = list.first;
     for (std::int32_t done = 0; done < list.length;) {
-        const float* const factors = findSeries(Globals, Series::Multpls, finder, id);
+        const auto factors = findSeries(Globals, Series::Multpls, finder, id);
         if (!factors) return false;
-        multiply(values, factors);
+        multiply(values, *factors);
         if (++done == list.length) break;
         id = next.at(id);
         if (!remembered.empty() && id == rememberedId &&

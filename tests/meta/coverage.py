@@ -48,6 +48,8 @@ words = {
     "kNoMemory": memory,
     "kWrongInputs": {one["tag"] for one in catalogue if not one["any_number_of_inputs"]},
     "kSeriesNotFound": series - {"Logs", "WatBod"},
+    # The potentials are the library's own.
+    "kNoValues": {word for word in series if not word.endswith("Pot")} | {"FreqSer"},
     "kRecordNotFound": {"Logs", "WatBod"},
 }
 texts = set()

@@ -172,6 +172,28 @@ TEST_F(Lookup, MultiplierWithoutItsSeries) {
     EXPECT_EQ(lookups().findMultiplier(5), nullptr);
 }
 
+// Counts are read anew. Two more texts: a record would have to shrink while a call is looking.
+TEST_F(Lookup, AnEntryBeyondTheCount) {
+    float value = 1.0F;
+    Signal signal{};
+    SeriesEntry states[] = {{4, &value}, {5, &value}};
+    SignalSeriesEntry logs[] = {{4, &signal}, {5, &signal}};
+    record.nSteps = 1;
+    record.WatQuant = states;
+    record.Logs = logs;
+    record.nWatQuant = record.nLogs = 2;
+    const Lookups found = lookups();
+    record.nWatQuant = record.nLogs = 1;
+    EXPECT_EQ(found.writableSeries(Series::WatQuant, 4), &value);
+    EXPECT_FALSE(found.writableSeries(Series::WatQuant, 5));
+    EXPECT_STREQ(record.ErrMsg, "Indexing beyond list in vectorWatQuant!");
+    EXPECT_EQ(found.findRecord(Record::Logs, 4), &signal);
+    record.ErrFlag = 0;
+    EXPECT_EQ(found.findRecord(Record::Logs, 5), nullptr);
+    EXPECT_STREQ(record.ErrMsg, "Indexing beyond list in vectorLogs!");
+    EXPECT_EQ(record.ErrFlag, 1);
+}
+
 class Binding : public Lookup {
   protected:
     Binding() {
