@@ -34,8 +34,8 @@ struct SplitterOnPath {
 
 // One path from a receiving unit to the leaf that it is traced to.
 struct RCVTOLEAF {
-    std::int32_t leaf_id = 0;               // 0: none
-    std::vector<SplitterOnPath> splitters;  // those before the leaf, in path order; empty without a leaf
+    std::int32_t leaf_id = 0;               // 0: a leaf that adds nothing
+    std::vector<SplitterOnPath> splitters;  // those before the leaf, in path order
 };
 
 // All paths of one receiving unit.

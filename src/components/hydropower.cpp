@@ -51,7 +51,8 @@ struct Potentials {
     HeadOf reservoir;
     float *NrgPot, *CapPot, *OprPot;
 
-    explicit Potentials(Binder& b) : u(b.size()), dt(b.timeStep()), s(readHydro(b)), reservoir(b, b.findReservoir()) {
+    explicit Potentials(Binder& b)
+        : u(b.size()), dt(b.timeStep()), s(readHydro(b)), reservoir(b, b.findOrdinaryReservoir()) {
         NrgPot = b.potential(Series::NrgPot);
         CapPot = b.potential(Series::CapPot);
         OprPot = b.potential(Series::OprPot);

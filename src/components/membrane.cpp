@@ -42,7 +42,7 @@ struct Potentials {
 
     void run(const Block& block, const Ports&) const {
         // DELIBERATE: the energy of the full capacity, whatever the flow, the step's length and the size.
-        block.book(NrgPot, m, [&](float factor) { return s1 * s3 * factor; });
+        block.bookEnergy(NrgPot, m, [&](float factor) { return s1 * s3 * factor; });
         block.book(OprPot, m, [&](float factor) { return s13 * dt / 365.0F * factor; });
         block.book(CapPot, m, [&](float factor) { return factor * s12; });
     }

@@ -19,6 +19,11 @@ const ComponentRow* Binder::findReservoir(const ComponentRow* after) {
     return failed_ ? nullptr : lookups_.findReservoir(row_, after);
 }
 
+const ComponentRow* Binder::findOrdinaryReservoir(const ComponentRow* after) {
+    constexpr std::int32_t kReserved = -1;
+    const ComponentRow* const row = findReservoir(after);
+    return row && truncated(static_cast<double>(row->id)) == kReserved ? nullptr : row;
+}
 
 const float* Binder::now(Series kind, std::int32_t id) {
     const auto values = failed_ ? std::nullopt : lookups_.findSeries(kind, id);

@@ -80,7 +80,8 @@ struct Block {
     }
 
     // Adds to a potential in each step what `amount` gives for the multiplier, or for the multiplier and the step's
-    // place in the block. Adding zero would change nothing, since no sum is ever -0.0, and leaves the memory untouched.
+    // place in the block. A constant zero leaves the memory untouched: a sum that single amounts make is never -0.0, so
+    // that it would change nothing.
     template <std::invocable<float> Amount>
     void book(float* potential, const float* m, const Amount& amount) const {
         if (!m && amount(1.0F) == 0) return;
@@ -96,6 +97,11 @@ struct Block {
             for (std::int32_t j = 0; j < length; ++j)
                 add(potential, j, amount(m[begin + j], j));
         }
+    }
+    // Energy is never left out: green areas add it in double, which a sum can leave as -0.0, and zero makes that 0.0.
+    template <std::invocable<float> Amount>
+    void bookEnergy(float* NrgPot, const float* m, const Amount& amount) const {
+        book(NrgPot, m, [&](float factor, std::int32_t) { return amount(factor); });
     }
     // The same for potentials that no multiplier scales.
     template <std::invocable<std::int32_t> Amount>
@@ -205,6 +211,8 @@ class Binder {
     // Rows of other components. A reservoir may be missing, which is no failure.
     const ComponentRow* find(std::int32_t id);
     const ComponentRow* findReservoir(const ComponentRow* after = nullptr);
+    // The same, but one whose id, cut to an integer, is -1 counts as none.
+    const ComponentRow* findOrdinaryReservoir(const ComponentRow* after = nullptr);
 
     // A series that is read at the step; of the component's key id, of its own id, or of another one.
     const float* now(Series kind, std::int32_t id);

@@ -30,8 +30,8 @@ struct Transfer {
     HeadOf first, second;
     const float *E, *w;
 
-    explicit Transfer(Binder& b) : Transfer(b, b.findReservoir()) {}
-    Transfer(Binder& b, const ComponentRow* row) : Transfer(b, row, row ? b.findReservoir(row) : nullptr) {}
+    explicit Transfer(Binder& b) : Transfer(b, b.findOrdinaryReservoir()) {}
+    Transfer(Binder& b, const ComponentRow* row) : Transfer(b, row, row ? b.findOrdinaryReservoir(row) : nullptr) {}
     Transfer(Binder& b, const ComponentRow* row1, const ComponentRow* row2)
         : first(b, row2 ? row1 : nullptr), second(b, row2) {
         if (!row2) {

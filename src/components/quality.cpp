@@ -23,7 +23,7 @@ const float* readQuality(Binder& b, const ComponentRow* reservoir) {
 struct FromReservoir {
     const float* w;
 
-    explicit FromReservoir(Binder& b) : w(readQuality(b, b.findReservoir())) {}
+    explicit FromReservoir(Binder& b) : w(readQuality(b, b.findOrdinaryReservoir())) {}
 
     void run(const Block& block, const Ports& ports) const {
         const float* const quality = w ? block.before(w) : nullptr;

@@ -75,11 +75,10 @@ class Sources {
         Tree tree(b);
         std::vector<Path> paths;
         for (std::size_t i = 0; !b.failed() && i < receiver->paths.size(); ++i) {
-            const RCVTOLEAF& path = receiver->paths[i];
-            // A path without a leaf contributes nothing.
-            if (path.leaf_id == 0) continue;
-            const std::size_t branch = tree.add(path.splitters);
-            paths.push_back({branch, b.before(Series::WatQual, path.leaf_id)});
+            const auto& [leaf, splitters] = receiver->paths[i];
+            const std::size_t branch = tree.add(splitters);
+            // A leaf with id 0 is none, and adds nothing.
+            if (leaf != 0) paths.push_back({branch, b.before(Series::WatQual, leaf)});
         }
         splitters_ = {b.keep(tree.splitters), tree.splitters.size()};
         branches_ = {b.keep(tree.branches), tree.branches.size()};

@@ -76,7 +76,7 @@ struct DrawPotentials {
     }
 
     void run(const Block& block, const Ports&) const {
-        block.book(NrgPot, m, [&](float factor) { return s3 * dt * factor; });
+        block.bookEnergy(NrgPot, m, [&](float factor) { return s3 * dt * factor; });
         block.book(OprPot, m, [&](float factor) { return s13 * dt / 365.0F * factor; });
         block.book(CapPot, m, [&](float factor) { return factor * s12; });
     }
