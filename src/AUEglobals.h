@@ -158,7 +158,8 @@ typedef struct AUEglobals {
  *
  * Returns KESTO_SUCCESS or one of the two failures; whatever it returns but success, ErrMsg tells why. On success, and
  * when the time loop stops on an error, the output tables hold the steps that ran. A violated internal invariant is
- * reported on stderr and ends the process. One run at a time in a process. */
+ * reported on stderr and ends the process. One run at a time in a process: a call during another one's run, in any
+ * thread, returns KESTO_SETUP_FAILURE and writes ErrMsg of its own record, unless that is the one that is running. */
 KESTO_API int32_t KESTO_simul(AUEglobals* Globals, int32_t first, int32_t last);
 
 /* Frees the output tables and sets their pointers to null; the counts stay. Harmless on null tables. To be called

@@ -7,6 +7,9 @@
 
 namespace text {
 
+// Entry
+inline constexpr char kBusy[] = "Another run is going on in this process!";
+
 // Set-up
 inline constexpr char kNoMemory[] = "Cannot allocate memory for %s!";
 inline constexpr char kNoSequence[] = "Error in CalcSequence!";
