@@ -77,15 +77,15 @@ const Node* BinaryTreeFetchNode(const BinaryTree& tree, std::int32_t compId) {
 // Why paths may be left out, and what that saves.
 //
 // Where a path can lead from a node depends on the node, on the number of stops before it and on the start, not on
-// which stops those are: another store that sends on drops every path, and the store that the search started from ends
-// every path. So there is a least number of stops that a path from a node needs to its end, and a least number for a
-// path on which something matters. Compared with the stops that are left, they tell whether there is such a path. Both
-// only grow during a search, since what was dismissed stays so: a number that is too large remains too large.
+// which stops those are: another service reservoir that sends on drops every path, and the one that the search started
+// from ends every path. So there is a least number of stops from a node to an end, and a least number for a path on
+// which something matters. Compared with the stops that are left, they show whether there is such a path. Both only
+// grow during a search, since what was dismissed stays dismissed: a number that is too large remains too large.
 //
 // While no stop of the current path matters, a successor is left out when none of the paths through it meets anything
 // that matters: nothing would happen on them. While one does, the very next path has its effect wherever it leads, and
 // only successors from which no path ends are left out. Hence the paths that are followed have, in their order, the
-// same effect as all.
+// same effect as all paths.
 //
 // After its successors a node's needs are raised to what theirs say. Suppose that the search comes back from a node and
 // no path through it had its effect at an earlier stop. Then each was searched to its end and all that mattered on it
@@ -107,7 +107,7 @@ PathSearch::PathSearch(const BinaryTree& tree, std::vector<bool> mattersAtFirst,
     std::sort(senders.begin(), senders.end());
     needs_.resize(nodes.size(), {never(), never()});
     for (const Node& node : nodes) {
-        // Which store a search will start from is open: each may be an end.
+        // A search may start from any service reservoir: each may be an end.
         if (node.isLast() || endsPaths(node)) needs_[indexOf(node)].toEnd = 1;
     }
     spread(senders, &Need::toEnd);

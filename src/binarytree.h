@@ -44,15 +44,15 @@ struct Stop {
 };
 inline constexpr std::int32_t kLongestPath = 1000;
 
-// Follows the paths downstream from a node one by one, port 1 before port 2, each to a node that sends to nothing or
-// back round to the refilled store (33) that it started from; a path that meets another such store which sends on, or
-// has too many stops, is dropped.
+// Follows the paths downstream from a node one by one, port 1 before port 2. A path ends at a node that sends to
+// nothing, or where it comes back to the service reservoir that it started from. A path that meets another service
+// reservoir which sends on, or that has too many stops, is dropped.
 //
-// Paths on which nothing matters are left out, so that a search takes time for the nodes that it passes and for what it
-// finds, not for the number of paths, which doubles wherever two paths part and meet again.
+// Paths on which nothing matters are left out. So the time of a search depends on the nodes that it passes and on what
+// it finds, not on the number of paths, which doubles wherever two paths part and meet again.
 class PathSearch {
   public:
-    // `mattersAtFirst` tells of each node of the tree whether it matters on a path. The tree must outlive the search.
+    // `mattersAtFirst` says for each node of the tree whether it matters on a path. The tree must outlive the search.
     // May throw std::bad_alloc.
     PathSearch(const BinaryTree& tree, std::vector<bool> mattersAtFirst, std::int32_t longestPath = kLongestPath);
     virtual ~PathSearch() = default;
@@ -71,8 +71,8 @@ class PathSearch {
     void dismiss(const Node& node);
 
   private:
-    // The fewest stops, this node's included, of a path from it to its end, and of one on which something matters; more
-    // than any path has when there is none. Lower bounds, which the search raises as it learns.
+    // The fewest stops, this node included, of a path from it to an end, and of one on which something matters; without
+    // such a path, more than any path has. Lower bounds, which the search raises as it learns.
     struct Need {
         std::int32_t toEnd;
         std::int32_t toMatter;

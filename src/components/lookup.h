@@ -90,8 +90,8 @@ class Lookups {
     // All values of a series; null only where there are no steps.
     std::optional<float*> findSeries(Series kind, std::int32_t id) const;
 
-    // The values to write to. The count is the host's and is read anew: a host that shrinks a list during a run is
-    // told so instead of being written to beyond it.
+    // The values to write to. The count is the host's and is read anew: if a host shrinks a list during a run, that is
+    // an error, and nothing beyond the list is written.
     std::optional<float*> writableSeries(Series kind, std::int32_t id) const;
 
     // All signals recorded under an id. The count is read anew, as above.
@@ -106,7 +106,7 @@ class Lookups {
     const Receiver* findReceiver(std::int32_t id) const;
 
   private:
-    // The potentials all carry the same ids and share one finder.
+    // The potentials all have the same ids and share one finder.
     const SeriesFinder& ofKind(Series kind) const;
 
     static float rowId(const ComponentRow& row) { return row.id; }

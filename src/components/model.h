@@ -1,12 +1,12 @@
 // What a model is made of.
 //
-// A model is a list of forms: what books the potentials of a component, what computes its outputs. A form is a small
+// A model is a list of forms: one books the potentials of a component, another computes its outputs. A form is a small
 // plain struct. Its constructor looks up all that it needs for one component, in the order in which errors must come;
-// what it finds serves all steps. `run` then computes a range of steps, and may be called for as many ranges as the run
-// has. So a look-up and a formula stand once, whether a step is evaluated alone or many in one go.
+// what it finds serves all steps. `run` then computes a range of steps, and is called for as many ranges as the run
+// has. So each look-up and each formula is written once, whether steps are computed one by one or many at a time.
 //
-// Within a range the form of outputs runs before that of potentials, which reads no more than the inputs and the states
-// at the end of the steps before, and before the one that traces sources, which reads the qualities of others besides.
+// Within a range the outputs come before the potentials, which read no more than the inputs and the states at the end
+// of the step before, and before the tracing of sources, which also reads the qualities of others.
 #ifndef KESTO_COMPONENTS_MODEL_H
 #define KESTO_COMPONENTS_MODEL_H
 
@@ -32,14 +32,14 @@ struct Date {
     std::int32_t dayOfYear;   // from 0
 };
 
-// An array with one value for each step of a block: what is computed for a form, or what one form of a component hands
-// over to the next.
+// An array with one value for each step of a block: computed for a form, or handed over by one form of a component to
+// the next.
 struct BlockArray {
     std::ptrdiff_t index = 0;
 };
 
-// Consecutive steps, the whole of a block of steps or a part of it. What begins with step 0, or outside the series, is
-// that one step.
+// Consecutive steps: a whole block of steps, or a part of it. A block that begins with step 0, or outside the series,
+// has one step.
 struct Block {
     std::int32_t begin;
     std::int32_t length;
@@ -53,7 +53,7 @@ struct Block {
     Element* now(Element* series) const {
         return series ? series + begin : nullptr;
     }
-    // A state from the end of the step before on; at step 0 that is what the host put into element 0.
+    // A state, from the end of the step before the block on; at step 0 that is the host's value in element 0.
     template <typename Element>
     Element* before(Element* series) const {
         return series + (begin > 0 ? begin - 1 : begin);
@@ -81,7 +81,7 @@ struct Block {
 
     // Adds to a potential in each step what `amount` gives for the multiplier, or for the multiplier and the step's
     // place in the block. A constant zero leaves the memory untouched: a sum that single amounts make is never -0.0, so
-    // that it would change nothing.
+    // adding zero would change nothing.
     template <std::invocable<float> Amount>
     void book(float* potential, const float* m, const Amount& amount) const {
         if (!m && amount(1.0F) == 0) return;
@@ -127,21 +127,21 @@ struct Temperatures {
     const float* tMax;
 };
 
-// A form bound to its component, behind its type.
+// A form bound to its component, with its type erased.
 struct Bound {
     void (*run)(const void* form, const Block& block, const Ports& ports) = nullptr;
     const void* form = nullptr;
 };
 
-// The forms that are bound in one step, and what they use beyond their own inputs.
+// What the forms that are bound in one step use beyond their own inputs.
 struct Notes {
     struct Access {
         const void* memory;  // first element of a series
         std::size_t task;
         bool writes;  // at this step; else reads at the previous one
     };
-    // Adds to the ranges of temperature that all radiation units of the process share. Its radiation of later steps
-    // must be there before the task runs.
+    // Adds to the ranges of temperature that all radiation units of the process share. The radiation of later steps
+    // must be computed before the task runs.
     struct RadiationUnit {
         std::size_t task;
         const DayTable* Rpot;
@@ -156,14 +156,14 @@ struct Notes {
     std::vector<float> arrays;             // one value for each block array: that of the step in which forms are bound
     std::vector<Access> accesses;
     std::vector<RadiationUnit> radiationUnits;  // in the order of calculation
-    std::vector<Temperatures> temperatures;     // the run stops where a minimum is above its maximum
+    std::vector<Temperatures> temperatures;     // the run stops in a step with a minimum above the maximum
     bool needsDates = false;
     bool canStop = false;                        // by what it computes
     std::pmr::monotonic_buffer_resource memory;  // of the forms
 };
 
-// All that a component may be handed in one step. The four signals are the driver's buffers: what a component leaves
-// unset holds what the one before it left, but for the quantities.
+// All that a component is handed in one step. The four signals are the driver's buffers: where a component leaves a
+// quality unset, the one that an earlier component left stays.
 struct Step {
     std::int32_t id = 0;
     const ComponentRow* row = nullptr;
@@ -175,7 +175,7 @@ struct Step {
     Signal out2{};
 };
 
-// Binds one form of a component at its turn in the current step. After a look-up that fails all further ones give
+// Binds one form of a component at its turn in the current step. Once a look-up has failed, all further ones give
 // nothing and leave the message alone; the form must not run then.
 class Binder {
   public:
@@ -247,19 +247,19 @@ class Binder {
     // The extremes of its key, checked against each other.
     Temperatures temperatures();
 
-    // The dates of the steps will be there. A current one beyond the calendar is reported; the form may run.
+    // Asks for the dates of the steps. A current date beyond the calendar is reported; the form may still run.
     bool dates();
 
     // Fills a day table that is still empty.
     void fillOnFirstUse(DayTable& Rpot);
 
-    // Incoming short-wave radiation. That of the current step is computed here, whatever look-up fails after it.
+    // Incoming short-wave radiation. That of the current step is computed here, even if a later look-up fails.
     BlockArray shortWave(const DayTable& Rpot, Temperatures temperatures);
 
     // The form may report an error while it runs.
     void canStop();
 
-    // Ends the look-ups, with an error to report or with one that is reported.
+    // Ends the look-ups, with an error to report or with one that has been reported.
     void error(const char* text);
     void giveUp() { failed_ = true; }
 
@@ -295,8 +295,8 @@ class Binder {
 // What a form does to the outputs of its component.
 enum class Sets { Nothing, Out1, Both, Out1AndQuantity2 };
 
-// What a component's forms do, one each at most. Tracing a receiving unit's sources computes a quality, which flows
-// with no signal: what the unit asks for does not wait for it.
+// What the forms of a component do, at most one form each. The quality that a receiving unit traces flows with no
+// signal, so the water that the unit asks for need not wait for it.
 enum class Part { Outputs, Potentials, Tracing };
 inline constexpr std::size_t kParts = 3;
 
@@ -304,7 +304,7 @@ inline constexpr std::size_t kParts = 3;
 struct Form {
     Part part;
     Sets sets;
-    Bound (*bind)(Binder&);  // whose look-ups may have failed
+    Bound (*bind)(Binder&);  // check then whether a look-up has failed
 };
 
 // Keeps a form for as long as the binder's notes.

@@ -9,9 +9,9 @@
 //   D, M, Y    specifications 61, 62 and 63: allowance per day, month and year   [vol]
 //   UM, UY     what was let pass in the month and in the year so far             [vol]
 //
-// What is let pass is kept in the Logs series of the own id. A call starts with an empty one. UM and UY are sums of it
-// in single precision, the latest step first, so each step has sums of its own. Their bits matter near an allowance
-// alone: elsewhere a running sum in double decides, by how far the two can be apart.
+// What passes is kept in the Logs series of the own id, which is empty when a call starts. UM and UY are sums of it in
+// single precision, the latest step first, so they must be formed anew in each step. Their exact bits matter only near
+// an allowance: elsewhere a running sum in double decides, with a bound on how far apart the two can be.
 
 #include <algorithm>
 #include <cmath>

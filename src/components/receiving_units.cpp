@@ -61,7 +61,7 @@ float unserved(float D, float capacity) {
     return spare > 0.0F ? -0.0F : -spare;
 }
 
-// What the sources of a receiving unit hold, weighted by the shares of their paths. Paths part at splitters, so they
+// The qualities of a receiving unit's sources, weighted by the shares of their paths. Paths part at splitters, so they
 // have splitters and the beginnings of their products in common: each is computed once a step.
 class Sources {
   public:

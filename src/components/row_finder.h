@@ -1,4 +1,4 @@
-// Finds the rows of a table by key the way a scan from the first row would: the first match wins.
+// Finds the rows of a table by key, as a scan from the first row would: the first match wins.
 #ifndef KESTO_COMPONENTS_ROW_FINDER_H
 #define KESTO_COMPONENTS_ROW_FINDER_H
 
@@ -27,8 +27,8 @@ class RowFinder {
 
     RowFinder() = default;
 
-    // A short table is scanned, a longer one gets an index, unless its keys may change. A host may leave a table that
-    // nobody uses null, whatever it counts. May throw std::bad_alloc.
+    // A short table is scanned, a longer one gets an index, unless its keys may change. A host may leave an unused
+    // table null, whatever its count says. May throw std::bad_alloc.
     RowFinder(const Row* rows, std::int32_t count, bool mayIndex = true)
         : rows_(rows), count_(rows && count > 0 ? count : 0) {
         if (mayIndex && count_ > kShort) buildIndex();

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Up to where steps run without a stop for temperatures.
+// The first step, from `begin` on, that stops the run for its temperatures; `end` without one.
 std::int32_t findStop(const std::vector<Temperatures>& temperatures, std::int32_t begin, std::int32_t end) {
     std::vector<std::pair<const float*, const float*>> pairs;
     for (const auto& [tMin, tMax] : temperatures)
@@ -25,7 +25,7 @@ std::int32_t findStop(const std::vector<Temperatures>& temperatures, std::int32_
     return end;
 }
 
-// As far as the calendar goes.
+// The dates of the steps, as far as the calendar goes.
 std::vector<Date> findDates(const AUEglobals& record, std::int32_t begin, std::int32_t end) {
     std::vector<Date> dates;
     for (std::int32_t k = begin; k < end; ++k) {
@@ -44,7 +44,7 @@ void radiate(const std::vector<Notes::RadiationUnit>& units, const Block& block)
     }
 }
 
-// Junction or mixer, which has a list of its inputs for a form.
+// A junction or mixer. In place of a form it has a list of its inputs.
 template <Signal (*result)(Signal)>
 void addUp(const void* inputs, const Block& block, const Ports& ports) {
     std::fill_n(ports.out1, block.length, Signal{});
@@ -127,7 +127,7 @@ std::int32_t Blocks::run(std::int32_t end) {
 
 bool Blocks::runBlock(const Block& block, bool isLast) {
     const std::vector<Notes::RadiationUnit>& units = network_.notes.radiationUnits;
-    // A step that stops midway leaves the ranges of temperature of those that have had their turn.
+    // A step that stops midway keeps the ranges of temperature of the units that have had their turn.
     auto unit = plan_.byTurns ? units.begin() : units.end();
     if (!plan_.byTurns) radiate(units, block);
     for (const auto& [begin, end, stepByStep] : plan_.schedule.groups) {

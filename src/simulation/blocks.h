@@ -1,5 +1,4 @@
-// Many steps at a time: components run from forms that were bound in an earlier step, over a block of steps at a time
-// wherever the network allows it, as a plan has it.
+// Many steps at a time: forms that were bound in an earlier step run over blocks of steps, in the order of a plan.
 #ifndef KESTO_SIMULATION_BLOCKS_H
 #define KESTO_SIMULATION_BLOCKS_H
 
@@ -15,8 +14,8 @@ class Blocks {
     // For the steps from CurStep on; the one before it has bound the network. May throw std::bad_alloc.
     Blocks(Run& run, Step& step, const BoundNetwork& network, const Plan& plan);
 
-    // Runs those before `end`, all of which lie within the series. CurStep is then the first step that has not run:
-    // `end`, or one that is to go by turns. KESTO_RUN_FAILURE: a component has stopped the run in step CurStep.
+    // Runs the steps before `end`, all of which lie within the series. CurStep is then the first step that has not run:
+    // `end`, or one that must go by turns. KESTO_RUN_FAILURE: a component has stopped the run in step CurStep.
     std::int32_t run(std::int32_t end);
 
   private:

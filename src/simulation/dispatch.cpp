@@ -7,7 +7,7 @@
 
 namespace {
 
-// Where the two receiving units trace their water to.
+// The types that the two receiving units trace their water to.
 constexpr std::array kSourcesOfReservoir{code::kTreatmentPlant, code::kServiceReservoir};
 constexpr std::array kSourcesOfPlant{code::kReservoir, code::kWell};
 
@@ -15,7 +15,7 @@ constexpr ComponentType appliance(std::int32_t kind) {
     return {kind, "OU", 0, {&App_Pots, &App_Outs}};
 }
 
-// In ascending order of codes. Junction and mixer are the driver's own and stand in no row.
+// In ascending order of codes. Junction and mixer are the driver's own and have no row.
 constexpr ComponentType kTypes[] = {
     appliance(1),
     appliance(2),

@@ -1,5 +1,5 @@
-// The driver: after set-up the first step by turns, which makes sure of all look-ups, and from there on as many steps
-// as possible in blocks.
+// The driver: after set-up the first step by turns, in which all look-ups are made, then as many steps as possible in
+// blocks.
 
 #include <algorithm>
 #include <new>
@@ -21,7 +21,7 @@ std::int32_t runTurns(Run& run, Step& step, std::int32_t end) {
     return KESTO_SUCCESS;
 }
 
-// The current step by turns and steps before `end` in blocks, as far as they go.
+// The current step by turns, then the steps before `end` in blocks, as far as blocks go.
 std::int32_t runBlocks(Run& run, Step& step, std::int32_t end, std::int32_t blockLength) {
     BoundNetwork network(run.instInfo.CompntId.size());
     if (const std::int32_t status = takeTurns(run, step, network); status != KESTO_SUCCESS) return status;
@@ -35,7 +35,7 @@ std::int32_t runBlocks(Run& run, Step& step, std::int32_t end, std::int32_t bloc
 
 std::int32_t runAll(Run& run, Step& step, std::int32_t last, std::int32_t blockLength) try {
     AUEglobals* const Globals = step.Globals;
-    // In step 0 the state before is the state after, and outside the series there is none.
+    // In step 0 the state before is the state after; outside the series there is no state.
     if (const std::int32_t status = runTurns(run, step, std::min(last, 0)); status != KESTO_SUCCESS) return status;
     const std::int32_t end = std::min(last, Globals->nSteps);
     const bool mayBlock = blockLength != kNoBlocks && !run.statesLieInTables;

@@ -11,8 +11,8 @@ struct Lifetime {
     std::size_t last = 0;
 };
 
-// A place for each array, so that no two that overlap in time have the same. What became free last is taken first,
-// while it is still in the caches. Unused arrays have place 0.
+// A place for each array; arrays whose lifetimes overlap have different places. The place that became free last is
+// taken first, while it is still in the caches. Unused arrays have place 0.
 struct Places {
     std::vector<std::size_t> of;
     std::size_t count = 1;

@@ -2,8 +2,8 @@
 //
 // From each component a walk follows the first listed connection that each component sends, at most 1000001 of them,
 // and collects the multipliers that it meets. Since only one path leads on from each component, the first multiplier
-// met settles all that follow; a list is told by its first multiplier and its length. On a cycle the walk goes round
-// and round: a multiplier on it is met once a round.
+// met settles all that follow; its id and the length identify a list. On a cycle the walk goes round and round: a
+// multiplier on it is met once a round.
 
 #include <cstring>
 #include <map>
@@ -59,7 +59,7 @@ class Walks {
         MultiplierList list;
         std::vector<Met> mets;
         std::int32_t left = kMostSteps;
-        Met before{};  // one of them, ever later, to see when the walk comes round
+        Met before{};  // one of them, ever later, to notice when the walk comes round
         bool roundsSkipped = false;
         while (true) {
             const Hop hop = firstMultiplier(id);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kKinds = 11;  // appliances' frequencies a step
 
-// Those that the host gives: all before the potentials.
+// The series that the host gives: all kinds before the potentials.
 constexpr std::span kHostSeries(kSeries, static_cast<std::size_t>(Series::NrgPot));
 
 struct Range {
@@ -35,7 +35,8 @@ class Ranges {
         add(rangeOf(table, static_cast<std::size_t>(std::max(count, 0))));
     }
 
-    // When all are there. From then on each ends where the last of those up to it ends. Whether any two overlap.
+    // To be called when all are there; says whether any two overlap. From then on each range ends where the last of
+    // those up to it ends.
     bool sort() {
         std::sort(ranges_.begin(), ranges_.end(), [](const Range& a, const Range& b) { return a.begin < b.begin; });
         bool overlap = false;
@@ -46,7 +47,7 @@ class Ranges {
         return overlap;
     }
 
-    // The last one that begins before the end of another range, if any up to it reaches into that.
+    // The last one that begins before the end of `other`, if it or one before it reaches into `other`.
     const Range* find(const Range& other) const {
         const auto after = std::partition_point(ranges_.begin(), ranges_.end(),
                                                 [&](const Range& range) { return range.begin < other.end; });
@@ -120,7 +121,7 @@ Overlap overlapOfWritten(const AUEglobals& record, const std::vector<Notes::Acce
         states.add(rangeOf(static_cast<const float*>(memory), length));
     Overlap overlap = states.sort() ? Overlap::OfSeries : Overlap::None;
 
-    std::vector<bool> isSeen(states.size(), false);  // the entry that each state itself is
+    std::vector<bool> isSeen(states.size(), false);  // whether the entry that is the state itself has come
     const auto look = [&](const Range& series, bool mayBeItself, Overlap with) {
         const Range* const state = states.find(series);
         if (!state) return;

@@ -6,8 +6,8 @@
 
 namespace {
 
-// A block should be long, so that what it costs to come to a component's memory does not count, but the arrays of a
-// block not take more memory than this, as long as it is not too short.
+// A long block spreads the cost of reaching a component's memory over many steps. Its arrays should not take more
+// memory than this, unless the block would become too short.
 constexpr std::size_t kArrayBytes = 64 * 1024 * 1024;
 constexpr std::size_t kShortest = 64;
 constexpr std::size_t kLongest = 512;
@@ -43,8 +43,8 @@ Schedule inTurns(const BoundNetwork& network) {
     return schedule;
 }
 
-// Who reads a state needs all who write it. Two rows with one id write the same twice: only a type without inputs can
-// have them, and both run the same form.
+// A task that reads a state needs all tasks that write it. Two rows with one id write the same values twice: only types
+// without inputs can have such rows, and both run the same form.
 void addAccesses(std::vector<Notes::Access> accesses, std::vector<Need>& needs) {
     std::stable_sort(accesses.begin(), accesses.end(), [](const Notes::Access& a, const Notes::Access& b) {
         return std::pair(a.memory, !a.writes) < std::pair(b.memory, !b.writes);
@@ -83,7 +83,7 @@ std::vector<Need> findNeeds(const BoundNetwork& network, const Wiring& wiring) {
     return needs;
 }
 
-// All positions, those of one key one after the other, since they mostly work on the same series.
+// All positions, grouped by key, since components of one key mostly use the same series.
 std::vector<std::size_t> byKey(const BoundNetwork& network) {
     const std::size_t count = network.components.size();
     std::vector<std::size_t> next(count, count);  // of the same key
@@ -103,7 +103,7 @@ std::vector<std::size_t> byKey(const BoundNetwork& network) {
     return positions;
 }
 
-// Nobody needs what is booked, so that all who book under a key do so in the order in which they are wanted: that of
+// No task needs what is booked. So components that book under one key do so in the order of `wanted`: the order of
 // calculation.
 Schedule asNeeded(const BoundNetwork& network, const Wiring& wiring) {
     std::vector<std::size_t> wanted;
@@ -177,7 +177,7 @@ std::vector<Transfer> findTransfers(const BoundNetwork& network, const Plan& pla
              leftover.hasQuantity ? Transfer::Part::Quality : Transfer::Part::QualityOfNone,
              plan.layout.place(leftover.sequence), plan.layout.place(leftover.left)});
     }
-    // An input that somebody needs later has an array of its own beside the sender's.
+    // An input that is needed later has an array of its own besides the sender's.
     for (std::size_t i = 0; i < wiring.size(); ++i) {
         for (const Slot slot : {kIn1, kIn2}) {
             const Reading* const input = wiring.input(i, slot);

@@ -1,8 +1,8 @@
 // How steps are computed in blocks: in which order, how many at a time, and where each signal stands meanwhile.
 //
-// Each sequence of signals that is read has an array: the signal of the step before the block, then one a step. Who
-// comes after the sender reads from the second element on, who comes before it from the first. Sequences that are never
-// in use at the same time share an array.
+// Each sequence of signals that is read has an array: element 0 is the signal of the step before the block, then one a
+// step. A component later in the order of calculation than the sender reads from element 1 (this step), an earlier one
+// from element 0 (the step before). Sequences that are never in use at the same time share an array.
 #ifndef KESTO_SIMULATION_PLAN_H
 #define KESTO_SIMULATION_PLAN_H
 
@@ -23,16 +23,16 @@ struct ArrayLayout {
 
     std::size_t place(std::size_t sequence) const { return arrays.of[sequence] * length + 1; }
     std::size_t place(const Reading& reading) const { return place(reading.sequence) - (reading.stepBack ? 1 : 0); }
-    // Two more take what nobody reads.
+    // Two more take signals that are never read.
     std::size_t unread(Slot slot) const { return (arrays.count + (slot == kOut2 ? 1 : 0)) * length; }
     std::size_t elements() const { return (arrays.count + 2) * length; }
 };
 
-// Brings a quality to where it is read, perhaps beside the quantity of no signal, or the whole signal.
+// Copies a quality to where it is read, perhaps with the quantity of no signal, or copies the whole signal.
 struct Transfer {
     enum class Part { Quality, QualityOfNone, Whole };
     std::size_t task;
-    bool isBefore;  // the task; else after it
+    bool isBefore;  // done before the task, else after it
     Part part;
     std::size_t target;  // places
     std::size_t source;

@@ -1,12 +1,12 @@
 // Receiving units (service reservoir, treatment plant): where their water is traced to.
 //
-// For each path downstream of a unit: the first leaf on it that no earlier path of the same unit has taken, and the
-// splitters before that leaf with the output through which the path leaves each. Paths that find no leaf add nothing to
-// what a unit receives and have no record.
+// For each path downstream of a unit: the first leaf on it that no earlier path of the unit has taken, and the
+// splitters before that leaf, each with the output through which the path leaves it. Paths without a leaf add nothing
+// to what a unit receives and have no record.
 //
 // DELIBERATE: leaves are matched on decimal text. A type is a leaf type when its digits occur in the unit's list of
-// leaf types ("37 33" also admits 3 and 7), and a leaf is taken when its digits occur inside an id taken before (5
-// after 15). Ids with the same number of digits keep clear of the second rule.
+// leaf types ("37 33" also admits 3 and 7), and a leaf is taken when its digits occur in an id taken before (5 after
+// 15). Among ids with the same number of digits that does not happen.
 
 #include <algorithm>
 #include <limits>
@@ -33,7 +33,7 @@ bool isLeaf(const Node& node, const std::string& leafTypes) {
            leafTypes.find(std::to_string(node.techId)) != std::string::npos;
 }
 
-// What matters on a path: leaves, and what must not stand there, unknown components and splitters that send to nothing.
+// What matters on a path: leaves, and what must not be there: unknown components, and splitters that send to nothing.
 std::vector<bool> findWhatMatters(const BinaryTree& tree, const std::string& leafTypes) {
     std::vector<bool> matters;
     for (const Node& node : tree.nodes) {

@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr std::int32_t kPlacedMark = -1;  // a component with this id passes for placed and never gets a number
+constexpr std::int32_t kPlacedMark = -1;  // a component with this id counts as placed and is never numbered
 constexpr int kMostPasses = 1000001;
 
 // All that carries one id; two rows may share it.

@@ -15,7 +15,7 @@
 enum Slot : std::size_t { kIn1, kIn2, kOut1, kOut2, kSlots };
 using Slots = std::array<Signal, kSlots>;
 
-// A task is one part of a component, with the form of it, if the component has one.
+// A task is one part of a component, with its form if it has one.
 inline std::size_t taskOf(std::size_t position, Part part) {
     return kParts * position + static_cast<std::size_t>(part);
 }
@@ -37,7 +37,7 @@ struct BoundNetwork {
     Notes notes;
 };
 
-// The current step. When it succeeds the network has all its components. May throw std::bad_alloc.
+// Computes the current step. On success every component is bound. May throw std::bad_alloc.
 std::int32_t takeTurns(Run& run, Step& step, BoundNetwork& network);
 
 #endif

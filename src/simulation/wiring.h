@@ -1,4 +1,4 @@
-// Who reads whose signals, and what was left in which slot: the network as the blocks of steps need it.
+// Which component reads whose signals, and what was left in which slot: the network as blocks of steps need it.
 #ifndef KESTO_SIMULATION_WIRING_H
 #define KESTO_SIMULATION_WIRING_H
 
@@ -8,10 +8,10 @@
 
 #include "simulation/turns.h"
 
-// A sequence of signals, one a step, that somebody reads: what a component had in a slot.
+// A sequence of signals, one a step, that is read: what a component had in a slot.
 struct Reading {
     std::size_t sequence;  // component's position * kSlots + slot
-    bool stepBack;         // since that component comes later, or is the reader itself
+    bool stepBack;         // of the step before: that component comes later, or is the reader itself
 };
 
 class Wiring {
@@ -30,8 +30,8 @@ class Wiring {
         return std::span(sumInputs_).subspan(sumStart_[position], sumStart_[position + 1] - sumStart_[position]);
     }
 
-    // Slots that are read without having been filled in the step. Their quality is what the component before left
-    // there, and their quantity that of no signal, unless the component sets it.
+    // Slots that are read without having been filled by their component. The quality is what an earlier component left
+    // there; the quantity is that of no signal, unless the component sets it.
     struct Leftover {
         std::size_t sequence;
         Reading left;
@@ -42,10 +42,10 @@ class Wiring {
     // What is in a slot when a step has ended.
     Reading last(Slot slot) const { return last_[slot]; }
 
-    // Which sequences are read; among them perhaps those of nobody: what the slots were before anybody filled them,
-    // and of nothing: what no output delivers.
+    // Which sequences are read. Two kinds have no component: "of nobody", the slots before any component filled them,
+    // and "of nothing", what no output delivers.
     bool isRead(std::size_t sequence) const { return isRead_[sequence]; }
-    // Those of which somebody reads the step before.
+    // Those that are read a step back.
     const std::vector<std::size_t>& readBack() const { return readBack_; }
     std::size_t ofNobody() const { return size() * kSlots; }
     std::size_t ofNothing() const { return ofNobody() + kSlots; }
