@@ -45,7 +45,11 @@ struct Peak {
 class Collector {
   public:
     Collector(const Recorded& recorded, const ComponentSums& sums, Figures& figures)
-        : recorded_(recorded), sums_(sums), figures_(figures) {}
+        : recorded_(recorded), sums_(sums), figures_(figures) {
+        for (std::size_t step = 0; step < recorded.steps(); ++step) {
+            months_.push_back(static_cast<std::size_t>(dateOf(recorded.dayOf(step)).month) - 1);
+        }
+    }
 
     void addNetwork(const Account& account, const Peak& mains) {
         const auto in = [&](AccountKind kind) { return account.total(true, kind); };
@@ -98,7 +102,7 @@ class Collector {
             const double wanted = now.in[at(service.demandPort) - 1], lacking = service.unmet(now);
             demand += wanted;
             unmet += lacking;
-            byMonth[static_cast<std::size_t>(dateOf(recorded_.dayOf(step)).month) - 1] += lacking;
+            byMonth[months_[step]] += lacking;
             const bool isShort = lacking > kNoticed * wanted;
             if (wanted > 0) ++asked;
             if (isShort) ++shortSteps;
@@ -152,6 +156,7 @@ class Collector {
     const Recorded& recorded_;
     const ComponentSums& sums_;
     Figures& figures_;
+    std::vector<std::size_t> months_;  // of each step, from 0
 };
 
 }  // namespace
