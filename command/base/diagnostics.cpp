@@ -7,6 +7,7 @@
 #include <map>
 #include <numeric>
 #include <ostream>
+#include <set>
 
 #include "display.h"
 
@@ -91,6 +92,19 @@ std::vector<const Diagnostic*> Diagnostics::unaccepted() const {
         if (diagnostic->severity == Severity::warning && !isAccepted(*diagnostic)) refused.push_back(diagnostic);
     }
     return refused;
+}
+
+void Diagnostics::addNew(const Diagnostics& others, const std::string& before) {
+    std::set<std::string> known;
+    const auto textOf = [](const Diagnostic& one) { return toString(one.place) + ": " + one.text; };
+    for (const Diagnostic& one : all_) {
+        known.insert(textOf(one));
+    }
+    for (const Diagnostic& one : others.all_) {
+        if (!known.insert(textOf(one)).second) continue;
+        all_.push_back(one);
+        all_.back().text = before + one.text;
+    }
 }
 
 bool Diagnostics::hasErrors() const {

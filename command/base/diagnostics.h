@@ -56,6 +56,9 @@ class Diagnostics {
     using Names = std::vector<std::string_view>;
     std::string suggest(std::string_view found, const std::function<Names()>& candidates);
 
+    // Takes over what others have found and these have not, with a text before it.
+    void addNew(const Diagnostics& others, const std::string& before);
+
     bool hasErrors() const;
     std::size_t count(Severity severity) const;
     const std::vector<Diagnostic>& all() const { return all_; }

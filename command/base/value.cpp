@@ -19,6 +19,11 @@ const Value* Value::field(std::string_view name) const {
     return nullptr;
 }
 
+bool isQuantity(std::string_view text) {
+    const std::size_t blank = text.find(' ');
+    return blank != std::string_view::npos && parseNumber(text.substr(0, blank));
+}
+
 std::string describe(const Value& value) {
     switch (value.kind) {
         case Value::Kind::boolean:

@@ -36,6 +36,9 @@ struct Field {
     Value value;
 };
 
+// "2 mm" rather than "rain" or "Rain (mm)", which are names of columns.
+bool isQuantity(std::string_view text);
+
 // "the text "wc"", "the number 3", "a table": for messages.
 std::string describe(const Value& value);
 

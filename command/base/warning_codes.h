@@ -54,6 +54,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"created-water", About::results, "a component creates or destroys water"},
     {"open-balance", About::results, "a balance that does not close, or whose figures are no numbers"},
     {"long-tracing", About::note, "tracing sources takes long: many receiving units with many sources each"},
+    {"quoted-name", About::note, "a name that needs quotes, or its table, after --set and in scenarios"},
     {"part-year", About::note, "the first year has its whole yearly allowance"},
     {"start-up", About::note, "the radiation of the first 30 days is too large"},
     {"not-recorded", About::note, "outputs that cannot be recorded unchanged"},

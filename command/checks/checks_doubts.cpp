@@ -7,6 +7,7 @@
 #include <set>
 
 #include "checks.h"
+#include "key_path.h"
 #include "network.h"
 
 namespace kesto {
@@ -24,6 +25,7 @@ class Doubts {
         }
         checkStart();
         checkInfiltration();
+        checkNames();
         if (model_.isNetworkComplete) checkReach();
         if (model_.simulation.traceSources) checkIds();
     }
@@ -145,6 +147,28 @@ class Doubts {
                             "source",
                             component.id, digits));
             return;
+        }
+    }
+
+    // --set and scenarios would take them for something else.
+    void checkNames() {
+        const auto check = [&](const char* table, const std::string& name, const Place& place) {
+            const bool isComponent = std::string_view(table) == "components";
+            const bool isHidden = isComponent && isModelTable(name);
+            if (!isHidden && !needsQuotes(name)) return;
+            const std::string key = toText({table, name, "KEY"});
+            const std::string component = isComponent ? name : "";
+            diagnostics_.warning("quoted-name", place,
+                                 fmt::format("\"{}\" is reached as {} by --set and scenarios", name, key), component);
+        };
+        for (const Component& component : model_.components) {
+            check("components", component.name, component.place);
+        }
+        for (const Group& group : model_.groups) {
+            check("groups", group.name, group.place);
+        }
+        for (const Brand& brand : model_.brands) {
+            check("brands", brand.name, brand.place);
         }
     }
 

@@ -62,6 +62,16 @@ void printText(const std::string& path, const LoadedModel& loaded, double memory
         model.simulation.days(), toText(model.simulation.start), toText(model.simulation.end), bytesToText(memory));
 }
 
+// What each scenario adds to the errors and warnings of the model itself.
+void checkScenarios(const CheckOptions& options, LoadedModel& loaded) {
+    for (const Scenario& scenario : loaded.model().scenarios) {
+        ReadOptions read = options.read;
+        read.scenarios = {scenario.name};
+        const LoadedModel changed(options.model, read);
+        loaded.diagnostics().addNew(changed.diagnostics(), fmt::format("scenario \"{}\": ", scenario.name));
+    }
+}
+
 }  // namespace
 
 int checkCommand(const CheckOptions& options) {
@@ -73,6 +83,7 @@ int checkCommand(const CheckOptions& options) {
         reportRefusals(model, plan, false, loaded.diagnostics());
         memory = expectedMemory(model, plan);
     }
+    if (loaded.isFit() && options.read.scenarios.empty()) checkScenarios(options, loaded);
     loaded.diagnostics().print(std::cerr);
     (options.json ? printJson : printText)(options.model, loaded, memory);
     if (!loaded.isFit()) return kBadModel;

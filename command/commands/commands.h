@@ -49,6 +49,7 @@ struct NewOptions {
 };
 
 struct DrawOptions {
+    ReadOptions read;
     std::string model;
     std::string output;  // its ending says the format
 };

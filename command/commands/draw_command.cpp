@@ -39,7 +39,7 @@ int drawCommand(const DrawOptions& options) {
                                  printable(options.output));
         return kBadModel;
     }
-    const LoadedModel loaded(options.model);
+    const LoadedModel loaded(options.model, options.read);
     loaded.diagnostics().print(std::cerr, true);
     if (!loaded.isFit()) return kBadModel;
 

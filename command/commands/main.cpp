@@ -14,7 +14,11 @@
 namespace {
 
 void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
-    command.add_option("--set", options.set, "Replace a value of the model, as in --set tank.size=3000")
+    command.add_option("--scenario", options.scenarios, "Use the values of a scenario of the model; later ones win")
+        ->allow_extra_args(false);
+    command
+        .add_option("--set", options.set,
+                    "Replace a value of the model, as in --set tank.size=3000; wins over scenarios")
         ->allow_extra_args(false);
     command.add_option("--from", options.from,
                        "First day of the run, instead of the model's; it begins with the initial states");
@@ -101,6 +105,7 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* drawCommand = app.add_subcommand("draw", "Draw the network of a model (needs Graphviz)");
     drawCommand->add_option("model", draw.model, "Model file (TOML)")->required();
     drawCommand->add_option("-o,--output", draw.output, "Picture: NAME.svg, .png, .pdf or, as text, .dot")->required();
+    addReadOptions(*drawCommand, draw.read);
 
     kesto::ReportOptions report;
     CLI::App* reportCommand = app.add_subcommand("report", "Make one page with charts of the results of a run");

@@ -117,7 +117,7 @@ bool addBrand(Reading& reading, const PlacedText& name) {
 }
 
 void readBrand(Reading& reading, const PlacedText& name, const Value& original, const BrandTypes& types) {
-    const Value table = withOverrides(original, "brands." + name.value, reading.overrides);
+    const Value table = withOverrides(original, {"brands", name.value}, reading.overrides);
     const std::string what = fmt::format("brand \"{}\"", name.value);
     const int index = reading.model.findBrand(name.value);
     Brand& brand = reading.model.brands[at(index)];

@@ -109,7 +109,7 @@ bool isGoodName(const std::string& name) {
 
 void readComponent(Reading& reading, const Value& original) {
     const Value* named = original.field("name");
-    const Value table = withOverrides(original, named ? named->text : std::string(), reading.overrides);
+    const Value table = withOverrides(original, {"components", named ? named->text : std::string()}, reading.overrides);
     Component component;
     component.place = table.place;
     Section unnamed(table, "a component", reading.diagnostics);

@@ -115,7 +115,7 @@ std::string splitsOf(const Component& component) {
 
 void readSplits(Reading& reading, const Value& original) {
     const Value* named = original.field("name");
-    const Value table = withOverrides(original, named ? named->text : std::string(), reading.overrides);
+    const Value table = withOverrides(original, {"components", named ? named->text : std::string()}, reading.overrides);
     const Value* splits = table.field("splits");
     const Value* name = table.field("name");
     if (!splits || !name) return;

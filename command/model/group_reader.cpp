@@ -45,6 +45,21 @@ void readUses(Reading& reading, Section& section, Group& group) {
 
 }  // namespace
 
+// Of a table, where a list or a table has no place.
+void readUseColumns(Reading& reading, Section& section, Group& group) {
+    for (int kind = 1; kind <= kUseKinds; ++kind) {
+        const std::string key = fmt::format("use_{}", kind);
+        const Value* value = section.find(key);
+        if (!value) continue;
+        if (group.uses[static_cast<std::size_t>(kind) - 1] != kNoSource) {
+            reading.diagnostics.error("repeated", value->place,
+                                      fmt::format("{}: {} and uses both give kind {}", section.what(), key, kind));
+            continue;
+        }
+        readUse(reading, group, kind, *value, section.what());
+    }
+}
+
 int addGroup(Reading& reading, const PlacedText& name) {
     Group group;
     group.name = name.value;
@@ -57,7 +72,7 @@ int addGroup(Reading& reading, const PlacedText& name) {
 
 void readGroup(Reading& reading, const PlacedText& name, const Value& original) {
     reading.groupsDeclared = true;
-    const Value table = withOverrides(original, "groups." + name.value, reading.overrides);
+    const Value table = withOverrides(original, {"groups", name.value}, reading.overrides);
     Section section(table, fmt::format("group \"{}\"", name.value), reading.diagnostics);
     if (reading.model.findGroup(name.value) >= 0) {
         reading.diagnostics.error("repeated", name.place,
@@ -70,6 +85,7 @@ void readGroup(Reading& reading, const PlacedText& name, const Value& original) 
     group.potentials = section.boolean("potentials").value_or(true);
     if (const auto id = section.integer("id", 1, (1 << 24) - 1)) group.id = *id;
     readUses(reading, section, group);
+    readUseColumns(reading, section, group);
     for (const SeriesKind kind : kGroupSeries) {
         const std::string_view key = info(kind).name;
         const Value* value = section.find(key);

@@ -33,7 +33,11 @@ struct SeriesSource {
     int table = -1;               // index into Model::tables
     std::string column;
     Conversion conversion;
+    double scale = 1, offset = 0;  // after the conversion
     Place place;
+
+    double valueOf(double given) const { return (given * conversion.factor + conversion.offset) * scale + offset; }
+    bool isAsGiven() const { return conversion.isIdentity() && scale == 1 && offset == 0; }
 };
 
 // Index of a component, group, brand or connection into its vector.
@@ -121,9 +125,16 @@ struct Simulation {
     std::int64_t days() const { return end - start + 1; }
 };
 
+// Values that take the place of the model's where it is asked for.
+struct Scenario {
+    std::string name, title;
+    Place place;
+};
+
 struct Model {
     std::string path;
     std::string title;
+    std::vector<Scenario> scenarios;
     Simulation simulation;
     std::vector<Brand> brands;
     std::vector<Group> groups;

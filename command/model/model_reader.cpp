@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <functional>
 #include <set>
 
@@ -9,6 +10,7 @@
 #include "csv_file.h"
 #include "ids.h"
 #include "reader_parts.h"
+#include "scenarios.h"
 #include "toml_file.h"
 
 namespace kesto {
@@ -16,7 +18,7 @@ namespace kesto {
 namespace {
 
 void readSimulation(Reading& reading, const Value& original) {
-    const Value table = withOverrides(original, "simulation", reading.overrides);
+    const Value table = withOverrides(original, {"simulation"}, reading.overrides);
     Section section(table, "[simulation]", reading.diagnostics);
     Simulation& simulation = reading.model.simulation;
     simulation.place = table.place;
@@ -155,6 +157,27 @@ std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& readi
     return rows;
 }
 
+// A group can be given partly in the file and partly in a row of a table.
+void joinRows(Reading& reading, Value& groups, std::vector<Value>& rows) {
+    std::erase_if(rows, [&](const Value& row) {
+        const Value* name = row.field("name");
+        const auto group = std::find_if(groups.fields.begin(), groups.fields.end(), [&](const Field& field) {
+            return name && field.name.value == name->text && field.value.kind == Value::Kind::table;
+        });
+        if (group == groups.fields.end() || group->value.field("name")) return false;
+        for (const Field& cell : row.fields) {
+            if (const Value* known = group->value.field(cell.name.value)) {
+                reading.diagnostics.error("repeated", cell.value.place,
+                                          fmt::format("group \"{}\": {} stands here and at {}; expected it once",
+                                                      name->text, cell.name.value, toString(known->place)));
+            } else {
+                group->value.fields.push_back(cell);
+            }
+        }
+        return true;
+    });
+}
+
 void readNamedRow(Reading& reading, const Value& row,
                   const std::function<void(const PlacedText&, const Value&)>& read) {
     const Value* name = row.field("name");
@@ -178,11 +201,11 @@ void readContents(Reading& reading, const Value& file) {
             section.wrong(*simulation, "simulation", "a table [simulation]");
     }
     section.allow("accept");  // read once the components are known
-    const auto tables = readTables(reading, section.find("tables"));
+    auto tables = readTables(reading, section.find("tables"));
     const auto rowsOf = [&](std::string_view key) -> const std::vector<Value>& {
-        static const std::vector<Value> none;
+        static const std::vector<Value> noRows;
         const auto found = tables.find(key);
-        return found == tables.end() ? none : found->second;
+        return found == tables.end() ? noRows : found->second;
     };
     std::vector<std::pair<PlacedText, const Value*>> brands;
     const auto brand = [&](const PlacedText& name, const Value& table) {
@@ -192,13 +215,21 @@ void readContents(Reading& reading, const Value& file) {
     const auto component = [&](const Value& table) { readComponent(reading, table); };
     const auto splits = [&](const Value& table) { readSplits(reading, table); };
     const auto connection = [&](const Value& table) { readConnection(reading, table); };
-    const Value* series = section.find("series");
+    section.allow("scenarios");  // read before all that they change
+    const Value* given = section.find("series");
+    Value none;
+    none.kind = Value::Kind::table;
+    const Value merged = withSeriesOverrides(given ? *given : none, reading.overrides, reading.diagnostics);
+    const Value* series = given || !merged.fields.empty() ? &merged : nullptr;
 
     forEachTable(reading, series, "series", [&](const Value& table) { readSeriesFile(reading, table); });
     forEachNamed(reading, section.find("brands"), "brands", brand);
     for (const Value& row : rowsOf("brands"))
         readNamedRow(reading, row, brand);
-    forEachNamed(reading, section.find("groups"), "groups", group);
+    std::optional<Value> groups;
+    if (const Value* table = section.find("groups")) groups = *table;
+    if (groups) joinRows(reading, *groups, tables["groups"]);
+    forEachNamed(reading, groups ? &*groups : nullptr, "groups", group);
     for (const Value& row : rowsOf("groups"))
         readNamedRow(reading, row, group);
     forEachTable(reading, section.find("components"), "components", component);
@@ -226,13 +257,13 @@ void readContents(Reading& reading, const Value& file) {
 std::vector<std::string> targetsOf(const Model& model) {
     std::vector<std::string> targets{"simulation"};
     for (const std::string_view name : model.brandNames()) {
-        targets.push_back(fmt::format("brands.{}", name));
+        targets.push_back(toText({"brands", std::string(name)}));
     }
     for (const std::string_view name : model.groupNames()) {
-        targets.push_back(fmt::format("groups.{}", name));
+        targets.push_back(toText({"groups", std::string(name)}));
     }
     for (const std::string_view name : model.componentNames()) {
-        targets.emplace_back(name);
+        targets.push_back(toText({"components", std::string(name)}));
     }
     return targets;
 }
@@ -246,9 +277,11 @@ std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics
     Model model;
     model.path = path;
     Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};
-    reading.overrides = parseOverrides(options.set, diagnostics);
+    reading.overrides = readScenarios(reading, file->field("scenarios"), options.scenarios);
+    const std::vector<Override> set = parseOverrides(options.set, diagnostics);
+    reading.overrides.insert(reading.overrides.end(), set.begin(), set.end());
     const auto setDay = [&](const char* key, const std::string& option, const std::string& day) {
-        if (!day.empty()) reading.overrides.push_back(overrideOf("simulation", key, day, option + day));
+        if (!day.empty()) reading.overrides.push_back(overrideOf({"simulation", key}, day, option + day));
     };
     setDay("start", "--from ", options.from);
     setDay("end", "--to ", options.to);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kLongestShown = 200;  // of an argument, in messages
 
-// What stands on the command line has no line in a file: all of it carries the argument itself as its place.
+// Values of the command line have no line in a file: all of them carry the argument itself as their place.
 void setPlace(Value& value, const Place& place) {
     value.place = place;
     for (Value& item : value.items) {
@@ -40,26 +40,26 @@ Value parseValue(const std::string& text, const Place& place) {
 
 }  // namespace
 
-Override overrideOf(std::string target, std::string key, const std::string& value, const std::string& argument) {
+Override overrideOf(KeyPath path, const std::string& value, const std::string& argument) {
     const Place place{std::make_shared<const std::string>(shortened(argument, kLongestShown)), 0, 0};
-    return {std::move(target), std::move(key), parseValue(value, place)};
+    return {std::move(path), parseValue(value, place)};
 }
 
 std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics) {
     std::vector<Override> overrides;
     for (const std::string& text : texts) {
         const std::string argument = "--set " + text;
-        const std::size_t equals = text.find('=');
-        const std::size_t dot = text.substr(0, equals).rfind('.');
-        if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals) {
+        const std::size_t equals = endOfKeyPath(text);
+        auto path = equals == std::string::npos ? std::nullopt : parseKeyPath(text.substr(0, equals));
+        // Of a component at least one key.
+        if (!path || path->size() < (path->front() == "simulation" || path->front() == "series" ? 2 : 3)) {
             const std::string shown = shortened(argument, kLongestShown);
             diagnostics.error("wrong-value", {std::make_shared<const std::string>(shown), 0, 0},
-                              "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE or "
-                              "simulation.KEY=VALUE");
+                              "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE, "
+                              "series.KEY=VALUE or simulation.KEY=VALUE");
             continue;
         }
-        const Override one =
-            overrideOf(text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1), argument);
+        const Override one = overrideOf(std::move(*path), text.substr(equals + 1), argument);
         refuseControlCharacters(one.value, diagnostics);
         if (tooDeepAt(text.substr(equals + 1))) {
             diagnostics.error("wrong-value", one.value.place,
@@ -70,13 +70,63 @@ std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diag
     return overrides;
 }
 
-Value withOverrides(const Value& table, std::string_view target, std::vector<Override>& overrides) {
+Value withOverrides(const Value& table, const KeyPath& target, std::vector<Override>& overrides) {
     Value merged = table;
     for (Override& one : overrides) {
-        if (one.target != target) continue;
+        const bool isWithin =
+            one.path.size() > target.size() && std::equal(target.begin(), target.end(), one.path.begin());
+        if (!isWithin) continue;
         one.used = true;
-        std::erase_if(merged.fields, [&](const Field& field) { return field.name.value == one.key; });
-        merged.fields.push_back({{one.key, one.value.place}, one.value});
+        putAt(merged, one.path, target.size(), one.value);
+    }
+    return merged;
+}
+
+namespace {
+
+// Of several tables [series] the one in which a key stands; null: none or several do.
+Value* seriesWith(Value& series, const std::string& key) {
+    if (series.kind == Value::Kind::table) return &series;
+    Value* found = nullptr;
+    for (Value& item : series.items) {
+        if (series.items.size() > 1 && !item.field(key)) continue;
+        if (found) return nullptr;
+        found = &item;
+    }
+    return found;
+}
+
+// A list of one, which says whom the series is for, is as good as what it holds.
+bool openList(Value& table, const std::string& key) {
+    for (Field& field : table.fields) {
+        if (field.name.value != key || field.value.kind != Value::Kind::array) continue;
+        if (field.value.items.size() != 1) return false;
+        field.value = Value(field.value.items.front());
+    }
+    return true;
+}
+
+}  // namespace
+
+Value withSeriesOverrides(const Value& series, std::vector<Override>& overrides, Diagnostics& diagnostics) {
+    Value merged = series;
+    for (Override& one : overrides) {
+        if (one.path.front() != "series") continue;
+        one.used = true;
+        const std::string& key = one.path[1];
+        Value* const table = seriesWith(merged, key);
+        if (!table) {
+            diagnostics.error(
+                "wrong-value", one.value.place,
+                fmt::format("[[series]] stands {} times; expected a key that one of them has", merged.items.size()));
+        } else if (one.path.size() > 2 && !openList(*table, key)) {
+            diagnostics.error("wrong-value", one.value.place,
+                              fmt::format("[series] {} is a list of several; expected one series, or a group's or "
+                                          "component's own, as in groups.NAME.{}",
+                                          key, toText(KeyPath(one.path.begin() + 1, one.path.end()))));
+        } else {
+            putAt(*table, one.path, 1, one.value);
+        }
     }
     return merged;
 }
@@ -86,13 +136,16 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
     const std::vector<std::string_view> names(targets.begin(), targets.end());
     for (const Override& one : overrides) {
         if (one.used) continue;
+        const std::string target = toText({one.path[0], one.path[1]});
         // The name of a brand or group is easily given without its table.
         const auto whole = std::find_if(names.begin(), names.end(),
-                                        [&](std::string_view name) { return name.ends_with("." + one.target); });
-        const std::string hint = whole == names.end() ? diagnostics.suggest(one.target, [&] { return names; })
-                                                      : fmt::format("; did you mean \"{}.{}\"?", *whole, one.key);
+                                        [&](std::string_view name) { return name.ends_with("." + target); });
+        const std::string hint = whole == names.end()
+                                     ? diagnostics.suggest(target, [&] { return names; })
+                                     : fmt::format("; did you mean \"{}.{}\"?", *whole,
+                                                   toText(KeyPath(one.path.begin() + 2, one.path.end())));
         diagnostics.error("unknown-name", one.value.place,
-                          fmt::format("there is no \"{}\" in the model{}", one.target, hint));
+                          fmt::format("there is no \"{}\" in the model{}", target, hint));
     }
 }
 

@@ -78,6 +78,9 @@ Json group() {
     for (int kind = 1; kind <= kUseKinds; ++kind) {
         kinds[std::to_string(kind)] = source(info(SeriesKind::uses).unit);
     }
+    for (int kind = 1; kind <= kUseKinds; ++kind) {
+        keys[fmt::format("use_{}", kind)] = kinds[std::to_string(kind)];
+    }
     keys["uses"] = closedTable(std::move(kinds));
     keys["uses"]["type"] = {"object", "array"};
     keys["uses"]["items"] = source(info(SeriesKind::uses).unit);
@@ -139,6 +142,13 @@ Json accepted() {
             {"items", {{"type", "string"}, {"pattern", fmt::format("^({})( .+)?$", codes)}}}};
 }
 
+// Keys are those of --set, in tables or as one text.
+Json scenario() {
+    return {{"type", "object"},
+            {"description", "values that take the place of the model's: keys as after --set"},
+            {"properties", {{"title", text()}}}};
+}
+
 Json named(std::string_view definition) {
     return {{"type", "object"}, {"additionalProperties", reference(definition)}};
 }
@@ -151,6 +161,7 @@ std::string modelSchema() {
                              {"accept", accepted()},
                              {"simulation", simulation()},
                              {"tables", tables()},
+                             {"scenarios", {{"type", "object"}, {"additionalProperties", scenario()}}},
                              {"series", oneOrMany(reference("series"))},
                              {"brands", named("brand")},
                              {"groups", named("group")},

@@ -80,6 +80,8 @@ Json sourceOf(std::string_view unit, std::string_view meaning, bool isAssigned) 
               {"monthly", pattern(unit, 12)},
               {"weekly", pattern(unit, 7)},
               {"unit", {{"enum", unitsFor(unit)}}},
+              {"scale", quantity("-", "factor on the values, after the conversion of units")},
+              {"offset", {{"type", "number"}, {"description", describeUnit(unit, "added to the scaled values")}}},
               {"file", text("CSV file, instead of that of [series]")},
               {"time", text("its column with the dates")}};
     if (isAssigned) {

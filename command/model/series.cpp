@@ -11,19 +11,19 @@ namespace {
 // The cells of a column as the values of a run. Each reason to refuse them gives one message.
 class ColumnReading {
   public:
-    ColumnReading(const CsvFile& csv, std::size_t column, const TimeRows& rows, const Conversion& conversion)
-        : csv_(csv), column_(column), rows_(rows), conversion_(conversion) {}
+    ColumnReading(const CsvFile& csv, std::size_t column, const TimeRows& rows, const SeriesSource& source)
+        : csv_(csv), column_(column), rows_(rows), source_(source) {}
 
     void read(Floats& values) {
         for (std::size_t step = 0; step < values.size(); ++step) {
             const std::string_view cell = csv_.cell(rows_.rowOf(step), column_);
             // Straight to single precision, so that what a run has written reads back as the same bits.
-            const auto exact = conversion_.isIdentity() ? readFloat(cell, csv_.decimalMark()) : std::nullopt;
+            const auto exact = source_.isAsGiven() ? readFloat(cell, csv_.decimalMark()) : std::nullopt;
             const auto number = exact ? std::nullopt : readNumber(cell, csv_.decimalMark());
             if (exact) {
                 values[step] = *exact;
             } else if (number) {
-                const double value = *number * conversion_.factor + conversion_.offset;
+                const double value = source_.valueOf(*number);
                 if (!fitsSinglePrecision(value)) tooLarge_.push_back(step);
                 if (fitsSinglePrecision(value)) values[step] = static_cast<float>(value);
             } else {
@@ -67,7 +67,7 @@ class ColumnReading {
     const CsvFile& csv_;
     std::size_t column_;
     const TimeRows& rows_;
-    const Conversion& conversion_;
+    const SeriesSource& source_;
     Steps holes_, tooLarge_;
     std::optional<std::size_t> parted_;  // the first row of a number whose thousands are parted
 };
@@ -79,8 +79,8 @@ std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
     const auto known = values_.find(index);
     if (known != values_.end()) return known->second;
     const SeriesSource& source = model_.sources[static_cast<std::size_t>(index)];
-    const std::string key =
-        fmt::format("{}|{}|{}|{}", source.table, source.column, source.conversion.factor, source.conversion.offset);
+    const std::string key = fmt::format("{}|{}|{}|{}|{}|{}", source.table, source.column, source.conversion.factor,
+                                        source.conversion.offset, source.scale, source.offset);
     const bool isColumn = source.kind == SeriesSource::Kind::column;
     if (isColumn && columns_.contains(key)) return values_[index] = columns_[key];
     Floats values(static_cast<std::size_t>(model_.simulation.days()));
@@ -103,7 +103,7 @@ void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const
         } else if (source.kind == SeriesSource::Kind::weekly) {
             value = source.pattern[static_cast<std::size_t>(weekdayOf(dayOf(step)))];
         }
-        values[step] = static_cast<float>(value * source.conversion.factor + source.conversion.offset);
+        values[step] = static_cast<float>(source.valueOf(value));
     }
 }
 
@@ -131,7 +131,7 @@ bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
     const CsvFile& csv = *table.csv;
     const auto column = columnOf(source, csv);
     if (!column) return false;
-    ColumnReading reading(csv, *column, *table.rows, source.conversion);
+    ColumnReading reading(csv, *column, *table.rows, source);
     reading.read(values);
     reading.report(model_.simulation, diagnostics_);
     return reading.isGood();

@@ -26,12 +26,6 @@ bool readPattern(const Value& value, std::size_t length, std::string_view unit, 
     return true;
 }
 
-// "2 mm" rather than "rain" or "Rain (mm)", which are names of columns.
-bool isQuantity(std::string_view text) {
-    const std::size_t blank = text.find(' ');
-    return blank != std::string_view::npos && parseNumber(text.substr(0, blank));
-}
-
 bool readUnit(Section& section, std::string_view unit, Conversion& result) {
     const auto found = section.text("unit");
     if (!found) return true;
@@ -43,6 +37,18 @@ bool readUnit(Section& section, std::string_view unit, Conversion& result) {
                                 fmt::format("{}: unit \"{}\" cannot be turned into {}; expected {}", section.what(),
                                             found->value, unit, listOf(unitsFor(unit))));
     return false;
+}
+
+// After the conversion of units, so that the offset is in the unit of the series.
+void readScale(Section& section, std::string_view unit, SeriesSource& source) {
+    if (const auto scale = section.quantity("scale", "-")) source.scale = scale->value;
+    const Value* offset = section.find("offset");
+    if (!offset) return;
+    if (offset->isNumber()) {
+        source.offset = offset->number;
+    } else {
+        section.wrong(*offset, "offset", unit.empty() ? "a number" : fmt::format("a number of {}", unit));
+    }
 }
 
 bool readColumn(Reading& reading, Section& section, const Value& column, const std::string& what,
@@ -65,7 +71,7 @@ bool isFinite(const SeriesSource& source, const std::string& what, Diagnostics& 
     std::vector<double> values = source.pattern;
     values.push_back(source.constant);
     for (const double value : values) {
-        if (fitsSinglePrecision(value * source.conversion.factor + source.conversion.offset)) continue;
+        if (fitsSinglePrecision(source.valueOf(value))) continue;
         diagnostics.error("wrong-value", source.place,
                           fmt::format("{} holds {}, which is beyond single precision, 3.4e38, in the unit of "
                                       "the series",
@@ -88,6 +94,7 @@ SourceIndex readSourceTable(Reading& reading, const Value& value, std::string_vi
     const Value* monthly = section.find("monthly");
     const Value* weekly = section.find("weekly");
     bool good = readUnit(section, unit, source.conversion);
+    readScale(section, unit, source);
     const int given = (constant != nullptr) + (column != nullptr) + (monthly != nullptr) + (weekly != nullptr);
     if (given != 1) {
         reading.diagnostics.error(

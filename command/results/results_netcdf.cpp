@@ -65,6 +65,9 @@ class Writer {
         global("source", "KESTO " KESTO_VERSION);
         global("engine_version", KESTO_VERSION);
         std::string history = "kesto run " + model.path;
+        for (const std::string& scenario : read.scenarios) {
+            history += " --scenario " + scenario;
+        }
         for (const std::string& set : read.set) {
             history += " --set " + set;
         }

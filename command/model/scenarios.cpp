@@ -1,0 +1,84 @@
+#include "scenarios.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace kesto {
+
+namespace {
+
+// Tables are ways to the values that stand in them, except where a path ends in the name of a table of its own.
+void collect(const KeyPath& path, const Value& value, std::vector<Override>& overrides) {
+    if (value.kind != Value::Kind::table) {
+        overrides.push_back({path, value});
+        return;
+    }
+    for (const Field& field : value.fields) {
+        KeyPath inner = path;
+        inner.push_back(field.name.value);
+        collect(inner, field.value, overrides);
+    }
+}
+
+std::vector<Override> valuesOf(const Value& scenario, const std::string& what, Diagnostics& diagnostics) {
+    std::vector<Override> overrides;
+    for (const Field& field : scenario.fields) {
+        const bool isTable = field.value.kind == Value::Kind::table;
+        if (field.name.value == "title" && !isTable) continue;
+        auto path = parseKeyPath(field.name.value);
+        // A table may be the name of one of the model's, which is no whole path.
+        if (isTable && isModelTable(field.name.value)) path = KeyPath{field.name.value};
+        if (!path || (!isTable && path->size() < 3 && path->front() == "components")) {
+            diagnostics.error("wrong-value", field.name.place,
+                              fmt::format("{}: \"{}\" leads to no value; expected a key such as tank.size or "
+                                          "series.rainfall.scale",
+                                          what, field.name.value));
+            continue;
+        }
+        collect(*path, field.value, overrides);
+    }
+    return overrides;
+}
+
+}  // namespace
+
+std::vector<Override> readScenarios(Reading& reading, const Value* table, const std::vector<std::string>& asked) {
+    std::map<std::string, std::vector<Override>, std::less<>> values;
+    std::vector<std::string_view> names;
+    for (const Field& field : table ? table->fields : std::vector<Field>()) {
+        const std::string what = fmt::format("[scenarios.{}]", field.name.value);
+        if (field.value.kind != Value::Kind::table) {
+            reading.diagnostics.error("wrong-value", field.value.place,
+                                      fmt::format("{} is {}; expected a table", what, describe(field.value)));
+            continue;
+        }
+        const Value* title = field.value.field("title");
+        if (title && title->kind != Value::Kind::text && title->kind != Value::Kind::table) {
+            reading.diagnostics.error("wrong-value", title->place,
+                                      fmt::format("{}: title is {}; expected a text", what, describe(*title)));
+        }
+        reading.model.scenarios.push_back({field.name.value, title ? title->text : "", field.name.place});
+        values[field.name.value] = valuesOf(field.value, what, reading.diagnostics);
+    }
+    for (const Scenario& scenario : reading.model.scenarios) {
+        names.push_back(scenario.name);
+    }
+    std::vector<Override> chosen;
+    for (const std::string& name : asked) {
+        const auto found = values.find(name);
+        if (found != values.end()) {
+            chosen.insert(chosen.end(), found->second.begin(), found->second.end());
+            continue;
+        }
+        const Place place{std::make_shared<const std::string>("--scenario " + name), 0, 0};
+        const std::string known = names.empty() ? "the model has none" : "its scenarios are " + listOf(names, "and");
+        reading.diagnostics.error("unknown-name", place,
+                                  fmt::format("there is no scenario \"{}\"; {}{}", name, known,
+                                              reading.diagnostics.suggest(name, [&] { return names; })));
+    }
+    return chosen;
+}
+
+}  // namespace kesto
