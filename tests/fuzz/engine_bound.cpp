@@ -4,7 +4,9 @@
 #include <set>
 
 #include "components/lookup.h"
+#include "components/type_codes.h"
 #include "engine_record.h"
+#include "simulation/dispatch.h"
 
 namespace {
 
@@ -13,8 +15,6 @@ constexpr int kMostStepsOfLongPaths = 2;
 constexpr std::uint64_t kLongPaths = 300;
 constexpr std::uint64_t kMostVisits = 3000;
 constexpr int kDeepest = 1000;
-constexpr std::int32_t kRefilledStore = 33;
-constexpr std::int32_t kMultiplier = 34;
 
 std::int32_t typeOf(const AUEglobals& record, std::int32_t id) {
     for (std::int32_t i = 0; i < record.nComps; ++i) {
@@ -24,8 +24,9 @@ std::int32_t typeOf(const AUEglobals& record, std::int32_t id) {
 }
 
 void boundSteps(Call& call, std::int64_t most) {
-    const auto before = static_cast<std::int32_t>(static_cast<std::uint32_t>(call.first) - 1U);
-    call.last = static_cast<std::int32_t>(std::min(std::int64_t{call.last}, std::int64_t{before} + most));
+    auto& [first, last] = call;
+    const auto before = static_cast<std::int32_t>(static_cast<std::uint32_t>(first) - 1U);
+    last = static_cast<std::int32_t>(std::min(std::int64_t{last}, std::int64_t{before} + most));
 }
 
 // Nodes that the walk over all paths downstream of a component visits, at most kMostVisits + 1.
@@ -48,7 +49,7 @@ class Visits {
     void walk(std::int32_t id, int depth) {
         if (depth == kDeepest || visits_ > kMostVisits) return;
         ++visits_;
-        if (depth > 0 && typeOf(record_, id) == kRefilledStore) return;
+        if (depth > 0 && typeOf(record_, id) == code::kServiceReservoir) return;
         const auto next = next_.find(id);
         if (next == next_.end()) return;
         for (const auto& [port, receiver] : next->second)
@@ -64,8 +65,8 @@ std::uint64_t visitsOfReceivers(const AUEglobals& record) {
     Visits visits(record);
     std::uint64_t sum = 0;
     for (std::int32_t i = 0; i < record.nComps; ++i) {
-        const std::int32_t type = truncated(static_cast<double>(record.Net_Compnt[i].techid));
-        if (type != kRefilledStore && type != 37) continue;
+        const ComponentType* const type = findType(truncated(static_cast<double>(record.Net_Compnt[i].techid)));
+        if (!type || !type->isReceiver()) continue;
         sum += visits.from(truncated(static_cast<double>(record.Net_Compnt[i].id)));
         if (sum > kMostVisits) break;
     }
@@ -78,7 +79,7 @@ bool multipliesForever(const AUEglobals& record) {
     for (std::int32_t i = 0; i < record.nConns; ++i)
         next.try_emplace(record.Net_Conn[i].senderId, record.Net_Conn[i].receiverId);
     for (const auto& [start, receiver] : next) {
-        if (typeOf(record, start) != kMultiplier) continue;
+        if (typeOf(record, start) != code::kMultiplier) continue;
         std::set<std::int32_t> seen;
         for (auto at = next.find(start); at != next.end() && seen.insert(at->first).second;) {
             if (at->second == start) return true;
@@ -96,7 +97,7 @@ float powerOfTwo(float value) {
 }  // namespace
 
 void bound(FuzzedHost& host) {
-    AUEglobals& record = *host.record;
+    AUEglobals& record = host.host->record();
     std::int64_t mostSteps = kMostSteps;
     if (record.BuildTree != 0) {
         const std::uint64_t visits = visitsOfReceivers(record);
@@ -110,6 +111,5 @@ void bound(FuzzedHost& host) {
             float* const values = record.Multpls[i].Value;
             std::transform(values, values + std::max(record.nSteps, 0), values, powerOfTwo);
         }
-        host.arrays.remember();
     }
 }

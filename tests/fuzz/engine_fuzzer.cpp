@@ -40,6 +40,7 @@ constexpr const char* kTexts[] = {
     text::kSpecificationNotFound,
     text::kMultiplierNotFound,
     text::kSeriesNotFound,
+    text::kNoValues,
     text::kStepOutside,
     text::kRecordNotFound,
     text::kFrequencyNotFound,
@@ -90,9 +91,10 @@ void checkFailure(const AUEglobals& record, std::int32_t flagBefore) {
 }
 
 void checkSuccess(const AUEglobals& record, Call call) {
-    const auto before = static_cast<std::int32_t>(static_cast<std::uint32_t>(call.first) - 1U);
+    const auto [first, last] = call;
+    const auto before = static_cast<std::int32_t>(static_cast<std::uint32_t>(first) - 1U);
     require(record.ErrFlag != 1, "success with the error flag", record);
-    require(record.CurStep == std::max(before, call.last), "success at another step", record);
+    require(record.CurStep == std::max(before, last), "success at another step", record);
 }
 
 // Every entry of the output tables can be read and written to its end.
@@ -102,8 +104,8 @@ void touchOutputs(const AUEglobals& record) {
         std::memset(record.Logs[i].Signal, 1, steps * sizeof(Signal));
     for (std::int32_t i = 0; i < record.nWatBod; ++i)
         std::memset(record.WatBod[i].Signal, 1, steps * sizeof(Signal));
-    for (const SeriesEntry* const table :
-         {record.NrgPot, record.InfPot, record.LosPot, record.EvaPot, record.CapPot, record.OprPot}) {
+    for (const auto& [name, entries] : kPotentialTables) {
+        const SeriesEntry* const table = record.*entries;
         for (std::int32_t k = 0; k < record.nPotComps; ++k) {
             require(table[k].id == record.PotCompIds[k], "a potential under another id", record);
             std::memset(table[k].Value, 1, steps * sizeof(float));
@@ -111,13 +113,12 @@ void touchOutputs(const AUEglobals& record) {
     }
 }
 
-void run(FuzzedHost& host, Call call) {
-    AUEglobals& record = *host.record;
+void run(HostRecord& host, Call call) {
+    AUEglobals& record = host.record();
     const std::int32_t flagBefore = record.ErrFlag;
     std::strcpy(record.ErrMsg, kHostsText);
     try {
-        const std::int32_t status = KESTO_simul(&record, call.first, call.last);
-        require(std::memchr(record.ErrMsg, 0, sizeof record.ErrMsg) != nullptr, "a text without an end", record);
+        const std::int32_t status = host.run(call.first, call.second);
         switch (status) {
             case KESTO_SUCCESS:
                 checkSuccess(record, call);
@@ -132,8 +133,9 @@ void run(FuzzedHost& host, Call call) {
         }
     } catch (const Violated&) {
     }
-    require(host.arrays.unchanged(), "an input of the host's changed", record);
-    FreeAUEglobals(&record);
+    require(host.damage().empty(), host.damage().c_str(), record);
+    host.free();
+    require(host.damage().empty(), host.damage().c_str(), record);
 }
 
 }  // namespace
@@ -150,9 +152,9 @@ void reportInvariant(bool holds, const char* expression, const char* module, int
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzedHost host = makeHost(data, size);
-    bound(host);
-    for (const Call& call : host.calls)
-        run(host, call);
+    FuzzedHost fuzzed = makeHost(data, size);
+    bound(fuzzed);
+    for (const Call& call : fuzzed.calls)
+        run(*fuzzed.host, call);
     return 0;
 }
