@@ -36,7 +36,9 @@ std::string_view nameOf(std::filesystem::file_type type) {
     }
 }
 
-void expectReadable(const std::string& path, std::size_t largest) {
+}  // namespace
+
+std::size_t expectRegular(const std::string& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (error) fail("read", path, error.value());
@@ -45,16 +47,15 @@ void expectReadable(const std::string& path, std::size_t largest) {
             fmt::format("cannot read {}: it is {}; expected a regular file", path, nameOf(status.type())));
     }
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (!error && size > largest) {
+    if (error) fail("read", path, error.value());
+    return size;
+}
+
+std::string readFile(const std::string& path, std::size_t largest) {
+    if (const std::size_t size = expectRegular(path); size > largest) {
         throw std::runtime_error(fmt::format("cannot read {}: it has {} MB; expected at most {} MB", path,
                                              size / 1'000'000, largest / 1'000'000));
     }
-}
-
-}  // namespace
-
-std::string readFile(const std::string& path, std::size_t largest) {
-    expectReadable(path, largest);
     const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
     if (!file) fail("read", path, errno);
     std::string text;

@@ -14,6 +14,7 @@ inline constexpr std::size_t kLargestTable = 1'000'000'000;  // a century of day
 // All throw std::runtime_error: "cannot read PATH: No such file or directory".
 // Reads regular files alone, through symbolic links too: a device may never end, a pipe may never begin.
 std::string readFile(const std::string& path, std::size_t largest);
+std::size_t expectRegular(const std::string& path);  // its size in bytes
 void writeFile(const std::string& path, std::string_view text);
 
 // Makes the folder, and those it lies in, unless it is there; files must be able to be made in it.

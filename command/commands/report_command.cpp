@@ -10,6 +10,7 @@
 #include "files.h"
 #include "load.h"
 #include "report.h"
+#include "run_apart.h"
 #include "sha256.h"
 
 namespace kesto {
@@ -19,9 +20,13 @@ namespace {
 // Beyond this, laying a network out takes minutes, and nobody can read it.
 constexpr std::size_t kDrawable = 300;
 
-std::string readSummary(const std::string& folder) {
+std::string summaryPath(const ReportOptions& options) {
+    return joined(options.results, "summary.json");
+}
+
+std::string readSummary(const ReportOptions& options) {
     try {
-        return readFile(joined(folder, "summary.json"), kLargestModel);
+        return readFile(summaryPath(options), kLargestModel);
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(
             fmt::format("{}; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", error.what()));
@@ -69,14 +74,27 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
     return changes;
 }
 
+void makePage(const ReportOptions& options) {
+    const std::string summary = readSummary(options);
+    try {
+        const auto run = nlohmann::json::parse(summary);
+        const std::string model =
+            options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
+        const std::vector<std::string> changes = changesSince(run, model);
+        writeFile(options.output, reportPage(options.results, summary, drawingOf(model), changes));
+    } catch (const nlohmann::json::exception& error) {
+        throw std::runtime_error(
+            fmt::format("cannot read {}: it is not what \"kesto run\" writes: {}", summaryPath(options), error.what()));
+    }
+}
+
 }  // namespace
 
 int reportCommand(const ReportOptions& options) {
-    const std::string summary = readSummary(options.results);
-    const auto run = nlohmann::json::parse(summary);
-    const std::string model = options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
-    const std::vector<std::string> changes = changesSince(run, model);
-    writeFile(options.output, reportPage(options.results, summary, drawingOf(model), changes));
+    // HDF5 crashes on some files that are broken.
+    const std::string netcdf = joined(options.results, "results.nc");
+    const std::string& read = std::filesystem::exists(netcdf) ? netcdf : options.results;
+    runApart(fmt::format("cannot read {}, which may be broken", read), [&] { makePage(options); });
     if (!hasCharts()) {
         std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
                      "which npm fetches when kesto is built (CMake says why at its start)\n";

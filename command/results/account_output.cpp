@@ -92,8 +92,8 @@ std::string gapsOf(const Account& account) {
     std::vector<std::pair<std::string, std::vector<std::string_view>>> reasons;
     for (const auto& [component, reason] : account.notRecorded) {
         const std::string_view name = account.model->components[at(component)].name;
-        const auto known =
-            std::find_if(reasons.begin(), reasons.end(), [&](const auto& one) { return one.first == reason; });
+        const auto known = std::find_if(reasons.begin(), reasons.end(),
+                                        [&reason = reason](const auto& one) { return one.first == reason; });
         if (known == reasons.end()) {
             reasons.push_back({reason, {name}});
         } else {

@@ -6,9 +6,17 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "files.h"
+
 namespace kesto {
 
-NetcdfReader::NetcdfReader(const std::string& path) : path_(path) {
+namespace {
+
+constexpr std::size_t kDensest = 1100;  // deflate packs 1032 bytes into one
+
+}  // namespace
+
+NetcdfReader::NetcdfReader(const std::string& path) : path_(path), bytes_(expectRegular(path)) {
     check(nc_open(path.c_str(), NC_NOWRITE, &file_));
 }
 
@@ -23,6 +31,13 @@ void NetcdfReader::check(int status) const {
 bool NetcdfReader::has(const std::string& variable) const {
     int id = -1;
     return nc_inq_varid(file_, variable.c_str(), &id) == NC_NOERR;
+}
+
+// A broken file may claim lengths for which there is no memory.
+void NetcdfReader::expectRoom(std::size_t items, std::size_t bytes) const {
+    if (bytes == 0 || items <= kDensest * bytes_ / bytes) return;
+    throw std::runtime_error(fmt::format("cannot read {}: it claims {} values of {} bytes, more than its size can hold",
+                                         path_, items, bytes));
 }
 
 int NetcdfReader::idOf(const std::string& variable) const {
@@ -50,6 +65,7 @@ std::vector<std::string> NetcdfReader::texts(const std::string& variable) const 
     const int id = idOf(variable);
     const std::vector<std::size_t> shape = shapeOf(id);
     if (shape.size() != 2) return {};
+    expectRoom(shape[0], std::max<std::size_t>(shape[1], 1));
     std::string rows(shape[0] * shape[1], '\0');
     if (!rows.empty()) check(nc_get_var_text(file_, id, rows.data()));
     std::vector<std::string> result;
@@ -64,6 +80,7 @@ std::vector<int> NetcdfReader::integers(const std::string& variable) const {
     const int id = idOf(variable);
     const std::vector<std::size_t> shape = shapeOf(id);
     if (shape.size() != 1 || shape[0] == 0) return {};
+    expectRoom(shape[0], sizeof(int));
     std::vector<int> values(shape[0]);
     check(nc_get_var_int(file_, id, values.data()));
     return values;
@@ -73,6 +90,7 @@ std::vector<float> NetcdfReader::row(const std::string& variable, std::size_t ro
     const int id = idOf(variable);
     const std::vector<std::size_t> shape = shapeOf(id);
     if (shape.size() != 2 || row >= shape[0] || shape[1] == 0) return {};
+    expectRoom(shape[1], sizeof(float));
     std::vector<float> values(shape[1]);
     const std::size_t start[] = {row, 0};
     const std::size_t count[] = {1, shape[1]};
@@ -87,6 +105,7 @@ std::string NetcdfReader::textAttribute(const std::string& variable, const std::
     const int id = idOf(variable);
     std::size_t length = 0;
     if (nc_inq_attlen(file_, id, name.c_str(), &length) != NC_NOERR) return {};
+    expectRoom(length, 1);
     std::string text(length, '\0');
     check(nc_get_att_text(file_, id, name.c_str(), text.data()));
     return text;

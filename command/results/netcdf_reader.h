@@ -24,10 +24,12 @@ class NetcdfReader {
 
   private:
     void check(int status) const;
+    void expectRoom(std::size_t items, std::size_t bytes) const;
     int idOf(const std::string& variable) const;
     std::vector<std::size_t> shapeOf(int variable) const;
 
     std::string path_;
+    std::size_t bytes_ = 0;  // of the file
     int file_ = -1;
 };
 

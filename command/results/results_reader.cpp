@@ -114,14 +114,22 @@ class CsvFolder {
     std::map<std::string, std::optional<CsvFile>> files_;
 };
 
-void takeRows(const NetcdfReader& file, const std::string& variable, const std::string& dimension,
+// A row as it stands in the file; empty where none was written.
+std::vector<float> rowOf(const NetcdfReader& file, const std::string& variable, std::size_t row, std::size_t days) {
+    std::vector<float> values = file.row(variable, row);
+    if (values.empty() || values.size() == days) return values;
+    throw std::runtime_error(
+        fmt::format("results.nc is broken: {} has {} values for {} days", variable, values.size(), days));
+}
+
+void takeRows(const NetcdfReader& file, const std::string& variable, const std::string& dimension, std::size_t days,
               std::vector<NamedSeries>& list) {
     if (!file.has(variable)) return;
     std::string unit = file.textAttribute(variable, "units");
     if (unit == "1") unit.clear();
     const std::vector<std::string> names = file.texts(dimension + "_name");
     for (std::size_t i = 0; i < names.size(); ++i) {
-        std::vector<float> values = file.row(variable, i);
+        std::vector<float> values = rowOf(file, variable, i, days);
         if (!values.empty()) list.push_back({names[i], unit, std::move(values)});
     }
 }
@@ -131,13 +139,14 @@ void readNetcdf(const std::string& path, ReadResults& results) {
     for (const int day : file.integers("time")) {
         results.days.push_back(day);
     }
-    takeRows(file, "quantity", "flow", results.flows);
-    takeRows(file, "depth", "depth_flow", results.flows);
-    takeRows(file, "quality", "flow", results.qualities);
-    takeRows(file, "depth_quality", "depth_flow", results.qualities);
-    takeRows(file, "storage", "store", results.storages);
-    takeRows(file, "storage_depth", "depth_store", results.storages);
-    takeRows(file, "stored_quality", "quality_store", results.storeQualities);
+    const std::size_t days = results.days.size();
+    takeRows(file, "quantity", "flow", days, results.flows);
+    takeRows(file, "depth", "depth_flow", days, results.flows);
+    takeRows(file, "quality", "flow", days, results.qualities);
+    takeRows(file, "depth_quality", "depth_flow", days, results.qualities);
+    takeRows(file, "storage", "store", days, results.storages);
+    takeRows(file, "storage_depth", "depth_store", days, results.storages);
+    takeRows(file, "stored_quality", "quality_store", days, results.storeQualities);
     if (!file.has("group_name")) return;
     const std::vector<std::string> groups = file.texts("group_name");
     for (std::size_t group = 0; group < groups.size(); ++group) {
@@ -146,7 +155,7 @@ void readNetcdf(const std::string& path, ReadResults& results) {
             for (const std::string_view unit : {potential.unit, std::string_view("mm")}) {
                 const std::string variable = potentialVariable(potential, unit);
                 if (!file.has(variable)) continue;
-                std::vector<float> values = file.row(variable, group);
+                std::vector<float> values = rowOf(file, variable, group, days);
                 if (values.empty()) continue;
                 results.potentials.push_back(
                     {fmt::format("{}:{}", groups[group], potential.name), std::string(unit), std::move(values)});

@@ -8,6 +8,7 @@ import json
 import os
 import pathlib
 import pty
+import random
 import re
 import resource
 import signal
@@ -243,6 +244,56 @@ class ControlCharacters(Strangers):
             said = self.refused(*arguments)
             self.assertNotIn("\x1b", said, arguments)
             self.assertIn("\\u001B[31mred", said, arguments)
+
+
+class BrokenResults(Strangers):
+    """What report reads: whatever it is, an exit status and a line, never a crash."""
+
+    def setUp(self):
+        super().setUp()
+        self.write("rain.csv", RAIN)
+        self.write("roof.toml", ROOF)
+
+    def report(self):
+        done = self.kesto("report", "results", "-o", "page.html")
+        self.assertIn(done.returncode, (0, 1), done.stderr)
+        if done.returncode:
+            errors = [line for line in done.stderr.splitlines() if "warning: " not in line]
+            self.assertEqual(len(errors), 1, done.stderr)
+            self.assertIn("cannot read results", errors[0])
+        return done.stderr if done.returncode else ""
+
+    def test_bytes_of_netcdf(self):
+        self.assertEqual(self.kesto("run", "-q", "roof.toml", "-o", "results", "--format", "netcdf").returncode, 0)
+        self.assertEqual(self.report(), "")
+        netcdf = self.folder / "results/results.nc"
+        good, random_ = netcdf.read_bytes(), random.Random(12)
+        said = []
+        for _ in range(100):
+            bad = bytearray(good)
+            for _ in range(random_.choice((1, 2, 5, 20))):
+                bad[random_.randrange(len(bad))] = random_.choice((0, 255, random_.randrange(256)))
+            if random_.random() < 0.1:
+                del bad[random_.randrange(len(bad)):]
+            netcdf.write_bytes(bad)
+            said.append(self.report())
+        print(f"results.nc: of {len(said)} mutants {said.count('')} were read, {sum('signal' in one for one in said)} killed the reader")
+        self.assertGreater(len(said) - said.count(""), 10)
+        netcdf.unlink()
+        os.mkfifo(netcdf)
+        self.assertIn("it is a pipe", self.report())
+
+    def test_a_summary_that_is_none(self):
+        self.assertEqual(self.kesto("run", "-q", "roof.toml", "-o", "results").returncode, 0)
+        self.assertEqual(self.report(), "")
+        summary = self.folder / "results/summary.json"
+        good = summary.read_text()
+        for text in ("", "{", "[]", "5", '{"title": 5}', '{"model_file": []}',
+                     json.dumps({**json.loads(good), "inputs": 5}), json.dumps({**json.loads(good), "inputs": [[]]}),
+                     good.replace('"title": ""', '"title": {}').replace('"outcome"', '"deep": ' + "[" * 200000 + "]" * 200000 +
+                                                                         ', "outcome"')):
+            summary.write_text(text)
+            self.assertNotEqual(self.report(), "", text[:50])
 
 
 class Streams(Strangers):

@@ -7,7 +7,7 @@ target_link_libraries(fuzz_engine PRIVATE kesto_options)
 target_compile_options(fuzz_engine PRIVATE ${KESTO_FUZZ_OPTIONS})
 target_link_options(fuzz_engine PRIVATE ${KESTO_FUZZ_OPTIONS} -Wl,--wrap=_Z9invariantbPKcS0_i)
 # The sources stand in the list of compile commands once, as the library compiles them.
-set_target_properties(fuzz_engine PROPERTIES EXPORT_COMPILE_COMMANDS OFF)
+set_target_properties(fuzz_engine PROPERTIES EXPORT_COMPILE_COMMANDS OFF KESTO_SANITIZED ON)
 
 # The corpus, and then some seconds of new records, the same ones each time.
 set(found ${CMAKE_CURRENT_BINARY_DIR}/engine_found)

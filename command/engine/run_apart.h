@@ -1,0 +1,13 @@
+// Work that may crash, since a library that is not ours reads a file of somebody else: done in a process of its own.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace kesto {
+
+// Throws std::runtime_error with the text of what the work has thrown, or, as "CANNOT: ...", how its process died. What
+// it writes on stderr follows its end; files that it writes stay.
+void runApart(const std::string& cannot, const std::function<void()>& work);
+
+}  // namespace kesto

@@ -1,0 +1,34 @@
+// Any text as summary.json and the CSV files beside it: a page, or an error in words.
+//
+// Each file begins with a line "=== NAME"; what stands before the first is summary.json.
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "report.h"
+#include "scratch_folder.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const ScratchFolder folder;
+    static constexpr std::string_view kNames[] = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv"};
+    for (const std::string_view name : kNames) {
+        folder.remove(std::string(name));
+    }
+    std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string summary(text.substr(0, text.find("\n=== ")));
+    for (std::size_t at = text.find("\n=== "); at != std::string_view::npos; at = text.find("\n=== ")) {
+        text.remove_prefix(at + 5);
+        const std::string_view part = text.substr(0, text.find("\n=== "));
+        for (const std::string_view name : kNames) {
+            if (part.starts_with(name)) folder.write(std::string(name), part.substr(part.find('\n') + 1));
+        }
+    }
+    try {
+        const std::string page = kesto::reportPage(folder.path(), summary, "", {});
+        if (!page.ends_with("</html>\n")) __builtin_trap();
+    } catch (const std::runtime_error& error) {
+        if (!*error.what()) __builtin_trap();
+    } catch (const nlohmann::json::exception&) {
+        // The command says which file it is.
+    }
+    return 0;
+}
