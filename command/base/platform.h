@@ -20,6 +20,10 @@ std::error_code writeAccess(const std::string& folder);
 // Bytes: the larger of this process's peak and that of its largest child.
 double peakMemory();
 
+// A constant table of this name out of a library: of the first of these files that can be loaded, by their places
+// relative to the folder of this program, and nowhere else. Throws std::runtime_error when there is none.
+const void* loadTable(const std::vector<std::string>& files, const std::string& name);
+
 struct ProgramRun {
     bool isFound = false;  // by its name, on the system's path; if not, nothing was started
     bool succeeded = false;

@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <fmt/format.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
@@ -10,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include "platform.h"
@@ -73,6 +75,18 @@ double peakMemory() {
         most = std::max(most, 1024.0 * static_cast<double>(usage.ru_maxrss));
     }
     return most;
+}
+
+const void* loadTable(const std::vector<std::string>& files, const std::string& name) {
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    std::string reasons;
+    for (const std::string& file : files) {
+        void* const library = dlopen((folder / file).c_str(), RTLD_NOW | RTLD_LOCAL);
+        const void* const table = library ? dlsym(library, name.c_str()) : nullptr;
+        if (table) return table;
+        reasons += fmt::format("{}{}", reasons.empty() ? "" : "; ", dlerror());
+    }
+    throw std::runtime_error(fmt::format("cannot load a library of this command: {}", reasons));
 }
 
 ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input) {

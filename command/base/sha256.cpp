@@ -1,8 +1,10 @@
 #include "sha256.h"
 
 #include <fmt/format.h>
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 
+#include <array>
+#include <cstdint>
 #include <stdexcept>
 
 #include "files.h"
@@ -16,12 +18,14 @@ std::string sha256OfFile(const std::string& path) {
     } catch (const std::runtime_error&) {
         return {};
     }
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    if (EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr) != 1) return {};
+    sha256_ctx context;
+    sha256_init(&context);
+    sha256_update(&context, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_digest(&context, digest.size(), digest.data());
     std::string text;
-    for (unsigned int i = 0; i < length; ++i) {
-        text += fmt::format("{:02x}", digest[i]);
+    for (const std::uint8_t byte : digest) {
+        text += fmt::format("{:02x}", byte);
     }
     return text;
 }

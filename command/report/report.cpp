@@ -7,6 +7,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "base64.h"
 #include "markup.h"
 #include "report_page.h"
 #include "results_reader.h"
@@ -33,21 +34,6 @@ constexpr Section kSections[] = {
     {&ReadResults::storeQualities, "store-qualities", "Qualities of stores", "Quality of what each store holds.", true},
     {&ReadResults::potentials, "potentials", "Potentials", "What was booked on each group, day by day."},
 };
-
-std::string base64(const std::vector<unsigned char>& bytes) {
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto at = [&](std::size_t k) { return k < bytes.size() ? static_cast<unsigned>(bytes[k]) : 0U; };
-        const unsigned three = at(i) << 16 | at(i + 1) << 8 | at(i + 2);
-        for (int digit = 0; digit < 4; ++digit) {
-            const bool isPadding = i + static_cast<std::size_t>(digit) > bytes.size();
-            text += isPadding ? '=' : kDigits[three >> (18 - 6 * digit) & 63];
-        }
-    }
-    return text;
-}
 
 // Little-endian floats: exact, and a third of the text. What is no finite number is a gap, however the file has it.
 std::string packed(const std::vector<float>& values) {

@@ -1,10 +1,11 @@
 #include "netcdf_file.h"
 
 #include <fmt/format.h>
-#include <netcdf.h>
 
 #include <algorithm>
 #include <stdexcept>
+
+#include "netcdf_library.h"
 
 namespace kesto {
 
@@ -16,44 +17,45 @@ constexpr std::size_t kChunkFloats = 1 << 20;
 }  // namespace
 
 NetcdfFile::NetcdfFile(const std::string& path) : path_(path) {
-    check(nc_create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &file_));
+    check(netcdf().create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &file_));
 }
 
 NetcdfFile::~NetcdfFile() {
-    if (file_ >= 0) nc_close(file_);
+    if (file_ >= 0) netcdf().close(file_);
 }
 
 void NetcdfFile::check(int status) const {
-    if (status != NC_NOERR) throw std::runtime_error(fmt::format("cannot write {}: {}", path_, nc_strerror(status)));
+    if (status != NC_NOERR)
+        throw std::runtime_error(fmt::format("cannot write {}: {}", path_, netcdf().strerror(status)));
 }
 
 // Of length 0 is what the library calls unlimited: one that may grow, and here stays empty.
 NetcdfFile::Id NetcdfFile::dimension(const std::string& name, std::size_t length) {
     Id id = -1;
-    check(nc_def_dim(file_, name.c_str(), length, &id));
+    check(netcdf().def_dim(file_, name.c_str(), length, &id));
     return id;
 }
 
 NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill) {
     Id id = -1;
     const Id dimensions[] = {rows, columns};
-    check(nc_def_var(file_, name.c_str(), NC_FLOAT, 2, dimensions, &id));
+    check(netcdf().def_var(file_, name.c_str(), NC_FLOAT, 2, dimensions, &id));
     const std::size_t chunk[] = {1, std::clamp<std::size_t>(length, 1, kChunkFloats)};
-    check(nc_def_var_chunking(file_, id, NC_CHUNKED, chunk));
-    check(nc_def_var_deflate(file_, id, 1, 1, kDeflateLevel));
-    if (fill) check(nc_def_var_fill(file_, id, NC_FILL, fill));
+    check(netcdf().def_var_chunking(file_, id, NC_CHUNKED, chunk));
+    check(netcdf().def_var_deflate(file_, id, 1, 1, kDeflateLevel));
+    if (fill) check(netcdf().def_var_fill(file_, id, NC_FILL, fill));
     return id;
 }
 
 NetcdfFile::Id NetcdfFile::doubles(const std::string& name, Id dimension) {
     Id id = -1;
-    check(nc_def_var(file_, name.c_str(), NC_DOUBLE, 1, &dimension, &id));
+    check(netcdf().def_var(file_, name.c_str(), NC_DOUBLE, 1, &dimension, &id));
     return id;
 }
 
 NetcdfFile::Id NetcdfFile::integers(const std::string& name, Id dimension) {
     Id id = -1;
-    check(nc_def_var(file_, name.c_str(), NC_INT, 1, &dimension, &id));
+    check(netcdf().def_var(file_, name.c_str(), NC_INT, 1, &dimension, &id));
     return id;
 }
 
@@ -68,43 +70,44 @@ NetcdfFile::Id NetcdfFile::texts(const std::string& name, Id dimension, const st
     characters_[length] = characters;
     Id id = -1;
     const Id dimensions[] = {dimension, characters};
-    check(nc_def_var(file_, name.c_str(), NC_CHAR, 2, dimensions, &id));
+    check(netcdf().def_var(file_, name.c_str(), NC_CHAR, 2, dimensions, &id));
     attribute(id, "_Encoding", "utf-8");
     std::string rows(values.size() * length, '\0');
     for (std::size_t i = 0; i < values.size(); ++i) {
         values[i].copy(&rows[i * length], length);
     }
-    if (!rows.empty()) check(nc_put_var_text(file_, id, rows.data()));
+    if (!rows.empty()) check(netcdf().put_var_text(file_, id, rows.data()));
     return id;
 }
 
 void NetcdfFile::attribute(Id variable, const std::string& name, std::string_view text) {
-    check(nc_put_att_text(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), text.size(), text.data()));
+    check(netcdf().put_att_text(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), text.size(),
+                                text.data()));
 }
 
 void NetcdfFile::attribute(Id variable, const std::string& name, int value) {
-    check(nc_put_att_int(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), NC_INT, 1, &value));
+    check(netcdf().put_att_int(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), NC_INT, 1, &value));
 }
 
 void NetcdfFile::writeRow(Id variable, std::size_t row, const std::vector<float>& values) {
     if (values.empty()) return;
     const std::size_t start[] = {row, 0};
     const std::size_t count[] = {1, values.size()};
-    check(nc_put_vara_float(file_, variable, start, count, values.data()));
+    check(netcdf().put_vara_float(file_, variable, start, count, values.data()));
 }
 
 void NetcdfFile::write(Id variable, const std::vector<double>& values) {
-    if (!values.empty()) check(nc_put_var_double(file_, variable, values.data()));
+    if (!values.empty()) check(netcdf().put_var_double(file_, variable, values.data()));
 }
 
 void NetcdfFile::write(Id variable, const std::vector<int>& values) {
-    if (!values.empty()) check(nc_put_var_int(file_, variable, values.data()));
+    if (!values.empty()) check(netcdf().put_var_int(file_, variable, values.data()));
 }
 
 void NetcdfFile::close() {
     const int file = file_;
     file_ = -1;
-    check(nc_close(file));
+    check(netcdf().close(file));
 }
 
 }  // namespace kesto

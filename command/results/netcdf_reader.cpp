@@ -1,12 +1,12 @@
 #include "netcdf_reader.h"
 
 #include <fmt/format.h>
-#include <netcdf.h>
 
 #include <algorithm>
 #include <stdexcept>
 
 #include "files.h"
+#include "netcdf_library.h"
 
 namespace kesto {
 
@@ -17,20 +17,21 @@ constexpr std::size_t kDensest = 1100;  // deflate packs 1032 bytes into one
 }  // namespace
 
 NetcdfReader::NetcdfReader(const std::string& path) : path_(path), bytes_(expectRegular(path)) {
-    check(nc_open(path.c_str(), NC_NOWRITE, &file_));
+    check(netcdf().open(path.c_str(), NC_NOWRITE, &file_));
 }
 
 NetcdfReader::~NetcdfReader() {
-    if (file_ >= 0) nc_close(file_);
+    if (file_ >= 0) netcdf().close(file_);
 }
 
 void NetcdfReader::check(int status) const {
-    if (status != NC_NOERR) throw std::runtime_error(fmt::format("cannot read {}: {}", path_, nc_strerror(status)));
+    if (status != NC_NOERR)
+        throw std::runtime_error(fmt::format("cannot read {}: {}", path_, netcdf().strerror(status)));
 }
 
 bool NetcdfReader::has(const std::string& variable) const {
     int id = -1;
-    return nc_inq_varid(file_, variable.c_str(), &id) == NC_NOERR;
+    return netcdf().inq_varid(file_, variable.c_str(), &id) == NC_NOERR;
 }
 
 // A broken file may claim lengths for which there is no memory.
@@ -42,21 +43,21 @@ void NetcdfReader::expectRoom(std::size_t items, std::size_t bytes) const {
 
 int NetcdfReader::idOf(const std::string& variable) const {
     int id = -1;
-    if (const int status = nc_inq_varid(file_, variable.c_str(), &id); status != NC_NOERR) {
-        throw std::runtime_error(fmt::format("cannot read {} of {}: {}", variable, path_, nc_strerror(status)));
+    if (const int status = netcdf().inq_varid(file_, variable.c_str(), &id); status != NC_NOERR) {
+        throw std::runtime_error(fmt::format("cannot read {} of {}: {}", variable, path_, netcdf().strerror(status)));
     }
     return id;
 }
 
 std::vector<std::size_t> NetcdfReader::shapeOf(int variable) const {
     int count = 0;
-    check(nc_inq_varndims(file_, variable, &count));
+    check(netcdf().inq_varndims(file_, variable, &count));
     std::vector<int> dimensions(static_cast<std::size_t>(count));
-    check(nc_inq_vardimid(file_, variable, dimensions.data()));
+    check(netcdf().inq_vardimid(file_, variable, dimensions.data()));
     std::vector<std::size_t> shape;
     for (const int dimension : dimensions) {
         shape.emplace_back();
-        check(nc_inq_dimlen(file_, dimension, &shape.back()));
+        check(netcdf().inq_dimlen(file_, dimension, &shape.back()));
     }
     return shape;
 }
@@ -67,7 +68,7 @@ std::vector<std::string> NetcdfReader::texts(const std::string& variable) const 
     if (shape.size() != 2) return {};
     expectRoom(shape[0], std::max<std::size_t>(shape[1], 1));
     std::string rows(shape[0] * shape[1], '\0');
-    if (!rows.empty()) check(nc_get_var_text(file_, id, rows.data()));
+    if (!rows.empty()) check(netcdf().get_var_text(file_, id, rows.data()));
     std::vector<std::string> result;
     for (std::size_t i = 0; i < shape[0]; ++i) {
         const std::string row = rows.substr(i * shape[1], shape[1]);
@@ -82,7 +83,7 @@ std::vector<int> NetcdfReader::integers(const std::string& variable) const {
     if (shape.size() != 1 || shape[0] == 0) return {};
     expectRoom(shape[0], sizeof(int));
     std::vector<int> values(shape[0]);
-    check(nc_get_var_int(file_, id, values.data()));
+    check(netcdf().get_var_int(file_, id, values.data()));
     return values;
 }
 
@@ -94,9 +95,9 @@ std::vector<float> NetcdfReader::row(const std::string& variable, std::size_t ro
     std::vector<float> values(shape[1]);
     const std::size_t start[] = {row, 0};
     const std::size_t count[] = {1, shape[1]};
-    check(nc_get_vara_float(file_, id, start, count, values.data()));
+    check(netcdf().get_vara_float(file_, id, start, count, values.data()));
     float fill = NC_FILL_FLOAT;
-    check(nc_inq_var_fill(file_, id, nullptr, &fill));
+    check(netcdf().inq_var_fill(file_, id, nullptr, &fill));
     const bool isWritten = std::any_of(values.begin(), values.end(), [fill](float value) { return value != fill; });
     return isWritten ? values : std::vector<float>{};
 }
@@ -104,10 +105,10 @@ std::vector<float> NetcdfReader::row(const std::string& variable, std::size_t ro
 std::string NetcdfReader::textAttribute(const std::string& variable, const std::string& name) const {
     const int id = idOf(variable);
     std::size_t length = 0;
-    if (nc_inq_attlen(file_, id, name.c_str(), &length) != NC_NOERR) return {};
+    if (netcdf().inq_attlen(file_, id, name.c_str(), &length) != NC_NOERR) return {};
     expectRoom(length, 1);
     std::string text(length, '\0');
-    check(nc_get_att_text(file_, id, name.c_str(), text.data()));
+    check(netcdf().get_att_text(file_, id, name.c_str(), text.data()));
     return text;
 }
 

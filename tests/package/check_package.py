@@ -39,7 +39,7 @@ def install_deb(package, root):
     """Installs by dpkg into a root of its own, and says how to remove it again."""
     fields = run("dpkg-deb", "--field", package)
     print(fields.strip())
-    for pattern in (r"^Package: kesto$", r"^Version: \d+\.\d+\.\d+$", r"^Architecture: amd64$", r"^Depends: .*libc6 ",
+    for pattern in (r"^Package: kesto$", r"^Version: \d+\.\d+\.\d+$", r"^Architecture: amd64$", r"^Depends: .*libc6 ", r"^Depends: .*libnetcdf",
                     r"^Recommends: graphviz$"):
         if not re.search(pattern, fields, re.MULTILINE):
             sys.exit(f"the package's fields have no {pattern}")
@@ -141,6 +141,8 @@ def installed_python(prefix):
 def installed_command(prefix, folder):
     model = prefix / "share/kesto/examples/rainwater-house/model.toml"
     output = run(prefix / "bin/kesto", "run", model, "-o", folder / "results")
+    run(prefix / "bin/kesto", "run", "-q", model, "-o", folder / "netcdf", "--format", "netcdf")
+    run(prefix / "bin/kesto", "report", folder / "netcdf", "-o", folder / "page.html")
     if not output.strip() or not any((folder / "results").iterdir()):
         sys.exit("the installed command wrote nothing")
     # The library is the installed one, by whatever way the loader came to it.
@@ -169,7 +171,7 @@ def main():
         package = pack(arguments.build, arguments.kind, folders[0])
         if arguments.kind == "deb":
             prefix, remove = install_deb(package, folders[1])
-            expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0", "share/man/man1/kesto.1",
+            expect_files(prefix, common + ["bin/kesto", "lib/libKESTO.so", "lib/libKESTO.so.0", "lib/kesto/kesto_netcdf.so", "share/man/man1/kesto.1",
                                            "share/bash-completion/completions/kesto"])
             check_links(prefix / "share/doc/kesto")
             if wrong := check_binaries.check(prefix, arguments.fortified):

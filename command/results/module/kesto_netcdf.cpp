@@ -1,0 +1,30 @@
+// The library kesto_netcdf.so: it is linked with NetCDF, so that the command is not.
+#include "netcdf_library.h"
+
+extern "C" __attribute__((visibility("default"))) const kesto::NetcdfLibrary kestoNetcdfLibrary{
+    .strerror = nc_strerror,
+    .open = nc_open,
+    .create = nc_create,
+    .close = nc_close,
+    .inq_varid = nc_inq_varid,
+    .inq_varndims = nc_inq_varndims,
+    .inq_vardimid = nc_inq_vardimid,
+    .inq_dimlen = nc_inq_dimlen,
+    .inq_var_fill = nc_inq_var_fill,
+    .inq_attlen = nc_inq_attlen,
+    .get_var_text = nc_get_var_text,
+    .get_var_int = nc_get_var_int,
+    .get_vara_float = nc_get_vara_float,
+    .get_att_text = nc_get_att_text,
+    .def_dim = nc_def_dim,
+    .def_var = nc_def_var,
+    .def_var_chunking = nc_def_var_chunking,
+    .def_var_deflate = nc_def_var_deflate,
+    .def_var_fill = nc_def_var_fill,
+    .put_att_text = nc_put_att_text,
+    .put_att_int = nc_put_att_int,
+    .put_var_text = nc_put_var_text,
+    .put_var_int = nc_put_var_int,
+    .put_var_double = nc_put_var_double,
+    .put_vara_float = nc_put_vara_float,
+};
