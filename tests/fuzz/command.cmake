@@ -2,6 +2,7 @@
 find_package(tomlplusplus REQUIRED)
 find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
+find_package(netCDF REQUIRED)
 
 set(rooms base catalogue model checks engine results report)
 list(TRANSFORM rooms PREPEND ${PROJECT_SOURCE_DIR}/command/)
@@ -13,9 +14,8 @@ target_compile_options(fuzz_rooms PRIVATE ${KESTO_FUZZ_OPTIONS})
 target_compile_definitions(fuzz_rooms PRIVATE KESTO_VERSION="${PROJECT_VERSION}")
 target_link_libraries(fuzz_rooms PUBLIC KESTO kesto_options fmt::fmt PRIVATE tomlplusplus::tomlplusplus
     nlohmann_json::nlohmann_json kesto_nettle)
-get_target_property(includes command_results INCLUDE_DIRECTORIES)
 target_compile_definitions(fuzz_rooms PRIVATE $<TARGET_PROPERTY:command_results,COMPILE_DEFINITIONS>)
-target_include_directories(fuzz_rooms SYSTEM PRIVATE ${includes})
+target_include_directories(fuzz_rooms SYSTEM PRIVATE $<TARGET_PROPERTY:netCDF::netcdf,INTERFACE_INCLUDE_DIRECTORIES>)
 # The sources stand in the list of compile commands once, as the rooms compile them.
 set_target_properties(fuzz_rooms PROPERTIES EXPORT_COMPILE_COMMANDS OFF KESTO_SANITIZED ON)
 
