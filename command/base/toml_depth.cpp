@@ -72,12 +72,20 @@ class Scanner {
             if (c == '\\' && quote == '"') {
                 ++at_;
             } else if (isLong ? text_.substr(at_).starts_with(three) : c == quote) {
-                at_ += isLong ? 2 : 0;
+                if (isLong) at_ += 2 + quotesFrom(at_ + 3, quote);
                 return;
             } else if (c == '\n' && !isLong) {
                 return;
             }
         }
+    }
+
+    // A text in three quotes may end with one or two of its own before them.
+    std::size_t quotesFrom(std::size_t at, char quote) const {
+        std::size_t count = 0;
+        while (count < 2 && at + count < text_.size() && text_[at + count] == quote)
+            ++count;
+        return count;
     }
 
     TomlPosition position() const {

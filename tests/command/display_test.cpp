@@ -77,6 +77,13 @@ TEST(TomlDepth, PassesOverWhatDoesNotNest) {
         EXPECT_FALSE(tooDeepAt(text)) << text;
         EXPECT_TRUE(tooDeepAt(text + "\n" + dots)) << text;
     }
+    for (const char quote : {'"', '\''}) {
+        const std::string three(3, quote);
+        for (const std::size_t more : {0U, 1U, 2U}) {
+            EXPECT_TRUE(tooDeepAt("a = [" + three + "b" + three + std::string(more, quote) + ", {" + dots)) << more;
+        }
+        EXPECT_TRUE(tooDeepAt("a = [" + three + three + ", {" + dots));
+    }
     std::string values = "a = [";
     for (int i = 0; i < 100; ++i)
         values += i % 2 == 0 ? "1.5, " : "[1.5], {b.c = 1.5},\n";
