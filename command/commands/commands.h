@@ -54,6 +54,15 @@ struct DrawOptions {
     std::string output;  // its ending says the format
 };
 
+struct CompareOptions {
+    ReadOptions read;
+    std::vector<std::string> runs;  // folders with results; with `scenarios` one model
+    bool scenarios = false;
+    bool all = false;
+    bool json = false;
+    std::string output;  // CSV; empty: none
+};
+
 struct ReportOptions {
     std::string results;  // folder that a run wrote
     std::string output;   // page
@@ -67,6 +76,7 @@ int codesCommand(const CodesOptions& options);
 int figuresCommand(const FiguresOptions& options);
 int newCommand(const NewOptions& options);
 int schemaCommand();
+int compareCommand(const CompareOptions& options);
 int drawCommand(const DrawOptions& options);
 int reportCommand(const ReportOptions& options);
 

@@ -107,6 +107,15 @@ int runCommandLine(int argc, char** argv) {
     drawCommand->add_option("-o,--output", draw.output, "Picture: NAME.svg, .png, .pdf or, as text, .dot")->required();
     addReadOptions(*drawCommand, draw.read);
 
+    kesto::CompareOptions compare;
+    CLI::App* compareCommand = app.add_subcommand("compare", "Put the figures of several runs side by side");
+    compareCommand->add_option("runs", compare.runs, "Folders with results, or a model and --scenarios")->required();
+    compareCommand->add_flag("--scenarios", compare.scenarios, "Run a model, and each of its scenarios");
+    compareCommand->add_flag("--all", compare.all, "Show figures that are the same in all runs, too");
+    compareCommand->add_option("-o,--output", compare.output, "Table to write (CSV)");
+    compareCommand->add_flag("--json", compare.json, "Print the comparison as JSON");
+    addReadOptions(*compareCommand, compare.read);
+
     kesto::ReportOptions report;
     CLI::App* reportCommand = app.add_subcommand("report", "Make one page with charts of the results of a run");
     reportCommand->add_option("results", report.results, "Folder with the results")->required();
@@ -126,6 +135,7 @@ int runCommandLine(int argc, char** argv) {
             if (*codesCommand) return kesto::codesCommand(codes);
             if (*figuresCommand) return kesto::figuresCommand(figures);
             if (*newCommand) return kesto::newCommand(create);
+            if (*compareCommand) return kesto::compareCommand(compare);
             if (*drawCommand) return kesto::drawCommand(draw);
             if (*reportCommand) return kesto::reportCommand(report);
             if (*schemaCommand) return kesto::schemaCommand();

@@ -1,0 +1,97 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+#include "commands.h"
+#include "comparison.h"
+#include "display.h"
+#include "engine_run.h"
+#include "files.h"
+#include "load.h"
+#include "record.h"
+
+namespace kesto {
+
+namespace {
+
+// Runs a model with a scenario, or without one; nothing where it cannot be run, which is reported.
+std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, const std::string& scenario) {
+    if (!scenario.empty()) read.scenarios.push_back(scenario);
+    LoadedModel loaded(path, read);
+    loaded.diagnostics().print(std::cerr, true);
+    if (!loaded.isFit()) return std::nullopt;
+    const Model& model = loaded.model();
+    const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
+    Record record(model, loaded.series(), needs.plan);
+    const Results results = collectResults(model, record, needs.plan, runEngine(record));
+    ComparedRun run = comparedRun(model.path, results, evaluate(results, needs, loaded.series()));
+    for (const Scenario& one : model.scenarios) {
+        if (one.name != scenario) continue;
+        run.name = scenario;
+        if (!one.title.empty()) run.title = one.title;
+    }
+    return run;
+}
+
+// The model itself, then each of its scenarios.
+std::optional<std::vector<ComparedRun>> runScenarios(const CompareOptions& options) {
+    const std::string& path = options.runs.front();
+    const LoadedModel loaded(path, options.read);
+    if (!loaded.isFit()) {
+        loaded.diagnostics().print(std::cerr, true);
+        return std::nullopt;
+    }
+    std::vector<std::string> names{""};
+    for (const Scenario& scenario : loaded.model().scenarios) {
+        names.push_back(scenario.name);
+    }
+    std::vector<ComparedRun> runs;
+    for (const std::string& name : names) {
+        auto run = runOf(path, options.read, name);
+        if (!run) return std::nullopt;
+        runs.push_back(std::move(*run));
+    }
+    return runs;
+}
+
+std::optional<std::vector<ComparedRun>> readRuns(const CompareOptions& options) {
+    std::vector<ComparedRun> runs;
+    for (const std::string& folder : options.runs) {
+        try {
+            runs.push_back(readComparedRun(folder));
+        } catch (const std::exception& error) {
+            std::cerr << fmt::format("{}: error: {}; expected a folder that \"kesto run -o\" wrote\n",
+                                     printable(folder), printable(error.what()));
+            return std::nullopt;
+        }
+    }
+    return runs;
+}
+
+bool isGood(const CompareOptions& options) {
+    const std::size_t count = options.runs.size();
+    const char* wrong = nullptr;
+    if (options.scenarios && count != 1) wrong = "--scenarios takes one model";
+    if (!options.scenarios && count < 2) wrong = "expected two folders of results or more, or a model and --scenarios";
+    if (wrong) std::cerr << "kesto compare: error: " << wrong << '\n';
+    return !wrong;
+}
+
+}  // namespace
+
+int compareCommand(const CompareOptions& options) {
+    if (!isGood(options)) return kBadModel;
+    auto runs = options.scenarios ? runScenarios(options) : readRuns(options);
+    if (!runs) return kBadModel;
+    const Comparison comparison = compare(std::move(*runs), options.all);
+    for (const std::string& warning : comparison.warnings) {
+        std::cerr << "kesto compare: warning: " << printable(warning) << '\n';
+    }
+    if (!options.output.empty()) writeFile(options.output, toCsv(comparison));
+    std::cout << (options.json ? toJson(comparison) : toText(comparison));
+    return kGood;
+}
+
+}  // namespace kesto

@@ -1,0 +1,128 @@
+#include "comparison.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "files.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
+
+bool isSame(double a, double b) {
+    return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+// "the runs are over different periods: a 2012-01-01 to 2012-12-31, b 2013-01-01 to 2013-12-31"
+template <typename Text>
+void warnOf(const char* what, const std::vector<ComparedRun>& runs, const Text& textOf,
+            std::vector<std::string>& warnings) {
+    std::string all;
+    bool isAlike = true;
+    for (const ComparedRun& run : runs) {
+        isAlike = isAlike && textOf(run) == textOf(runs.front());
+        all += fmt::format("{}{} {}", all.empty() ? "" : ", ", run.name, textOf(run));
+    }
+    if (!isAlike) warnings.push_back(fmt::format("the runs are {}: {}", what, all));
+}
+
+std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
+    std::vector<std::string> warnings;
+    warnOf(
+        "over different periods", runs, [](const ComparedRun& run) { return run.start + " to " + run.end; }, warnings);
+    warnOf(
+        "of different models", runs, [](const ComparedRun& run) { return run.model; }, warnings);
+    if (warnings.empty()) {
+        warnOf(
+            "of different versions of the model file", runs,
+            [](const ComparedRun& run) { return run.modelSha256.substr(0, 8); }, warnings);
+    }
+    for (const ComparedRun& run : runs) {
+        if (run.outcome != "finished") warnings.push_back(fmt::format("{}: this run {}", run.name, run.outcome));
+    }
+    return warnings;
+}
+
+}  // namespace
+
+bool ComparedFigure::differs() const {
+    return !std::all_of(values.begin(), values.end(), [&](double value) { return isSame(value, values.front()); });
+}
+
+ComparedRun comparedRun(const std::string& name, const Results& results, const Evaluation& evaluation) {
+    const Model& model = *results.model;
+    ComparedRun run{.name = name,
+                    .title = model.title,
+                    .model = model.path,
+                    .modelSha256 = "",
+                    .start = toText(model.simulation.start),
+                    .end = toText(model.simulation.end),
+                    .outcome = std::string(toText(results.run.outcome)),
+                    .figures = {},
+                    .units = {}};
+    for (const Figure& figure : evaluation.figures.rows) {
+        run.figures.emplace_back(evaluation.figures.nameOf(figure), figure.value);
+        run.units.emplace_back(figure.info->unit);
+    }
+    return run;
+}
+
+ComparedRun readComparedRun(const std::string& folder) {
+    const std::string path = joined(folder, "summary.json");
+    try {
+        const auto summary = nlohmann::json::parse(readFile(path, kLargestModel));
+        const auto text = [&](const char* key) { return summary.at(key).get<std::string>(); };
+        ComparedRun run{.name = folder,
+                        .title = text("title"),
+                        .model = text("model_file"),
+                        .modelSha256 = summary.value("model_sha256", ""),
+                        .start = text("start"),
+                        .end = text("end"),
+                        .outcome = text("outcome"),
+                        .figures = {},
+                        .units = {}};
+        for (const auto& row : summary.at("figures")) {
+            const auto& value = row.at("value");
+            run.figures.emplace_back(row.at("name").get<std::string>(),
+                                     value.is_null() ? kNoValue : value.get<double>());
+            run.units.push_back(row.at("unit").get<std::string>());
+        }
+        return run;
+    } catch (const nlohmann::json::exception& error) {
+        throw std::runtime_error(fmt::format("{} is no summary of a run: {}", path, error.what()));
+    }
+}
+
+Comparison compare(std::vector<ComparedRun> runs, bool withAlike) {
+    Comparison comparison;
+    std::map<std::string, std::size_t> rows;
+    std::vector<ComparedFigure> all;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        for (std::size_t k = 0; k < runs[i].figures.size(); ++k) {
+            const auto& [name, value] = runs[i].figures[k];
+            const auto [row, isNew] = rows.emplace(name, all.size());
+            if (isNew) all.push_back({name, runs[i].units[k], std::vector<double>(runs.size(), kNoValue)});
+            all[row->second].values[i] = value;
+        }
+    }
+    for (ComparedFigure& figure : all) {
+        if (withAlike || figure.differs()) {
+            comparison.figures.push_back(std::move(figure));
+        } else {
+            ++comparison.alike;
+        }
+    }
+    comparison.warnings = warningsOf(runs);
+    comparison.runs = std::move(runs);
+    return comparison;
+}
+
+}  // namespace kesto

@@ -1,0 +1,46 @@
+// The figures of several runs side by side.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "evaluation.h"
+#include "results.h"
+
+namespace kesto {
+
+// What a run says of itself.
+struct ComparedRun {
+    std::string name;  // the folder of its results, or a scenario
+    std::string title, model, modelSha256, start, end, outcome;
+    std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
+    std::vector<std::string> units;                       // of the figures
+};
+
+ComparedRun comparedRun(const std::string& name, const Results& results, const Evaluation& evaluation);
+
+// From summary.json in a folder of results. Throws std::runtime_error that names the file and what is wrong with it.
+ComparedRun readComparedRun(const std::string& folder);
+
+struct ComparedFigure {
+    std::string name, unit;
+    std::vector<double> values;  // of each run; not a number: it has none
+    bool differs() const;
+};
+
+struct Comparison {
+    std::vector<ComparedRun> runs;
+    std::vector<ComparedFigure> figures;  // in the order in which runs have them, and without those that are all alike
+    std::size_t alike = 0;                // how many these are
+    std::vector<std::string> warnings;    // what makes the runs hard to compare
+};
+
+Comparison compare(std::vector<ComparedRun> runs, bool withAlike);
+
+// For people, in units that suit the size; for programs, in the units of the figures.
+std::string toText(const Comparison& comparison);
+std::string toJson(const Comparison& comparison);
+std::string toCsv(const Comparison& comparison);
+
+}  // namespace kesto

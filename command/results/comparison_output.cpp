@@ -1,0 +1,160 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "comparison.h"
+#include "csv_file.h"
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// A unit for people: of litres and kilowatt-hours by their size, of fractions per cent.
+struct Shown {
+    std::string_view unit;
+    double factor;
+    int decimals = 1;
+};
+
+Shown shownIn(std::string_view unit, double largest) {
+    if (unit == "L") {
+        if (largest >= 1e8) return {"ML", 1e-6};
+        if (largest >= 1e4) return {"m3", 1e-3};
+    }
+    if (unit == "kWh" && largest >= 1e5) return {"MWh", 1e-3};
+    if (unit == "-") return {"%", 100};
+    return {unit, 1, unit == "d" ? 0 : 1};
+}
+
+Shown shownIn(const ComparedFigure& figure) {
+    double largest = 0;
+    for (const double value : figure.values) {
+        if (std::isfinite(value)) largest = std::max(largest, std::abs(value));
+    }
+    return shownIn(figure.unit, largest);
+}
+
+std::string number(double value, const Shown& shown) {
+    return std::isnan(value) ? "-" : fmt::format("{:.{}f}", value * shown.factor, shown.decimals);
+}
+
+// Of the first run's; fractions differ by percentage points instead.
+double percentOf(const ComparedFigure& figure, std::size_t run) {
+    return 100 * (figure.values[run] - figure.values[0]) / std::abs(figure.values[0]);
+}
+
+std::string change(const ComparedFigure& figure, std::size_t run, const Shown& shown) {
+    const double difference = figure.values[run] - figure.values[0];
+    if (std::isnan(difference)) return "";
+    if (difference == 0) return "=";
+    std::string text = fmt::format("{:+.{}f}", difference * shown.factor, shown.decimals);
+    const double percent = percentOf(figure, run);
+    if (figure.unit != "-" && std::isfinite(percent)) text += fmt::format(" ({:+.1f} %)", percent);
+    return text;
+}
+
+using Row = std::vector<std::string>;
+
+std::string aligned(const std::vector<Row>& rows) {
+    std::vector<std::size_t> widths(rows.front().size(), 0);
+    for (const Row& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], row[i].size());
+        }
+    }
+    std::string text;
+    for (const Row& row : rows) {
+        std::string line = fmt::format("  {:<{}}  {:<{}}", row[0], widths[0], row[1], widths[1]);
+        for (std::size_t i = 2; i < row.size(); ++i) {
+            line += fmt::format("  {:>{}}", row[i], widths[i]);
+        }
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
+    }
+    return text;
+}
+
+Json orNull(double value) {
+    return std::isfinite(value) ? Json(value) : Json(nullptr);
+}
+
+}  // namespace
+
+std::string toText(const Comparison& comparison) {
+    std::string text;
+    Row heading{"", ""};
+    for (std::size_t i = 0; i < comparison.runs.size(); ++i) {
+        const ComparedRun& run = comparison.runs[i];
+        text += fmt::format("{:>3}  {}{}{}, {} to {}\n", i + 1, run.name, run.title.empty() ? "" : ": ", run.title,
+                            run.start, run.end);
+        heading.push_back(std::to_string(i + 1));
+        if (i > 0) heading.push_back(fmt::format("{} - 1", i + 1));
+    }
+    std::vector<Row> rows{heading};
+    for (const ComparedFigure& figure : comparison.figures) {
+        const Shown shown = shownIn(figure);
+        Row row{figure.name, std::string(shown.unit)};
+        for (std::size_t i = 0; i < figure.values.size(); ++i) {
+            row.push_back(number(figure.values[i], shown));
+            if (i > 0) row.push_back(change(figure, i, shown));
+        }
+        rows.push_back(row);
+    }
+    text += comparison.figures.empty() ? "\nNo figure differs.\n" : "\n" + aligned(rows);
+    if (comparison.alike > 0 && !comparison.figures.empty()) {
+        text += fmt::format("\n{} figures are the same in all runs; --all shows them.\n", comparison.alike);
+    }
+    return text;
+}
+
+std::string toJson(const Comparison& comparison) {
+    Json runs = Json::array(), figures = Json::array();
+    for (const ComparedRun& run : comparison.runs) {
+        runs.push_back({{"name", run.name},
+                        {"title", run.title},
+                        {"model_file", run.model},
+                        {"start", run.start},
+                        {"end", run.end},
+                        {"outcome", run.outcome}});
+    }
+    for (const ComparedFigure& figure : comparison.figures) {
+        Json values = Json::array(), differences = Json::array(), percents = Json::array();
+        for (std::size_t i = 0; i < figure.values.size(); ++i) {
+            values.push_back(orNull(figure.values[i]));
+            differences.push_back(orNull(figure.values[i] - figure.values[0]));
+            percents.push_back(orNull(percentOf(figure, i)));
+        }
+        figures.push_back({{"name", figure.name},
+                           {"unit", figure.unit},
+                           {"values", values},
+                           {"differences", differences},
+                           {"percent", percents}});
+    }
+    const Json all{{"runs", runs}, {"figures", figures}, {"warnings", comparison.warnings}};
+    return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string toCsv(const Comparison& comparison) {
+    const auto cell = [](double value) { return std::isfinite(value) ? fmt::format("{}", value) : std::string(); };
+    std::string text = "figure,unit";
+    for (std::size_t i = 0; i < comparison.runs.size(); ++i) {
+        const std::string& name = comparison.runs[i].name;
+        text += "," + csvCell(name);
+        if (i > 0) text += "," + csvCell(name + ": difference") + "," + csvCell(name + ": difference [%]");
+    }
+    text += '\n';
+    for (const ComparedFigure& figure : comparison.figures) {
+        text += csvCell(figure.name) + "," + figure.unit;
+        for (std::size_t i = 0; i < figure.values.size(); ++i) {
+            text += "," + cell(figure.values[i]);
+            if (i > 0) text += "," + cell(figure.values[i] - figure.values[0]) + "," + cell(percentOf(figure, i));
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace kesto

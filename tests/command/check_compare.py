@@ -1,0 +1,141 @@
+#!/usr/bin/env python3
+"""Puts the figures of runs side by side.
+
+usage: check_compare.py KESTO"""
+
+import csv
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+
+MODEL = """kesto_model = 1
+title = "Tank"
+[simulation]
+start = 2012-01-02
+end = 2012-01-05
+[groups.house]
+[[components]]
+name = "rain"
+type = "demand_source"
+demand = 4
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 10
+[[components]]
+name = "tank"
+type = "tank"
+group = "house"
+size = 20
+initial_storage = 8
+[[connections]]
+from = "rain"
+to = "tank:inflow"
+[[connections]]
+from = "asked"
+to = "tank:demand"
+[scenarios.small]
+title = "Half the demand"
+asked.demand = 5
+[scenarios.full]
+tank.initial_storage = 20
+"""
+
+
+class Compare(unittest.TestCase):
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+        (self.folder / "model.toml").write_text(MODEL)
+
+    def kesto(self, *arguments):
+        return subprocess.run([KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=60)
+
+    def run_into(self, folder, *options):
+        done = self.kesto("run", "-q", "model.toml", "-o", folder, *options)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def compared(self, *arguments):
+        done = self.kesto("compare", "--json", *arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        comparison = json.loads(done.stdout)
+        return {row["name"]: row for row in comparison["figures"]}, comparison
+
+    def test_figures_stand_side_by_side(self):
+        # 8 + 4 - 10 are 2 left, then 4 short, then 6 short each day.
+        self.run_into("a")
+        self.run_into("b", "--scenario", "small")
+        figures, comparison = self.compared("a", "b")
+        self.assertEqual(comparison["warnings"], [])
+        self.assertEqual([run["name"] for run in comparison["runs"]], ["a", "b"])
+        unmet = figures["tank.unmet"]
+        self.assertEqual((unmet["unit"], unmet["values"], unmet["differences"]), ("L", [16, 0], [0, -16]))
+        self.assertEqual(unmet["percent"], [0, -100])
+        self.assertEqual(figures["tank.demand"]["percent"][1], -50)
+        self.assertNotIn("network.rain", figures)
+        self.assertIn("network.rain", self.compared("a", "b", "--all")[0])
+
+    def test_a_model_and_its_scenarios(self):
+        figures, comparison = self.compared("model.toml", "--scenarios")
+        self.assertEqual([(run["name"], run["title"]) for run in comparison["runs"]],
+                         [("model.toml", "Tank"), ("small", "Half the demand"), ("full", "Tank")])
+        self.assertEqual(figures["tank.unmet"]["values"], [16, 0, 4])
+        for number, scenario in enumerate(("small", "full")):
+            self.run_into(scenario, "--scenario", scenario)
+            summary = json.loads((self.folder / scenario / "summary.json").read_text())
+            for row in summary["figures"]:
+                if row["name"] in figures:
+                    self.assertEqual(figures[row["name"]]["values"][number + 1], row["value"], row["name"])
+
+    def test_text_and_table(self):
+        done = self.kesto("compare", "model.toml", "--scenarios", "-o", "table.csv")
+        lines = {line.split()[0]: line.split() for line in done.stdout.splitlines() if line.startswith("  tank.")}
+        self.assertEqual(lines["tank.unmet"], ["tank.unmet", "L", "16.0", "0.0", "-16.0", "(-100.0", "%)", "4.0", "-12.0",
+                                               "(-75.0", "%)"])
+        self.assertEqual(lines["tank.days_short"], ["tank.days_short", "d", "3", "0", "-3", "(-100.0", "%)", "1", "-2",
+                                                    "(-66.7", "%)"])
+        self.assertEqual(lines["tank.demand"][-1], "=")
+        self.assertEqual(lines["tank.reliability_volume"], ["tank.reliability_volume", "%", "60.0", "100.0", "+40.0",
+                                                            "90.0", "+30.0"])
+        with open(self.folder / "table.csv", newline="") as file:
+            rows = {row["figure"]: row for row in csv.DictReader(file)}
+        self.assertEqual(float(rows["tank.unmet"]["small: difference"]), -16)
+        self.assertEqual(float(rows["tank.unmet"]["full: difference [%]"]), -75)
+
+    def test_what_cannot_be_compared_well_is_told(self):
+        self.run_into("a")
+        self.run_into("b", "--to", "2012-01-04")
+        self.assertEqual(self.kesto("compare", "a", "b").stderr,
+                         "kesto compare: warning: the runs are over different periods: a 2012-01-02 to 2012-01-05, "
+                         "b 2012-01-02 to 2012-01-04\n")
+        (self.folder / "model.toml").write_text(MODEL.replace("size = 20", "size = 30"))
+        self.run_into("c")
+        self.assertIn("the runs are of different versions of the model file: a ", self.kesto("compare", "a", "c").stderr)
+        (self.folder / "other.toml").write_text(MODEL)
+        self.kesto("run", "-q", "other.toml", "-o", "d")
+        self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "d").stderr)
+        self.assertIn("No figure differs.", self.kesto("compare", "a", "a").stdout)
+
+    def test_what_is_no_run_is_refused(self):
+        self.run_into("a")
+        done = self.kesto("compare", "a", "b")
+        self.assertEqual((done.returncode, done.stdout), (2, ""))
+        self.assertIn("b: error: cannot read b/summary.json: No such file or directory", done.stderr)
+        (self.folder / "b").mkdir()
+        for text in ("{", "[]", '{"title": 3}', '{"title": "a"}'):
+            (self.folder / "b" / "summary.json").write_text(text)
+            done = self.kesto("compare", "a", "b")
+            self.assertEqual((done.returncode, done.stdout), (2, ""), text)
+            self.assertIn("b: error: b/summary.json is no summary of a run", done.stderr)
+        self.assertEqual(self.kesto("compare", "a").returncode, 2)
+        self.assertEqual(self.kesto("compare", "model.toml", "model.toml", "--scenarios").returncode, 2)
+        self.assertEqual(self.kesto("compare", "model.toml", "--scenarios", "--set", "tank.sise=3").returncode, 2)
+
+
+unittest.main()
