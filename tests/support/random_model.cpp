@@ -78,9 +78,15 @@ class Maker {
         brands_ = draw_.between(1, 5);
     }
 
+    bool mayChoose(std::int32_t type) const {
+        return options_.types.empty() ||
+               std::find(options_.types.begin(), options_.types.end(), type) != options_.types.end();
+    }
+
     void chooseTypes() {
         types_ = {code::kJunction, code::kMixer};
         for (const ComponentType& type : componentTypes()) {
+            if (!mayChoose(type.code)) continue;
             if (!options_.delays && (type.code == code::kDelay || type.code == code::kQuotaLimiter)) continue;
             if (!options_.radiation && (type.code == code::kSolarPanel || type.code == code::kNetRadiation)) continue;
             if (groupsWithReservoirs_ == 0 && looksForReservoirs(type.code)) continue;

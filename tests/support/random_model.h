@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct RandomOptions {
     bool radiation = true;    // units whose estimate depends on all calls of the process
     bool reservoirs = true;   // types that look for the reservoirs of their group, in the order of the table
     bool tree = true;         // sources may be traced
+    std::span<const std::int32_t> types = {};  // to choose from, beside junctions and mixers; empty: all
     // What may stop a run or be read in two ways: odd ports, connections and ids that stand twice, what is missing,
     // shared memory, bad weather. Without it every run succeeds.
     bool odd = false;
