@@ -20,6 +20,7 @@
 #include "record_choice.h"
 #include "results_checks.h"
 #include "results_folder.h"
+#include "results_netcdf.h"
 #include "strict.h"
 #include "summary.h"
 #include "summary_json.h"
@@ -89,6 +90,7 @@ class Run {
     bool prepareFolder() {
         try {
             if (!options_.output.empty()) makeFolder(options_.output);
+            if (!options_.output.empty() && options_.format == "netcdf") requireNetcdf();
             return true;
         } catch (const std::runtime_error& error) {
             reportUnwritten(error);

@@ -12,6 +12,7 @@
 #include "evaluation_netcdf.h"
 #include "files.h"
 #include "netcdf_file.h"
+#include "netcdf_library.h"
 
 namespace kesto {
 
@@ -212,6 +213,10 @@ class Writer {
 
 std::string potentialVariable(const PotentialInfo& potential, std::string_view unit) {
     return std::string(potential.name) + (unit == potential.unit ? "" : "_depth");
+}
+
+void requireNetcdf() {
+    netcdf();
 }
 
 std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,

@@ -15,6 +15,9 @@ namespace kesto {
 std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
                         const std::string& folder);
 
+// Throws std::runtime_error when the NetCDF library cannot be loaded.
+void requireNetcdf();
+
 // Variable of a potential that is booked in this unit: depths, as of soil, stand apart from volumes.
 std::string potentialVariable(const PotentialInfo& potential, std::string_view unit);
 

@@ -104,12 +104,16 @@ class Depth(Strangers):
 
 class Many(Strangers):
     def seconds(self, *arguments):
-        begin = time.monotonic()
+        """Of processor time: other work on the machine does not count."""
+        def used():
+            usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+            return usage.ru_utime + usage.ru_stime
+
+        begin = used()
         said = self.refused(*arguments)
-        return time.monotonic() - begin, said
+        return used() - begin, said
 
     def test_ten_thousand_wrong_names(self):
-        """Half a second is what was promised; a busy machine takes longer, but not 58 s."""
         components = "".join(f'[[components]]\nname = "component{i}"\ntype = "junction"\n' for i in range(10000))
         connections = "".join(f'[[connections]]\nfrom = "compnent{i}"\nto = "komponent{i}"\n' for i in range(6002))
         self.write("many.toml", HEAD + components + connections)

@@ -7,6 +7,7 @@ import argparse
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -84,10 +85,34 @@ def check_planted(command):
     return [] if done.returncode == 0 else [f"{command} loads libraries of the current folder: {done.stderr}"]
 
 
+def check_needed(command):
+    """What takes long to load is loaded when it is asked for."""
+    needed = re.findall(r"\(NEEDED\)\s+Shared library: \[(.*)\]", readelf("--dynamic", command))
+    loaded = re.findall(r"^\s*(\S+) =>", subprocess.run(["ldd", command], check=True, capture_output=True, text=True).stdout,
+                        re.MULTILINE)
+    slow = [name for name in loaded if re.match(r"lib(netcdf|hdf5|curl|crypto|ssl)", name)]
+    print(f"{len(needed)} libraries needed, {len(loaded)} loaded at the start")
+    return [f"{command} loads {name} at its start" for name in slow]
+
+
+def check_missing(command):
+    """The command alone, in another folder: without the library for NetCDF it says so before it runs anything."""
+    with tempfile.TemporaryDirectory() as scratch:
+        scratch = pathlib.Path(scratch)
+        copy = shutil.copy(command, scratch)
+        environment = {**os.environ, "LD_LIBRARY_PATH": f"{command.parent}:{command.parent.parent / 'lib'}"}
+        subprocess.run([copy, "new", scratch / "model"], env=environment, check=True, capture_output=True)
+        done = subprocess.run([copy, "run", scratch / "model/model.toml", "--format", "netcdf", "-o", scratch / "results"],
+                              env=environment, capture_output=True, text=True)
+    if done.returncode == 1 and "cannot load a library of this command" in done.stderr and not done.stdout:
+        return []
+    return [f"{command} without kesto_netcdf.so: exit status {done.returncode}\n{done.stdout}{done.stderr}"]
+
+
 def check(folder, fortified):
     folder = pathlib.Path(folder).resolve()
     command = folder / "bin/kesto" if (folder / "bin/kesto").exists() else folder / "kesto"
-    return check_folder(folder, fortified) + check_planted(command)
+    return check_folder(folder, fortified) + check_planted(command) + check_needed(command) + check_missing(command)
 
 
 def main():
