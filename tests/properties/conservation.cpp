@@ -138,51 +138,51 @@ const Conserving kModels[] = {
      [](const Observed& o) {
          return Sides{o.in1 + o.before + o.out1, o.in2 + o.after + o.out2};
      }},
-    {"impervious surface", 28, 0,
+    {"impervious_surface", 28, 0,
      [](const Observed& o) {
          return Sides{o.rain * o.size, o.out1 + o.evaporation};
      }},
-    {"steady draw LT", 3, 1,
+    {"local_treatment", 3, 1,
      [](const Observed& o) {
          return Sides{o.before + o.in1, o.out1 + o.after + o.out2};
      }},
-    {"steady draw CG", 24, 1,
+    {"greywater_treatment", 24, 1,
      [](const Observed& o) {
          return Sides{o.before + o.in1, o.out1 + o.after + o.out2};
      }},
-    {"steady draw CR", 23, 1,
+    {"rainwater_treatment", 23, 1,
      [](const Observed& o) {
          return Sides{o.before + o.in1, o.out1 + o.after + o.out2};
      }},
-    {"treatment CW", 25, 1,
+    {"wastewater_treatment", 25, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1};
      }},
-    {"soak-away", 22, 1,
+    {"soakaway", 22, 1,
      [](const Observed& o) {
          return Sides{o.before + o.in1, o.infiltration + o.after + o.out1};
      }},
-    {"surface water", 39, 2,
+    {"reservoir", 39, 2,
      [](const Observed& o) {
          return Sides{o.before + o.in1 + o.out1, o.in2 + o.infiltration + o.after + o.out2};
      }},
-    {"link GL", 35, 1,
+    {"gravity_link", 35, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.losses};
      }},
-    {"link SG", 41, 1,
+    {"sewer_link", 41, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.losses};
      }},
-    {"link DS", 42, 1,
+    {"drainage_link", 42, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.losses};
      }},
-    {"link LS", 11, 1,
+    {"infiltration_link", 11, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.infiltration};
      }},
-    {"demand on link PL", 27, 1,
+    {"supply_link", 27, 1,
      [](const Observed& o) {
          return Sides{o.in1 + o.losses, o.out1};
      }},
@@ -194,15 +194,15 @@ const Conserving kModels[] = {
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.out2};
      }},
-    {"divider", 53, 1,
+    {"threshold_divider", 53, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.out2};
      }},
-    {"switch", 63, 1,
+    {"threshold_switch", 63, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.out2};
      }},
-    {"quota limiter", 64, 1,
+    {"quota_limiter", 64, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.out2};
      }},
@@ -210,11 +210,11 @@ const Conserving kModels[] = {
      [](const Observed& o) {
          return Sides{o.in1, o.out1 + o.out2};
      }},
-    {"outlet store", 50, 1,
+    {"detention_basin", 50, 1,
      [](const Observed& o) {
          return Sides{o.in1 + o.before * o.size, o.out1 + o.after * o.size};
      }},
-    {"evaporating store", 46, 0,
+    {"green_area", 46, 0,
      [](const Observed& o) {
          return Sides{(o.rain + o.before) * o.size + o.out2,
                       o.after * o.size + o.out1 + o.infiltration + o.evaporation};
@@ -235,7 +235,7 @@ const Conserving kModels[] = {
      [](const Observed& o) {
          return Sides{o.in1, o.out1};
      }},
-    {"quality source", 56, 1,
+    {"quality_setter", 56, 1,
      [](const Observed& o) {
          return Sides{o.in1, o.out1};
      }},
@@ -296,9 +296,9 @@ bool soilStore() {
     });
 }
 
-// The refilled store gives what is asked, as far as it has it.
-bool refilledStore() {
-    return rc::check("water is conserved: refilled store", [] {
+// The service reservoir gives what is asked, as far as it has it.
+bool serviceReservoir() {
+    return rc::check("water is conserved: service reservoir", [] {
         const Model network = unitUnderTest(33, 1);
         const Run run(network, 1);
         for (int step = 0; step < network.nSteps; ++step) {
@@ -317,7 +317,7 @@ bool refilledStore() {
 bool checkConservation() {
     bool all = perviousSurface();
     all = soilStore() && all;
-    all = refilledStore() && all;
+    all = serviceReservoir() && all;
     for (const Conserving& model : kModels)
         all = conserves(model) && all;
     return all;
