@@ -44,6 +44,9 @@ inline constexpr ErrorCode kErrorCodes[] = {
     {"engine-crashed", "the engine's process ended"},
     {"interrupted", "the run was interrupted"},
     {"out-of-memory", "a model or a run for which memory does not suffice"},
+    {"over-input", "results that would take the place of a file that the run reads"},
+    {"not-results", "results that would take the place of a file that no run has left there"},
+    {"folder-busy", "another process that is writing results into the folder"},
     {"cannot-write", "results that could not be written"},
 };
 

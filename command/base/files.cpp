@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <random>
 #include <stdexcept>
 
 #include "platform.h"
@@ -34,6 +35,17 @@ std::string_view nameOf(std::filesystem::file_type type) {
         default:
             return "a device";
     }
+}
+
+// The system's number of what went wrong; 0: nothing did.
+int writeAll(const std::string& path, std::string_view text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) return errno;
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const int error = written ? 0 : errno;
+    // What is buffered may meet the full disk only now.
+    if (std::fclose(file) != 0 && error == 0) return errno;
+    return error;
 }
 
 }  // namespace
@@ -67,13 +79,22 @@ std::string readFile(const std::string& path, std::size_t largest) {
 }
 
 void writeFile(const std::string& path, std::string_view text) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) fail("write", path, errno);
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    const int error = errno;
-    // What is buffered may meet the full disk only now.
-    if (std::fclose(file) != 0) fail("write", path, errno);
-    if (!written) fail("write", path, error);
+    if (const int error = writeAll(path, text)) fail("write", path, error);
+}
+
+void replaceFile(const std::string& path, std::string_view text) {
+    namespace fs = std::filesystem;
+    if (fs::exists(path) && !fs::is_regular_file(path)) return writeFile(path, text);
+    const std::string aside =
+        (fs::path(path).parent_path() / fmt::format(".kesto-{:08x}", std::random_device()())).string();
+    int error = writeAll(aside, text);
+    if (error == 0) error = syncToDisk(aside).value();
+    std::error_code failure;
+    if (error == 0) fs::rename(aside, path, failure);
+    if (error == 0 && !failure) return;
+    std::error_code ignored;
+    fs::remove(aside, ignored);
+    fail("write", path, error != 0 ? error : failure.value());
 }
 
 void makeFolder(const std::string& path) {

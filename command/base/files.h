@@ -17,6 +17,10 @@ std::string readFile(const std::string& path, std::size_t largest);
 std::size_t expectRegular(const std::string& path);  // its size in bytes
 void writeFile(const std::string& path, std::string_view text);
 
+// Written aside and then moved to its place: the path has what it had before, or all of the text. What is no regular
+// file, as a pipe, is written to as it is.
+void replaceFile(const std::string& path, std::string_view text);
+
 // Makes the folder, and those it lies in, unless it is there; files must be able to be made in it.
 void makeFolder(const std::string& path);
 

@@ -17,6 +17,27 @@ int terminalColumns(std::FILE* stream);
 // No error when files can be made in the folder.
 std::error_code writeAccess(const std::string& folder);
 
+// What a file holds, or which names a folder has, outlives a power failure from here on.
+std::error_code syncToDisk(const std::string& path);
+
+// A file that one process holds at a time. The system lets go of it when the process ends, however it ends.
+class FileLock {
+  public:
+    // Makes the file unless it is there. Throws std::system_error when it cannot be made, or cannot be locked.
+    explicit FileLock(const std::string& path);
+    ~FileLock();  // removes the file, if this process holds it
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    bool isHeld() const;                     // by this process
+    long holder() const { return holder_; }  // id of the process that holds it; 0: unknown, as on another machine
+
+  private:
+    std::string path_;
+    int file_ = -1;
+    long holder_ = 0;
+};
+
 // Bytes: the larger of this process's peak and that of its largest child.
 double peakMemory();
 
@@ -33,7 +54,8 @@ struct ProgramRun {
 // Runs a program to its end: its name, then its arguments. Throws std::runtime_error when it cannot be started.
 ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input);
 
-// While it lives, a request to stop (Ctrl-C, a polite kill) does not end this process: it is only noted.
+// While it lives, a request to stop (Ctrl-C, a polite kill, a terminal that closes) does not end this process: it is
+// only noted, unless the process was started to ignore it. A second one ends the process at once.
 class InterruptGuard {
   public:
     InterruptGuard();
@@ -42,6 +64,10 @@ class InterruptGuard {
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
     bool wasInterrupted() const;
+
+    // Ends this process as the request that was noted would have ended it; without one it does nothing. A shell then
+    // knows that its loop is to stop, too.
+    void passOn();
 
   private:
     struct Before;

@@ -10,6 +10,7 @@
 #include "engine_run.h"
 #include "files.h"
 #include "load.h"
+#include "output_file.h"
 #include "record.h"
 
 namespace kesto {
@@ -83,13 +84,20 @@ bool isGood(const CompareOptions& options) {
 
 int compareCommand(const CompareOptions& options) {
     if (!isGood(options)) return kBadModel;
+    if (!options.output.empty()) {
+        constexpr std::string_view kBegins = "figure,unit,";
+        if (const std::string why = whyNotOver(options.output, options.runs, {&kBegins, 1}); !why.empty()) {
+            std::cerr << fmt::format("kesto compare: error: {}\n", printable(why));
+            return kBadModel;
+        }
+    }
     auto runs = options.scenarios ? runScenarios(options) : readRuns(options);
     if (!runs) return kBadModel;
     const Comparison comparison = compare(std::move(*runs), options.all);
     for (const std::string& warning : comparison.warnings) {
         std::cerr << "kesto compare: warning: " << printable(warning) << '\n';
     }
-    if (!options.output.empty()) writeFile(options.output, toCsv(comparison));
+    if (!options.output.empty()) replaceFile(options.output, toCsv(comparison));
     std::cout << (options.json ? toJson(comparison) : toText(comparison));
     return kGood;
 }

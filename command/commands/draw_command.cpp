@@ -12,10 +12,18 @@
 #include "draw.h"
 #include "files.h"
 #include "load.h"
+#include "output_file.h"
+#include "results.h"
 
 namespace kesto {
 
 namespace {
+
+struct Format {
+    std::string_view name;
+    std::string_view begins;  // how a file of it does
+};
+constexpr std::array<Format, 4> kFormats{{{"svg", "<?xml"}, {"png", "\x89PNG"}, {"pdf", "%PDF"}, {"dot", "digraph"}}};
 
 std::string pictureOf(const std::string& dot, const std::string& format) {
     if (format == "dot") return dot;
@@ -29,12 +37,13 @@ std::string pictureOf(const std::string& dot, const std::string& format) {
 }  // namespace
 
 int drawCommand(const DrawOptions& options) {
-    constexpr std::array<std::string_view, 4> kFormats{"svg", "png", "pdf", "dot"};
     std::string format = std::filesystem::path(options.output).extension().string();
     std::transform(format.begin(), format.end(), format.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (!format.empty()) format.erase(0, 1);
-    if (std::find(kFormats.begin(), kFormats.end(), format) == kFormats.end()) {
+    const auto known =
+        std::find_if(kFormats.begin(), kFormats.end(), [&](const Format& f) { return f.name == format; });
+    if (known == kFormats.end()) {
         std::cerr << fmt::format("kesto draw: error: {}: expected a name that ends with .svg, .png, .pdf or .dot\n",
                                  printable(options.output));
         return kBadModel;
@@ -43,7 +52,12 @@ int drawCommand(const DrawOptions& options) {
     loaded.diagnostics().print(std::cerr, true);
     if (!loaded.isFit()) return kBadModel;
 
-    writeFile(options.output, pictureOf(networkDot(loaded.model()), format));
+    if (const std::string why = whyNotOver(options.output, inputPaths(loaded.model()), {&known->begins, 1});
+        !why.empty()) {
+        std::cerr << fmt::format("kesto draw: error: {}\n", printable(why));
+        return kBadModel;
+    }
+    replaceFile(options.output, pictureOf(networkDot(loaded.model()), format));
     return kGood;
 }
 

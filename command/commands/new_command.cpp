@@ -110,8 +110,8 @@ int newCommand(const NewOptions& options) {
         return kBadModel;
     }
     makeFolder(options.folder);
-    writeFile(model, kModel);
-    writeFile(data, weather());
+    replaceFile(model, kModel);
+    replaceFile(data, weather());
     std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", model, model,
                              joined(options.folder, "results"));
     return kGood;

@@ -9,9 +9,11 @@
 #include "draw.h"
 #include "files.h"
 #include "load.h"
+#include "output_file.h"
 #include "report.h"
 #include "run_apart.h"
 #include "sha256.h"
+#include "written_files.h"
 
 namespace kesto {
 
@@ -20,18 +22,7 @@ namespace {
 // Beyond this, laying a network out takes minutes, and nobody can read it.
 constexpr std::size_t kDrawable = 300;
 
-std::string summaryPath(const ReportOptions& options) {
-    return joined(options.results, "summary.json");
-}
-
-std::string readSummary(const ReportOptions& options) {
-    try {
-        return readFile(summaryPath(options), kLargestModel);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error(
-            fmt::format("{}; expected a folder that \"kesto run MODEL -o FOLDER\" wrote", error.what()));
-    }
-}
+constexpr std::string_view kPageBegins = "<!doctype html";
 
 std::string missing(const std::string& why) {
     std::cerr << "kesto report: warning: the network is not drawn: " << printable(why) << '\n';
@@ -56,7 +47,13 @@ std::string drawingOf(const std::string& path) {
     }
 }
 
-// Which of the files that were run hold something else now. What an earlier version did not note is not compared.
+// The summary has it relative to the model's folder, or absolute.
+std::string inputPath(const std::string& model, const nlohmann::json& input) {
+    return (std::filesystem::path(model).parent_path() / input.value("file", "")).string();
+}
+
+// Which of the files that were run hold something else now. What an earlier version did not note is not
+// compared.
 std::vector<std::string> changesSince(const nlohmann::json& run, const std::string& model) {
     std::vector<std::string> changes;
     const auto compare = [&](const std::string& path, const std::string& sha256) {
@@ -68,38 +65,64 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
     if (!std::filesystem::exists(model)) return {};  // reported with the drawing
     compare(model, run.value("model_sha256", ""));
     for (const nlohmann::json& input : run.value("inputs", nlohmann::json::array())) {
-        const std::filesystem::path file = input.value("file", "");
-        compare((std::filesystem::path(model).parent_path() / file).string(), input.value("sha256", ""));
+        compare(inputPath(model, input), input.value("sha256", ""));
     }
     return changes;
 }
 
-void makePage(const ReportOptions& options) {
-    const std::string summary = readSummary(options);
+std::vector<std::string> filesRead(const std::string& folder, const StoredResults& stored, const nlohmann::json& run,
+                                   const std::string& model) {
+    std::vector<std::string> files{model, joined(folder, kSummaryFile)};
+    for (const WrittenFile& file : stored.files) {
+        files.push_back(joined(folder, file.name));
+    }
+    for (const nlohmann::json& input : run.value("inputs", nlohmann::json::array())) {
+        files.push_back(inputPath(model, input));
+    }
+    return files;
+}
+
+// A summary that is JSON, and yet none of a run.
+template <class Work>
+auto readingSummary(const std::string& folder, const Work& work) {
     try {
-        const auto run = nlohmann::json::parse(summary);
-        const std::string model =
-            options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
-        const std::vector<std::string> changes = changesSince(run, model);
-        writeFile(options.output, reportPage(options.results, summary, drawingOf(model), changes));
+        return work();
     } catch (const nlohmann::json::exception& error) {
-        throw std::runtime_error(
-            fmt::format("cannot read {}: it is not what \"kesto run\" writes: {}", summaryPath(options), error.what()));
+        throw std::runtime_error(fmt::format("cannot read {}: it is not what \"kesto run\" writes: {}",
+                                             joined(folder, kSummaryFile), error.what()));
     }
 }
 
-}  // namespace
-
-int reportCommand(const ReportOptions& options) {
+int makePage(const ReportOptions& options, const StoredResults& stored) {
+    const auto run = nlohmann::json::parse(stored.summary);
+    const std::string model = options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
+    const std::string why =
+        whyNotOver(options.output, filesRead(options.results, stored, run, model), {&kPageBegins, 1});
+    if (!why.empty()) {
+        std::cerr << "kesto report: error: " << printable(why) << '\n';
+        return kBadModel;
+    }
+    const auto write = [&] {
+        const std::vector<std::string> changes = changesSince(run, model);
+        const std::string page = reportPage(options.results, stored, drawingOf(model), changes);
+        expectUnchanged(options.results, stored);
+        replaceFile(options.output, page);
+    };
     // HDF5 crashes on some files that are broken.
-    const std::string netcdf = joined(options.results, "results.nc");
-    const std::string& read = std::filesystem::exists(netcdf) ? netcdf : options.results;
-    runApart(fmt::format("cannot read {}, which may be broken", read), [&] { makePage(options); });
+    const std::string read = find(stored.files, "results.nc") ? joined(options.results, "results.nc") : options.results;
+    runApart(fmt::format("cannot read {}, which may be broken", read), [&] { readingSummary(options.results, write); });
     if (!hasCharts()) {
         std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
                      "which npm fetches when kesto is built (CMake says why at its start)\n";
     }
     return kGood;
+}
+
+}  // namespace
+
+int reportCommand(const ReportOptions& options) {
+    const StoredResults stored = storedResults(options.results);
+    return readingSummary(options.results, [&] { return makePage(options, stored); });
 }
 
 }  // namespace kesto

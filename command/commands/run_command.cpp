@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -50,7 +51,8 @@ class Run {
     int run() {
         if (loaded_.isFit()) plan();
         if (!loaded_.isFit()) return refuse(kBadModel);
-        if (!prepareFolder()) return refuse(kRunFailed);
+        guard_.emplace();
+        if (const int status = prepareFolder(); status != kGood) return refuse(status);
         diagnostics_.print(std::cerr, options_.quiet);
         const std::size_t told = diagnostics_.all().size();
         costs_.readSeconds = watch_.lap();
@@ -58,10 +60,11 @@ class Run {
         Record record(loaded_.model(), loaded_.series(), needs_.plan);
         Results results = simulate(record);
         const Evaluation evaluation = check(results);
-        const std::vector<std::string> files = write(results, evaluation);
+        const std::vector<WrittenFile> files = write(results, evaluation);
         costs_.peakBytes = peakMemory();
         print(results, evaluation, files);
         diagnostics_.print(std::cerr, options_.quiet, told);
+        guard_->passOn();
         if (diagnostics_.hasErrors()) return kRunFailed;
         return !options_.strict || passesStrictly("run", diagnostics_) ? kGood : kRunFailed;
     }
@@ -87,19 +90,28 @@ class Run {
     }
 
     // Rather told before the run than after an hour.
-    bool prepareFolder() {
+    int prepareFolder() {
+        if (options_.output.empty()) return kGood;
         try {
-            if (!options_.output.empty()) makeFolder(options_.output);
-            if (!options_.output.empty() && options_.format == "netcdf") requireNetcdf();
-            return true;
+            if (options_.format == "netcdf") requireNetcdf();
+            folder_.emplace(options_.output, ResultsFormat{options_.format, options_.balance},
+                            inputPaths(loaded_.model()));
+            return kGood;
+        } catch (const NotReplaceable& refusal) {
+            diagnostics_.error(refusal.name, folderPlace(), refusal.what());
+            return kBadModel;
+        } catch (const FolderBusy& busy) {
+            diagnostics_.error("folder-busy", folderPlace(), busy.what());
         } catch (const std::runtime_error& error) {
             reportUnwritten(error);
-            return false;
         }
+        return kRunFailed;
     }
 
+    Place folderPlace() const { return {std::make_shared<const std::string>(options_.output), 0, 0}; }
+
     void reportUnwritten(const std::exception& error) {
-        diagnostics_.error("cannot-write", {std::make_shared<const std::string>(options_.output), 0, 0}, error.what());
+        diagnostics_.error("cannot-write", folderPlace(), error.what());
     }
 
     void reportMemory() {
@@ -122,7 +134,8 @@ class Run {
         if (options_.json || !options_.output.empty()) inputs = inputsOf(model);
         const EngineRun run = [&] {
             ProgressBar bar(!options_.quiet);
-            return runEngine(record, [&](std::size_t done, std::size_t all) { bar.show(done, all); });
+            return runEngine(
+                record, [&](std::size_t done, std::size_t all) { bar.show(done, all); }, &*guard_);
         }();
         costs_.engineSeconds = watch_.lap();
         Results results = collectResults(model, record, needs_.plan, run);
@@ -147,28 +160,28 @@ class Run {
     }
 
     // The summary is shown even when the files cannot be written.
-    std::vector<std::string> write(const Results& results, const Evaluation& evaluation) {
-        std::vector<std::string> files;
+    std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation) {
+        std::vector<WrittenFile> files;
         try {
-            if (!options_.output.empty()) {
-                files = writeResults(results, evaluation, options_.read, options_.format, options_.output);
-            }
+            if (folder_) files = folder_->write(results, evaluation, options_.read);
         } catch (const std::exception& error) {
             reportUnwritten(error);
         }
+        folder_.reset();  // others may have it while a reader is slow
         costs_.writeSeconds = watch_.lap();
         return files;
     }
 
-    void print(const Results& results, const Evaluation& evaluation, const std::vector<std::string>& files) const {
+    void print(const Results& results, const Evaluation& evaluation, const std::vector<WrittenFile>& files) const {
         if (options_.json) {
-            std::cout << summaryJson(results, evaluation, &costs_);
+            std::cout << summaryJson(results, evaluation, files, &costs_);
         } else if (!options_.quiet) {
             std::cout << summaryOf(results, evaluation);
             if (!files.empty()) std::cout << "\nResults\n";
-            for (const std::string& file : files) {
-                std::cout << "  " << file << '\n';
+            for (const WrittenFile& file : files) {
+                std::cout << "  " << joined(options_.output, file.name) << '\n';
             }
+            if (!files.empty()) std::cout << "  " << joined(options_.output, kSummaryFile) << '\n';
         }
         std::cout.flush();
     }
@@ -180,6 +193,8 @@ class Run {
     std::vector<OutputPort> asked_;
     AccountNeeds needs_;
     RunCosts costs_;
+    std::optional<InterruptGuard> guard_;  // from when something is written on
+    std::optional<ResultsFolder> folder_;
 };
 
 }  // namespace

@@ -50,7 +50,7 @@ class ChildProcess {
     // Waits for so long at most; false once the child has ended.
     bool wait(int milliseconds);
 
-    // Tells it to stop; what it has is kept.
+    // Tells it to stop; what it has is kept. Telling it again changes nothing.
     void stop();
 
     const std::string& errors() const { return errors_; }  // what it has written on stderr

@@ -25,19 +25,30 @@ const ChildWork* childWork = nullptr;  // for the signal handlers, which get no 
 
 extern "C" void keepResultsAndDie(int signal) {
     // Whoever presses the keys again must not cut the copy short; a fault within it ends the process at once.
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGTERM, SIG_IGN);
+    for (const int request : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(request, SIG_IGN);
+    }
     childWork->keep();
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
-[[noreturn]] void runChild(const ChildWork& work, int errorPipe) {
+// What a person sends to the terminal reaches this process, too, unless it was started to ignore it.
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+[[noreturn]] void runChild(const ChildWork& work, int errorPipe, pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(1);
     dup2(errorPipe, STDERR_FILENO);
     childWork = &work;
-    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGINT, SIGTERM}) {
+    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTERM}) {
         std::signal(signal, keepResultsAndDie);
+    }
+    for (const int signal : {SIGINT, SIGHUP}) {
+        if (!isIgnored(signal)) std::signal(signal, keepResultsAndDie);
     }
     work.run();
     _exit(0);
@@ -83,9 +94,10 @@ ChildProcess::ChildProcess(const ChildWork& work) : system_(std::make_unique<Sys
     int ends[2];
     if (pipe(ends) != 0) throw std::runtime_error(fmt::format("cannot open a pipe: {}", std::strerror(errno)));
     system_->errorPipe = ends[0];
+    const pid_t parent = getpid();
     system_->child = fork();
     const int error = errno;
-    if (system_->child == 0) runChild(work, ends[1]);
+    if (system_->child == 0) runChild(work, ends[1], parent);
     close(ends[1]);
     if (system_->child > 0) return;
     system_->child = 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <regex>
@@ -52,8 +53,10 @@ void callEngine(Record& record) {
     useUtc();
     AUEglobals& globals = record.globals();
     *record.outputs().status = KESTO_simul(&globals, 1, globals.nSteps);
-    copyOutputs(record);
+    // From here on a request to stop comes too late: the copy is completed, and the run has finished.
     *record.outputs().finished = 1;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    copyOutputs(record);
 }
 
 std::size_t stepsDone(const Record& record) {
@@ -72,11 +75,11 @@ void prepare(Record& record) {
     *record.outputs().kept = 0;
 }
 
-// Until the child ends. An interrupt of this process is passed on: the child keeps what it has.
-void watch(const Record& record, ChildProcess& child, const InterruptGuard& guard, const Progress& progress) {
-    bool passedOn = false;
+// Until the child ends. An interrupt of this process is passed on: the child keeps what it has. It is passed on again
+// and again, since a child that has just begun may miss it.
+void watch(const Record& record, ChildProcess& child, const InterruptGuard* guard, const Progress& progress) {
     while (child.wait(100)) {
-        if (guard.wasInterrupted() && !std::exchange(passedOn, true)) child.stop();
+        if (guard && guard->wasInterrupted()) child.stop();
         if (progress) progress(stepsDone(record), record.steps());
     }
 }
@@ -87,7 +90,7 @@ EngineRun conclude(const Record& record, const ChildProcess& child, bool wasInte
     run.step = globals.CurStep;
     // A process that was killed from outside, as when memory runs out, has left nothing.
     if (*record.outputs().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
-    if (*record.outputs().finished) {
+    if (*record.outputs().finished && *record.outputs().kept) {
         run.outcome = *record.outputs().status == KESTO_SUCCESS ? Outcome::finished : Outcome::failed;
         run.message = std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg));
     } else if (wasInterrupted) {
@@ -130,12 +133,11 @@ std::string_view toText(Outcome outcome) {
     return "";
 }
 
-EngineRun runEngine(Record& record, const Progress& progress) {
+EngineRun runEngine(Record& record, const Progress& progress, const InterruptGuard* guard) {
     prepare(record);
-    const InterruptGuard guard;
     ChildProcess child({[&record] { callEngine(record); }, [&record] { copyOutputs(record); }});
     watch(record, child, guard, progress);
-    return conclude(record, child, guard.wasInterrupted());
+    return conclude(record, child, guard && guard->wasInterrupted());
 }
 
 std::string explainMessage(const std::string& message, const Model& model) {

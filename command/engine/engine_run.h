@@ -7,6 +7,7 @@
 
 namespace kesto {
 
+class InterruptGuard;
 class Record;
 struct Component;
 struct Model;
@@ -25,7 +26,8 @@ struct EngineRun {
 // Steps done of all; called now and then while the engine runs.
 using Progress = std::function<void(std::size_t done, std::size_t all)>;
 
-EngineRun runEngine(Record& record, const Progress& progress = {});
+// Stops early when `guard`, if there is one, has noted a request to stop.
+EngineRun runEngine(Record& record, const Progress& progress = {}, const InterruptGuard* guard = nullptr);
 
 // The engine's message with names for its ids: 'Series of type Rainfall of component with id=1 not found!' gains
 // ' (group "house", house.toml:12)'.

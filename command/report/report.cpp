@@ -57,10 +57,12 @@ Json seriesOf(const std::vector<NamedSeries>& list) {
     return all;
 }
 
-Json dataOf(const std::string& folder, const std::string& summary, const std::vector<std::string>& changes) {
-    const ReadResults results = readResults(folder);
+Json dataOf(const std::string& folder, const StoredResults& stored, const std::vector<std::string>& changes) {
+    const ReadResults results = readResults(folder, stored.files);
+    Json summary = Json::parse(stored.summary);
+    summary.erase("files");  // the page is the same, whatever they are
     Json data{
-        {"summary", Json::parse(summary)}, {"changes", changes}, {"days", results.days}, {"sections", Json::array()}};
+        {"summary", std::move(summary)}, {"changes", changes}, {"days", results.days}, {"sections", Json::array()}};
     for (const Section& section : kSections) {
         const std::vector<NamedSeries>& list = results.*section.series;
         if (list.empty()) continue;
@@ -101,9 +103,9 @@ bool hasCharts() {
     return !page::kUplotScript.empty();
 }
 
-std::string reportPage(const std::string& folder, const std::string& summary, const std::string& drawing,
+std::string reportPage(const std::string& folder, const StoredResults& stored, const std::string& drawing,
                        const std::vector<std::string>& changes) {
-    const Json data = dataOf(folder, summary, changes);
+    const Json data = dataOf(folder, stored, changes);
     std::string title = data["summary"].value("title", "");
     if (title.empty()) title = data["summary"].value("model", "Results");
     return filled(page::kHtml, {{"title", escapeMarkup(title)},

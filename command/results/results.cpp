@@ -89,14 +89,20 @@ const Flow* Results::find(OutputPort output) const {
     return found != flows.end() && found->output() == output ? &*found : nullptr;
 }
 
-std::vector<InputFile> inputsOf(const Model& model) {
+std::vector<std::string> inputPaths(const Model& model) {
     std::set<std::string> files(model.tableFiles.begin(), model.tableFiles.end());
     for (const TimeTable& table : model.tables) {
         files.insert(table.path);
     }
-    std::vector<InputFile> inputs{{model.path, sha256OfFile(model.path)}};
-    for (const std::string& file : files) {
-        inputs.push_back({file, sha256OfFile(file)});
+    std::vector<std::string> paths{model.path};
+    paths.insert(paths.end(), files.begin(), files.end());
+    return paths;
+}
+
+std::vector<InputFile> inputsOf(const Model& model) {
+    std::vector<InputFile> inputs;
+    for (const std::string& path : inputPaths(model)) {
+        inputs.push_back({path, sha256OfFile(path)});
     }
     return inputs;
 }

@@ -55,12 +55,15 @@ struct Results {
     std::vector<State> states;
     std::vector<std::unique_ptr<Signal[]>> derived;
 
-    std::vector<InputFile> inputs;             // the model file, then its tables and series
+    std::vector<InputFile> inputs;             // in the order of inputPaths()
     const Diagnostics* diagnostics = nullptr;  // of model and run
 
     Day dayOf(std::size_t step) const { return model->simulation.start + static_cast<Day>(step); }
     const Flow* find(OutputPort output) const;
 };
+
+// The model file, then its tables and series.
+std::vector<std::string> inputPaths(const Model& model);
 
 // To be asked for before the run.
 std::vector<InputFile> inputsOf(const Model& model);

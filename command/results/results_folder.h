@@ -1,19 +1,55 @@
 // The folder of results that a run leaves.
 #pragma once
 
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "error_codes.h"
 #include "evaluation.h"
 #include "read_options.h"
 #include "results.h"
+#include "staging.h"
 
 namespace kesto {
 
-// Writes all files of a run into a folder that exists, in the format "csv" or "netcdf", in place of those of an earlier
-// run, and returns their paths. `read` is what the model was read with. Throws std::runtime_error when
-// one cannot be written.
-std::vector<std::string> writeResults(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
-                                      const std::string& format, const std::string& folder);
+// Results would take the place of a file that is not the command's to replace.
+class NotReplaceable : public std::runtime_error {
+  public:
+    NotReplaceable(ErrorName code, const std::string& text) : std::runtime_error(text), name(code) {}
+    ErrorName name;
+};
+
+struct ResultsFormat {
+    std::string name;  // "csv" or "netcdf"
+    bool hasBalance = false;
+};
+
+class ResultsFolder {
+  public:
+    // Makes the folder unless it is there, and keeps other runs out of it for as long as this lives. What a run that
+    // was killed has left is put right. Throws FolderBusy, NotReplaceable, or std::runtime_error when nothing can be
+    // written. `inputs` are the files that the run reads.
+    ResultsFolder(const std::string& path, const ResultsFormat& format, std::vector<std::string> inputs);
+
+    // Writes all files of the run in place of those of an earlier one; `read` is what the model was read with. All or
+    // nothing: when it throws, the folder holds what it held before, or a STOPPED.txt that says otherwise.
+    std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation, const ReadOptions& read);
+
+  private:
+    std::vector<WrittenFile> stage(const Results& results, const Evaluation& evaluation, const ReadOptions& read);
+    void readSummary();
+    void finishMoves();
+    void expectReplaceable(const std::vector<std::string>& names) const;
+    bool isOurs(const std::string& name) const;
+    std::vector<WrittenFile> ownFiles() const;
+
+    std::string path_;
+    ResultsFormat format_;
+    std::vector<std::string> inputs_;
+    std::unique_ptr<Staging> staging_;
+    std::vector<WrittenFile> old_;  // of earlier runs, their summary too
+};
 
 }  // namespace kesto

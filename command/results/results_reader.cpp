@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <map>
 #include <optional>
@@ -29,7 +28,8 @@ std::pair<std::string, std::string> nameAndUnit(const std::string& header) {
 
 class CsvFolder {
   public:
-    CsvFolder(const std::string& folder, ReadResults& results) : folder_(folder), results_(results) {}
+    CsvFolder(const std::string& folder, const std::vector<WrittenFile>& listed, ReadResults& results)
+        : folder_(folder), listed_(listed), results_(results) {}
 
     void read() {
         take(
@@ -68,7 +68,7 @@ class CsvFolder {
         if (known != files_.end()) return known->second ? &*known->second : nullptr;
         std::optional<CsvFile>& csv = files_[file];
         const std::string path = joined(folder_, file);
-        if (!std::filesystem::exists(path)) return nullptr;
+        if (!find(listed_, file)) return nullptr;
         Diagnostics diagnostics;
         csv = CsvFile::read(path, {std::make_shared<const std::string>(folder_), 0, 0}, diagnostics);
         if (!csv || diagnostics.hasErrors()) {
@@ -110,6 +110,7 @@ class CsvFolder {
     }
 
     std::string folder_;
+    const std::vector<WrittenFile>& listed_;
     ReadResults& results_;
     std::map<std::string, std::optional<CsvFile>> files_;
 };
@@ -179,13 +180,12 @@ void sortByUnit(ReadResults& results) {
 
 }  // namespace
 
-ReadResults readResults(const std::string& folder) {
+ReadResults readResults(const std::string& folder, const std::vector<WrittenFile>& files) {
     ReadResults results;
-    const std::string netcdf = joined(folder, "results.nc");
-    if (std::filesystem::exists(netcdf)) {
-        readNetcdf(netcdf, results);
+    if (find(files, "results.nc")) {
+        readNetcdf(joined(folder, "results.nc"), results);
     } else {
-        CsvFolder(folder, results).read();
+        CsvFolder(folder, files, results).read();
     }
     sortByUnit(results);
     return results;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "calendar.h"
+#include "written_files.h"
 
 namespace kesto {
 
@@ -20,7 +21,7 @@ struct ReadResults {
     std::vector<NamedSeries> flows, storages, qualities, storeQualities, potentials;
 };
 
-// Empty when nothing was recorded; throws std::runtime_error when a file cannot be read.
-ReadResults readResults(const std::string& folder);
+// Reads only files of the list. Empty when nothing was recorded; throws std::runtime_error when a file cannot be read.
+ReadResults readResults(const std::string& folder, const std::vector<WrittenFile>& files);
 
 }  // namespace kesto

@@ -85,7 +85,7 @@ double total(const float* values, std::size_t steps) {
 std::string failureOf(const Results& results) {
     const EngineRun& run = results.run;
     const Model& model = *results.model;
-    std::string when = "before the first step";
+    std::string when = run.step < 0 ? "before the first step" : "after the last step";
     if (run.step >= 0 && run.step < model.simulation.days()) {
         when = fmt::format("on {}, step {} of {}", toText(results.dayOf(static_cast<std::size_t>(run.step))),
                            run.step + 1, model.simulation.days());

@@ -67,7 +67,8 @@ std::string refusalJson(const std::string& model, const Diagnostics& diagnostics
     return toText(refusal);
 }
 
-std::string summaryJson(const Results& results, const Evaluation& evaluation, const RunCosts* costs) {
+std::string summaryJson(const Results& results, const Evaluation& evaluation, const std::vector<WrittenFile>& files,
+                        const RunCosts* costs) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
     Json summary{{"model", model.path},
@@ -82,6 +83,7 @@ std::string summaryJson(const Results& results, const Evaluation& evaluation, co
                  {"outcome", toText(results.run.outcome)},
                  {"steps_run", results.steps},
                  {"message", explainMessage(results.run.message, model)},
+                 {"files", fileRows(files)},
                  {"errors", Json::array()},
                  {"warnings", Json::array()},
                  {"flows", flowsOf(results)},

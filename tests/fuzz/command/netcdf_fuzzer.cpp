@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kFinding = "a series that is not as long as the run";
 
 void readAll(const std::string& folder) {
-    const kesto::ReadResults results = kesto::readResults(folder);
+    const kesto::ReadResults results = kesto::readResults(folder, {{"results.nc", 0, ""}});
     for (const auto* list :
          {&results.flows, &results.storages, &results.qualities, &results.storeQualities, &results.potentials}) {
         for (const kesto::NamedSeries& one : *list) {
