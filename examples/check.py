@@ -136,8 +136,6 @@ def stands_in(text, readme):
 
 
 def run(kesto, example, model, results, values=()):
-    for old in results.glob("*.csv"):
-        old.unlink()
     options = [option for value in values for option in ("--set", value)]
     subprocess.run([kesto, "run", model, "-o", results, *options], check=True, stdout=subprocess.DEVNULL,
                    env=dict(os.environ, TZ="UTC"))
