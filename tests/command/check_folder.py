@@ -447,7 +447,7 @@ class LongRuns(Folder):
         """A run of many seconds whose engine is at work."""
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
                 '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
-        for i in range(1, 3000):
+        for i in range(1, 12000):
             text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
         (self.folder / "long.toml").write_text("".join(text))
         running = subprocess.Popen([*arguments, KESTO, "run", "long.toml", "-q", "--record", "p99", "-o", "out"],
