@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -93,6 +95,17 @@ auto readingSummary(const std::string& folder, const Work& work) {
     }
 }
 
+// A minute, and a second for each megabyte: many times what good results take.
+std::chrono::seconds longestFor(const std::string& folder) {
+    std::uintmax_t bytes = 0;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::uintmax_t size = entry.file_size(error);
+        if (!error) bytes += size;
+    }
+    return std::chrono::seconds(60 + bytes / 1'000'000);
+}
+
 int makePage(const ReportOptions& options, const StoredResults& stored) {
     const auto run = nlohmann::json::parse(stored.summary);
     const std::string model = options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
@@ -108,9 +121,10 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
         expectUnchanged(options.results, stored);
         replaceFile(options.output, page);
     };
-    // HDF5 crashes on some files that are broken.
+    // HDF5 crashes on some files that are broken, and goes round in others for ever.
     const std::string read = find(stored.files, "results.nc") ? joined(options.results, "results.nc") : options.results;
-    runApart(fmt::format("cannot read {}, which may be broken", read), [&] { readingSummary(options.results, write); });
+    runApart(fmt::format("cannot read {}, which may be broken", read), longestFor(options.results),
+             [&] { readingSummary(options.results, write); });
     if (!hasCharts()) {
         std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
                      "which npm fetches when kesto is built (CMake says why at its start)\n";

@@ -28,7 +28,7 @@ void fail(Ending& ending, const std::string& text) {
 
 }  // namespace
 
-void runApart(const std::string& cannot, const std::function<void()>& work) {
+void runApart(const std::string& cannot, std::chrono::seconds longest, const std::function<void()>& work) {
     SharedMemory memory(SharedMemory::rounded(sizeof(Ending)));
     auto& ending = *memory.take<Ending>(1);
     ChildProcess child({[&] {
@@ -43,7 +43,11 @@ void runApart(const std::string& cannot, const std::function<void()>& work) {
                             ending.isKnown = true;
                         },
                         [] {}});
+    const auto end = std::chrono::steady_clock::now() + longest;
     while (child.wait(1000)) {
+        if (std::chrono::steady_clock::now() < end) continue;
+        throw std::runtime_error(
+            fmt::format("{}: the process that read it did not end within {} s", cannot, longest.count()));
     }
     if (!ending.isKnown) {
         const std::string& fault = child.fault();

@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto* const taken = memory.take<std::uint8_t>(branches.size());
     const auto tell = [&] { std::copy(branches.begin(), branches.end(), taken); };
     try {
-        kesto::runApart("cannot read results.nc", [&] {
+        kesto::runApart("cannot read results.nc", std::chrono::seconds(5), [&] {
             try {
                 readAll(folder.path());
             } catch (const std::exception&) {
