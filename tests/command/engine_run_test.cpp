@@ -5,11 +5,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "load.h"
 #include "model_text.h"
 #include "network.h"
 #include "record.h"
 #include "results.h"
+#include "summary.h"
 
 namespace kesto {
 namespace {
@@ -77,6 +80,18 @@ TEST(EngineRun, ReportsAnInvariant) {
     EXPECT_EQ(run.outcome, Outcome::crashed);
     EXPECT_EQ(run.stepsRun, 0U);
     EXPECT_EQ(run.message, "Assertion failed: 1==0, file binarytree.cpp, line 125");
+}
+
+TEST(EngineRun, SaysWhenItWasInterrupted) {
+    LoadedModel loaded(test::writeModel(test::headText(2, false) + kRain));
+    const auto days = static_cast<int>(loaded.model().simulation.days());
+    const auto told = [&](int step) {
+        const EngineRun run{Outcome::interrupted, {}, step, static_cast<std::size_t>(std::max(step, 0))};
+        return failureOf(Results{&loaded.model(), run, run.stepsRun, {}, {}, {}, {}, {}});
+    };
+    EXPECT_EQ(told(-1), "the run was interrupted before the first step");
+    EXPECT_NE(told(days - 1).find("step " + std::to_string(days) + " of "), std::string::npos);
+    EXPECT_EQ(told(days), "the run was interrupted after the last step");
 }
 
 TEST(EngineRun, NamesWhatTheEngineNumbers) {
