@@ -447,7 +447,7 @@ class LongRuns(Folder):
         """A run of many seconds whose engine is at work."""
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
                 '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
-        for i in range(1, 12000):
+        for i in range(1, 30000):
             text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
         (self.folder / "long.toml").write_text("".join(text))
         running = subprocess.Popen([*arguments, KESTO, "run", "long.toml", "-q", "--record", "p99", "-o", "out"],
@@ -531,7 +531,7 @@ class Signals(LongRuns):
                 self.run_into("old")
 
     def test_a_request_that_arrives_twice_is_one(self):
-        running = self.start_long_run("timeout", "1")  # which signals its child, and then the group
+        running = self.start_long_run("timeout", "2")  # which signals its child, and then the group
         running.communicate(timeout=60)
         self.assertEqual(running.returncode, 124)
         self.assertEqual(self.summary()["outcome"], "interrupted")
@@ -541,6 +541,7 @@ class Signals(LongRuns):
         running = self.start_long_run()
         until(lambda: self.children(running.pid))
         engine = self.children(running.pid)[0]
+        time.sleep(0.3)  # it runs by now, and knows that it must not outlive its parent
         os.kill(engine, signal.SIGSTOP)  # it keeps nothing for now
         running.send_signal(signal.SIGINT)
         time.sleep(0.3)

@@ -260,7 +260,7 @@ precision can hold, at most 3.4e38
         """A run of some seconds, and the id of the engine's process."""
         text = ["kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = 6000-12-31\n",
                 '[[components]]\nname = "p0"\ntype = "demand_source"\ndemand = 1\n']
-        for i in range(1, 3000):  # some seconds of work
+        for i in range(1, 10000):  # some seconds of work
             text.append(f'[[components]]\nname = "p{i}"\ntype = "pump"\n')
             text.append(f'[[connections]]\nfrom = "p{i - 1}"\nto = "p{i}"\n')
         self.write("".join(text))
