@@ -170,12 +170,17 @@ void sortByUnit(ReadResults& results) {
     const auto byUnit = [](const NamedSeries& a, const NamedSeries& b) { return a.unit < b.unit; };
     std::stable_sort(results.flows.begin(), results.flows.end(), byUnit);
     std::stable_sort(results.storages.begin(), results.storages.end(), byUnit);
-    std::map<std::string_view, std::size_t> order;
+    std::map<std::string, std::size_t> order;
     for (const NamedSeries& flow : results.flows) {
         order.emplace(flow.name, order.size());
     }
+    // A stranger's qualities may be of no flow: they come last.
+    const auto rankOf = [&](const NamedSeries& quality) {
+        const auto flow = order.find(quality.name);
+        return flow == order.end() ? order.size() : flow->second;
+    };
     std::stable_sort(results.qualities.begin(), results.qualities.end(),
-                     [&](const NamedSeries& a, const NamedSeries& b) { return order[a.name] < order[b.name]; });
+                     [&](const NamedSeries& a, const NamedSeries& b) { return rankOf(a) < rankOf(b); });
 }
 
 }  // namespace
