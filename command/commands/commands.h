@@ -20,6 +20,7 @@ struct RunOptions {
     bool quiet = false;          // errors only
     bool json = false;           // the summary as JSON
     std::string format = "csv";  // of the results, or netcdf
+    int compression = 1;         // of NetCDF, 0 to 9: more takes much time for little space
     bool balance = false;        // of the water
     bool strict = false;         // warnings that are not accepted are a failure
 };

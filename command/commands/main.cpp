@@ -65,6 +65,8 @@ int runCommandLine(int argc, char** argv) {
     runCommand->add_option("-o,--output", run.output, "Folder for the results");
     runCommand->add_option("--format", run.format, "Format of the results: csv (default) or netcdf")
         ->check(CLI::IsMember({"csv", "netcdf"}));
+    runCommand->add_option("--compress", run.compression, "Compression of NetCDF, 0 (none, fastest) to 9; default 1")
+        ->check(CLI::Range(0, 9));
     runCommand->add_flag("--balance", run.balance,
                          "Balance the water of each component, each group and the network; record what that needs");
     runCommand->add_flag("--strict", run.strict,

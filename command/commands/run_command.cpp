@@ -94,7 +94,7 @@ class Run {
         if (options_.output.empty()) return kGood;
         try {
             if (options_.format == "netcdf") requireNetcdf();
-            folder_.emplace(options_.output, ResultsFormat{options_.format, options_.balance},
+            folder_.emplace(options_.output, ResultsFormat{options_.format, options_.balance, options_.compression},
                             inputPaths(loaded_.model()));
             return kGood;
         } catch (const NotReplaceable& refusal) {

@@ -11,12 +11,11 @@ namespace kesto {
 
 namespace {
 
-constexpr int kDeflateLevel = 1;  // higher ones cost much time for little space
 constexpr std::size_t kChunkFloats = 1 << 20;
 
 }  // namespace
 
-NetcdfFile::NetcdfFile(const std::string& path) : path_(path) {
+NetcdfFile::NetcdfFile(const std::string& path, int compression) : path_(path), compression_(compression) {
     check(netcdf().create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &file_));
 }
 
@@ -42,7 +41,7 @@ NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, 
     check(netcdf().def_var(file_, name.c_str(), NC_FLOAT, 2, dimensions, &id));
     const std::size_t chunk[] = {1, std::clamp<std::size_t>(length, 1, kChunkFloats)};
     check(netcdf().def_var_chunking(file_, id, NC_CHUNKED, chunk));
-    check(netcdf().def_var_deflate(file_, id, 1, 1, kDeflateLevel));
+    if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, 1, 1, compression_));
     if (fill) check(netcdf().def_var_fill(file_, id, NC_FILL, fill));
     return id;
 }

@@ -13,7 +13,8 @@ class NetcdfFile {
     using Id = int;  // of a dimension or a variable
 
     // Creates the file. All calls throw std::runtime_error, with the file's path and the library's reason.
-    explicit NetcdfFile(const std::string& path);
+    // `compression` of floats is 0, none, to 9.
+    NetcdfFile(const std::string& path, int compression);
     ~NetcdfFile();
     NetcdfFile(const NetcdfFile&) = delete;
     NetcdfFile& operator=(const NetcdfFile&) = delete;
@@ -41,6 +42,7 @@ class NetcdfFile {
   private:
     void check(int status) const;
     std::string path_;
+    int compression_;
     std::map<std::size_t, Id> characters_;  // dimensions by their lengths
     int file_ = -1;
 };

@@ -91,7 +91,7 @@ std::vector<WrittenFile> ResultsFolder::stage(const Results& results, const Eval
     const std::string& folder = staging_->path();
     std::vector<std::string> paths;
     if (format_.name == "netcdf") {
-        paths.push_back(writeNetcdf(results, evaluation, read, folder));
+        paths.push_back(writeNetcdf(results, evaluation, read, format_.compression, folder));
     } else {
         paths = writeCsv(results, folder);
         paths.push_back(writeAccountCsv(evaluation.account, folder));

@@ -24,6 +24,7 @@ class NotReplaceable : public std::runtime_error {
 struct ResultsFormat {
     std::string name;  // "csv" or "netcdf"
     bool hasBalance = false;
+    int compression = 1;  // of NetCDF
 };
 
 class ResultsFolder {

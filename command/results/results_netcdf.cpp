@@ -36,8 +36,8 @@ constexpr std::string_view unitOrOne(std::string_view unit) {
 
 class Writer {
   public:
-    Writer(const Results& results, const std::string& path)
-        : results_(results), file_(path), time_(file_.dimension("time", results.steps)) {}
+    Writer(const Results& results, const std::string& path, int compression)
+        : results_(results), file_(path, compression), time_(file_.dimension("time", results.steps)) {}
 
     void write(const ReadOptions& read, const Evaluation& evaluation) {
         describe(read);
@@ -219,10 +219,10 @@ void requireNetcdf() {
     netcdf();
 }
 
-std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read, int compression,
                         const std::string& folder) {
     const std::string path = joined(folder, "results.nc");
-    Writer(results, path).write(read, evaluation);
+    Writer(results, path, compression).write(read, evaluation);
     return path;
 }
 

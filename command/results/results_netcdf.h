@@ -12,7 +12,7 @@ namespace kesto {
 
 // Writes results.nc into a folder and returns its path. `read` is what the model was read with. Throws
 // std::runtime_error when it cannot be written.
-std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read,
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read, int compression,
                         const std::string& folder);
 
 // Throws std::runtime_error when the NetCDF library cannot be loaded.

@@ -153,6 +153,21 @@ class Netcdf(unittest.TestCase):
                 roles = [name for name in data.variables if data[name].attrs.get("cf_role") == "timeseries_id"]
                 self.assertEqual(len(roles), 1)
 
+    def test_compression_changes_no_value(self):
+        model = EXAMPLES / "rainwater-house" / "model.toml"
+        files = []
+        for level in "0", "1", "9":
+            folder = self.folder / level
+            subprocess.run([KESTO, "run", model, "-q", "--format", "netcdf", "--compress", level, "-o", folder], check=True)
+            files.append(folder / "results.nc")
+        self.assertGreater(files[0].stat().st_size, 2 * files[1].stat().st_size)
+        self.assertGreater(files[1].stat().st_size, files[2].stat().st_size)
+        first = xarray.open_dataset(files[0])
+        for file in files[1:]:
+            self.assertTrue(first.equals(xarray.open_dataset(file)))
+        wrong = subprocess.run([KESTO, "run", model, "--compress", "10"], capture_output=True, text=True)
+        self.assertEqual(wrong.returncode, 2)
+
     def test_dates_beyond_the_record_are_the_true_ones(self):
         model = self.folder / "climate.toml"
         model.write_text(CLIMATE)
