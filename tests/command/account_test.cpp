@@ -51,7 +51,8 @@ void expectAlike(const Totals& a, const Totals& b, const std::string& text) {
     const double size = std::max(sizeOf(a), sizeOf(b));
     Totals all = a;
     all.insert(b.begin(), b.end());
-    for (const auto& [kind, unused] : all) {
+    for (const Totals::value_type& one : all) {
+        const auto& kind = one.first;
         const auto in = [&](const Totals& totals) { return totals.contains(kind) ? totals.at(kind) : 0; };
         EXPECT_NEAR(in(a), in(b), 1e-6 * size) << kind.second << (kind.first ? " in\n" : " out\n") << text;
     }
