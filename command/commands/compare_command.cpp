@@ -76,6 +76,11 @@ bool isGood(const CompareOptions& options) {
     const char* wrong = nullptr;
     if (options.scenarios && count != 1) wrong = "--scenarios takes one model";
     if (!options.scenarios && count < 2) wrong = "expected two folders of results or more, or a model and --scenarios";
+    const ReadOptions& read = options.read;
+    const bool changesModel = !read.scenarios.empty() || !read.set.empty() || !read.from.empty() || !read.to.empty();
+    if (!options.scenarios && changesModel) {
+        wrong = "--scenario, --set, --from and --to change a model: they need --scenarios, since folders hold results";
+    }
     if (wrong) std::cerr << "kesto compare: error: " << wrong << '\n';
     return !wrong;
 }

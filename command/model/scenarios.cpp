@@ -9,7 +9,7 @@ namespace kesto {
 
 namespace {
 
-// Tables are ways to the values that stand in them, except where a path ends in the name of a table of its own.
+// A table stands for the values in it, each at a path of its own.
 void collect(const KeyPath& path, const Value& value, std::vector<Override>& overrides) {
     if (value.kind != Value::Kind::table) {
         overrides.push_back({path, value});
@@ -28,7 +28,7 @@ std::vector<Override> valuesOf(const Value& scenario, const std::string& what, D
         const bool isTable = field.value.kind == Value::Kind::table;
         if (field.name.value == "title" && !isTable) continue;
         auto path = parseKeyPath(field.name.value);
-        // A table may be the name of one of the model's, which is no whole path.
+        // The name of a table of the model is no whole path: its values make it one.
         if (isTable && isModelTable(field.name.value)) path = KeyPath{field.name.value};
         if (!path || (!isTable && path->size() < 3 && path->front() == "components")) {
             diagnostics.error("wrong-value", field.name.place,

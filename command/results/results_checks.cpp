@@ -157,7 +157,7 @@ void checkAccount(const Results& results, const Account& account, Diagnostics& d
         if ((!isCreated && entry.kind != AccountKind::destroyed) || !std::isfinite(entry.litres)) continue;
         const Component& component = results.model->components[at(entry.component)];
         diagnostics.warning("created-water", component.place,
-                            fmt::format("{} ({}) {} {:.6g} L: {}", nameOf(component), component.type->name,
+                            fmt::format("{} ({}) {} {:.1f} L: {}", nameOf(component), component.type->name,
                                         isCreated ? "creates" : "destroys", entry.litres, entry.reason),
                             component.name);
     }

@@ -149,7 +149,7 @@ class Account(unittest.TestCase):
                                  ("out", "infiltrated", "lake"): 120})
         done = self.kesto(SEEPING, "--strict")
         self.assertEqual(done.returncode, 1)
-        self.assertIn('component "lake" (reservoir) creates 70 L: it seeps water that it does not hold [created-water]',
+        self.assertIn('component "lake" (reservoir) creates 70.0 L: it seeps water that it does not hold [created-water]',
                       done.stderr)
 
     def test_a_dry_green_area(self):

@@ -134,6 +134,9 @@ class Compare(unittest.TestCase):
             self.assertEqual((done.returncode, done.stdout), (2, ""), text)
             self.assertIn("b: error: b/summary.json is no summary of a run", done.stderr)
         self.assertEqual(self.kesto("compare", "a").returncode, 2)
+        done = self.kesto("compare", "a", "a", "--set", "tank.size=3")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("they need --scenarios, since folders hold results", done.stderr)
         self.assertEqual(self.kesto("compare", "model.toml", "model.toml", "--scenarios").returncode, 2)
         self.assertEqual(self.kesto("compare", "model.toml", "--scenarios", "--set", "tank.sise=3").returncode, 2)
 
