@@ -46,6 +46,16 @@ NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, 
     return id;
 }
 
+NetcdfFile::Id NetcdfFile::cube(const std::string& name, const std::array<Id, 3>& dimensions, const Three& chunk,
+                                float fill) {
+    Id id = -1;
+    check(netcdf().def_var(file_, name.c_str(), NC_FLOAT, 3, dimensions.data(), &id));
+    check(netcdf().def_var_chunking(file_, id, NC_CHUNKED, chunk.data()));
+    if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, 1, 1, compression_));
+    check(netcdf().def_var_fill(file_, id, NC_FILL, &fill));
+    return id;
+}
+
 NetcdfFile::Id NetcdfFile::doubles(const std::string& name, Id dimension) {
     Id id = -1;
     check(netcdf().def_var(file_, name.c_str(), NC_DOUBLE, 1, &dimension, &id));
@@ -93,6 +103,10 @@ void NetcdfFile::writeRow(Id variable, std::size_t row, const std::vector<float>
     const std::size_t start[] = {row, 0};
     const std::size_t count[] = {1, values.size()};
     check(netcdf().put_vara_float(file_, variable, start, count, values.data()));
+}
+
+void NetcdfFile::writeBlock(Id variable, const Three& start, const Three& count, const float* values) {
+    check(netcdf().put_vara_float(file_, variable, start.data(), count.data(), values));
 }
 
 void NetcdfFile::write(Id variable, const std::vector<double>& values) {

@@ -1,6 +1,7 @@
 // A NetCDF-4 file that is being written: the few things that results need of it.
 #pragma once
 
+#include <array>
 #include <map>
 #include <string>
 #include <string_view>
@@ -23,6 +24,11 @@ class NetcdfFile {
 
     // Variables of floats are compressed by rows of the last dimension; `fill` is what rows hold that are not written.
     Id floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill = nullptr);
+
+    // Of three dimensions, compressed by chunks of this shape.
+    using Three = std::array<std::size_t, 3>;
+    Id cube(const std::string& name, const std::array<Id, 3>& dimensions, const Three& chunk, float fill);
+
     Id doubles(const std::string& name, Id dimension);
     Id integers(const std::string& name, Id dimension);
 
@@ -34,6 +40,7 @@ class NetcdfFile {
     void attribute(Id variable, const std::string& name, int value);
 
     void writeRow(Id variable, std::size_t row, const std::vector<float>& values);
+    void writeBlock(Id variable, const Three& start, const Three& count, const float* values);
     void write(Id variable, const std::vector<double>& values);
     void write(Id variable, const std::vector<int>& values);
 

@@ -17,6 +17,9 @@ struct NetcdfLibrary {
     decltype(&nc_inq_vardimid) inq_vardimid;
     decltype(&nc_inq_dimlen) inq_dimlen;
     decltype(&nc_inq_var_fill) inq_var_fill;
+    decltype(&nc_inq_natts) inq_natts;
+    decltype(&nc_inq_attname) inq_attname;
+    decltype(&nc_inq_att) inq_att;
     decltype(&nc_inq_attlen) inq_attlen;
     decltype(&nc_get_var_text) get_var_text;
     decltype(&nc_get_var_int) get_var_int;

@@ -102,14 +102,48 @@ std::vector<float> NetcdfReader::row(const std::string& variable, std::size_t ro
     return isWritten ? values : std::vector<float>{};
 }
 
+std::vector<float> NetcdfReader::block(const std::string& variable, const Three& start, const Three& count) const {
+    const int id = idOf(variable);
+    const std::vector<std::size_t> shape = shapeOf(id);
+    std::size_t items = 1;
+    for (std::size_t i = 0; i < start.size(); ++i) {
+        if (shape.size() != start.size() || start[i] > shape[i] || count[i] > shape[i] - start[i])
+            throw std::runtime_error(
+                fmt::format("cannot read {}: {} is not as large as it should be", path_, variable));
+        items *= count[i];
+    }
+    std::vector<float> values(items);
+    if (items > 0) check(netcdf().get_vara_float(file_, id, start.data(), count.data(), values.data()));
+    return values;
+}
+
+std::string NetcdfReader::textOf(int variable, const std::string& attribute, std::size_t length) const {
+    expectRoom(length, 1);
+    std::string text(length, '\0');
+    check(netcdf().get_att_text(file_, variable, attribute.c_str(), text.data()));
+    return text;
+}
+
+std::vector<std::pair<std::string, std::string>> NetcdfReader::textAttributes() const {
+    std::vector<std::pair<std::string, std::string>> attributes;
+    int count = 0;
+    check(netcdf().inq_natts(file_, &count));
+    for (int i = 0; i < count; ++i) {
+        char name[NC_MAX_NAME + 1];
+        std::size_t length = 0;
+        nc_type type = NC_NAT;
+        check(netcdf().inq_attname(file_, NC_GLOBAL, i, name));
+        check(netcdf().inq_att(file_, NC_GLOBAL, name, &type, &length));
+        if (type == NC_CHAR) attributes.emplace_back(name, textOf(NC_GLOBAL, name, length));
+    }
+    return attributes;
+}
+
 std::string NetcdfReader::textAttribute(const std::string& variable, const std::string& name) const {
     const int id = idOf(variable);
     std::size_t length = 0;
     if (netcdf().inq_attlen(file_, id, name.c_str(), &length) != NC_NOERR) return {};
-    expectRoom(length, 1);
-    std::string text(length, '\0');
-    check(netcdf().get_att_text(file_, id, name.c_str(), text.data()));
-    return text;
+    return textOf(id, name, length);
 }
 
 }  // namespace kesto

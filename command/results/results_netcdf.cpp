@@ -13,26 +13,13 @@
 #include "files.h"
 #include "netcdf_file.h"
 #include "netcdf_library.h"
+#include "series_tables.h"
 
 namespace kesto {
 
 namespace {
 
 using Id = NetcdfFile::Id;
-
-constexpr float kAbsent = -1.0F;  // the mark of a signal without quality
-
-// Rows of one unit that share a dimension.
-struct Table {
-    std::string dimension;
-    std::string variable;
-    std::string_view meaning;
-    std::string_view unit;
-};
-
-constexpr std::string_view unitOrOne(std::string_view unit) {
-    return unit.empty() || unit == "cost" ? "1" : unit;
-}
 
 class Writer {
   public:
@@ -43,12 +30,9 @@ class Writer {
         describe(read);
         describeEnd();
         writeTime();
-        writeFlows("L", {"flow", "quantity", "amount of the step", "L"}, "quality");
-        writeFlows("mm", {"depth_flow", "depth", "depth of the step", "mm"}, "depth_quality");
-        writeStates(SeriesKind::storage, {"store", "storage", "stored water at the end of the step", "L"});
-        writeStates(SeriesKind::storage, {"depth_store", "storage_depth", "stored depth at the end of the step", "mm"});
-        writeStates(SeriesKind::quality,
-                    {"quality_store", "stored_quality", "stored quality at the end of the step", ""});
+        for (const SeriesTable& table : kSeriesTables) {
+            table.isOfFlows() ? writeFlows(table) : writeStates(table);
+        }
         writePotentials();
         writeEvaluation(file_, evaluation);
         file_.close();
@@ -127,30 +111,34 @@ class Writer {
         if (!std::exchange(hasIdentities_, true)) file_.attribute(variable, "cf_role", "timeseries_id");
     }
 
-    Id define(const Table& table, Id dimension, const float* fill = nullptr) {
-        const Id id = file_.floats(table.variable, dimension, time_, results_.steps, fill);
-        file_.attribute(id, "long_name", table.meaning);
-        file_.attribute(id, "units", unitOrOne(table.unit));
-        file_.attribute(id, "coordinates", table.dimension + "_name");
+    Id define(std::string_view variable, std::string_view meaning, std::string_view unit, const std::string& names,
+              Id dimension, const float* fill = nullptr) {
+        const Id id = file_.floats(std::string(variable), dimension, time_, results_.steps, fill);
+        file_.attribute(id, "long_name", meaning);
+        file_.attribute(id, "units", unitOrOne(unit));
+        file_.attribute(id, "coordinates", names);
         return id;
     }
 
-    void writeFlows(std::string_view unit, const Table& table, const std::string& quality) {
+    static std::string meaningOf(const SeriesTable& table) { return fmt::format("{} step", table.meaning); }
+
+    void writeFlows(const SeriesTable& table) {
         std::vector<const Flow*> flows;
         std::vector<std::string> names, carries;
         for (const Flow& flow : results_.flows) {
-            if (flow.unit != unit) continue;
+            if (flow.unit != table.unit) continue;
             flows.push_back(&flow);
             names.push_back(flow.name);
             carries.emplace_back(toText(flow.carries));
         }
         if (flows.empty()) return;
-        const Id dimension = file_.dimension(table.dimension, flows.size());
-        writeNames(table.dimension, dimension, names);
-        const Id kind = file_.texts(table.dimension + "_carries", dimension, carries);
+        const std::string of(table.dimension);
+        const Id dimension = file_.dimension(of, flows.size());
+        writeNames(of, dimension, names);
+        const Id kind = file_.texts(of + "_carries", dimension, carries);
         file_.attribute(kind, "long_name", "what the signal is: water, a demand, or either");
-        const Id quantities = define(table, dimension);
-        const Id qualities = define({table.dimension, quality, "quality of the flow", ""}, dimension, &kAbsent);
+        const Id quantities = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
+        const Id qualities = define(table.quality, "quality of the flow", "", of + "_name", dimension, &kNoQuality);
         std::vector<float> row(results_.steps);
         for (std::size_t i = 0; i < flows.size(); ++i) {
             const Signal* signals = flows[i]->signals;
@@ -158,24 +146,25 @@ class Writer {
             file_.writeRow(quantities, i, row);
             std::transform(signals, signals + results_.steps, row.begin(), [](const Signal& s) { return s.quality; });
             // A row that is not written reads as the mark of absence, and takes no space.
-            if (std::any_of(row.begin(), row.end(), [](float q) { return q != kAbsent; })) {
+            if (std::any_of(row.begin(), row.end(), [](float q) { return q != kNoQuality; })) {
                 file_.writeRow(qualities, i, row);
             }
         }
     }
 
-    void writeStates(SeriesKind kind, const Table& table) {
+    void writeStates(const SeriesTable& table) {
         std::vector<const State*> states;
         std::vector<std::string> names;
         for (const State& state : results_.states) {
-            if (state.kind != kind || state.unit != table.unit) continue;
+            if (state.kind != table.state || state.unit != table.unit) continue;
             states.push_back(&state);
             names.push_back(state.name);
         }
         if (states.empty()) return;
-        const Id dimension = file_.dimension(table.dimension, states.size());
-        writeNames(table.dimension, dimension, names);
-        const Id id = define(table, dimension);
+        const std::string of(table.dimension);
+        const Id dimension = file_.dimension(of, states.size());
+        writeNames(of, dimension, names);
+        const Id id = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
         for (std::size_t i = 0; i < states.size(); ++i) {
             file_.writeRow(id, i, {states[i]->values, states[i]->values + results_.steps});
         }
@@ -197,7 +186,7 @@ class Writer {
             const auto [variable, isNew] = variables.emplace(name, NetcdfFile::kGlobal);
             if (isNew) {
                 const std::string meaning = fmt::format("{} potential [{}]", potential.name, series.unit);
-                variable->second = define({"group", name, meaning, series.unit}, dimension);
+                variable->second = define(name, meaning, series.unit, "group_name", dimension);
             }
             file_.writeRow(variable->second, rows[series.group], {series.values, series.values + results_.steps});
         }
