@@ -28,8 +28,13 @@ if(TARGET kesto)
     install(FILES command/commands/completion/kesto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kesto)
 endif()
 
-# Python's wrapper, the examples, the small hosts, and what there is to read.
-install(DIRECTORY python/kesto DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto/python PATTERN __pycache__ EXCLUDE)
+# The Python package, the examples, the small hosts, and what there is to read.
+if(WIN32)
+    set(kesto_python ${CMAKE_INSTALL_DATADIR}/kesto/python)
+else()
+    set(kesto_python lib/python3/dist-packages) # where Debian's Python looks, under /usr
+endif()
+install(DIRECTORY python/kesto DESTINATION ${kesto_python} PATTERN __pycache__ EXCLUDE PATTERN .mypy_cache EXCLUDE)
 install(DIRECTORY examples hosts DESTINATION ${CMAKE_INSTALL_DATADIR}/kesto
     PATTERN CMakeLists.txt EXCLUDE PATTERN check*.py EXCLUDE PATTERN Layout.cs EXCLUDE PATTERN layout.pas EXCLUDE
     PATTERN __pycache__ EXCLUDE)
@@ -42,7 +47,7 @@ else()
     set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
     file(RELATIVE_PATH headers /${documents} /${kesto_include})
     file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/beside_pages)
-    foreach(link IN ITEMS examples:../../kesto/examples hosts:../../kesto/hosts python:../../kesto/python src:${headers})
+    foreach(link IN ITEMS examples:../../kesto/examples hosts:../../kesto/hosts python:../../../${kesto_python} src:${headers})
         string(REGEX MATCH "^(.*):(.*)$" link ${link})
         file(CREATE_LINK ${CMAKE_MATCH_2} ${PROJECT_BINARY_DIR}/beside_pages/${CMAKE_MATCH_1} SYMBOLIC)
     endforeach()
@@ -67,6 +72,8 @@ else()
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
     set(CPACK_DEBIAN_PACKAGE_SECTION science)
     set(CPACK_DEBIAN_PACKAGE_RECOMMENDS graphviz) # a program that kesto draw and kesto report start
+    # What the Python package needs when it is used, and its extras.
+    set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3-xarray, python3-netcdf4, python3-scipy, python3-matplotlib, python3-tqdm, python3-emcee, python3-distributed")
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

@@ -4,7 +4,7 @@
 """
 import sys
 
-import kesto
+from kesto import engine
 
 DAYS = 8
 GROUP, ROOF, TANK, GARDEN, MAINS, SPILL = 1, 11, 12, 13, 14, 15
@@ -13,9 +13,9 @@ RAIN = [10, 0, 0, 2.5, 20, 0, 0, 0]  # mm
 
 
 def network(broken):
-    record = kesto.AUEglobals(nSteps=DAYS, TimeStep=1)
+    record = engine.AUEglobals(nSteps=DAYS, TimeStep=1)
     # id, type, group, brand, size
-    record.Net_Compnt, record.nComps = kesto.rows(kesto.ComponentRow, [
+    record.Net_Compnt, record.nComps = engine.rows(engine.ComponentRow, [
         (ROOF, 28, GROUP, NO_SUCH_BRAND if broken else ROOFING, 80),  # m²
         (GARDEN, 45, GROUP, 0, 100),                                  # percent of its demand
         (TANK, 32, GROUP, NO_COST, 500),                              # L
@@ -23,23 +23,23 @@ def network(broken):
         (SPILL, 26, 0, 0, 0),
     ])
     # number, from, output, to, input
-    record.Net_Conn, record.nConns = kesto.rows(kesto.ConnectionRow, [
+    record.Net_Conn, record.nConns = engine.rows(engine.ConnectionRow, [
         (1, ROOF, 1, TANK, 1),
         (2, GARDEN, 1, TANK, 2),
         (3, TANK, 1, MAINS, 1),  # what the tank could not give
         (4, TANK, 2, SPILL, 1),
     ])
     # brand, number and value; the two selectors before the number are 1
-    record.TechSpecs, record.nTechSpecs = kesto.rows(kesto.SpecificationRow, [
+    record.TechSpecs, record.nTechSpecs = engine.rows(engine.SpecificationRow, [
         (0, 0, ROOFING, 0, 1, 1, 25, 5, 0),    # quality of the runoff
         (0, 0, ROOFING, 0, 1, 1, 27, 0.1, 0),  # share that wets the roof and evaporates
         (0, 0, NO_COST, 0, 1, 1, 12, 0, 0),
         (0, 0, NO_COST, 0, 1, 1, 13, 0, 0),
     ])
-    record.PotCompIds, record.nPotComps = kesto.rows(kesto.ctypes.c_int32, [GROUP])
-    record.Rainfall, record.nRainfall = kesto.series({GROUP: RAIN})
-    record.InsDmd, record.nInsDmd = kesto.series({GARDEN: [200] * DAYS})
-    record.WatQuant, record.nWatQuant = kesto.series({TANK: [100] + [0] * (DAYS - 1)})  # 100 L to begin with
+    record.PotCompIds, record.nPotComps = engine.rows(engine.ctypes.c_int32, [GROUP])
+    record.Rainfall, record.nRainfall = engine.series({GROUP: RAIN})
+    record.InsDmd, record.nInsDmd = engine.series({GARDEN: [200] * DAYS})
+    record.WatQuant, record.nWatQuant = engine.series({TANK: [100] + [0] * (DAYS - 1)})  # 100 L to begin with
     return record
 
 
@@ -52,12 +52,12 @@ def print_results(record):
 
 
 def main():
-    library = kesto.load()
+    library = engine.load()
     record = network(broken="broken" in sys.argv[1:])
     try:
-        kesto.simulate(library, record, 1, DAYS)
+        engine.simulate(library, record, 1, DAYS)
         print_results(record)
-    except kesto.Error as error:
+    except engine.Error as error:
         print(f"KESTO: {error}", file=sys.stderr)
         return 1
     finally:

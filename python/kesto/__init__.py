@@ -1,131 +1,56 @@
-"""The KESTO library from Python, through ctypes and nothing else.
+"""KESTO: the water cycle of a house, a neighbourhood or a city, from one run to a calibrated model.
 
-The record and its rows are the structures of AUEglobals.h under the same names; that header says what each field means.
+    >>> import kesto
+    >>> model = kesto.load("model.toml")                       # doctest: +SKIP
+    >>> run = model.run({"tank.size": "3 m3"})                 # doctest: +SKIP
+    >>> run.flows.sel(flow="tank:overflow")                    # doctest: +SKIP
 
-    import kesto
+Everything runs through the `kesto` command, one process for each run: the command that KESTO in the environment names,
+else the one beside this package, else the one on PATH. Keys of parameters are those of its option `--set`.
 
-    library = kesto.load()
-    record = kesto.AUEglobals(nSteps=3, TimeStep=1)
-    record.Net_Compnt, record.nComps = kesto.rows(kesto.ComponentRow, [(1, 30, 0, 0, 0)])
-    kesto.simulate(library, record, 1, 3)
-    ...                                    # read the outputs out of the record
-    library.FreeAUEglobals(record)         # and give them back
-
-The library keeps statics for as long as the process lives, and a violated invariant ends the process: use a process for
-each run (multiprocessing with maxtasksperchild=1, or subprocess) unless the runs are meant to share them.
+`kesto.engine` is the library itself through ctypes, for hosts that fill the engine's record.
 """
-import ctypes
-import os
-import sys
+from __future__ import annotations
 
-SUCCESS = 123456789
-SETUP_FAILURE = -123456798
-RUN_FAILURE = -123456789
+import importlib
+from typing import TYPE_CHECKING, Any
 
-_I, _F = ctypes.c_int32, ctypes.c_float
+__version__ = "0.1.0"
 
+if TYPE_CHECKING:
+    from .errors import CommandError as CommandError
+    from .errors import Error as Error
+    from .errors import Fault as Fault
+    from .errors import ModelError as ModelError
+    from .errors import RunError as RunError
+    from .model import Model as Model
+    from .model import load as load
+    from .result import Result as Result
+    from .result import open_results as open_results
 
-def _fields(kind, names):
-    return [(name, kind) for name in names.split()]
+# Where each public name lives. Modules are imported when a name is first used: `import kesto` is to take no time.
+_HOMES = {
+    "errors": ["CommandError", "Error", "Fault", "ModelError", "RunError"],
+    "model": ["Model", "load"],
+    "result": ["Result", "open_results"],
+}
+_HOME = {name: module for module, names in _HOMES.items() for name in names}
+__all__ = sorted(_HOME)
 
-
-class Signal(ctypes.Structure):
-    _fields_ = _fields(_F, "quantity quality")
-
-
-class ComponentRow(ctypes.Structure):
-    _fields_ = _fields(_F, "id techid key brand size")
-
-
-class ConnectionRow(ctypes.Structure):
-    _fields_ = _fields(_I, "link senderId senderPort receiverId receiverPort")
-
-
-class SpecificationRow(ctypes.Structure):
-    _fields_ = _fields(_F, "host0 host1 brand host3 select1 select2 number value host8")
-
-
-class SeriesEntry(ctypes.Structure):
-    _fields_ = [("id", _I), ("Value", ctypes.POINTER(_F))]
+# Names of the ctypes module that was called `kesto` once.
+_OF_ENGINE = {"AUEglobals", "ComponentRow", "ConnectionRow", "SeriesEntry", "SignalSeriesEntry", "SpecificationRow",
+              "SplitEntry", "rows", "series", "simulate"}
 
 
-class SignalSeriesEntry(ctypes.Structure):
-    _fields_ = [("id", _I), ("Signal", ctypes.POINTER(Signal))]
+def __getattr__(name: str) -> Any:
+    if name in _HOME:
+        value = getattr(importlib.import_module(f".{_HOME[name]}", __name__), name)
+        globals()[name] = value
+        return value
+    if name in _OF_ENGINE:
+        raise AttributeError(f"kesto.{name} is kesto.engine.{name} now: from kesto import engine")
+    raise AttributeError(f"module 'kesto' has no attribute '{name}'")
 
 
-class SplitEntry(ctypes.Structure):
-    _fields_ = [("id", _I), ("nMembers", _I), ("members", ctypes.POINTER(_I)), ("beta", _F)]
-
-
-def _table(name, entry, count=None):
-    return [(name, ctypes.POINTER(entry)), (count or "n" + name, _I)]
-
-
-_INPUT_SERIES = "FreqSer Rainfall Temp Tmin Tmax Wind Multpls Threshold Occup Dmdflct InsDmd WatQuant WatQual"
-_POTENTIALS = "NrgPot InfPot LosPot EvaPot CapPot OprPot"
-
-
-class AUEglobals(ctypes.Structure):
-    _fields_ = [
-        ("StartTime", _I),
-        ("nSteps", _I),
-        ("TimeStep", _F),
-        ("Latitude", _F),
-        ("StopOnInfeas", _I),
-        ("BuildTree", _I),
-        ("CurStep", _I),
-        *_table("PotCompIds", _I, "nPotComps"),
-        *_table("TechSpecs", SpecificationRow),
-        *_table("Net_Compnt", ComponentRow, "nComps"),
-        *_table("Net_Conn", ConnectionRow, "nConns"),
-        *(field for name in _INPUT_SERIES.split() for field in _table(name, SeriesEntry)),
-        ("nSplits", _I),  # the one count that stands before its table
-        ("Splits", ctypes.POINTER(SplitEntry)),
-        *_table("Logs", SignalSeriesEntry),
-        *_table("WatBod", SignalSeriesEntry),
-        *_fields(ctypes.POINTER(SeriesEntry), _POTENTIALS),
-        ("ErrMsg", ctypes.c_char * 256),
-        ("ErrFlag", _I),
-    ]
-
-
-class Error(Exception):
-    """A call that did not succeed: its status, and the library's text."""
-
-    def __init__(self, status, message):
-        super().__init__(f"{message} (status {status})")
-        self.status = status
-        self.message = message
-
-
-def load(path=None):
-    """The library at `path`, or where KESTO_LIBRARY in the environment says, or where the system looks for libraries."""
-    name = "KESTO.dll" if sys.platform == "win32" else "libKESTO.so.0"
-    library = ctypes.CDLL(path or os.environ.get("KESTO_LIBRARY") or name)
-    library.KESTO_simul.argtypes = [ctypes.POINTER(AUEglobals), _I, _I]
-    library.KESTO_simul.restype = _I
-    library.FreeAUEglobals.argtypes = [ctypes.POINTER(AUEglobals)]
-    library.FreeAUEglobals.restype = None
-    return library
-
-
-def rows(kind, values):
-    """An array of `kind` and its length. A row is given as a tuple, a number or an object of the kind itself.
-
-    The array lives as long as something refers to it; a record or an entry that it is assigned to does.
-    """
-    values = [kind(*value) if isinstance(value, tuple) else value for value in values]
-    return (kind * len(values))(*values), len(values)
-
-
-def series(entries):
-    """A table of series from a dictionary of lists by id, and its length."""
-    return rows(SeriesEntry, [(id, rows(_F, values)[0]) for id, values in entries.items()])
-
-
-def simulate(library, record, first, last):
-    """Runs the steps first ... last, counted from 1. Raises Error unless the library reports success."""
-    record.ErrFlag = 0
-    status = library.KESTO_simul(record, first, last)
-    if status != SUCCESS:
-        raise Error(status, record.ErrMsg.decode("ascii", "replace"))
+def __dir__() -> list[str]:
+    return sorted([*globals(), *_HOME])

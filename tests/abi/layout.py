@@ -6,10 +6,10 @@ import shlex
 import subprocess
 import sys
 
-import kesto
-from kesto import AUEglobals, ComponentRow, ConnectionRow
+from kesto import engine
+from kesto.engine import AUEglobals, ComponentRow, ConnectionRow
 
-STRUCTURES = {name: getattr(kesto, name) for name in
+STRUCTURES = {name: getattr(engine, name) for name in
               ("Signal", "ComponentRow", "ConnectionRow", "SpecificationRow", "SeriesEntry", "SignalSeriesEntry",
                "SplitEntry", "AUEglobals")}
 
@@ -57,7 +57,7 @@ def compare(commands):
 
 
 def call(path):
-    library = kesto.load(path)
+    library = engine.load(path)
     record = AUEglobals(nSteps=2, TimeStep=1.0)
     components = (ComponentRow * 2)(ComponentRow(1, 31), ComponentRow(2, 26))
     connections = (ConnectionRow * 1)(ConnectionRow(1, 1, 1, 2, 1))

@@ -132,9 +132,16 @@ def by_pkg_config(prefix, folder):
 
 
 def installed_python(prefix):
-    environment = {**os.environ, "PYTHONPATH": str(prefix / "share/kesto/python"), "PYTHONDONTWRITEBYTECODE": "1",
+    environment = {**os.environ, "PYTHONPATH": str(prefix / "lib/python3/dist-packages"), "PYTHONDONTWRITEBYTECODE": "1",
                    "KESTO_LIBRARY": str(prefix / "lib/libKESTO.so.0")}
     run(sys.executable, CHECK_HOST, sys.executable, prefix / "share/kesto/hosts/python/host.py", env=environment)
+    # The package finds the command of its own prefix.
+    environment.pop("KESTO", None)
+    model = prefix / "share/kesto/examples/rainwater-house/model.toml"
+    title = run(sys.executable, "-c", "import kesto, sys; from kesto import command; print(command.find());"
+                                      "print(kesto.load(sys.argv[1]).title)", model, env=environment)
+    if title.splitlines() != [str(prefix / "bin/kesto"), "House with a rainwater tank"]:
+        sys.exit(f"the installed Python package: {title}")
     print("Python: runs")
 
 

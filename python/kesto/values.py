@@ -1,0 +1,70 @@
+"""Keys and values as the command's options write them."""
+from __future__ import annotations
+
+import datetime
+from collections.abc import Mapping, Sequence
+from typing import SupportsFloat, SupportsIndex, Union
+
+Value = Union[str, bool, int, float, SupportsFloat, Sequence["Value"]]
+Day = Union[str, datetime.date]
+
+
+def written(value: Value) -> str:
+    """A value as after `--set KEY=`: numbers in full, texts as they are.
+
+    >>> written("3 m3"), written(0.1), written(True), written([1, 2.5])
+    ('3 m3', '0.1', 'true', '[1, 2.5]')
+
+    Raises
+    ------
+    TypeError
+        It is neither a text, a number nor a list of such.
+    """
+    if isinstance(value, str):
+        return value
+    if isinstance(value, (bool, type(None))) or type(value).__name__ in ("bool_", "bool"):
+        if value is None:
+            raise TypeError("None is no value of a key; expected a number, a text or a list of numbers")
+        return "true" if value else "false"
+    if isinstance(value, SupportsIndex):  # whole numbers, numpy's among them
+        return str(value.__index__())
+    if isinstance(value, SupportsFloat):
+        return repr(float(value))
+    if isinstance(value, Sequence):
+        return "[" + ", ".join(f'"{one}"' if isinstance(one, str) else written(one) for one in value) + "]"
+    raise TypeError(f"{value!r} is no value of a key; expected a number, a text or a list of numbers")
+
+
+def day(value: Day) -> str:
+    """A day as YYYY-MM-DD; a pandas Timestamp is a date, too.
+
+    >>> day("2012-01-31"), day(datetime.date(2012, 1, 31))
+    ('2012-01-31', '2012-01-31')
+    """
+    if isinstance(value, datetime.datetime):
+        value = value.date()
+    return value if isinstance(value, str) else value.isoformat()
+
+
+def listed(names: str | Sequence[str]) -> list[str]:
+    """One name or several, as a list."""
+    return [names] if isinstance(names, str) else list(names)
+
+
+def options(set: Mapping[str, Value] | None = None, scenario: str | Sequence[str] = (), start: Day | None = None,
+            end: Day | None = None) -> list[str]:
+    """The options of the command that replace values of a model.
+
+    >>> options({"tank.size": "3 m3"}, "dry", end="2012-12-31")
+    ['--scenario', 'dry', '--set', 'tank.size=3 m3', '--to', '2012-12-31']
+    """
+    words: list[str] = []
+    for name in listed(scenario):
+        words += ["--scenario", name]
+    for key, value in (set or {}).items():
+        words += ["--set", f"{key}={written(value)}"]
+    if start is not None:
+        words += ["--from", day(start)]
+    if end is not None:
+        words += ["--to", day(end)]
+    return words
