@@ -18,21 +18,38 @@ from typing import TYPE_CHECKING, Any
 __version__ = "0.1.0"
 
 if TYPE_CHECKING:
+    from .designs import grid as grid
+    from .designs import lhs as lhs
+    from .designs import sobol as sobol
     from .errors import CommandError as CommandError
     from .errors import Error as Error
     from .errors import Fault as Fault
     from .errors import ModelError as ModelError
     from .errors import RunError as RunError
+    from .metrics import kge as kge
+    from .metrics import nse as nse
+    from .metrics import pbias as pbias
     from .model import Model as Model
     from .model import load as load
+    from .morris import morris_effects as morris_effects
+    from .morris import morris_sample as morris_sample
     from .result import Result as Result
     from .result import open_results as open_results
+    from .search import dds as dds
+    from .search import non_dominated as non_dominated
+    from .variance import sobol_indices as sobol_indices
+    from .variance import sobol_sample as sobol_sample
 
 # Where each public name lives. Modules are imported when a name is first used: `import kesto` is to take no time.
 _HOMES = {
+    "designs": ["grid", "lhs", "sobol"],
     "errors": ["CommandError", "Error", "Fault", "ModelError", "RunError"],
+    "metrics": ["kge", "nse", "pbias"],
     "model": ["Model", "load"],
+    "morris": ["morris_effects", "morris_sample"],
     "result": ["Result", "open_results"],
+    "search": ["dds", "non_dominated"],
+    "variance": ["sobol_indices", "sobol_sample"],
 }
 _HOME = {name: module for module, names in _HOMES.items() for name in names}
 __all__ = sorted(_HOME)
