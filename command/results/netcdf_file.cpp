@@ -11,7 +11,13 @@ namespace kesto {
 
 namespace {
 
-constexpr std::size_t kChunkFloats = 1 << 20;
+constexpr std::size_t kLongestChunk = 1 << 20;  // values of one row
+constexpr std::size_t kChunk = 1 << 16;         // values of several
+
+// As many short rows as make a chunk: one row each would take twice the time, and compress no better.
+std::size_t rowsOfChunk(std::size_t length) {
+    return std::max<std::size_t>(kChunk / std::max<std::size_t>(length, 1), 1);
+}
 
 }  // namespace
 
@@ -35,14 +41,20 @@ NetcdfFile::Id NetcdfFile::dimension(const std::string& name, std::size_t length
     return id;
 }
 
-NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill) {
+NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, std::size_t length, float missing) {
     Id id = -1;
     const Id dimensions[] = {rows, columns};
     check(netcdf().def_var(file_, name.c_str(), NC_FLOAT, 2, dimensions, &id));
-    const std::size_t chunk[] = {1, std::clamp<std::size_t>(length, 1, kChunkFloats)};
+    std::size_t count = 0;
+    check(netcdf().inq_dimlen(file_, rows, &count));
+    const std::size_t chunk[] = {std::clamp<std::size_t>(count, 1, rowsOfChunk(length)),
+                                 std::clamp<std::size_t>(length, 1, kLongestChunk)};
     check(netcdf().def_var_chunking(file_, id, NC_CHUNKED, chunk));
-    if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, 1, 1, compression_));
-    if (fill) check(netcdf().def_var_fill(file_, id, NC_FILL, fill));
+    // Amounts repeat, from day to day and from household to household: bytes of whole numbers match better than
+    // shuffled.
+    if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, NC_NOSHUFFLE, 1, compression_));
+    check(netcdf().def_var_fill(file_, id, NC_FILL, &missing));
+    missing_[id] = missing;
     return id;
 }
 
@@ -98,11 +110,25 @@ void NetcdfFile::attribute(Id variable, const std::string& name, int value) {
     check(netcdf().put_att_int(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), NC_INT, 1, &value));
 }
 
-void NetcdfFile::writeRow(Id variable, std::size_t row, const std::vector<float>& values) {
-    if (values.empty()) return;
-    const std::size_t start[] = {row, 0};
-    const std::size_t count[] = {1, values.size()};
-    check(netcdf().put_vara_float(file_, variable, start, count, values.data()));
+void NetcdfFile::writeRows(Id variable, std::size_t rows, std::size_t length, const FillRow& fill) {
+    if (length == 0) return;
+    const std::size_t together = rowsOfChunk(length);
+    std::vector<float> values(std::min(together, rows) * length);
+    for (std::size_t first = 0; first < rows; first += together) {
+        const std::size_t end = std::min(first + together, rows);
+        bool isEmpty = true;
+        for (std::size_t row = first; row < end; ++row) {
+            float* const to = &values[(row - first) * length];
+            if (fill(row, to)) {
+                isEmpty = false;
+            } else {
+                std::fill_n(to, length, missing_[variable]);
+            }
+        }
+        if (isEmpty) continue;
+        const std::size_t start[] = {first, 0}, count[] = {end - first, length};
+        check(netcdf().put_vara_float(file_, variable, start, count, values.data()));
+    }
 }
 
 void NetcdfFile::writeBlock(Id variable, const Three& start, const Three& count, const float* values) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -22,8 +23,8 @@ class NetcdfFile {
 
     Id dimension(const std::string& name, std::size_t length);
 
-    // Variables of floats are compressed by rows of the last dimension; `fill` is what rows hold that are not written.
-    Id floats(const std::string& name, Id rows, Id columns, std::size_t length, const float* fill = nullptr);
+    // Variables of floats, in rows of `length`; `missing` is what rows hold that are not written.
+    Id floats(const std::string& name, Id rows, Id columns, std::size_t length, float missing);
 
     // Of three dimensions, compressed by chunks of this shape.
     using Three = std::array<std::size_t, 3>;
@@ -39,8 +40,11 @@ class NetcdfFile {
     void attribute(Id variable, const std::string& name, std::string_view text);
     void attribute(Id variable, const std::string& name, int value);
 
-    void writeRow(Id variable, std::size_t row, const std::vector<float>& values);
     void writeBlock(Id variable, const Three& start, const Three& count, const float* values);
+    // `fill` writes the values of a row and returns true, or returns false for one that is missing. A chunk of missing
+    // rows takes no space.
+    using FillRow = std::function<bool(std::size_t row, float* values)>;
+    void writeRows(Id variable, std::size_t rows, std::size_t length, const FillRow& fill);
     void write(Id variable, const std::vector<double>& values);
     void write(Id variable, const std::vector<int>& values);
 
@@ -51,6 +55,7 @@ class NetcdfFile {
     std::string path_;
     int compression_;
     std::map<std::size_t, Id> characters_;  // dimensions by their lengths
+    std::map<Id, float> missing_;           // of variables
     int file_ = -1;
 };
 

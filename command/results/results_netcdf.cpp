@@ -21,6 +21,13 @@ namespace {
 
 using Id = NetcdfFile::Id;
 
+struct PotentialVariable {
+    std::string name;
+    const PotentialInfo* potential;
+    std::string_view unit;
+    std::vector<const float*> values;  // of each group
+};
+
 class Writer {
   public:
     Writer(const Results& results, const std::string& path, int compression)
@@ -112,8 +119,8 @@ class Writer {
     }
 
     Id define(std::string_view variable, std::string_view meaning, std::string_view unit, const std::string& names,
-              Id dimension, const float* fill = nullptr) {
-        const Id id = file_.floats(std::string(variable), dimension, time_, results_.steps, fill);
+              Id dimension, float missing = NC_FILL_FLOAT) {
+        const Id id = file_.floats(std::string(variable), dimension, time_, results_.steps, missing);
         file_.attribute(id, "long_name", meaning);
         file_.attribute(id, "units", unitOrOne(unit));
         file_.attribute(id, "coordinates", names);
@@ -138,18 +145,17 @@ class Writer {
         const Id kind = file_.texts(of + "_carries", dimension, carries);
         file_.attribute(kind, "long_name", "what the signal is: water, a demand, or either");
         const Id quantities = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
-        const Id qualities = define(table.quality, "quality of the flow", "", of + "_name", dimension, &kNoQuality);
-        std::vector<float> row(results_.steps);
-        for (std::size_t i = 0; i < flows.size(); ++i) {
-            const Signal* signals = flows[i]->signals;
-            std::transform(signals, signals + results_.steps, row.begin(), [](const Signal& s) { return s.quantity; });
-            file_.writeRow(quantities, i, row);
-            std::transform(signals, signals + results_.steps, row.begin(), [](const Signal& s) { return s.quality; });
-            // A row that is not written reads as the mark of absence, and takes no space.
-            if (std::any_of(row.begin(), row.end(), [](float q) { return q != kNoQuality; })) {
-                file_.writeRow(qualities, i, row);
-            }
-        }
+        const Id qualities = define(table.quality, "quality of the flow", "", of + "_name", dimension, kNoQuality);
+        writeRows(quantities, flows, [&](const Flow* flow, float* to) {
+            std::transform(flow->signals, flow->signals + results_.steps, to,
+                           [](const Signal& s) { return s.quantity; });
+            return true;
+        });
+        writeRows(qualities, flows, [&](const Flow* flow, float* to) {
+            std::transform(flow->signals, flow->signals + results_.steps, to,
+                           [](const Signal& s) { return s.quality; });
+            return std::any_of(to, to + results_.steps, [](float q) { return q != kNoQuality; });
+        });
     }
 
     void writeStates(const SeriesTable& table) {
@@ -165,31 +171,45 @@ class Writer {
         const Id dimension = file_.dimension(of, states.size());
         writeNames(of, dimension, names);
         const Id id = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
-        for (std::size_t i = 0; i < states.size(); ++i) {
-            file_.writeRow(id, i, {states[i]->values, states[i]->values + results_.steps});
-        }
+        writeRows(id, states, [&](const State* state, float* to) {
+            std::copy_n(state->values, results_.steps, to);
+            return true;
+        });
     }
 
     void writePotentials() {
         std::vector<std::string> groups;
         std::map<std::string, std::size_t> rows;
-        std::map<std::string, Id> variables;
         for (const PotentialSeries& series : results_.potentials) {
             if (rows.emplace(series.group, groups.size()).second) groups.push_back(series.group);
         }
         if (groups.empty()) return;
         const Id dimension = file_.dimension("group", groups.size());
         writeNames("group", dimension, groups);
+        // What each variable holds of each group; null where none is booked.
+        std::vector<PotentialVariable> variables;
+        std::map<std::string, std::size_t> known;
         for (const PotentialSeries& series : results_.potentials) {
             const PotentialInfo& potential = info(series.potential);
             const std::string name = potentialVariable(potential, series.unit);
-            const auto [variable, isNew] = variables.emplace(name, NetcdfFile::kGlobal);
-            if (isNew) {
-                const std::string meaning = fmt::format("{} potential [{}]", potential.name, series.unit);
-                variable->second = define(name, meaning, series.unit, "group_name", dimension);
-            }
-            file_.writeRow(variable->second, rows[series.group], {series.values, series.values + results_.steps});
+            const auto [index, isNew] = known.emplace(name, variables.size());
+            if (isNew) variables.push_back({name, &potential, series.unit, std::vector<const float*>(groups.size())});
+            variables[index->second].values[rows[series.group]] = series.values;
         }
+        for (const auto& [name, potential, unit, values] : variables) {
+            const std::string meaning = fmt::format("{} potential [{}]", potential->name, unit);
+            writeRows(define(name, meaning, unit, "group_name", dimension), values, [&](const float* from, float* to) {
+                if (from) std::copy_n(from, results_.steps, to);
+                return from != nullptr;
+            });
+        }
+    }
+
+    // `fill` has an item, and where the values of its row go.
+    template <class Item, class Fill>
+    void writeRows(Id variable, const std::vector<Item>& items, const Fill& fill) {
+        file_.writeRows(variable, items.size(), results_.steps,
+                        [&](std::size_t row, float* values) { return fill(items[row], values); });
     }
 
     const Results& results_;
