@@ -29,7 +29,11 @@ class FileLock {
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
-    bool isHeld() const;                     // by this process
+    bool isHeld() const;  // by this process, or the one that has started it
+
+    // Called in a child of the process that holds it: until both have ended, nobody else can have it.
+    void hold();
+
     long holder() const { return holder_; }  // id of the process that holds it; 0: unknown, as on another machine
 
   private:

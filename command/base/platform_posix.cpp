@@ -11,12 +11,14 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <stdexcept>
+#include <thread>
 
 #include "platform.h"
 
@@ -61,6 +63,23 @@ bool isStillAt(const std::string& path, int file) {
     }, named{};
     return fstat(file, &opened) == 0 && lstat(path.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
            opened.st_ino == named.st_ino;
+}
+
+// Of so many bytes from the first on; 0: all that follow.
+bool setLock(int file, short type, off_t first, off_t count) {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_start = first;
+    lock.l_len = count;
+    return fcntl(file, F_SETLK, &lock) == 0;
+}
+
+// The process that held the file has died, and its child is about to: a moment later nobody holds it.
+bool isLeftToChild(int file) {
+    struct flock first {};
+    first.l_type = F_WRLCK;
+    first.l_len = 1;
+    return fcntl(file, F_GETLK, &first) == 0 && first.l_type == F_UNLCK;
 }
 
 constexpr std::array<int, 3> kRequests{SIGINT, SIGTERM, SIGHUP};
@@ -116,8 +135,12 @@ std::error_code syncToDisk(const std::string& path) {
     return error;
 }
 
-// A lock of the whole process: children do not inherit it, and the system can say who holds it.
+// A lock of the whole process: children do not inherit it, and the system can say who holds it. Whoever wants the file
+// locks all of it; its holder then needs the first byte alone, and leaves the next to a child.
 FileLock::FileLock(const std::string& path) : path_(path) {
+    constexpr int kMostWaits = 500;
+    constexpr std::chrono::milliseconds kWait{10};
+    int waits = 0;
     for (;;) {
         file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (file_ < 0) throw std::system_error(lastError(), path);
@@ -125,16 +148,28 @@ FileLock::FileLock(const std::string& path) : path_(path) {
         lock.l_type = F_WRLCK;
         const bool isTaken = fcntl(file_, F_SETLK, &lock) == 0;
         const std::error_code error = lastError();
-        if (isTaken && isStillAt(path, file_)) return;
+        if (isTaken && isStillAt(path, file_)) {
+            setLock(file_, F_UNLCK, 1, 0);
+            return;
+        }
+        const bool isDying = !isTaken && isLeftToChild(file_);
         if (!isTaken && (fcntl(file_, F_GETLK, &lock) != 0 || lock.l_type != F_UNLCK)) holder_ = lock.l_pid;
         close(file_);
         file_ = -1;
         if (isTaken) continue;
+        if (isDying && ++waits < kMostWaits) {
+            std::this_thread::sleep_for(kWait);
+            continue;
+        }
         if (error != std::errc::permission_denied && error != std::errc::resource_unavailable_try_again) {
             throw std::system_error(error, path);
         }
         if (lock.l_type != F_UNLCK) return;
     }
+}
+
+void FileLock::hold() {
+    if (!setLock(file_, F_WRLCK, 1, 1)) throw std::system_error(lastError(), path_);
 }
 
 FileLock::~FileLock() {

@@ -70,7 +70,8 @@ class SeriesRanges {
         if (source < 0 || !seen_.insert({kind, source, named.isState}).second) return;
         const auto values = series_.of(source);
         if (!values) return;
-        const std::size_t steps = named.isState ? 1 : values->size();
+        const bool isOne = named.isState || model_.sources[at(source)].kind == SeriesSource::Kind::constant;
+        const std::size_t steps = isOne ? 1 : values->size();
         std::size_t first = 0, count = 0;
         Beyond worst = Beyond::allowed;
         for (std::size_t step = 0; step < steps; ++step) {

@@ -87,7 +87,7 @@ int checkCommand(const CheckOptions& options) {
     loaded.diagnostics().print(std::cerr);
     (options.json ? printJson : printText)(options.model, loaded, memory);
     if (!loaded.isFit()) return kBadModel;
-    return !options.strict || passesStrictly("check", loaded.diagnostics()) ? kGood : kRunFailed;
+    return !options.strict || passesStrictly("check", loaded.diagnostics(), std::cerr) ? kGood : kRunFailed;
 }
 
 }  // namespace kesto

@@ -26,7 +26,7 @@ std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, cons
     const Model& model = loaded.model();
     const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
     Record record(model, loaded.series(), needs.plan);
-    const Results results = collectResults(model, record, needs.plan, runEngine(record));
+    const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
     ComparedRun run = comparedRun(model.path, results, evaluate(results, needs, loaded.series()));
     for (const Scenario& one : model.scenarios) {
         if (one.name != scenario) continue;

@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "commands.h"
@@ -43,6 +44,25 @@ class Watch {
     Clock::time_point last_ = Clock::now();
 };
 
+// What a run tells in the end. The engine's process makes it, and leaves it to this one as bytes.
+struct Ending {
+    int status = kRunFailed;
+    std::string output, errors;
+
+    std::string toBytes() const { return fmt::format("{} {}\n{}{}", status, output.size(), output, errors); }
+
+    static Ending fromBytes(const std::string& bytes) {
+        std::istringstream in(bytes);
+        Ending ending;
+        std::size_t length = 0;
+        in >> ending.status >> length;
+        const std::size_t begin = bytes.find('\n') + 1;
+        ending.output = bytes.substr(begin, length);
+        ending.errors = bytes.substr(begin + length);
+        return ending;
+    }
+};
+
 class Run {
   public:
     explicit Run(const RunOptions& options)
@@ -53,28 +73,23 @@ class Run {
         if (!loaded_.isFit()) return refuse(kBadModel);
         guard_.emplace();
         if (const int status = prepareFolder(); status != kGood) return refuse(status);
-        diagnostics_.print(std::cerr, options_.quiet);
-        const std::size_t told = diagnostics_.all().size();
+        tellMessages(std::cerr);
         costs_.readSeconds = watch_.lap();
-
+        if (options_.json || !options_.output.empty()) inputs_ = inputsOf(loaded_.model());
         Record record(loaded_.model(), loaded_.series(), needs_.plan);
-        Results results = simulate(record);
-        const Evaluation evaluation = check(results);
-        const std::vector<WrittenFile> files = write(results, evaluation);
-        costs_.peakBytes = peakMemory();
-        print(results, evaluation, files);
-        diagnostics_.print(std::cerr, options_.quiet, told);
+        const Ending ending = simulate(record);
+        folder_.reset();  // others may have it while a reader is slow
+        std::cout << ending.output << std::flush;
+        std::cerr << ending.errors;
         guard_->passOn();
-        if (diagnostics_.hasErrors()) return kRunFailed;
-        return !options_.strict || passesStrictly("run", diagnostics_) ? kGood : kRunFailed;
+        return ending.status;
     }
 
     int runOutOfMemory() {
-        const std::size_t told = diagnostics_.all().size();
-        reportMemory();
-        diagnostics_.print(std::cerr, options_.quiet, told);
-        if (options_.json) std::cout << refusalJson(options_.model, diagnostics_);
-        return kRunFailed;
+        const Ending ending = outOfMemory();
+        std::cout << ending.output;
+        std::cerr << ending.errors;
+        return ending.status;
     }
 
   private:
@@ -115,6 +130,7 @@ class Run {
     }
 
     void reportMemory() {
+        if (std::exchange(isMemoryReported_, true)) return;
         const Model& model = loaded_.model();
         const RecordingPlan plan = planRecordings(model, Network(model), allOutputs(model));
         diagnostics_.error("out-of-memory", {std::make_shared<const std::string>(options_.model), 0, 0},
@@ -122,26 +138,64 @@ class Run {
                                        bytesToText(expectedMemory(model, plan))));
     }
 
-    int refuse(int status) const {
-        diagnostics_.print(std::cerr, options_.quiet);
+    int refuse(int status) {
+        tellMessages(std::cerr);
         if (options_.json) std::cout << refusalJson(options_.model, diagnostics_);
         return status;
     }
 
-    Results simulate(Record& record) {
-        const Model& model = loaded_.model();
-        std::vector<InputFile> inputs;
-        if (options_.json || !options_.output.empty()) inputs = inputsOf(model);
-        const EngineRun run = [&] {
+    Ending simulate(Record& record) {
+        const auto conclude = [&](const EngineRun& run, const EngineOutputs& outputs) {
+            try {
+                return endingOf(record, run, outputs).toBytes();
+            } catch (const std::bad_alloc&) {
+                return outOfMemory().toBytes();
+            }
+        };
+        try {
             ProgressBar bar(!options_.quiet);
-            return runEngine(
-                record, [&](std::size_t done, std::size_t all) { bar.show(done, all); }, &*guard_);
-        }();
+            const auto show = [&](std::size_t done, std::size_t all) { bar.show(done, all); };
+            return Ending::fromBytes(concludeRun(record, conclude, show, &*guard_));
+        } catch (const std::runtime_error& error) {
+            reportUnwritten(error);
+            return failure();
+        }
+    }
+
+    // In the engine's process, unless that has died.
+    Ending endingOf(const Record& record, const EngineRun& run, const EngineOutputs& outputs) {
         costs_.engineSeconds = watch_.lap();
-        Results results = collectResults(model, record, needs_.plan, run);
-        results.inputs = std::move(inputs);
+        if (folder_) folder_->stayLocked();
+        Results results = collectResults(loaded_.model(), record, outputs, needs_.plan, run);
+        results.inputs = inputs_;
         results.diagnostics = &diagnostics_;
-        return results;
+        const Evaluation evaluation = check(results);
+        const std::vector<WrittenFile> files = write(results, evaluation);
+        costs_.peakBytes = peakMemory();
+        std::ostringstream output, errors;
+        print(results, evaluation, files, output);
+        tellMessages(errors);
+        const bool isGood =
+            !diagnostics_.hasErrors() && (!options_.strict || passesStrictly("run", diagnostics_, errors));
+        return {isGood ? kGood : kRunFailed, output.str(), errors.str()};
+    }
+
+    Ending outOfMemory() {
+        reportMemory();
+        return failure();
+    }
+
+    // Of a run that has left no results.
+    Ending failure() {
+        std::ostringstream errors;
+        tellMessages(errors);
+        return {kRunFailed, options_.json ? refusalJson(options_.model, diagnostics_) : "", errors.str()};
+    }
+
+    // Those that were not told before.
+    void tellMessages(std::ostream& out) {
+        diagnostics_.print(out, options_.quiet, told_);
+        told_ = diagnostics_.all().size();
     }
 
     // What the run has left that cannot be. Flows that were recorded for the account alone are then dropped.
@@ -167,23 +221,22 @@ class Run {
         } catch (const std::exception& error) {
             reportUnwritten(error);
         }
-        folder_.reset();  // others may have it while a reader is slow
         costs_.writeSeconds = watch_.lap();
         return files;
     }
 
-    void print(const Results& results, const Evaluation& evaluation, const std::vector<WrittenFile>& files) const {
+    void print(const Results& results, const Evaluation& evaluation, const std::vector<WrittenFile>& files,
+               std::ostream& out) const {
         if (options_.json) {
-            std::cout << summaryJson(results, evaluation, files, &costs_);
+            out << summaryJson(results, evaluation, files, &costs_);
         } else if (!options_.quiet) {
-            std::cout << summaryOf(results, evaluation);
-            if (!files.empty()) std::cout << "\nResults\n";
+            out << summaryOf(results, evaluation);
+            if (!files.empty()) out << "\nResults\n";
             for (const WrittenFile& file : files) {
-                std::cout << "  " << joined(options_.output, file.name) << '\n';
+                out << "  " << joined(options_.output, file.name) << '\n';
             }
-            if (!files.empty()) std::cout << "  " << joined(options_.output, kSummaryFile) << '\n';
+            if (!files.empty()) out << "  " << joined(options_.output, kSummaryFile) << '\n';
         }
-        std::cout.flush();
     }
 
     const RunOptions& options_;
@@ -193,6 +246,9 @@ class Run {
     std::vector<OutputPort> asked_;
     AccountNeeds needs_;
     RunCosts costs_;
+    std::vector<InputFile> inputs_;
+    std::size_t told_ = 0;  // of the messages
+    bool isMemoryReported_ = false;
     std::optional<InterruptGuard> guard_;  // from when something is written on
     std::optional<ResultsFolder> folder_;
 };

@@ -3,15 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iostream>
 #include <iterator>
+#include <ostream>
 #include <set>
 
 #include "display.h"
 
 namespace kesto {
 
-bool passesStrictly(std::string_view command, const Diagnostics& diagnostics) {
+bool passesStrictly(std::string_view command, const Diagnostics& diagnostics, std::ostream& errors) {
     const std::vector<const Diagnostic*> warnings = diagnostics.unaccepted();
     if (warnings.empty()) return true;
     std::set<std::string> names;
@@ -22,8 +22,8 @@ bool passesStrictly(std::string_view command, const Diagnostics& diagnostics) {
     std::string list = fmt::format(
         "\"{}\"", fmt::join(names.begin(), std::next(names.begin(), static_cast<std::ptrdiff_t>(shown)), "\", \""));
     if (names.size() > shown) list += fmt::format(" … and {} more", withThousands(names.size() - shown));
-    std::cerr << fmt::format("kesto {}: error: --strict: {} {} not accepted: {}\n", command, warnings.size(),
-                             warnings.size() == 1 ? "warning is" : "warnings are", list);
+    errors << fmt::format("kesto {}: error: --strict: {} {} not accepted: {}\n", command, warnings.size(),
+                          warnings.size() == 1 ? "warning is" : "warnings are", list);
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kesto {
@@ -32,12 +33,16 @@ class SharedMemory {
     std::size_t used_ = 0;
 };
 
-// What a child process does. When it dies within `run`, of a fault or since it is told to stop, it calls `keep` first,
-// which may touch only memory that exists already.
+// What a child process does, and its answer. When it dies within `run`, of a fault or since it is told to stop, it
+// calls `keep` first, which may touch only memory that exists already.
 struct ChildWork {
-    std::function<void()> run;
+    std::function<std::string()> run;
     std::function<void()> keep;
 };
+
+// Called within `run`: there is nothing to keep from here on. A fault ends the child as it ends any process, and
+// requests to stop are left to its parent, with which it ends.
+void keepNothingMore();
 
 // A process that works on a copy of this one's memory, shared memory apart, and never outlives it.
 class ChildProcess {
@@ -53,15 +58,17 @@ class ChildProcess {
     // Tells it to stop; what it has is kept. Telling it again changes nothing.
     void stop();
 
-    const std::string& errors() const { return errors_; }  // what it has written on stderr
-    const std::string& fault() const { return fault_; }    // "ended by signal 9 (Killed)"; empty: it ended by itself
+    const std::optional<std::string>& answer() const { return answer_; }  // once it has ended; none if it died before
+    const std::string& errors() const { return errors_; }                 // what it has written on stderr
+    const std::string& fault() const { return fault_; }  // "ended by signal 9 (Killed)"; empty: it ended by itself
 
   private:
     void collect();
 
     struct System;
     std::unique_ptr<System> system_;
-    std::string errors_, fault_;
+    std::optional<std::string> answer_;
+    std::string received_, errors_, fault_;
 };
 
 // Gives memory of this process back to the system: nothing reads it any more, though it is not freed. May be called

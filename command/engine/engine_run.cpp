@@ -3,12 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <regex>
-#include <utility>
+#include <stdexcept>
 
 #include "engine_process.h"
 #include "platform.h"
@@ -18,51 +17,26 @@ namespace kesto {
 
 namespace {
 
-// Moves the engine's outputs, so far as they go, to where the parent can read them. What was moved is gone from the
-// engine's tables, so that it takes memory once, and is not moved again when a signal stops the process meanwhile.
-void moveSignals(Signal*& from, Signal* to, std::size_t steps, std::size_t done) {
-    if (!from) return;
-    std::memcpy(to, from, done * sizeof(Signal));
-    giveBack(std::exchange(from, nullptr), steps * sizeof(Signal));
-}
-
-void copyOutputs(Record& record) {
-    AUEglobals& g = record.globals();
-    const SharedOutputs& out = record.outputs();
-    const std::size_t steps = record.steps();
-    const auto done = std::min(steps, static_cast<std::size_t>(std::max(g.CurStep, -1) + 1));
-    for (std::size_t i = 0; g.Logs && i < record.logs().size(); ++i) {
-        moveSignals(g.Logs[i].Signal, out.logs + i * steps, steps, done);
-    }
-    for (std::size_t i = 0; g.WatBod && i < record.waterBodies().size(); ++i) {
-        moveSignals(g.WatBod[i].Signal, out.waterBodies + i * steps, steps, done);
-    }
-    const std::array<const SeriesEntry*, kPotentials> tables{g.NrgPot, g.InfPot, g.LosPot,
-                                                             g.EvaPot, g.CapPot, g.OprPot};
-    float* to = out.potentials;
-    for (const SeriesEntry* table : tables) {
-        for (std::int32_t i = 0; i < g.nPotComps; ++i, to += steps) {
-            if (table && table[i].Value) std::memcpy(to, table[i].Value, done * sizeof(float));
-        }
-    }
-    *out.kept = 1;
-}
-
-// In the child.
-void callEngine(Record& record) {
-    useUtc();
-    AUEglobals& globals = record.globals();
-    *record.outputs().status = KESTO_simul(&globals, 1, globals.nSteps);
-    // From here on a request to stop comes too late: the copy is completed, and the run has finished.
-    *record.outputs().finished = 1;
-    std::atomic_signal_fence(std::memory_order_seq_cst);
-    copyOutputs(record);
-}
-
 std::size_t stepsDone(const Record& record) {
     const auto* current = static_cast<const volatile std::int32_t*>(&record.globals().CurStep);
     const std::int32_t step = *current;
     return static_cast<std::size_t>(std::max(step, 0));
+}
+
+// Leaves the engine's outputs, so far as they go, to the parent. Called by a handler of signals, too.
+void keepOutputs(Record& record) {
+    const auto done = static_cast<std::size_t>(std::max(record.globals().CurStep, -1) + 1);
+    record.moveToShared(std::min(record.steps(), done));
+    *record.state().kept = 1;
+}
+
+// In the child. From the end of this on a request to stop comes too late.
+void callEngine(Record& record) {
+    useUtc();
+    AUEglobals& globals = record.globals();
+    *record.state().status = KESTO_simul(&globals, 1, globals.nSteps);
+    *record.state().finished = 1;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
 // What the host must clear before a call.
@@ -71,8 +45,8 @@ void prepare(Record& record) {
     globals.CurStep = -1;
     globals.ErrFlag = 0;
     globals.ErrMsg[0] = '\0';
-    *record.outputs().finished = 0;
-    *record.outputs().kept = 0;
+    *record.state().finished = 0;
+    *record.state().kept = 0;
 }
 
 // Until the child ends. An interrupt of this process is passed on: the child keeps what it has. It is passed on again
@@ -84,22 +58,25 @@ void watch(const Record& record, ChildProcess& child, const InterruptGuard* guar
     }
 }
 
-EngineRun conclude(const Record& record, const ChildProcess& child, bool wasInterrupted) {
+// Of an engine that has returned.
+EngineRun returned(const Record& record) {
     const AUEglobals& globals = record.globals();
+    return {*record.state().status == KESTO_SUCCESS ? Outcome::finished : Outcome::failed,
+            std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg)), globals.CurStep,
+            std::min(stepsDone(record), record.steps())};
+}
+
+// Of a child that has ended, and has left its outputs, if any, in shared memory. One that was killed from outside, as
+// when memory runs out, has left nothing.
+EngineRun ended(const Record& record, const ChildProcess& child, bool wasInterrupted) {
+    if (*record.state().finished && *record.state().kept) return returned(record);
     EngineRun run;
-    run.step = globals.CurStep;
-    // A process that was killed from outside, as when memory runs out, has left nothing.
-    if (*record.outputs().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
-    if (*record.outputs().finished && *record.outputs().kept) {
-        run.outcome = *record.outputs().status == KESTO_SUCCESS ? Outcome::finished : Outcome::failed;
-        run.message = std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg));
-    } else if (wasInterrupted) {
-        run.outcome = Outcome::interrupted;
-    } else {
-        run.outcome = Outcome::crashed;
-        run.message = child.errors().substr(0, child.errors().find_last_not_of('\n') + 1);
-        if (run.message.empty()) run.message = child.fault();
-    }
+    run.step = record.globals().CurStep;
+    if (*record.state().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
+    run.outcome = wasInterrupted ? Outcome::interrupted : Outcome::crashed;
+    if (wasInterrupted) return run;
+    run.message = child.errors().substr(0, child.errors().find_last_not_of('\n') + 1);
+    if (run.message.empty()) run.message = child.fault();
     return run;
 }
 
@@ -135,9 +112,32 @@ std::string_view toText(Outcome outcome) {
 
 EngineRun runEngine(Record& record, const Progress& progress, const InterruptGuard* guard) {
     prepare(record);
-    ChildProcess child({[&record] { callEngine(record); }, [&record] { copyOutputs(record); }});
+    const auto run = [&]() -> std::string {
+        callEngine(record);
+        keepOutputs(record);
+        return "";
+    };
+    ChildProcess child({run, [&] { keepOutputs(record); }});
     watch(record, child, guard, progress);
-    return conclude(record, child, guard && guard->wasInterrupted());
+    return ended(record, child, guard && guard->wasInterrupted());
+}
+
+std::string concludeRun(Record& record, const Conclusion& conclude, const Progress& progress,
+                        const InterruptGuard* guard) {
+    prepare(record);
+    const auto run = [&] {
+        callEngine(record);
+        keepNothingMore();
+        return conclude(returned(record), record.own());
+    };
+    ChildProcess child({run, [&] { keepOutputs(record); }});
+    watch(record, child, guard, progress);
+    if (child.answer()) return *child.answer();
+    if (*record.state().finished && !*record.state().kept) {
+        throw std::runtime_error(fmt::format("the process that collects and writes the results {}",
+                                             child.fault().empty() ? "ended before it was done" : child.fault()));
+    }
+    return conclude(ended(record, child, guard && guard->wasInterrupted()), record.shared());
 }
 
 std::string explainMessage(const std::string& message, const Model& model) {

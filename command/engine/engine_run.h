@@ -9,6 +9,7 @@ namespace kesto {
 
 class InterruptGuard;
 class Record;
+struct EngineOutputs;
 struct Component;
 struct Model;
 
@@ -26,8 +27,17 @@ struct EngineRun {
 // Steps done of all; called now and then while the engine runs.
 using Progress = std::function<void(std::size_t done, std::size_t all)>;
 
-// Stops early when `guard`, if there is one, has noted a request to stop.
+// Leaves the outputs in the record's shared memory. Stops early when `guard`, if there is one, has noted a request to
+// stop.
 EngineRun runEngine(Record& record, const Progress& progress = {}, const InterruptGuard* guard = nullptr);
+
+// What is made of a run: files, and a text for whoever has asked for it.
+using Conclusion = std::function<std::string(const EngineRun& run, const EngineOutputs& outputs)>;
+
+// Runs the engine, and concludes in its own process, where the outputs stand: they are held once, and copied only when
+// that process ends early, so that this one concludes. Throws std::runtime_error when it dies while it concludes.
+std::string concludeRun(Record& record, const Conclusion& conclude, const Progress& progress,
+                        const InterruptGuard* guard);
 
 // The engine's message with names for its ids: 'Series of type Rainfall of component with id=1 not found!' gains
 // ' (group "house", house.toml:12)'.

@@ -1,7 +1,9 @@
 #include "record.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
+#include <utility>
 
 namespace kesto {
 
@@ -9,6 +11,22 @@ namespace {
 
 std::int32_t count(std::size_t size) {
     return static_cast<std::int32_t>(size);
+}
+
+// Each series of the engine's tables, so far as there are any, with its place in `outputs`.
+template <class Visit>
+void forEach(AUEglobals& g, EngineOutputs& outputs, const Visit& visit) {
+    for (std::size_t i = 0; g.Logs && i < outputs.logs.size(); ++i) {
+        visit(g.Logs[i].Signal, outputs.logs[i]);
+    }
+    for (std::size_t i = 0; g.WatBod && i < outputs.waterBodies.size(); ++i) {
+        visit(g.WatBod[i].Signal, outputs.waterBodies[i]);
+    }
+    const std::size_t groups = outputs.potentials.size() / kPotentials;
+    SeriesEntry* const tables[] = {g.NrgPot, g.InfPot, g.LosPot, g.EvaPot, g.CapPot, g.OprPot};
+    for (std::size_t i = 0; i < outputs.potentials.size(); ++i) {
+        if (SeriesEntry* const table = tables[i / groups]) visit(table[i % groups].Value, outputs.potentials[i]);
+    }
 }
 
 }  // namespace
@@ -21,12 +39,7 @@ Record::Record(const Model& model, SeriesValues& series, const RecordingPlan& pl
     listOutputs(plan);
     memory_ = std::make_unique<SharedMemory>(sharedBytes(stateNeeds().size()));
     globals_ = memory_->take<AUEglobals>(1);
-    outputs_.logs = memory_->take<Signal>(logs_.size() * steps_);
-    outputs_.waterBodies = memory_->take<Signal>(waterBodies_.size() * steps_);
-    outputs_.potentials = memory_->take<float>(kPotentials * potentialIds_.size() * steps_);
-    outputs_.status = memory_->take<std::int32_t>(1);
-    outputs_.finished = memory_->take<std::int32_t>(1);
-    outputs_.kept = memory_->take<std::int32_t>(1);
+    shareOutputs();
     fillGroupSeries();
     fillUses();
     fillOwnSeries();
@@ -119,6 +132,37 @@ std::size_t Record::sharedBytes(std::size_t states) const {
            SharedMemory::rounded(waterBodies_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) +
            3 * SharedMemory::rounded(sizeof(std::int32_t));
+}
+
+void Record::shareOutputs() {
+    const auto share = [&]<class T>(std::vector<T*>& series, std::size_t count) {
+        T* const begin = memory_->take<T>(count * steps_);
+        for (std::size_t i = 0; i < count; ++i) {
+            series.push_back(begin + i * steps_);
+        }
+    };
+    share(shared_.logs, logs_.size());
+    share(shared_.waterBodies, waterBodies_.size());
+    share(shared_.potentials, kPotentials * potentialIds_.size());
+    for (std::int32_t** number : {&state_.status, &state_.finished, &state_.kept}) {
+        *number = memory_->take<std::int32_t>(1);
+    }
+}
+
+EngineOutputs Record::own() const {
+    EngineOutputs outputs = shared_;
+    forEach(*globals_, outputs, [](auto* own, auto*& output) { output = own ? own : output; });
+    return outputs;
+}
+
+// What was moved is gone from the engine's tables, so that it takes memory once, and is not moved again when a signal
+// stops the process meanwhile.
+void Record::moveToShared(std::size_t done) {
+    forEach(*globals_, shared_, [&](auto*& own, auto* output) {
+        if (!own) return;
+        std::memcpy(output, own, done * sizeof *own);
+        giveBack(std::exchange(own, nullptr), steps_ * sizeof *own);
+    });
 }
 
 void Record::fillSplits() {

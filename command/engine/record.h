@@ -1,7 +1,9 @@
 // The record that the engine gets: a model's tables with ids for names, and the memory behind it.
 #pragma once
 
+#include <array>
 #include <deque>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -22,14 +24,17 @@ struct StateSeries {
     bool isState;  // the type writes it
 };
 
-// What the child process leaves for its parent, all of it in shared memory.
-struct SharedOutputs {
-    Signal* logs = nullptr;  // nLogs x nSteps
-    Signal* waterBodies = nullptr;
-    float* potentials = nullptr;  // six tables of nPotComps x nSteps
+// Where the outputs of a run stand, in order of the record's tables.
+struct EngineOutputs {
+    std::vector<Signal*> logs, waterBodies;
+    std::vector<float*> potentials;  // of all groups with potentials, one potential after the other
+};
+
+// What the engine's process shares with its parent besides the record.
+struct EngineState {
     std::int32_t* status = nullptr;
     std::int32_t* finished = nullptr;  // 1 once the engine has returned
-    std::int32_t* kept = nullptr;      // 1 once its outputs stand here
+    std::int32_t* kept = nullptr;      // 1 once its outputs stand in shared memory
 };
 
 class Record {
@@ -39,7 +44,15 @@ class Record {
     AUEglobals& globals() { return *globals_; }
     const AUEglobals& globals() const { return *globals_; }
     std::size_t steps() const { return steps_; }
-    const SharedOutputs& outputs() const { return outputs_; }
+    const EngineState& state() const { return state_; }
+
+    // Memory for outputs that the engine's process leaves to its parent. It takes none before it is written.
+    const EngineOutputs& shared() const { return shared_; }
+    // The engine's own tables, in the process that has run it; shared memory where it has none.
+    EngineOutputs own() const;
+    // From the one to the other, so many steps. Takes no memory of this process, since that may be in disorder.
+    void moveToShared(std::size_t done);
+
     const std::vector<StateSeries>& states() const { return states_; }
 
     // Order of the engine's tables: component, or -1 - i for the logger of plan.logged[i].
@@ -49,12 +62,14 @@ class Record {
 
   private:
     void listOutputs(const RecordingPlan& plan);
+    void shareOutputs();
     std::size_t sharedBytes(std::size_t states) const;
     void fillComponents(const RecordingPlan& plan);
     void fillConnections(const RecordingPlan& plan);
     void fillSpecifications();
     void fillGroupSeries();
     void fillUses();
+    float* weave(const std::array<const Floats*, kUseKinds>& daily);
     void fillOwnSeries();
     void fillStates();
     void fillSplits();
@@ -72,7 +87,8 @@ class Record {
     std::vector<int> logs_, waterBodies_, potentialGroups_;
     std::unique_ptr<SharedMemory> memory_;
     AUEglobals* globals_ = nullptr;
-    SharedOutputs outputs_;
+    EngineState state_;
+    EngineOutputs shared_;
     std::vector<StateSeries> states_;
 
     std::vector<ComponentRow> components_;
@@ -84,7 +100,7 @@ class Record {
     std::deque<std::vector<std::int32_t>> splitMembers_;
     std::deque<Floats> owned_;
     std::map<float, float*> constants_;
-    std::vector<std::shared_ptr<const Floats>> shared_;
+    std::vector<std::shared_ptr<const Floats>> inputs_;
 };
 
 }  // namespace kesto

@@ -18,8 +18,8 @@ void Record::add(SeriesKind kind, int id, SourceIndex source, float standard) {
         table(kind).push_back({id, constantSeries(standard)});
         return;
     }
-    shared_.push_back(series_.of(source));
-    table(kind).push_back({id, const_cast<float*>(shared_.back()->data())});
+    inputs_.push_back(series_.of(source));
+    table(kind).push_back({id, const_cast<float*>(inputs_.back()->data())});
 }
 
 void Record::fillGroupSeries() {
@@ -31,21 +31,32 @@ void Record::fillGroupSeries() {
     }
 }
 
-// Eleven values a step, one for each kind of appliance.
+// Eleven values a step, one for each kind of appliance. Groups with the same habits share them.
 void Record::fillUses() {
+    std::map<std::array<const Floats*, kUseKinds>, float*> known;
     for (const Group& group : model_.groups) {
         if (std::all_of(group.uses.begin(), group.uses.end(), [](SourceIndex s) { return s == kNoSource; })) continue;
-        Floats values(steps_ * kUseKinds, 0);
+        std::array<const Floats*, kUseKinds> daily{};
         for (std::size_t kind = 0; kind < kUseKinds; ++kind) {
             if (group.uses[kind] == kNoSource) continue;
-            const auto daily = series_.of(group.uses[kind]);
-            for (std::size_t step = 0; step < steps_; ++step) {
-                values[step * kUseKinds + kind] = (*daily)[step];
-            }
+            inputs_.push_back(series_.of(group.uses[kind]));
+            daily[kind] = inputs_.back().get();
         }
-        owned_.push_back(std::move(values));
-        table(SeriesKind::uses).push_back({group.id, owned_.back().data()});
+        const auto [same, isNew] = known.emplace(daily, nullptr);
+        if (isNew) same->second = weave(daily);
+        table(SeriesKind::uses).push_back({group.id, same->second});
     }
+}
+
+float* Record::weave(const std::array<const Floats*, kUseKinds>& daily) {
+    Floats& values = owned_.emplace_back(steps_ * kUseKinds, 0);
+    for (std::size_t kind = 0; kind < kUseKinds; ++kind) {
+        if (!daily[kind]) continue;
+        for (std::size_t step = 0; step < steps_; ++step) {
+            values[step * kUseKinds + kind] = (*daily[kind])[step];
+        }
+    }
+    return values.data();
 }
 
 void Record::fillOwnSeries() {

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "calendar.h"
@@ -37,6 +38,11 @@ struct SeriesSource {
     Place place;
 
     double valueOf(double given) const { return (given * conversion.factor + conversion.offset) * scale + offset; }
+    // What its values depend on.
+    using Content = std::tuple<Kind, int, std::string, std::vector<double>, std::array<double, 5>>;
+    Content content() const {
+        return {kind, table, column, pattern, {constant, conversion.factor, conversion.offset, scale, offset}};
+    }
     bool isAsGiven() const { return conversion.isIdentity() && scale == 1 && offset == 0; }
 };
 

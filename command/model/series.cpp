@@ -76,23 +76,22 @@ class ColumnReading {
 
 std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
     if (index < 0) return nullptr;
-    const auto known = values_.find(index);
-    if (known != values_.end()) return known->second;
+    const auto known = bySource_.find(index);
+    if (known != bySource_.end()) return known->second;
     const SeriesSource& source = model_.sources[static_cast<std::size_t>(index)];
-    const std::string key = fmt::format("{}|{}|{}|{}|{}|{}", source.table, source.column, source.conversion.factor,
-                                        source.conversion.offset, source.scale, source.offset);
-    const bool isColumn = source.kind == SeriesSource::Kind::column;
-    if (isColumn && columns_.contains(key)) return values_[index] = columns_[key];
+    const auto [same, isNew] = byContent_.emplace(source.content(), nullptr);
+    if (isNew) same->second = read(source);
+    return bySource_[index] = same->second;
+}
+
+std::shared_ptr<const Floats> SeriesValues::read(const SeriesSource& source) {
     Floats values(static_cast<std::size_t>(model_.simulation.days()));
-    bool good = true;
-    if (isColumn) {
-        good = fromColumn(source, values);
-    } else {
+    if (source.kind != SeriesSource::Kind::column) {
         fromPattern(source, values);
+    } else if (!fromColumn(source, values)) {
+        return nullptr;
     }
-    auto shared = good ? std::make_shared<const Floats>(std::move(values)) : nullptr;
-    if (isColumn) columns_[key] = shared;
-    return values_[index] = shared;
+    return std::make_shared<const Floats>(std::move(values));
 }
 
 void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const {

@@ -19,8 +19,8 @@ class SeriesValues {
   public:
     SeriesValues(const Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
 
-    // One value a step; null when the source cannot be read, which is then reported once. The same source gives the
-    // same array.
+    // One value a step; null when the source cannot be read, which is then reported once. Sources that say the same
+    // share one array: of a thousand households most have the same habits.
     std::shared_ptr<const Floats> of(SourceIndex source);
 
     // Line of the file that a step's value comes from; the source itself where it is no column.
@@ -31,6 +31,7 @@ class SeriesValues {
         std::optional<CsvFile> csv;
         std::optional<TimeRows> rows;  // none: not fit for the run, which has been reported
     };
+    std::shared_ptr<const Floats> read(const SeriesSource& source);
     const Table& tableOf(int index);
     std::optional<std::size_t> columnOf(const SeriesSource& source, const CsvFile& csv);
     bool fromColumn(const SeriesSource& source, Floats& values);
@@ -40,8 +41,8 @@ class SeriesValues {
     const Model& model_;
     Diagnostics& diagnostics_;
     std::map<int, Table> tables_;
-    std::map<SourceIndex, std::shared_ptr<const Floats>> values_;
-    std::map<std::string, std::shared_ptr<const Floats>> columns_;  // shared between sources that say the same
+    std::map<SourceIndex, std::shared_ptr<const Floats>> bySource_;
+    std::map<SeriesSource::Content, std::shared_ptr<const Floats>> byContent_;
 };
 
 }  // namespace kesto

@@ -40,12 +40,12 @@ const Signal* delayed(Results& results, const Component& delay, const Signal* lo
     return results.derived.back().get();
 }
 
-void collectFlows(Results& results, const Record& record, const RecordingPlan& plan) {
+void collectFlows(Results& results, const Record& record, const EngineOutputs& outputs, const RecordingPlan& plan) {
     const Model& model = *results.model;
     const Carriers carriers(model, Network(model));
     const std::set<OutputPort> fromOwnLog(plan.fromOwnLog.begin(), plan.fromOwnLog.end());
     for (std::size_t i = 0; i < record.logs().size(); ++i) {
-        const Signal* signals = record.outputs().logs + i * record.steps();
+        const Signal* signals = outputs.logs[i];
         const int index = record.logs()[i];
         if (index < 0) {
             results.flows.push_back(flowOf(model, carriers, plan.logged[at(-1 - index)], signals));
@@ -60,8 +60,7 @@ void collectFlows(Results& results, const Record& record, const RecordingPlan& p
         }
     }
     for (std::size_t i = 0; i < record.waterBodies().size(); ++i) {
-        results.flows.push_back(
-            receivedBy(model, carriers, record.waterBodies()[i], record.outputs().waterBodies + i * record.steps()));
+        results.flows.push_back(receivedBy(model, carriers, record.waterBodies()[i], outputs.waterBodies[i]));
     }
     std::stable_sort(results.flows.begin(), results.flows.end(),
                      [](const Flow& a, const Flow& b) { return a.output() < b.output(); });
@@ -107,9 +106,10 @@ std::vector<InputFile> inputsOf(const Model& model) {
     return inputs;
 }
 
-Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run) {
+Results collectResults(const Model& model, const Record& record, const EngineOutputs& outputs,
+                       const RecordingPlan& plan, const EngineRun& run) {
     Results results{&model, run, run.stepsRun, {}, {}, {}, {}, {}};
-    collectFlows(results, record, plan);
+    collectFlows(results, record, outputs, plan);
     const auto booked = bookedPotentials(model);
     const std::size_t groups = record.potentialGroups().size();
     for (std::size_t i = 0; i < groups; ++i) {
@@ -118,8 +118,7 @@ Results collectResults(const Model& model, const Record& record, const Recording
             const auto found = booked.find({group, static_cast<int>(potential)});
             if (found == booked.end()) continue;
             results.potentials.push_back({model.groups[at(group)].name, static_cast<Potential>(potential),
-                                          found->second,
-                                          record.outputs().potentials + (potential * groups + i) * record.steps()});
+                                          found->second, outputs.potentials[potential * groups + i]});
         }
     }
     for (const StateSeries& state : record.states()) {

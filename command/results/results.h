@@ -14,6 +14,7 @@ namespace kesto {
 
 class Diagnostics;
 class Record;
+struct EngineOutputs;
 
 struct Flow {
     std::string name;  // "tank:overflow"; of loggers and water bodies their own
@@ -68,6 +69,7 @@ std::vector<std::string> inputPaths(const Model& model);
 // To be asked for before the run.
 std::vector<InputFile> inputsOf(const Model& model);
 
-Results collectResults(const Model& model, const Record& record, const RecordingPlan& plan, const EngineRun& run);
+Results collectResults(const Model& model, const Record& record, const EngineOutputs& outputs,
+                       const RecordingPlan& plan, const EngineRun& run);
 
 }  // namespace kesto

@@ -34,6 +34,9 @@ class ResultsFolder {
     // written. `inputs` are the files that the run reads.
     ResultsFolder(const std::string& path, const ResultsFormat& format, std::vector<std::string> inputs);
 
+    // Called in a child process that writes: the folder is then kept until that has ended, too.
+    void stayLocked() { staging_->stayLocked(); }
+
     // Writes all files of the run in place of those of an earlier one; `read` is what the model was read with. All or
     // nothing: when it throws, the folder holds what it held before, or a STOPPED.txt that says otherwise.
     std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation, const ReadOptions& read);

@@ -28,6 +28,8 @@ class Staging {
 
     const std::string& path() const { return path_; }  // of the hidden folder
 
+    void stayLocked() { lock_->hold(); }
+
     // What a process that was killed among its moves had planned to leave; nothing when there was none.
     std::vector<WrittenFile> unfinished() const;
 

@@ -24,7 +24,7 @@ struct Evaluated {
 Evaluated evaluated(const Model& model, SeriesValues& series, const std::vector<OutputPort>& asked, bool forBalance) {
     Evaluated all{needsOf(model, series, asked, forBalance), {}};
     Record record(model, series, all.needs.plan);
-    const Results results = collectResults(model, record, all.needs.plan, runEngine(record));
+    const Results results = collectResults(model, record, record.shared(), all.needs.plan, runEngine(record));
     all.evaluation = evaluate(results, all.needs, series);
     return all;
 }

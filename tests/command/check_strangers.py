@@ -203,7 +203,7 @@ class Files(Strangers):
         expected = self.kesto("check", "big.toml").stdout.splitlines()[-1].split(" for a run")[0]
         self.assertIn(" MB", expected)
         # Too little for the memory that the engine's process shares, and enough for that, but not for the engine.
-        for memory in (110 << 20, 160 << 20):
+        for memory in (80 << 20, 140 << 20):
             said = self.refused("run", "-q", "big.toml", memory=memory, lines=2)
             self.assertIn(f"memory ran out; a run with all outputs recorded is expected to take {expected}\n", said)
         self.write("long.toml", "a" * 50_000_000)

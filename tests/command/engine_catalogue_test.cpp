@@ -169,7 +169,7 @@ TEST(EngineCatalogue, PotentialsAreThoseListed) {
         if (type.reservoirs > 0) return;  // they share the group with what books
         ASSERT_EQ(runEngine(*built.record).outcome, Outcome::finished);
         for (std::size_t potential = 0; potential < kPotentials; ++potential) {
-            const float* values = built.record->outputs().potentials + potential * built.record->steps();
+            const float* values = built.record->shared().potentials[potential];
             bool any = false;
             for (std::size_t step = 0; step < built.record->steps(); ++step) {
                 any = any || values[step] != 0;
@@ -226,7 +226,7 @@ Signal sent(const Type& type, int code, int port, int quality, double amount) {
     if (!built.record) throw std::runtime_error(built.said());
     const EngineRun run = runEngine(*built.record);
     if (run.outcome != Outcome::finished) throw std::runtime_error(run.message);
-    return built.record->outputs().waterBodies[built.record->steps() - 1];
+    return built.record->shared().waterBodies[0][built.record->steps() - 1];
 }
 
 TEST(EngineCatalogue, QualitiesAreThoseListed) {

@@ -62,7 +62,7 @@ TEST(EngineRun, KeepsTheStepsBeforeACrash) {
     EXPECT_LE(run.stepsRun, 800U);
     EXPECT_EQ(static_cast<std::size_t>(run.step), run.stepsRun);
     EXPECT_NE(run.message.find("signal 11"), std::string::npos) << run.message;
-    const Results results = collectResults(loaded.model(), record, plan, run);
+    const Results results = collectResults(loaded.model(), record, record.shared(), plan, run);
     ASSERT_EQ(results.flows.size(), 1U);
     for (std::size_t step = 0; step < run.stepsRun; ++step) {
         EXPECT_EQ(results.flows[0].signals[step].quantity, 20.0F);
@@ -119,7 +119,7 @@ TEST(EngineRun, DelaysAreReadFromTheirOwnLog) {
     const RecordingPlan plan = planRecordings(loaded.model(), Network(loaded.model()), allOutputs(loaded.model()));
     Record record(loaded.model(), loaded.series(), plan);
     const EngineRun run = runEngine(record);
-    const Results results = collectResults(loaded.model(), record, plan, run);
+    const Results results = collectResults(loaded.model(), record, record.shared(), plan, run);
     const Flow* derived = results.find({1, 1});
     const Flow* logged = results.find({2, 0});
     ASSERT_TRUE(derived && logged);

@@ -35,14 +35,18 @@ Observed observe(const Model& model, SeriesValues& series, const std::vector<Out
     const EngineRun run = runEngine(record);
     Observed observed{run.outcome, run.message, {}};
     const std::size_t steps = record.steps();
-    append(observed.values, record.outputs().potentials, kPotentials * record.potentialGroups().size() * steps);
+    for (const float* potential : record.shared().potentials) {
+        append(observed.values, potential, steps);
+    }
     for (const StateSeries& state : record.states()) {
         append(observed.values, state.values, steps);
     }
     for (std::size_t i = 0; i < record.logs().size(); ++i) {
-        if (record.logs()[i] >= 0) append(observed.values, &record.outputs().logs[i * steps].quantity, 2 * steps);
+        if (record.logs()[i] >= 0) append(observed.values, &record.shared().logs[i]->quantity, 2 * steps);
     }
-    append(observed.values, &record.outputs().waterBodies->quantity, record.waterBodies().size() * 2 * steps);
+    for (const Signal* received : record.shared().waterBodies) {
+        append(observed.values, &received->quantity, 2 * steps);
+    }
     return observed;
 }
 
