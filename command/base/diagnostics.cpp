@@ -80,6 +80,10 @@ void Diagnostics::accept(std::string code, std::string component) {
     accepted_.emplace(std::move(code), std::move(component));
 }
 
+void Diagnostics::acceptAs(const Diagnostics& others) {
+    accepted_.insert(others.accepted_.begin(), others.accepted_.end());
+}
+
 bool Diagnostics::isAccepted(const Diagnostic& diagnostic) const {
     if (diagnostic.severity != Severity::warning || accepted_.empty()) return false;
     const std::string code(diagnostic.code);
@@ -92,6 +96,12 @@ std::vector<const Diagnostic*> Diagnostics::unaccepted() const {
         if (diagnostic->severity == Severity::warning && !isAccepted(*diagnostic)) refused.push_back(diagnostic);
     }
     return refused;
+}
+
+void Diagnostics::append(const Diagnostics& others) {
+    for (const Diagnostic& one : others.all_) {
+        add(one.severity, one.place, one.text, one.code, one.component);
+    }
 }
 
 void Diagnostics::addNew(const Diagnostics& others, const std::string& before) {

@@ -49,12 +49,17 @@ class Diagnostics {
 
     // Warnings that are meant: of this code, and of this component unless its name is empty. They are still shown.
     void accept(std::string code, std::string component);
+    void acceptAs(const Diagnostics& others);
     bool isAccepted(const Diagnostic& diagnostic) const;
     std::vector<const Diagnostic*> unaccepted() const;  // warnings, which a strict run fails on
 
     // As suggestion(), for the first twenty names: each is compared with all that there are.
     using Names = std::vector<std::string_view>;
     std::string suggest(std::string_view found, const std::function<Names()>& candidates);
+
+    // Takes over what others have found.
+    void append(const Diagnostics& others);
+    void append(Diagnostic diagnostic) { all_.push_back(std::move(diagnostic)); }
 
     // Takes over what others have found and these have not, with a text before it.
     void addNew(const Diagnostics& others, const std::string& before);

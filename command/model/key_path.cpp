@@ -13,9 +13,9 @@ constexpr std::array<std::string_view, 5> kTables{"simulation", "series", "brand
 constexpr std::array<std::string_view, 4> kGivers{"column", "value", "monthly",
                                                   "weekly"};  // of a series, one at a time
 
-void set(Value& table, const std::string& key, const Value& value) {
+void set(Value& table, const std::string& key, const Value& value, const Place& keyPlace) {
     std::erase_if(table.fields, [&](const Field& field) { return field.name.value == key; });
-    table.fields.push_back({{key, value.place}, value});
+    table.fields.push_back({{key, keyPlace}, value});
 }
 
 // What stands in short under a key, as the table that it is short for.
@@ -26,11 +26,11 @@ Value asTable(const Value& value) {
     table.place = value.place;
     if (value.kind == Value::Kind::array) {  // the eleven uses
         for (std::size_t i = 0; i < value.items.size(); ++i) {
-            set(table, std::to_string(i + 1), value.items[i]);
+            set(table, std::to_string(i + 1), value.items[i], value.items[i].place);
         }
     } else {
         const bool isColumn = value.kind == Value::Kind::text && !value.fromCell && !isQuantity(value.text);
-        set(table, isColumn ? "column" : "value", value);
+        set(table, isColumn ? "column" : "value", value, value.place);
     }
     return table;
 }
@@ -87,18 +87,18 @@ std::string toText(const KeyPath& path) {
     return text;
 }
 
-void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value) {
+void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value, const Place& keyPlace) {
     const std::string& key = path[first];
-    if (first + 1 == path.size()) return set(table, key, value);
+    if (first + 1 == path.size()) return set(table, key, value, keyPlace);
     const Value* const known = table.field(key);
     Value inner = known ? asTable(*known) : Value{};
     inner.kind = Value::Kind::table;
-    if (!known) inner.place = value.place;
+    if (!known) inner.place = keyPlace;
     if (isGiver(path[first + 1])) {
         std::erase_if(inner.fields, [](const Field& field) { return isGiver(field.name.value); });
     }
-    putAt(inner, path, first + 1, value);
-    set(table, key, inner);
+    putAt(inner, path, first + 1, value, keyPlace);
+    set(table, key, inner, keyPlace);
 }
 
 }  // namespace kesto

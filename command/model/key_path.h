@@ -28,9 +28,9 @@ std::size_t endOfKeyPath(std::string_view text);
 // Whether a component's name alone, before a dot, would lead elsewhere.
 bool needsQuotes(std::string_view name);
 
-// Puts a value at the end of a path, counted from `first`, into a table, which gets the tables on the way. A series
-// that is given in short becomes a table: { column = "rain" }, { value = 3 }; and has one of column, value, monthly and
-// weekly.
-void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value);
+// Puts a value at the end of a path, counted from `first`, into a table, which gets the tables on the way; `keyPlace`
+// is where the path stands. A series that is given in short becomes a table: { column = "rain" }, { value = 3 }; and
+// has one of column, value, monthly and weekly.
+void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value, const Place& keyPlace);
 
 }  // namespace kesto

@@ -6,12 +6,9 @@
 #include <functional>
 #include <set>
 
-#include "control_characters.h"
-#include "csv_file.h"
 #include "ids.h"
 #include "reader_parts.h"
 #include "scenarios.h"
-#include "toml_file.h"
 
 namespace kesto {
 
@@ -94,90 +91,6 @@ void forEachNamed(Reading& reading, const Value* table, std::string_view key,
     }
 }
 
-// A row of a table as the value that the same thing would have in TOML; empty cells are left out.
-Value rowOf(const CsvFile& csv, std::size_t row) {
-    Value table;
-    table.kind = Value::Kind::table;
-    for (std::size_t column = 0; column < csv.columns().size(); ++column) {
-        const std::string_view cell = csv.cell(row, column);
-        if (cell.empty()) continue;
-        Value value;
-        value.fromCell = true;
-        value.text = cell;
-        value.place = csv.placeOf(row, column);
-        value.decimalMark = csv.decimalMark();
-        if (const auto number = readNumber(cell, csv.decimalMark())) {
-            value.kind = Value::Kind::real;
-            value.number = *number;
-        } else if (cell == "true" || cell == "false") {
-            value.kind = Value::Kind::boolean;
-            value.boolean = cell == "true";
-        }
-        table.fields.push_back({{csv.columns()[column], value.place}, value});
-    }
-    table.place = csv.placeOf(row, 0);
-    return table;
-}
-
-// The first number whose thousands are parted, so that it is seen how all of them are read.
-void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
-    for (std::size_t row = 0; row < csv.rows(); ++row) {
-        for (std::size_t column = 0; column < csv.columns().size(); ++column) {
-            const std::string_view cell = csv.cell(row, column);
-            if (!hasThousands(cell, csv.decimalMark())) continue;
-            diagnostics.warning("read-as", csv.placeOf(row, column),
-                                fmt::format("column \"{}\": \"{}\" is read as {}", csv.columns()[column], cell,
-                                            *readNumber(cell, csv.decimalMark())));
-            return;
-        }
-    }
-}
-
-// [tables] and the contents of its files, turned into the same values as the rest of the model.
-std::map<std::string, std::vector<Value>, std::less<>> readTables(Reading& reading, const Value* tables) {
-    std::map<std::string, std::vector<Value>, std::less<>> rows;
-    if (!tables) return rows;
-    Section section(*tables, "[tables]", reading.diagnostics);
-    for (const char* key : {"brands", "groups", "components", "splits", "connections"}) {
-        const auto file = section.text(key);
-        if (!file) continue;
-        const std::string path = reading.pathOf(file->value);
-        reading.model.tableFiles.push_back(path);
-        const auto csv = CsvFile::read(path, file->place, reading.diagnostics);
-        if (!csv || !csv->isWhole()) reading.model.isNetworkComplete = false;
-        if (!csv) continue;
-        csv->noteUnderstood({}, reading.diagnostics);
-        noteThousands(*csv, reading.diagnostics);
-        for (std::size_t row = 0; row < csv->rows(); ++row) {
-            rows[key].push_back(rowOf(*csv, row));
-            refuseControlCharacters(rows[key].back(), reading.diagnostics);
-        }
-    }
-    section.finish();
-    return rows;
-}
-
-// A group can be given partly in the file and partly in a row of a table.
-void joinRows(Reading& reading, Value& groups, std::vector<Value>& rows) {
-    std::erase_if(rows, [&](const Value& row) {
-        const Value* name = row.field("name");
-        const auto group = std::find_if(groups.fields.begin(), groups.fields.end(), [&](const Field& field) {
-            return name && field.name.value == name->text && field.value.kind == Value::Kind::table;
-        });
-        if (group == groups.fields.end() || group->value.field("name")) return false;
-        for (const Field& cell : row.fields) {
-            if (const Value* known = group->value.field(cell.name.value)) {
-                reading.diagnostics.error("repeated", cell.value.place,
-                                          fmt::format("group \"{}\": {} stands here and at {}; expected it once",
-                                                      name->text, cell.name.value, toString(known->place)));
-            } else {
-                group->value.fields.push_back(cell);
-            }
-        }
-        return true;
-    });
-}
-
 void readNamedRow(Reading& reading, const Value& row,
                   const std::function<void(const PlacedText&, const Value&)>& read) {
     const Value* name = row.field("name");
@@ -188,7 +101,8 @@ void readNamedRow(Reading& reading, const Value& row,
     read({name->text, name->place}, row);
 }
 
-void readContents(Reading& reading, const Value& file) {
+void readContents(Reading& reading, const ModelDocument& document) {
+    const Value& file = document.file;
     Section section(file, "the model", reading.diagnostics);
     if (const Value* version = section.require("kesto_model", "1, the version of this format")) {
         if (!version->isNumber() || version->number != 1) section.wrong(*version, "kesto_model", "1");
@@ -201,12 +115,7 @@ void readContents(Reading& reading, const Value& file) {
             section.wrong(*simulation, "simulation", "a table [simulation]");
     }
     section.allow("accept");  // read once the components are known
-    auto tables = readTables(reading, section.find("tables"));
-    const auto rowsOf = [&](std::string_view key) -> const std::vector<Value>& {
-        static const std::vector<Value> noRows;
-        const auto found = tables.find(key);
-        return found == tables.end() ? noRows : found->second;
-    };
+    section.allow("tables");  // read with the document
     std::vector<std::pair<PlacedText, const Value*>> brands;
     const auto brand = [&](const PlacedText& name, const Value& table) {
         if (addBrand(reading, name)) brands.emplace_back(name, &table);
@@ -224,25 +133,22 @@ void readContents(Reading& reading, const Value& file) {
 
     forEachTable(reading, series, "series", [&](const Value& table) { readSeriesFile(reading, table); });
     forEachNamed(reading, section.find("brands"), "brands", brand);
-    for (const Value& row : rowsOf("brands"))
+    for (const Value& row : document.rowsOf("brands"))
         readNamedRow(reading, row, brand);
-    std::optional<Value> groups;
-    if (const Value* table = section.find("groups")) groups = *table;
-    if (groups) joinRows(reading, *groups, tables["groups"]);
-    forEachNamed(reading, groups ? &*groups : nullptr, "groups", group);
-    for (const Value& row : rowsOf("groups"))
+    forEachNamed(reading, section.find("groups"), "groups", group);
+    for (const Value& row : document.rowsOf("groups"))
         readNamedRow(reading, row, group);
     forEachTable(reading, section.find("components"), "components", component);
-    for (const Value& row : rowsOf("components"))
+    for (const Value& row : document.rowsOf("components"))
         component(row);
     const auto types = typesOfBrands(reading.model);
     for (const auto& [name, table] : brands)
         readBrand(reading, name, *table, types);
     forEachTable(reading, section.find("components"), "components", splits);
-    for (const Value& row : rowsOf("splits"))
+    for (const Value& row : document.rowsOf("splits"))
         readSplitRow(reading, row);
     forEachTable(reading, section.find("connections"), "connections", connection);
-    for (const Value& row : rowsOf("connections"))
+    for (const Value& row : document.rowsOf("connections"))
         connection(row);
     forEachTable(reading, series, "series", [&](const Value& table) { readSeries(reading, table); });
     finishSeries(reading);
@@ -270,26 +176,35 @@ std::vector<std::string> targetsOf(const Model& model) {
 
 }  // namespace
 
-std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
-    const auto file = readTomlFile(path, diagnostics);
-    if (!file) return std::nullopt;
-    refuseControlCharacters(*file, diagnostics);
+Model readModel(const ModelDocument& document, const ReadOptions& options, const std::vector<Override>& more,
+                Diagnostics& diagnostics) {
     Model model;
-    model.path = path;
-    Reading reading{model, diagnostics, std::filesystem::path(path).parent_path()};
-    reading.overrides = readScenarios(reading, file->field("scenarios"), options.scenarios);
-    const std::vector<Override> set = parseOverrides(options.set, diagnostics);
-    reading.overrides.insert(reading.overrides.end(), set.begin(), set.end());
+    model.path = document.path;
+    model.tableFiles = document.tableFiles;
+    model.isNetworkComplete = document.isWhole;
+    Reading reading{model, diagnostics};
+    reading.overrides = readScenarios(reading, document.file.field("scenarios"), options.scenarios);
+    const auto add = [&](const std::vector<Override>& overrides) {
+        reading.overrides.insert(reading.overrides.end(), overrides.begin(), overrides.end());
+    };
+    add(parseOverrides(options.set, diagnostics));
     const auto setDay = [&](const char* key, const std::string& option, const std::string& day) {
         if (!day.empty()) reading.overrides.push_back(overrideOf({"simulation", key}, day, option + day));
     };
     setDay("start", "--from ", options.from);
     setDay("end", "--to ", options.to);
-    readContents(reading, *file);
-    readAccepted(reading, file->field("accept"), options.accept);
+    add(more);
+    readContents(reading, document);
+    readAccepted(reading, document.file.field("accept"), options.accept);
     reportUnused(reading.overrides, targetsOf(model), diagnostics);
     numberModel(model, diagnostics);
     return model;
+}
+
+std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
+    const auto document = readDocument(path, diagnostics);
+    if (!document) return std::nullopt;
+    return readModel(*document, options, {}, diagnostics);
 }
 
 }  // namespace kesto

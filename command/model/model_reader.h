@@ -6,6 +6,8 @@
 
 #include "diagnostics.h"
 #include "model.h"
+#include "model_document.h"
+#include "overrides.h"
 #include "read_options.h"
 
 namespace kesto {
@@ -13,5 +15,9 @@ namespace kesto {
 // A model as far as it could be understood; it is fit to be run only when the diagnostics hold no error. None when the
 // file cannot be read at all.
 std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options = {});
+
+// The same of a document that has been read; `more` wins over the options.
+Model readModel(const ModelDocument& document, const ReadOptions& options, const std::vector<Override>& more,
+                Diagnostics& diagnostics);
 
 }  // namespace kesto

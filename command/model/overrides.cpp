@@ -12,10 +12,6 @@
 
 namespace kesto {
 
-namespace {
-
-constexpr std::size_t kLongestShown = 200;  // of an argument, in messages
-
 // Values of the command line have no line in a file: all of them carry the argument itself as their place.
 void setPlace(Value& value, const Place& place) {
     value.place = place;
@@ -27,6 +23,10 @@ void setPlace(Value& value, const Place& place) {
         setPlace(field.value, place);
     }
 }
+
+namespace {
+
+constexpr std::size_t kLongestShown = 200;  // of an argument, in messages
 
 Value parseValue(const std::string& text, const Place& place) {
     Diagnostics ignored;
@@ -42,7 +42,14 @@ Value parseValue(const std::string& text, const Place& place) {
 
 Override overrideOf(KeyPath path, const std::string& value, const std::string& argument) {
     const Place place{std::make_shared<const std::string>(shortened(argument, kLongestShown)), 0, 0};
-    return {std::move(path), parseValue(value, place)};
+    return {std::move(path), parseValue(value, place), place};
+}
+
+void refuseUnfit(const Override& one, const std::string& text, Diagnostics& diagnostics) {
+    refuseControlCharacters(one.value, diagnostics);
+    if (!tooDeepAt(text)) return;
+    diagnostics.error("wrong-value", one.value.place,
+                      fmt::format("the value nests deeper than {} levels", kDeepestNesting));
 }
 
 std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics) {
@@ -60,11 +67,7 @@ std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diag
             continue;
         }
         const Override one = overrideOf(std::move(*path), text.substr(equals + 1), argument);
-        refuseControlCharacters(one.value, diagnostics);
-        if (tooDeepAt(text.substr(equals + 1))) {
-            diagnostics.error("wrong-value", one.value.place,
-                              fmt::format("the value nests deeper than {} levels", kDeepestNesting));
-        }
+        refuseUnfit(one, text.substr(equals + 1), diagnostics);
         overrides.push_back(one);
     }
     return overrides;
@@ -77,7 +80,7 @@ Value withOverrides(const Value& table, const KeyPath& target, std::vector<Overr
             one.path.size() > target.size() && std::equal(target.begin(), target.end(), one.path.begin());
         if (!isWithin) continue;
         one.used = true;
-        putAt(merged, one.path, target.size(), one.value);
+        putAt(merged, one.path, target.size(), one.value, one.keyPlace);
     }
     return merged;
 }
@@ -117,15 +120,15 @@ Value withSeriesOverrides(const Value& series, std::vector<Override>& overrides,
         Value* const table = seriesWith(merged, key);
         if (!table) {
             diagnostics.error(
-                "wrong-value", one.value.place,
+                "wrong-value", one.keyPlace,
                 fmt::format("[[series]] stands {} times; expected a key that one of them has", merged.items.size()));
         } else if (one.path.size() > 2 && !openList(*table, key)) {
-            diagnostics.error("wrong-value", one.value.place,
+            diagnostics.error("wrong-value", one.keyPlace,
                               fmt::format("[series] {} is a list of several; expected one series, or a group's or "
                                           "component's own, as in groups.NAME.{}",
                                           key, toText(KeyPath(one.path.begin() + 1, one.path.end()))));
         } else {
-            putAt(*table, one.path, 1, one.value);
+            putAt(*table, one.path, 1, one.value, one.keyPlace);
         }
     }
     return merged;
@@ -144,8 +147,7 @@ void reportUnused(const std::vector<Override>& overrides, const std::vector<std:
                                      ? diagnostics.suggest(target, [&] { return names; })
                                      : fmt::format("; did you mean \"{}.{}\"?", *whole,
                                                    toText(KeyPath(one.path.begin() + 2, one.path.end())));
-        diagnostics.error("unknown-name", one.value.place,
-                          fmt::format("there is no \"{}\" in the model{}", target, hint));
+        diagnostics.error("unknown-name", one.keyPlace, fmt::format("there is no \"{}\" in the model{}", target, hint));
     }
 }
 

@@ -11,12 +11,19 @@ namespace kesto {
 
 struct Override {
     KeyPath path;
-    Value value;  // its place says who gave it
+    Value value;     // its place says who gave it
+    Place keyPlace;  // where the path stands
     bool used = false;
 };
 
 // As written in an argument, which messages name.
 Override overrideOf(KeyPath path, const std::string& value, const std::string& argument);
+
+// All that it holds has this place.
+void setPlace(Value& value, const Place& place);
+
+// Reports what is not fit to be understood at all: control characters, and text that nests too deep.
+void refuseUnfit(const Override& one, const std::string& text, Diagnostics& diagnostics);
 
 // Values are read as TOML, and as plain text where they are not TOML.
 std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diagnostics& diagnostics);

@@ -1,7 +1,6 @@
 // The parts of the model reader; model_reader.cpp calls them in order.
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
@@ -17,7 +16,6 @@ namespace kesto {
 struct Reading {
     Model& model;
     Diagnostics& diagnostics;
-    std::filesystem::path folder;                                 // of the model file; other files are relative to it
     int defaultTable = -1;                                        // of sources that name a column but no file
     std::vector<std::pair<SeriesKind, SourceIndex>> forAll = {};  // series that do not say whom they are for
 
@@ -26,9 +24,11 @@ struct Reading {
 
     std::vector<Override> overrides = {};
 
-    std::string pathOf(const std::string& file) const;
     int addTable(const PlacedText& file, const std::string& timeColumn);
 };
+
+// A file that the model names: relative to the folder of the model file.
+std::string pathBeside(const std::string& modelPath, const std::string& file);
 
 // What stands under one key of the file, or in one row of a table. Values are tables, from TOML or from a row of CSV.
 bool addBrand(Reading& reading, const PlacedText& name);  // false when there is one of this name, which is reported

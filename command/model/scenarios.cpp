@@ -10,15 +10,15 @@ namespace kesto {
 namespace {
 
 // A table stands for the values in it, each at a path of its own.
-void collect(const KeyPath& path, const Value& value, std::vector<Override>& overrides) {
+void collect(const KeyPath& path, const Value& value, const Place& keyPlace, std::vector<Override>& overrides) {
     if (value.kind != Value::Kind::table) {
-        overrides.push_back({path, value});
+        overrides.push_back({path, value, keyPlace});
         return;
     }
     for (const Field& field : value.fields) {
         KeyPath inner = path;
         inner.push_back(field.name.value);
-        collect(inner, field.value, overrides);
+        collect(inner, field.value, field.name.place, overrides);
     }
 }
 
@@ -37,7 +37,7 @@ std::vector<Override> valuesOf(const Value& scenario, const std::string& what, D
                                           what, field.name.value));
             continue;
         }
-        collect(*path, field.value, overrides);
+        collect(*path, field.value, field.name.place, overrides);
     }
     return overrides;
 }

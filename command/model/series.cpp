@@ -72,7 +72,46 @@ class ColumnReading {
     std::optional<std::size_t> parted_;  // the first row of a number whose thousands are parted
 };
 
+// The column that a source names; none when there is none, or several.
+std::optional<std::size_t> columnOf(const SeriesSource& source, const CsvFile& csv, Diagnostics& diagnostics) {
+    const auto column = csv.column(source.column);
+    if (!column) {
+        const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
+        diagnostics.error(
+            "unknown-name", source.place,
+            fmt::format("there is no column \"{}\" in {}; its columns are {}{}", source.column, toString(csv.place()),
+                        listOf(names, "and"), diagnostics.suggest(source.column, [&] { return names; })));
+        return std::nullopt;
+    }
+    if (const std::size_t count = csv.columnsNamed(source.column).size(); count > 1) {
+        diagnostics.error("repeated", csv.headerPlace(),
+                          fmt::format("{} columns are called \"{}\"; expected one", count, source.column));
+        return std::nullopt;
+    }
+    return column;
+}
+
 }  // namespace
+
+SeriesValues::SeriesValues(const Model& model, Diagnostics& diagnostics, SeriesCache* cache)
+    : model_(model), diagnostics_(diagnostics), cache_(cache ? *cache : own_) {}
+
+// What the cache has, with what there was to say of it; else what is read, which it keeps unless there was an error.
+template <class T, class Read>
+std::shared_ptr<const T> SeriesValues::cached(std::map<std::string, Kept<std::shared_ptr<const T>>>& kept,
+                                              const std::string& key, const Read& read) {
+    const auto known = kept.find(key);
+    if (known != kept.end()) {
+        diagnostics_.append(known->second.said);
+        return known->second.value;
+    }
+    Diagnostics said;
+    std::optional<T> found = read(said);
+    diagnostics_.append(said);
+    auto value = found ? std::make_shared<const T>(std::move(*found)) : nullptr;
+    if (value && !said.hasErrors() && kept.size() < SeriesCache::kMostColumns) kept[key] = {value, std::move(said)};
+    return value;
+}
 
 std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
     if (index < 0) return nullptr;
@@ -85,12 +124,9 @@ std::shared_ptr<const Floats> SeriesValues::of(SourceIndex index) {
 }
 
 std::shared_ptr<const Floats> SeriesValues::read(const SeriesSource& source) {
+    if (source.kind == SeriesSource::Kind::column) return fromColumn(source);
     Floats values(static_cast<std::size_t>(model_.simulation.days()));
-    if (source.kind != SeriesSource::Kind::column) {
-        fromPattern(source, values);
-    } else if (!fromColumn(source, values)) {
-        return nullptr;
-    }
+    fromPattern(source, values);
     return std::make_shared<const Floats>(std::move(values));
 }
 
@@ -106,46 +142,41 @@ void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const
     }
 }
 
-std::optional<std::size_t> SeriesValues::columnOf(const SeriesSource& source, const CsvFile& csv) {
-    const auto column = csv.column(source.column);
-    if (!column) {
-        const std::vector<std::string_view> names(csv.columns().begin(), csv.columns().end());
-        diagnostics_.error(
-            "unknown-name", source.place,
-            fmt::format("there is no column \"{}\" in {}; its columns are {}{}", source.column, toString(csv.place()),
-                        listOf(names, "and"), diagnostics_.suggest(source.column, [&] { return names; })));
-        return std::nullopt;
-    }
-    if (const std::size_t count = csv.columnsNamed(source.column).size(); count > 1) {
-        diagnostics_.error("repeated", csv.headerPlace(),
-                           fmt::format("{} columns are called \"{}\"; expected one", count, source.column));
-        return std::nullopt;
-    }
-    return column;
+std::shared_ptr<const Floats> SeriesValues::fromColumn(const SeriesSource& source) {
+    const Table& table = tableOf(source.table);
+    const auto column = table.rows ? columnOf(source, *table.csv, diagnostics_) : std::nullopt;
+    if (!column) return nullptr;
+    const std::string key = fmt::format("{}|{}|{}|{}|{}|{}", table.key, source.column, source.conversion.factor,
+                                        source.conversion.offset, source.scale, source.offset);
+    const auto read = [&](Diagnostics& diagnostics) -> std::optional<Floats> {
+        Floats values(static_cast<std::size_t>(model_.simulation.days()));
+        ColumnReading reading(*table.csv, *column, *table.rows, source);
+        reading.read(values);
+        reading.report(model_.simulation, diagnostics);
+        return reading.isGood() ? std::optional(std::move(values)) : std::nullopt;
+    };
+    return cached<Floats>(cache_.columns, key, read);
 }
 
-bool SeriesValues::fromColumn(const SeriesSource& source, Floats& values) {
-    const Table& table = tableOf(source.table);
-    if (!table.rows) return false;
-    const CsvFile& csv = *table.csv;
-    const auto column = columnOf(source, csv);
-    if (!column) return false;
-    ColumnReading reading(csv, *column, *table.rows, source);
-    reading.read(values);
-    reading.report(model_.simulation, diagnostics_);
-    return reading.isGood();
+SeriesValues::Table SeriesValues::readTable(const TimeTable& description) {
+    const Simulation& simulation = model_.simulation;
+    Table table;
+    table.key = fmt::format("{}|{}|{}|{}|{}", description.path, description.timeColumn, simulation.start,
+                            simulation.end, simulation.tableStart);
+    table.csv = cached<CsvFile>(cache_.tables, description.path, [&](Diagnostics& diagnostics) {
+        return CsvFile::read(description.path, description.place, diagnostics);
+    });
+    if (!table.csv || !table.csv->isWhole()) return table;
+    table.rows = cached<TimeRows>(cache_.rows, table.key, [&](Diagnostics& diagnostics) {
+        return TimeRows::of(*table.csv, description, simulation, diagnostics);
+    });
+    return table;
 }
 
 const SeriesValues::Table& SeriesValues::tableOf(int index) {
     const auto known = tables_.find(index);
     if (known != tables_.end()) return known->second;
-    const TimeTable& description = model_.tables[static_cast<std::size_t>(index)];
-    Table table;
-    table.csv = CsvFile::read(description.path, description.place, diagnostics_);
-    if (table.csv && table.csv->isWhole()) {
-        table.rows = TimeRows::of(*table.csv, description, model_.simulation, diagnostics_);
-    }
-    return tables_[index] = std::move(table);
+    return tables_[index] = readTable(model_.tables[static_cast<std::size_t>(index)]);
 }
 
 Place SeriesValues::placeOf(SourceIndex index, std::size_t step) const {

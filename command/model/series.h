@@ -6,18 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "csv_file.h"
 #include "diagnostics.h"
 #include "model.h"
-#include "time_rows.h"
+#include "series_cache.h"
 
 namespace kesto {
 
-using Floats = std::vector<float>;
-
 class SeriesValues {
   public:
-    SeriesValues(const Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
+    SeriesValues(const Model& model, Diagnostics& diagnostics, SeriesCache* cache = nullptr);
 
     // One value a step; null when the source cannot be read, which is then reported once. Sources that say the same
     // share one array: of a thousand households most have the same habits.
@@ -28,18 +25,24 @@ class SeriesValues {
 
   private:
     struct Table {
-        std::optional<CsvFile> csv;
-        std::optional<TimeRows> rows;  // none: not fit for the run, which has been reported
+        std::string key;                       // in the cache, with the period
+        std::shared_ptr<const CsvFile> csv;    // null: it cannot be read, which has been reported
+        std::shared_ptr<const TimeRows> rows;  // null: not fit for the run, likewise
     };
     std::shared_ptr<const Floats> read(const SeriesSource& source);
+    template <class T, class Read>
+    std::shared_ptr<const T> cached(std::map<std::string, Kept<std::shared_ptr<const T>>>& kept, const std::string& key,
+                                    const Read& read);
+    Table readTable(const TimeTable& description);
     const Table& tableOf(int index);
-    std::optional<std::size_t> columnOf(const SeriesSource& source, const CsvFile& csv);
-    bool fromColumn(const SeriesSource& source, Floats& values);
+    std::shared_ptr<const Floats> fromColumn(const SeriesSource& source);
     void fromPattern(const SeriesSource& source, Floats& values) const;
     Day dayOf(std::size_t step) const { return model_.simulation.start + static_cast<Day>(step); }
 
     const Model& model_;
     Diagnostics& diagnostics_;
+    SeriesCache own_;
+    SeriesCache& cache_;
     std::map<int, Table> tables_;
     std::map<SourceIndex, std::shared_ptr<const Floats>> bySource_;
     std::map<SeriesSource::Content, std::shared_ptr<const Floats>> byContent_;

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "number_format.h"
 #include "reader_parts.h"
@@ -195,13 +196,13 @@ void assignToAll(Model& model, SeriesKind kind, SourceIndex source) {
 
 }  // namespace
 
-std::string Reading::pathOf(const std::string& file) const {
-    const std::filesystem::path path(file);
+std::string pathBeside(const std::string& modelPath, const std::string& file) {
+    const std::filesystem::path path(file), folder = std::filesystem::path(modelPath).parent_path();
     return path.is_absolute() || folder.empty() ? file : (folder / path).lexically_normal().string();
 }
 
 int Reading::addTable(const PlacedText& file, const std::string& timeColumn) {
-    const std::string path = pathOf(file.value);
+    const std::string path = pathBeside(model.path, file.value);
     for (std::size_t i = 0; i < model.tables.size(); ++i) {
         if (model.tables[i].path == path && model.tables[i].timeColumn == timeColumn) return static_cast<int>(i);
     }

@@ -187,7 +187,7 @@ class Values(unittest.TestCase):
         self.assertEqual(done.returncode, 2)
         errors = [text for text in done.stderr.splitlines() if ": error: " in text]
         self.assertEqual(len(errors), 2, errors)
-        where = f"model.toml:{line + 2}:13: error: scenario \"broken\": "
+        where = f"model.toml:{line + 2}:6: error: scenario \"broken\": "
         self.assertTrue(errors[0].startswith(where + 'component "roof" has no key "sise"'), errors)
         self.assertIn('scenario "broken": component "roof" (impervious_surface): its area is -1 m2', errors[1])
 
