@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kesto {
 
@@ -37,7 +38,8 @@ class SharedMemory {
 // calls `keep` first, which may touch only memory that exists already.
 struct ChildWork {
     std::function<std::string()> run;
-    std::function<void()> keep;
+    std::function<void()> keep = {};  // empty: nothing
+    bool leavesStopping = false;      // a request to stop is its parent's business alone
 };
 
 // Called within `run`: there is nothing to keep from here on. A fault ends the child as it ends any process, and
@@ -55,12 +57,16 @@ class ChildProcess {
     // Waits for so long at most; false once the child has ended.
     bool wait(int milliseconds);
 
+    // Waits until one of them has written or ended, for so long at most.
+    static void waitForAny(const std::vector<const ChildProcess*>& children, int milliseconds);
+
     // Tells it to stop; what it has is kept. Telling it again changes nothing.
     void stop();
 
     const std::optional<std::string>& answer() const { return answer_; }  // once it has ended; none if it died before
     const std::string& errors() const { return errors_; }                 // what it has written on stderr
     const std::string& fault() const { return fault_; }  // "ended by signal 9 (Killed)"; empty: it ended by itself
+    std::string lastWords() const;                       // what it has written on stderr, else its fault
 
   private:
     void collect();

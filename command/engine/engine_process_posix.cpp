@@ -62,7 +62,7 @@ extern "C" void keepResultsAndDie(int signal) {
     for (const int request : {SIGINT, SIGTERM, SIGHUP}) {
         std::signal(request, SIG_IGN);
     }
-    childWork->keep();
+    if (childWork->keep) childWork->keep();
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
@@ -93,9 +93,12 @@ bool writeAll(int pipe, const std::string& bytes) {
     for (const int signal : kFaults) {
         std::signal(signal, keepResultsAndDie);
     }
-    std::signal(SIGTERM, keepResultsAndDie);
-    for (const int signal : {SIGINT, SIGHUP}) {
-        if (!isIgnored(signal)) std::signal(signal, keepResultsAndDie);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        if (work.leavesStopping) {
+            std::signal(signal, SIG_IGN);
+        } else if (signal == SIGTERM || !isIgnored(signal)) {
+            std::signal(signal, keepResultsAndDie);
+        }
     }
     _exit(writeAll(answer.in, work.run()) ? 0 : 1);
 }
@@ -172,6 +175,15 @@ bool ChildProcess::wait(int milliseconds) {
     return false;
 }
 
+void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, int milliseconds) {
+    std::vector<pollfd> waiting;
+    for (const ChildProcess* child : children) {
+        waiting.push_back({child->system_->errors.out, POLLIN, 0});
+        waiting.push_back({child->system_->answer.out, POLLIN, 0});
+    }
+    poll(waiting.data(), waiting.size(), milliseconds);
+}
+
 void ChildProcess::stop() {
     if (system_->child != 0) kill(system_->child, SIGTERM);
 }
@@ -185,6 +197,11 @@ void ChildProcess::collect() {
     if (WIFSIGNALED(status)) {
         fault_ = fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
     }
+}
+
+std::string ChildProcess::lastWords() const {
+    const std::string words = errors_.substr(0, errors_.find_last_not_of('\n') + 1);
+    return words.empty() ? fault_ : words;
 }
 
 void useUtc() {

@@ -75,8 +75,7 @@ EngineRun ended(const Record& record, const ChildProcess& child, bool wasInterru
     if (*record.state().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
     run.outcome = wasInterrupted ? Outcome::interrupted : Outcome::crashed;
     if (wasInterrupted) return run;
-    run.message = child.errors().substr(0, child.errors().find_last_not_of('\n') + 1);
-    if (run.message.empty()) run.message = child.fault();
+    run.message = child.lastWords();
     return run;
 }
 
@@ -138,6 +137,12 @@ std::string concludeRun(Record& record, const Conclusion& conclude, const Progre
                                              child.fault().empty() ? "ended before it was done" : child.fault()));
     }
     return conclude(ended(record, child, guard && guard->wasInterrupted()), record.shared());
+}
+
+EngineRun runEngineHere(Record& record) {
+    prepare(record);
+    callEngine(record);
+    return returned(record);
 }
 
 std::string explainMessage(const std::string& message, const Model& model) {

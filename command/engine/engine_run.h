@@ -39,6 +39,10 @@ using Conclusion = std::function<std::string(const EngineRun& run, const EngineO
 std::string concludeRun(Record& record, const Conclusion& conclude, const Progress& progress,
                         const InterruptGuard* guard);
 
+// Runs the engine in this process, which can do it once, and ends where the engine does not return. The outputs are the
+// record's own.
+EngineRun runEngineHere(Record& record);
+
 // The engine's message with names for its ids: 'Series of type Rainfall of component with id=1 not found!' gains
 // ' (group "house", house.toml:12)'.
 std::string explainMessage(const std::string& message, const Model& model);

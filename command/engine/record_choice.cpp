@@ -76,10 +76,17 @@ std::vector<OutputPort> parseRecordChoice(const Model& model, const std::string&
     return choice.outputs;
 }
 
+std::vector<Refusal> refusedOf(const RecordingPlan& plan, const std::vector<OutputPort>& asked) {
+    const std::set<OutputPort> wanted(asked.begin(), asked.end());
+    std::vector<Refusal> refused = plan.refused;
+    std::erase_if(refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
+    return refused;
+}
+
 // One message for all outputs that are refused for the same reason: in some models that is every one.
-void reportRefusals(const Model& model, const RecordingPlan& plan, bool byName, Diagnostics& diagnostics) {
+void reportRefusals(const Model& model, const std::vector<Refusal>& refused, bool byName, Diagnostics& diagnostics) {
     std::vector<std::pair<std::string_view, std::vector<OutputPort>>> reasons;
-    for (const Refusal& refusal : plan.refused) {
+    for (const Refusal& refusal : refused) {
         const auto known =
             std::find_if(reasons.begin(), reasons.end(), [&](const auto& one) { return one.first == refusal.reason; });
         if (known == reasons.end()) {
