@@ -20,24 +20,41 @@ struct Close {
 
 }  // namespace
 
-std::string sha256OfFile(const std::string& path) {
-    if (!std::filesystem::is_regular_file(path)) return {};  // a pipe may never begin
-    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
-    if (!file) return {};
+struct Sha256::State {
     sha256_ctx context;
-    sha256_init(&context);
-    std::vector<std::uint8_t> buffer(1 << 16);
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
-        sha256_update(&context, count, buffer.data());
-    }
-    if (std::ferror(file.get()) != 0) return {};
+};
+
+Sha256::Sha256() : state_(std::make_unique<State>()) {
+    sha256_init(&state_->context);
+}
+
+Sha256::~Sha256() = default;
+
+void Sha256::add(std::string_view text) {
+    sha256_update(&state_->context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+}
+
+std::string Sha256::text() {
     std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
-    sha256_digest(&context, digest.size(), digest.data());
+    sha256_digest(&state_->context, digest.size(), digest.data());
     std::string text;
     for (const std::uint8_t byte : digest) {
         text += fmt::format("{:02x}", byte);
     }
     return text;
+}
+
+std::string sha256OfFile(const std::string& path) {
+    if (!std::filesystem::is_regular_file(path)) return {};  // a pipe may never begin
+    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
+    if (!file) return {};
+    Sha256 sum;
+    std::vector<char> buffer(1 << 16);
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
+        sum.add({buffer.data(), count});
+    }
+    if (std::ferror(file.get()) != 0) return {};
+    return sum.text();
 }
 
 }  // namespace kesto

@@ -80,7 +80,7 @@ int checkCommand(const CheckOptions& options) {
     if (loaded.isFit()) {
         const Model& model = loaded.model();
         const RecordingPlan plan = planRecordings(model, Network(model), allOutputs(model));
-        reportRefusals(model, plan, false, loaded.diagnostics());
+        reportRefusals(model, plan.refused, false, loaded.diagnostics());
         memory = expectedMemory(model, plan);
     }
     if (loaded.isFit() && options.read.scenarios.empty()) checkScenarios(options, loaded);

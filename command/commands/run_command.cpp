@@ -98,10 +98,7 @@ class Run {
         const Model& model = loaded_.model();
         asked_ = parseRecordChoice(model, options_.record, diagnostics_);
         needs_ = needsOf(model, loaded_.series(), asked_, options_.balance || options_.strict);
-        const std::set<OutputPort> wanted(asked_.begin(), asked_.end());
-        RecordingPlan told = needs_.plan;
-        std::erase_if(told.refused, [&](const Refusal& refusal) { return !wanted.contains(refusal.output); });
-        reportRefusals(model, told, options_.record != "all", diagnostics_);
+        reportRefusals(model, refusedOf(needs_.plan, asked_), options_.record != "all", diagnostics_);
     }
 
     // Rather told before the run than after an hour.

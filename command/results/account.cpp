@@ -11,21 +11,21 @@ namespace kesto {
 namespace {
 
 constexpr std::array<AccountKindInfo, kAccountKinds> kKindTable{{
-    {"rain", "rain"},
-    {"drawn", "drawn"},
-    {"mains", "mains"},
-    {"water_body", "water body"},
-    {"open_end", "open end"},
-    {"used", "used"},
-    {"evaporated", "evaporated"},
-    {"infiltrated", "infiltrated"},
-    {"lost", "lost"},
-    {"storage", "storage"},
-    {"not_recorded", "not recorded"},
-    {"created", "created"},
-    {"destroyed", "destroyed"},
-    {"unexplained", "unexplained"},
-    {"rounding", "rounding"},
+    {"rain", "rain", true, false},
+    {"drawn", "drawn", true, false},
+    {"mains", "mains", true, false},
+    {"water_body", "water body", false, true},
+    {"open_end", "open end", false, true},
+    {"used", "used", false, true},
+    {"evaporated", "evaporated", false, true},
+    {"infiltrated", "infiltrated", false, true},
+    {"lost", "lost", false, true},
+    {"storage", "storage", true, true},
+    {"not_recorded", "not recorded", true, true},
+    {"created", "created", true, false},
+    {"destroyed", "destroyed", false, true},
+    {"unexplained", "unexplained", true, true},
+    {"rounding", "rounding", true, true},
 }};
 
 AccountKind kindOf(Border border) {

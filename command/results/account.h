@@ -32,6 +32,7 @@ inline constexpr std::size_t kAccountKinds = 15;
 struct AccountKindInfo {
     std::string_view name;     // in files: "water_body"
     std::string_view heading;  // for people: "water body"
+    bool isIn, isOut;          // on which side of the account it can stand
 };
 const AccountKindInfo& info(AccountKind kind);
 

@@ -6,6 +6,7 @@
 
 #include "comparison.h"
 #include "csv_file.h"
+#include "shown_unit.h"
 
 namespace kesto {
 
@@ -13,33 +14,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A unit for people: of litres and kilowatt-hours by their size, of fractions per cent.
-struct Shown {
-    std::string_view unit;
-    double factor;
-    int decimals = 1;
-};
-
-Shown shownIn(std::string_view unit, double largest) {
-    if (unit == "L") {
-        if (largest >= 1e8) return {"ML", 1e-6};
-        if (largest >= 1e4) return {"m3", 1e-3};
-    }
-    if (unit == "kWh" && largest >= 1e5) return {"MWh", 1e-3};
-    if (unit == "-") return {"%", 100};
-    return {unit, 1, unit == "d" ? 0 : 1};
-}
-
-Shown shownIn(const ComparedFigure& figure) {
+ShownUnit shownIn(const ComparedFigure& figure) {
     double largest = 0;
     for (const double value : figure.values) {
         if (std::isfinite(value)) largest = std::max(largest, std::abs(value));
     }
-    return shownIn(figure.unit, largest);
-}
-
-std::string number(double value, const Shown& shown) {
-    return std::isnan(value) ? "-" : fmt::format("{:.{}f}", value * shown.factor, shown.decimals);
+    return shownUnit(figure.unit, largest);
 }
 
 // Of the first run's; fractions differ by percentage points instead.
@@ -47,7 +27,7 @@ double percentOf(const ComparedFigure& figure, std::size_t run) {
     return 100 * (figure.values[run] - figure.values[0]) / std::abs(figure.values[0]);
 }
 
-std::string change(const ComparedFigure& figure, std::size_t run, const Shown& shown) {
+std::string change(const ComparedFigure& figure, std::size_t run, const ShownUnit& shown) {
     const double difference = figure.values[run] - figure.values[0];
     if (std::isnan(difference)) return "";
     if (difference == 0) return "=";
@@ -58,24 +38,6 @@ std::string change(const ComparedFigure& figure, std::size_t run, const Shown& s
 }
 
 using Row = std::vector<std::string>;
-
-std::string aligned(const std::vector<Row>& rows) {
-    std::vector<std::size_t> widths(rows.front().size(), 0);
-    for (const Row& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
-        }
-    }
-    std::string text;
-    for (const Row& row : rows) {
-        std::string line = fmt::format("  {:<{}}  {:<{}}", row[0], widths[0], row[1], widths[1]);
-        for (std::size_t i = 2; i < row.size(); ++i) {
-            line += fmt::format("  {:>{}}", row[i], widths[i]);
-        }
-        text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-    return text;
-}
 
 Json orNull(double value) {
     return std::isfinite(value) ? Json(value) : Json(nullptr);
@@ -95,15 +57,15 @@ std::string toText(const Comparison& comparison) {
     }
     std::vector<Row> rows{heading};
     for (const ComparedFigure& figure : comparison.figures) {
-        const Shown shown = shownIn(figure);
+        const ShownUnit shown = shownIn(figure);
         Row row{figure.name, std::string(shown.unit)};
         for (std::size_t i = 0; i < figure.values.size(); ++i) {
-            row.push_back(number(figure.values[i], shown));
+            row.push_back(shownNumber(figure.values[i], shown));
             if (i > 0) row.push_back(change(figure, i, shown));
         }
         rows.push_back(row);
     }
-    text += comparison.figures.empty() ? "\nNo figure differs.\n" : "\n" + aligned(rows);
+    text += comparison.figures.empty() ? "\nNo figure differs.\n" : "\n" + alignedRows(rows);
     if (comparison.alike > 0 && !comparison.figures.empty()) {
         text += fmt::format("\n{} figures are the same in all runs; --all shows them.\n", comparison.alike);
     }

@@ -123,24 +123,8 @@ void ResultsFolder::finishMoves() {
 }
 
 void ResultsFolder::expectReplaceable(const std::vector<std::string>& names) const {
-    for (const std::string& name : names) {
-        const std::string path = joined(path_, name);
-        if (fs::symlink_status(path).type() == fs::file_type::not_found) continue;
-        for (const std::string& input : inputs_) {
-            std::error_code error;
-            if (!fs::equivalent(path, input, error) || error) continue;
-            throw NotReplaceable("over-input",
-                                 fmt::format("results would be written over {}, which the run reads; choose another "
-                                             "folder",
-                                             path));
-        }
-        if (isOurs(name)) continue;
-        throw NotReplaceable(
-            "not-results",
-            fmt::format("{} is no file that a run has left here, and would be replaced; move it away, or "
-                        "choose another folder",
-                        path));
-    }
+    kesto::expectReplaceable(
+        path_, names, inputs_, [this](const std::string& name) { return isOurs(name); }, "run");
 }
 
 // By its name and length in the summary; of a run that was killed among its moves in either of two.

@@ -2,24 +2,16 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "error_codes.h"
 #include "evaluation.h"
 #include "read_options.h"
+#include "replaceable.h"
 #include "results.h"
 #include "staging.h"
 
 namespace kesto {
-
-// Results would take the place of a file that is not the command's to replace.
-class NotReplaceable : public std::runtime_error {
-  public:
-    NotReplaceable(ErrorName code, const std::string& text) : std::runtime_error(text), name(code) {}
-    ErrorName name;
-};
 
 struct ResultsFormat {
     std::string name;  // "csv" or "netcdf"

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "files.h"
+#include "folder_lock.h"
 
 namespace kesto {
 
@@ -14,7 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kHiddenFolder = ".kesto-run";
-constexpr const char* kLockFile = "lock";
 constexpr const char* kMarkFile = "mark";
 constexpr std::string_view kMark =
     "A run was stopped while it put its files into this folder: some are its own, some those of the run before.\n"
@@ -24,35 +24,10 @@ constexpr std::string_view kMark =
     throw std::runtime_error(fmt::format("cannot write {}: {}", path, error.message()));
 }
 
-// A run that ends meanwhile may remove the hidden folder between two calls.
-std::unique_ptr<FileLock> lockIn(const std::string& hidden) {
-    constexpr int kTries = 100;
-    for (int i = 0;; ++i) {
-        std::error_code error;
-        fs::create_directory(hidden, error);
-        if (error) fail(hidden, error);
-        try {
-            // A link to a folder elsewhere is not followed.
-            if (fs::symlink_status(hidden).type() == fs::file_type::symlink) {
-                fail(hidden, std::make_error_code(std::errc::not_a_directory));
-            }
-            return std::make_unique<FileLock>(joined(hidden, kLockFile));
-        } catch (const std::system_error& failure) {
-            if (failure.code() != std::errc::no_such_file_or_directory || i == kTries) {
-                fail(joined(hidden, kLockFile), failure.code());
-            }
-        }
-    }
-}
-
 }  // namespace
 
 Staging::Staging(const std::string& folder)
-    : folder_(folder), path_(joined(folder, kHiddenFolder)), lock_(lockIn(path_)) {
-    if (lock_->isHeld()) return;
-    const std::string who = lock_->holder() > 0 ? fmt::format("process {}", lock_->holder()) : "another process";
-    throw FolderBusy(fmt::format("{} is writing results into {}; wait for it, or choose another folder", who, folder));
-}
+    : folder_(folder), path_(joined(folder, kHiddenFolder)), lock_(lockFolder(folder, kHiddenFolder)) {}
 
 Staging::~Staging() {
     try {

@@ -3,20 +3,13 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "platform.h"
+#include "folder_lock.h"
 #include "written_files.h"
 
 namespace kesto {
-
-// Another process writes results into the folder; the text says which.
-class FolderBusy : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 class Staging {
   public:

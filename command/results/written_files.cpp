@@ -58,20 +58,25 @@ nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files) {
     return rows;
 }
 
+std::vector<WrittenFile> filesIn(const nlohmann::ordered_json& rows) {
+    std::vector<WrittenFile> files;
+    for (const nlohmann::ordered_json& row : rows) {
+        WrittenFile file{row.at("file"), row.at("bytes"), row.at("sha256")};
+        if (isPlainName(file.name)) files.push_back(std::move(file));
+    }
+    return files;
+}
+
 std::optional<std::vector<WrittenFile>> filesOf(const std::string& summary) {
     try {
         // The rest can be large.
-        const auto wanted = [](int depth, nlohmann::json::parse_event_t event, const nlohmann::json& key) {
-            return depth != 1 || event != nlohmann::json::parse_event_t::key || key == "outcome" || key == "files";
+        using Json = nlohmann::ordered_json;
+        const auto wanted = [](int depth, Json::parse_event_t event, const Json& key) {
+            return depth != 1 || event != Json::parse_event_t::key || key == "outcome" || key == "files";
         };
-        const auto json = nlohmann::json::parse(summary, wanted);
+        const Json json = Json::parse(summary, wanted);
         if (!json.at("outcome").is_string()) return std::nullopt;
-        std::vector<WrittenFile> files;
-        for (const nlohmann::json& row : json.at("files")) {
-            WrittenFile file{row.at("file"), row.at("bytes"), row.at("sha256")};
-            if (isPlainName(file.name)) files.push_back(std::move(file));
-        }
-        return files;
+        return filesIn(json.at("files"));
     } catch (const nlohmann::json::exception&) {
         return std::nullopt;
     }

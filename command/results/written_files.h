@@ -24,7 +24,10 @@ inline constexpr std::string_view kStoppedFile = "STOPPED.txt";
 // What the summary tells of the files beside it: rows with `file`, `bytes` and `sha256`.
 nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files);
 
-// The rows again. Nothing when the text is no summary of a run; names that lead out of the folder are left out.
+// The rows again; names that lead out of the folder are left out. Throws nlohmann::json::exception when they are none.
+std::vector<WrittenFile> filesIn(const nlohmann::ordered_json& rows);
+
+// Those of a summary. Nothing when the text is no summary of a run.
 std::optional<std::vector<WrittenFile>> filesOf(const std::string& summary);
 
 // The file of this name; null when the list has none.
