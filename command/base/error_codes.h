@@ -47,6 +47,7 @@ inline constexpr ErrorCode kErrorCodes[] = {
     {"over-input", "results that would take the place of a file that the run reads"},
     {"not-results", "results that would take the place of a file that no run has left there"},
     {"folder-busy", "another process that is writing results into the folder"},
+    {"other-sweep", "a folder with another sweep, which this one cannot go on with"},
     {"cannot-write", "results that could not be written"},
 };
 

@@ -64,6 +64,23 @@ struct CompareOptions {
     std::string output;  // CSV; empty: none
 };
 
+struct SweepOptions {
+    std::string model;
+    std::string table;              // of members; empty: none
+    std::vector<std::string> vary;  // as in tank.size=500:8000:16
+    bool scenarios = false;         // of the model
+    std::string output;             // folder
+    ReadOptions read;
+    std::string record = "none";  // or a list of outputs, or all
+    std::string every = "day";    // or month, or year: of what is recorded
+    std::string figures = "key";  // or all: of components, too
+    std::string members;          // as in 1-500; empty: all
+    std::size_t jobs = 0;         // processes at a time; 0: as many as there are cores
+    bool restart = false;         // what an earlier sweep has left is removed
+    bool quiet = false;
+    bool json = false;
+};
+
 struct ReportOptions {
     std::string results;  // folder that a run wrote
     std::string output;   // page
@@ -78,6 +95,7 @@ int figuresCommand(const FiguresOptions& options);
 int newCommand(const NewOptions& options);
 int schemaCommand();
 int compareCommand(const CompareOptions& options);
+int sweepCommand(const SweepOptions& options);
 int drawCommand(const DrawOptions& options);
 int reportCommand(const ReportOptions& options);
 

@@ -109,6 +109,31 @@ int runCommandLine(int argc, char** argv) {
     drawCommand->add_option("-o,--output", draw.output, "Picture: NAME.svg, .png, .pdf or, as text, .dot")->required();
     addReadOptions(*drawCommand, draw.read);
 
+    kesto::SweepOptions sweep;
+    CLI::App* sweepCommand = app.add_subcommand("sweep", "Run many members: a model with other values each");
+    sweepCommand->add_option("model", sweep.model, "Model file (TOML)")->required();
+    sweepCommand->add_option("members_csv", sweep.table, "Table (CSV): a column for each key, a row for each member");
+    sweepCommand->add_option("-o,--output", sweep.output, "Folder for the results")->required();
+    sweepCommand
+        ->add_option("--vary", sweep.vary,
+                     "Values of a key, as in --vary \"tank.size=1 m3,2 m3\" or tank.size=500:8000:16 "
+                     "(from, to, how many); several are crossed")
+        ->allow_extra_args(false);
+    sweepCommand->add_flag("--scenarios", sweep.scenarios, "Run the model and each of its scenarios");
+    sweepCommand->add_option("--record", sweep.record,
+                             "Outputs to record: none (default), all, or a list such as tank:overflow,roof");
+    sweepCommand->add_option("--every", sweep.every, "What is recorded: each day (default), month or year")
+        ->check(CLI::IsMember({"day", "month", "year"}));
+    sweepCommand->add_option("--figures", sweep.figures, "Figures: key (default), or all, of each component")
+        ->check(CLI::IsMember({"key", "all"}));
+    sweepCommand->add_option("--jobs", sweep.jobs, "Members that run at a time; default: one on each core")
+        ->check(CLI::Range(1, 4096));
+    sweepCommand->add_option("--members", sweep.members, "Run a slice of the members, as in --members 1-500");
+    sweepCommand->add_flag("--restart", sweep.restart, "Begin anew where the folder holds a sweep");
+    sweepCommand->add_flag("-q,--quiet", sweep.quiet, "Print errors only");
+    sweepCommand->add_flag("--json", sweep.json, "Print the summary as JSON");
+    addReadOptions(*sweepCommand, sweep.read);
+
     kesto::CompareOptions compare;
     CLI::App* compareCommand = app.add_subcommand("compare", "Put the figures of several runs side by side");
     compareCommand->add_option("runs", compare.runs, "Folders with results, or a model and --scenarios")->required();
@@ -137,6 +162,7 @@ int runCommandLine(int argc, char** argv) {
             if (*codesCommand) return kesto::codesCommand(codes);
             if (*figuresCommand) return kesto::figuresCommand(figures);
             if (*newCommand) return kesto::newCommand(create);
+            if (*sweepCommand) return kesto::sweepCommand(sweep);
             if (*compareCommand) return kesto::compareCommand(compare);
             if (*drawCommand) return kesto::drawCommand(draw);
             if (*reportCommand) return kesto::reportCommand(report);

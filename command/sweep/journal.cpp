@@ -1,0 +1,156 @@
+#include "journal.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// What a line tells of, its first character.
+constexpr char kColumns = 'c', kMember = 'm', kPart = 'p';
+
+[[noreturn]] void fail(const std::string& path, int error) {
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(error)));
+}
+
+std::vector<std::string_view> fieldsOf(std::string_view line) {
+    std::vector<std::string_view> fields;
+    for (std::size_t begin = 0; begin <= line.size();) {
+        const std::size_t end = std::min(line.find('\t', begin), line.size());
+        fields.push_back(line.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return fields;
+}
+
+std::size_t numberIn(std::string_view text) {
+    std::size_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+// On one line, whatever it holds.
+std::string quoted(const std::string& text) {
+    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string toLine(const MemberColumns& columns) {
+    Json all = Json::array();
+    for (const MemberColumn& column : columns.all) {
+        all.push_back({column.name, column.unit});
+    }
+    return fmt::format("{}\t{}\t{}\n", kColumns, columns.key, all.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+MemberColumns columnsIn(const std::vector<std::string_view>& fields) {
+    MemberColumns columns;
+    columns.key = numberIn(fields.at(1));
+    for (const Json& column : Json::parse(fields.at(2))) {
+        columns.all.push_back({column.at(0), column.at(1)});
+    }
+    return columns;
+}
+
+}  // namespace
+
+Journal::Journal(const std::string& path, const std::string& madeOf, std::size_t first, std::size_t last)
+    : path_(path), first_(first), lines_(last - first + 1) {
+    const bool goesOn = takeUp(madeOf);
+    file_.reset(std::fopen(path.c_str(), goesOn ? "r+b" : "wb"));
+    if (!file_) fail(path, errno);
+    if (goesOn) {
+        // Behind the last whole line; what a killed process has left of another is written over.
+        std::filesystem::resize_file(path, end_);
+        std::fseek(file_.get(), 0, SEEK_END);
+    } else {
+        append(madeOf + "\n");
+    }
+}
+
+std::optional<std::string> Journal::madeOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string line;
+    if (!std::getline(file, line) || file.eof()) return std::nullopt;
+    return line;
+}
+
+// False where the file is none that the sweep can go on with.
+bool Journal::takeUp(const std::string& madeOf) {
+    std::ifstream file(path_, std::ios::binary);
+    std::string line;
+    if (!std::getline(file, line) || file.eof() || line != madeOf) return false;
+    end_ = line.size() + 1;
+    while (std::getline(file, line) && !file.eof()) {
+        take(line, end_);
+        end_ += line.size() + 1;
+    }
+    return true;
+}
+
+void Journal::take(std::string_view line, std::uint64_t begin) {
+    const std::vector<std::string_view> fields = fieldsOf(line);
+    if (line.starts_with(kColumns)) {
+        columns_.push_back(columnsIn(fields));
+    } else if (line.starts_with(kPart)) {
+        parts_.push_back({std::string(fields.at(1)), numberIn(fields.at(2)), std::string(fields.at(3))});
+    } else {
+        const std::size_t member = numberIn(fields.at(1));
+        const std::size_t columns = numberIn(fields.at(2));
+        if (member < first_ || member - first_ >= lines_.size()) return;
+        lines_[member - first_] = {begin, static_cast<std::uint32_t>(line.size()), static_cast<std::uint32_t>(columns)};
+    }
+}
+
+void Journal::append(const std::string& line) {
+    if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size() || std::fflush(file_.get()) != 0) {
+        fail(path_, errno);
+    }
+    end_ += line.size();
+}
+
+void Journal::add(std::size_t member, const MemberResult& result) {
+    auto known = std::find(columns_.begin(), columns_.end(), result.columns);
+    if (known == columns_.end()) {
+        append(toLine(result.columns));
+        known = columns_.insert(columns_.end(), result.columns);
+    }
+    const auto columns = static_cast<std::uint32_t>(known - columns_.begin());
+    std::string line = fmt::format("{}\t{}\t{}\t{}\t{}\t{}", kMember, member, columns, toText(result.outcome),
+                                   quoted(result.message), result.findings);
+    for (const double value : result.values) {
+        line += '\t';
+        if (!std::isnan(value)) fmt::format_to(std::back_inserter(line), "{}", value);
+    }
+    lines_[member - first_] = {end_, static_cast<std::uint32_t>(line.size()), columns};
+    append(line + '\n');
+}
+
+void Journal::addPart(const WrittenFile& part) {
+    append(fmt::format("{}\t{}\t{}\t{}\n", kPart, part.name, part.bytes, part.sha256));
+    parts_.push_back(part);
+}
+
+Journal::Row Journal::read(std::size_t member) const {
+    const Line& at = lines_[member - first_];
+    std::string line(at.length, ' ');
+    if (!reader_.is_open()) reader_.open(path_, std::ios::binary);
+    reader_.seekg(static_cast<std::streamoff>(at.begin));
+    if (!reader_.read(line.data(), at.length)) throw std::runtime_error(fmt::format("cannot read {}", path_));
+    const std::vector<std::string_view> fields = fieldsOf(line);
+    Row row{std::string(fields.at(3)), Json::parse(fields.at(4)), std::string(fields.at(5)), {}, at.columns};
+    row.values.assign(fields.begin() + 6, fields.end());
+    return row;
+}
+
+}  // namespace kesto

@@ -1,0 +1,43 @@
+// The files that a sweep leaves: members.csv, a row for each member, and members.json, what they are made of.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "design.h"
+#include "findings.h"
+#include "journal.h"
+
+namespace kesto {
+
+inline constexpr std::string_view kMembersTable = "members.csv";
+inline constexpr std::string_view kMembersFile = "members.json";
+
+// Rows of the whole design, counted from 1, both included.
+struct Slice {
+    std::size_t first = 1, last = 0;
+    std::size_t size() const { return last - first + 1; }
+};
+
+// A figure over all members that have one.
+struct FigureRange {
+    MemberColumn column;
+    double lowest, median, highest;
+    std::size_t lowestMember, highestMember;  // the first of them
+};
+
+// What the rows have come to.
+struct SweepSummary {
+    std::vector<std::string> keys;
+    std::vector<MemberColumn> columns;
+    std::vector<std::pair<std::string, std::size_t>> outcomes;  // members by outcome
+    std::vector<FigureRange> varying;                           // of key figures
+    Findings findings;                                          // of the results
+};
+
+// Writes the table, row by row, and returns what it has come to. Throws std::runtime_error.
+SweepSummary writeMembersTable(const std::string& path, const Design& design, const Slice& slice,
+                               const Journal& journal);
+
+}  // namespace kesto

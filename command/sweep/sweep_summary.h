@@ -1,0 +1,25 @@
+// members.json, which says what a sweep is made of and what its columns are; and the same for a person.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "findings.h"
+#include "sweep_files.h"
+#include "written_files.h"
+
+namespace kesto {
+
+// The same for the same members, whenever and in whatever slices they ran.
+nlohmann::ordered_json membersJson(const std::string& model, const std::string& title,
+                                   const nlohmann::ordered_json& made, const SweepSummary& summary,
+                                   const Findings& findings, const std::vector<WrittenFile>& files);
+
+// Of the figures that vary, a line each.
+std::string sweepText(const nlohmann::ordered_json& members, const std::string& folder);
+
+// Members that did not run to their end.
+std::size_t unfinishedIn(const nlohmann::ordered_json& members);
+
+}  // namespace kesto
