@@ -18,6 +18,7 @@ from typing import TYPE_CHECKING, Any
 __version__ = "0.1.0"
 
 if TYPE_CHECKING:
+    from .calibration import Calibration as Calibration
     from .designs import grid as grid
     from .designs import lhs as lhs
     from .designs import sobol as sobol
@@ -29,26 +30,37 @@ if TYPE_CHECKING:
     from .metrics import kge as kge
     from .metrics import nse as nse
     from .metrics import pbias as pbias
-    from .model import Model as Model
     from .model import load as load
+    from .model import Model as Model
     from .morris import morris_effects as morris_effects
     from .morris import morris_sample as morris_sample
-    from .result import Result as Result
+    from .pareto import Front as Front
     from .result import open_results as open_results
+    from .result import Result as Result
     from .search import dds as dds
     from .search import non_dominated as non_dominated
+    from .sensitivity import Sensitivity as Sensitivity
+    from .sizing import SizingCurve as SizingCurve
+    from .sweep import Sweep as Sweep
+    from .uncertainty import Uncertainty as Uncertainty
     from .variance import sobol_indices as sobol_indices
     from .variance import sobol_sample as sobol_sample
 
 # Where each public name lives. Modules are imported when a name is first used: `import kesto` is to take no time.
 _HOMES = {
+    "calibration": ["Calibration"],
     "designs": ["grid", "lhs", "sobol"],
     "errors": ["CommandError", "Error", "Fault", "ModelError", "RunError"],
     "metrics": ["kge", "nse", "pbias"],
     "model": ["Model", "load"],
     "morris": ["morris_effects", "morris_sample"],
+    "pareto": ["Front"],
     "result": ["Result", "open_results"],
     "search": ["dds", "non_dominated"],
+    "sensitivity": ["Sensitivity"],
+    "sizing": ["SizingCurve"],
+    "sweep": ["Sweep"],
+    "uncertainty": ["Uncertainty"],
     "variance": ["sobol_indices", "sobol_sample"],
 }
 _HOME = {name: module for module, names in _HOMES.items() for name in names}

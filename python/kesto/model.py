@@ -11,6 +11,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import command
 from .errors import CommandError, Error, Fault, ModelError
+from .studies import Studies
 from .values import Day, Value, options
 
 if TYPE_CHECKING:
@@ -54,7 +55,7 @@ def load(path: str | os.PathLike[str] | None = None) -> Model:
 
 
 @dataclass(frozen=True)
-class Model:
+class Model(Studies):
     """A model that `kesto.load` has read and checked. Runs read the file again, so that edits count.
 
     Attributes
@@ -163,8 +164,3 @@ class Model:
             except (Error, OSError):
                 return ""
         return text[text.find("<svg"):]
-
-
-def model_of(path: Any) -> Model:
-    """A Model as it is, a path loaded."""
-    return path if isinstance(path, Model) else load(path)

@@ -37,7 +37,16 @@ def figure_table(rows: Iterable[Mapping[str, Any]]) -> pandas.DataFrame:
     return made
 
 
+def is_monthly(figure: str) -> bool:
+    """Whether a figure is one of twelve, of a month.
+
+    >>> is_monthly("tank.unmet_jan"), is_monthly("tank.unmet")
+    (True, False)
+    """
+    return figure.rsplit("_", 1)[-1] in _MONTHS
+
+
 def key_figures(figures: pandas.DataFrame) -> pandas.DataFrame:
     """Those that people decide by: with a value, and without the months."""
-    monthly = figures.index.str.rsplit("_", n=1).str[-1].isin(_MONTHS)
-    return figures.loc[figures["value"].notna() & ~monthly, ["value", "unit"]]
+    shown = [not is_monthly(name) for name in figures.index]
+    return figures.loc[figures["value"].notna() & shown, ["value", "unit"]]

@@ -1,0 +1,172 @@
+"""A sweep on a dask cluster: chunks of members, each one `kesto sweep --members` on a worker.
+
+dask schedules, moves results and runs what a lost worker has left undone again. A worker needs this package and the
+`kesto` command; the model and what it reads are sent to it, once, as bytes.
+"""
+from __future__ import annotations
+
+import json
+import os
+import tempfile
+import time
+from collections.abc import Iterator
+from dataclasses import dataclass, replace
+from pathlib import Path
+from typing import TYPE_CHECKING, Any
+
+from . import command
+from .sweep import Plan, expect_swept, write_design
+from .sweep_files import Pieces, read_pieces
+
+if TYPE_CHECKING:
+    import pandas
+
+CHUNK_SECONDS = 2.0  # of work: shorter chunks cost the scheduler more, longer ones leave workers idle at the end
+_FIRST = 16  # members of the chunk that is timed
+
+
+@dataclass(frozen=True, repr=False)
+class Package:
+    """A model with all files that it reads, and the design, by content.
+
+    Attributes
+    ----------
+    files : dict of str to bytes
+        By path relative to the folder that holds them all.
+    model, table : str
+        Two of these paths.
+    root : str
+        The folder where the client has them; messages name it.
+    """
+
+    files: dict[str, bytes]
+    model: str
+    table: str
+    root: str
+
+    def __repr__(self) -> str:
+        return f"<kesto.cluster.Package: {len(self.files)} files, {sum(map(len, self.files.values()))} bytes>"
+
+    def unpack(self, place: Path) -> None:
+        """Writes the files into a folder."""
+        for name, data in self.files.items():
+            (place / name).parent.mkdir(parents=True, exist_ok=True)
+            (place / name).write_bytes(data)
+
+
+@dataclass(frozen=True)
+class Chunk:
+    """What a chunk left: the files of `kesto sweep`, and how long it took [s]."""
+
+    files: dict[str, bytes]
+    seconds: float
+
+
+def run_chunk(package: Package, plan: Plan, first: int, last: int) -> Chunk:
+    """Runs members `first` to `last` of the design; on a worker.
+
+    Raises
+    ------
+    ModelError
+        A member cannot be read.
+    CommandError
+        The worker has no `kesto` command of this version.
+    """
+    begin = time.perf_counter()
+    with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
+        place = Path(folder, "model")
+        package.unpack(place)
+        words = plan.arguments(str(place / package.model), str(place / package.table), str(Path(folder, "out")))
+        expect_swept(plan, command.call(*words, "--members", f"{first}-{last}", "--jobs", "1"))
+        left = {path.name: path.read_bytes() for path in Path(folder, "out").iterdir() if path.is_file()}
+        for name in left.keys() & {"members.csv", "members.json"}:
+            left[name] = left[name].replace(str(place).encode(), package.root.encode())
+    return Chunk(left, time.perf_counter() - begin)
+
+
+def run_chunks(plan: Plan, design: pandas.DataFrame, client: Any, keep: str | os.PathLike[str] | None) -> Pieces:
+    """The whole design on the cluster of `client`; with `keep`, the files of each chunk in that folder."""
+    package = pack(plan, design)
+    light = replace(plan, model=_Named(str(plan.model.path)))
+    # One copy on each worker, whatever the number of chunks.
+    sent = client.scatter(package, broadcast=True, hash=True)
+    futures: list[Any] = []
+    try:
+        count = min(_FIRST, len(design))
+        futures.append(client.submit(run_chunk, sent, light, 1, count, pure=False))
+        size = chunk_size(count, max(futures[0].result().seconds, 1e-3), len(design), _workers(client))
+        futures += [client.submit(run_chunk, sent, light, first, last, pure=False)
+                    for first, last in slices(count + 1, len(design), size)]
+        chunks = client.gather(futures)
+    except BaseException:
+        client.cancel(futures, force=True)
+        raise
+    return _gathered(chunks, keep)
+
+
+class _Named:
+    """Of a model only its path, which messages name: workers have it elsewhere."""
+
+    def __init__(self, path: str) -> None:
+        self.path = path
+
+
+def _workers(client: Any) -> int:
+    return max(1, sum(int(threads) for threads in client.nthreads().values()))
+
+
+def chunk_size(members: int, seconds: float, design: int, workers: int) -> int:
+    """Members of a chunk of about two seconds, given how long `members` took; no more than gives each worker some.
+
+    >>> chunk_size(16, 0.1, 100_000, 2), chunk_size(16, 0.1, 100, 2), chunk_size(16, 160, 100, 2)
+    (320, 42, 1)
+    """
+    timed = max(1, round(CHUNK_SECONDS * members / seconds))
+    return max(1, min(timed, -(-(design - members) // workers)))
+
+
+def slices(first: int, last: int, size: int) -> Iterator[tuple[int, int]]:
+    """First and last member of each chunk.
+
+    >>> list(slices(17, 40, 10))
+    [(17, 26), (27, 36), (37, 40)]
+    """
+    for begin in range(first, last + 1, size):
+        yield begin, min(begin + size - 1, last)
+
+
+def pack(plan: Plan, design: pandas.DataFrame) -> Package:
+    """The model, the tables and series that it and its members read, and the design."""
+    model = plan.model.path
+    with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
+        table = Path(folder, "kesto-design.csv")
+        write_design(design, table)
+        # A sweep of one member tells which files the model reads.
+        expect_swept(plan, command.call(*plan.arguments(str(model), str(table), str(Path(folder, "out"))),
+                                        "--members", "1-1", "--jobs", "1"))
+        summary = json.loads(Path(folder, "out", "members.json").read_text(encoding="utf-8"))
+        text = table.read_bytes()
+    read = {model, *(model.parent / entry["file"] for entry in summary["made_of"]["inputs"]), *_varied(model, design)}
+    paths = {Path(os.path.abspath(path)) for path in read if path.name != "kesto-design.csv"}
+    root = Path(os.path.commonpath([path.parent for path in paths]))
+    files = {str(path.relative_to(root)): path.read_bytes() for path in sorted(paths)}
+    return Package({**files, "kesto-design.csv": text}, str(model.relative_to(root)), "kesto-design.csv",
+                   str(root))
+
+
+def _varied(model: Path, design: pandas.DataFrame) -> set[Path]:
+    """Files that members name."""
+    keys = [key for key in design.columns if str(key).rsplit(".", 1)[-1] == "file"]
+    return {model.parent / str(value) for key in keys for value in design[key].dropna().unique()}
+
+
+def _gathered(chunks: list[Chunk], keep: str | os.PathLike[str] | None) -> Pieces:
+    """The slices as one sweep; with `keep`, each in a folder of its own, as `kesto sweep --members` leaves it."""
+    with tempfile.TemporaryDirectory(prefix="kesto-") as passing:
+        folder = Path(passing if keep is None else keep)
+        places = [folder / f"chunk-{number:05}" for number in range(len(chunks))]
+        for place, chunk in zip(places, chunks):
+            place.mkdir(parents=True)
+            for name, data in chunk.files.items():
+                (place / name).write_bytes(data)
+        return read_pieces(places)

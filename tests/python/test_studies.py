@@ -1,0 +1,199 @@
+"""Calibration, uncertainty, sensitivity, sizing and fronts of the house whose truth is known."""
+import numpy
+import pytest
+
+import kesto
+
+P = {"tank.size": (200, 8000), "roof.size": (20, 200)}
+TRUTH = {"tank.size": 3000, "roof.size": 75}
+LOSS = "brands.tiled_roof.evaporation_fraction"
+
+
+def noisy(house, fraction, seed, **truth):
+    """The overflow of the true house with Gaussian noise, a fraction of its standard deviation."""
+    overflow = house.run({**TRUTH, **truth}).flows.sel(flow="tank:overflow").to_series()
+    return overflow + numpy.random.default_rng(seed).normal(0, fraction * overflow.std(), len(overflow))
+
+
+@pytest.fixture(scope="module")
+def observed(house):
+    return noisy(house, 0.05, 1)
+
+
+@pytest.fixture(scope="module")
+def found(house, observed):
+    return house.calibrate(P, {"tank:overflow": observed}, metric="nse", warmup="365D", seed=1)
+
+
+def test_two_parameters_are_recovered_from_noise(found):
+    print(found)
+    for key, truth in TRUTH.items():
+        assert found.best[key] == pytest.approx(truth, rel=0.01)
+    assert found.members <= 2000 and len(found.history) <= found.members
+    assert not found.at_bounds and found.flat.empty
+    assert abs(found.best["tank.size"] - 3000) < 4 * found.deviation["tank.size"] < 0.02 * 3000
+    assert "all parameters are known" in repr(found)
+
+
+def test_the_metric_of_the_best_is_that_of_its_run(found, observed):
+    run = found.run()
+    simulated = run.flows.sel(flow="tank:overflow").values
+    assert kesto.nse(simulated[365:], observed.to_numpy()[365:]) == pytest.approx(found.value, abs=1e-9)
+    assert found.history["nse"].max() == found.value
+
+
+def test_the_same_seed_gives_the_same_bits(house, observed):
+    short = [house.calibrate(P, {"tank:overflow": observed}, max_members=60, seed=5, jobs=jobs) for jobs in (1, 2)]
+    assert short[0].history.to_numpy().tobytes() == short[1].history.to_numpy().tobytes()
+    assert short[0].best == short[1].best and short[0].members <= 60
+    other = house.calibrate(P, {"tank:overflow": observed}, max_members=60, seed=6)
+    assert other.best != short[0].best
+
+
+def test_what_cannot_be_known_is_said(house):
+    """Only roof × (1 − loss) can be seen in the overflow."""
+    three = {**P, LOSS: (0, 0.6)}
+    observed = noisy(house, 0.15, 1, **{LOSS: 0.12})
+    found = house.calibrate(three, {"tank:overflow": observed}, metric="nse", warmup=365, max_members=600, seed=1)
+    print(found)
+    assert found.correlation.loc["roof.size", LOSS] > 0.99
+    assert len(found.flat) == 1
+    # Along the flat direction roof × (1 − loss) stays: d roof / roof = d loss / (1 − loss).
+    row = found.flat.iloc[0]
+    assert row["roof.size"] / found.best["roof.size"] == pytest.approx(row[LOSS] / (1 - found.best[LOSS]), rel=0.1)
+    seen = found.best["roof.size"] * (1 - found.best[LOSS])
+    assert seen == pytest.approx(75 * 0.88, rel=0.02)
+    for words in ("flat direction", "correlated by", "fits as well from"):
+        assert words in repr(found)
+
+
+def test_bounds_that_were_hit(house, observed):
+    found = house.calibrate({"tank.size": (200, 8000), "roof.size": (20, 60)}, {"tank:overflow": observed}, seed=1,
+                            metric="nse", max_members=300)
+    assert found.at_bounds == {"roof.size": "high"} and "roof.size is at its high bound" in repr(found)
+
+
+def test_dds_and_several_flows(house):
+    run = house.run(TRUTH)
+    flows = {name: run.flows.sel(flow=name) for name in ("tank:overflow", "tank:deficit")}
+    found = house.calibrate(P, flows, metric="nse", method="dds", max_members=150, seed=2)
+    assert found.value > 0.98 and found.members <= 150
+
+
+def test_observations_with_gaps_and_without_dates(house, observed):
+    gaps = observed.copy()
+    gaps.iloc[::3] = numpy.nan
+    part = gaps.loc["2014-01-01":"2014-12-31"]
+    one = house.calibrate(P, {"tank:overflow": part}, max_members=60, seed=1)
+    array = observed.to_numpy().copy()
+    array[numpy.isnan(gaps)] = numpy.nan
+    array[(observed.index < "2014-01-01") | (observed.index > "2014-12-31")] = numpy.nan
+    two = house.calibrate(P, {"tank:overflow": array}, max_members=60, seed=1)
+    assert one.best == two.best
+
+
+@pytest.mark.parametrize("change, text", [
+    ({"metric": "rmse"}, "no metric 'rmse'"), ({"method": "sce"}, "no method 'sce'"), ({"max_members": 5}, "at least 15"),
+    ({"warmup": "2000D"}, "no observation of tank:overflow"), ({"observed": {}}, "nothing was observed"),
+    ({"observed": {"tank:overflow": [1.0, 2.0]}}, "a value for each of the 1461 days"),
+    ({"observed": {"tank": [1.0] * 1461}}, "must be the name of one flow")])
+def test_questions_that_cannot_be_answered(house, observed, change, text):
+    given = {"observed": {"tank:overflow": observed}, "max_members": 60, "seed": 1, **change}
+    with pytest.raises(kesto.Error, match=text):
+        house.calibrate(P, given.pop("observed"), **given)
+
+
+def test_unknown_options(house, observed):
+    with pytest.raises(TypeError, match="there is no option job"):
+        house.calibrate(P, {"tank:overflow": observed}, job=3)
+
+
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_uncertainty(house, observed):
+    options = {"warmup": "365D", "seed": 1, "steps": 20, "walkers": 16}
+    found = house.uncertainty(P, {"tank:overflow": observed}, **options)
+    assert len(found.draws) == 10 * 16 and 0.1 < found.acceptance < 0.9
+    low, high = found.draws["roof.size"].quantile([0.01, 0.99])
+    assert low < 75 < high
+    assert 0.7 < found.coverage(0.9, draws=40).iloc[0] <= 1
+    bands = found.bands(0.9, draws=20)
+    assert bands.dims == ("band", "flow", "time") and (bands.sel(band="low") <= bands.sel(band="high")).all()
+    text = repr(found)
+    assert "Gaussian errors" in text and "accepted" in text and "autocorrelation" in text
+    assert found.too_short and "too short to trust" in text
+    with pytest.raises(kesto.Error, match="even number"):
+        house.uncertainty(P, {"tank:overflow": observed}, walkers=5)
+
+
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_the_likelihood_by_hand(house, observed):
+    from kesto.objective import Batch, Fit
+    from kesto.sweep import Plan
+    from kesto.uncertainty import Likelihood
+
+    for errors in ("absolute", "relative"):
+        fit = Fit(Batch(Plan.of(house, record=["tank:overflow"])), P, {"tank:overflow": observed}, 365)
+        likelihood = Likelihood(fit, errors)
+        outside = numpy.array([[1.2, 0.5, 0.5], [0.5, 0.5, -0.1]])
+        assert (likelihood.log(outside) == -numpy.inf).all()
+        point = numpy.array([[0.3, 0.4, 0.25]])
+        simulated = house.run({"tank.size": 200 + 0.3 * 7800, "roof.size": 20 + 0.4 * 180}).flows.sel(flow="tank:overflow")
+        s, o = simulated.values[365:].astype(float), observed.to_numpy()[365:]
+        deviation = 0.25 * 2 * (o.std() if errors == "absolute" else 1)
+        sd = deviation * (1 if errors == "absolute" else numpy.maximum(abs(s), 0.01 * abs(o.mean()))) * numpy.ones(len(s))
+        assert likelihood.log(point)[0] == pytest.approx(-(numpy.log(sd) + 0.5 * ((o - s) / sd) ** 2).sum(), rel=1e-9)
+
+
+@pytest.mark.long
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_bands_cover(house):
+    """Of noisy observations, 90 % lie in bands of 90 %, and intervals of 90 % hold the truth most of the time."""
+    observed = noisy(house, 0.1, 3)
+    found = house.uncertainty(P, {"tank:overflow": observed}, warmup="365D", seed=1, steps=300)
+    print(found)
+    assert found.coverage(0.9).iloc[0] == pytest.approx(0.9, abs=0.03)
+    low, high = found.draws["tank.size"].quantile([0.005, 0.995])
+    assert low < 3000 < high
+    deviation = 0.1 * house.run(TRUTH).flows.sel(flow="tank:overflow").values[365:].std()
+    assert found.draws["deviation of tank:overflow"].median() == pytest.approx(deviation, rel=0.05)
+
+
+def test_sensitivity(house):
+    found = house.sensitivity(P, "tank:overflow", n=64, seed=1)
+    assert len(found.sweep) == 64 * 4 and found.unit == "L"
+    assert found.table.loc["roof.size", "total"] > 0.9 > 0.1 > found.table.loc["tank.size", "total"]
+    same = house.sensitivity(P, "tank:overflow", n=64, seed=1, statistic=lambda days: days.sum(axis=1))
+    assert numpy.allclose(same.table, found.table, atol=1e-6)
+    screened = house.sensitivity(P, "tank.reliability_volume", n=8, method="morris", seed=1)
+    assert (screened.table["mu"] > 0).all() and len(screened.sweep) == 24
+    for one in (found, screened):
+        assert one.plot().get_xlabel()
+    with pytest.raises(kesto.Error, match="no figure or flow 'nothing'"):
+        house.sensitivity(P, "nothing", n=2)
+
+
+def test_sizing_curve(house):
+    sizes = ["8 m3", "1 m3", "3 m3", "5 m3"]
+    found = house.sizing_curve("tank.size", sizes, target=0.85)
+    assert found.smallest == "5 m3" and found.figure == "tank.reliability_volume"
+    assert found.curve["3 m3"] == house.run({"tank.size": "3 m3"}).figures["value"]["tank.reliability_volume"]
+    assert found.plot().get_xlabel() == "tank.size, m3"
+    assert house.sizing_curve("tank.size", [500, 1000], target=0.99).smallest is None
+    with pytest.raises(kesto.Error, match="no figure 'roof.reliability_volume'"):
+        house.sizing_curve("roof.size", [50, 100])
+
+
+def test_pareto(house):
+    found = house.pareto(P, minimise=["network.mains", "tank.size"], maximise=["tank.reliability_volume"], n=60, seed=1)
+    aims = found.members[["network.mains", "tank.size", "tank.reliability_volume"]].to_numpy() * [1, 1, -1]
+    assert found.members["front"].tolist() == kesto.non_dominated(aims).tolist()
+    assert 1 < len(found.front) < 60 and found.units["network.mains"] == "L"
+    assert found.plot().get_ylabel() == "tank.size"
+    with pytest.raises(kesto.Error, match="two different aims"):
+        house.pareto(P, minimise="tank.size", n=4)
+
+
+def test_plots_of_calibration_and_uncertainty(found, tmp_path):
+    axes = found.plot()
+    assert axes.get_ylabel() == "tank:overflow, L a day"
+    axes.figure.savefig(tmp_path / "calibration.png")
