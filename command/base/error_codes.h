@@ -40,6 +40,8 @@ inline constexpr ErrorCode kErrorCodes[] = {
     {"no-order", "a loop without a delay"},
     {"untraceable", "sources that cannot be traced"},
     {"cannot-record", "an output that was asked for and cannot be recorded unchanged"},
+    {"missing-state", "results to go on from that do not hold the day before, or not the state of a store"},
+    {"not-exact", "a component that remembers more than the states of a day hold"},
     {"run-failed", "the engine stopped the run"},
     {"engine-crashed", "the engine's process ended"},
     {"interrupted", "the run was interrupted"},

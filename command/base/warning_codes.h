@@ -48,6 +48,8 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"time-step", About::values, "a time step other than one day"},
     {"mixed-units", About::values, "a group books millimetres and litres together"},
     {"id-digits", About::values, "ids that source tracing may mix up"},
+    {"unused-state", About::values, "a store in the results to go on from that the model does not have"},
+    {"approximate", About::results, "a run that goes on without what a component remembers beside the states"},
     {"not-finite", About::results, "a recorded flow, state or potential that is infinite or not a number"},
     {"odd-quality", About::results, "a quality that is below -1 or above 1e9"},
     {"empty-quality", About::results, "a quality that is infinite or not a number on days without water"},

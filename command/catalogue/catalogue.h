@@ -86,6 +86,7 @@ struct Port {
     std::string_view meaning;
     std::string_view unit = "L";
     Quality quality = usualQuality(carries);  // of an output
+    bool isQualityLeft = false;               // the engine leaves what an earlier component had there
 };
 
 // One specification of a brand. The same number can have other names and meanings in other types, but one name always

@@ -50,7 +50,7 @@ Type takesFromSource(std::string_view name, std::string_view tag, int code, std:
             .codes = {code},
             .summary = summary,
             .in = {kDemand},
-            .out = {kRequest, kExcess},
+            .out = {kRequest, leavesQuality(kExcess)},
             .size = Size{"factor on the capacity cost", "-", range::kFactor, 1},
             .parameters = {{spec::kDailyCapacity, "daily_capacity", "L/d", "volume that it can deliver in a day",
                             range::kNotNegative},

@@ -21,6 +21,11 @@ inline Port withQuality(Quality quality, Port port) {
     return port;
 }
 
+inline Port leavesQuality(Port port) {
+    port.isQualityLeft = true;
+    return port;
+}
+
 // Needs, ports and parameters that many types share.
 inline const SeriesNeed kOwnVolume{SeriesKind::storage, Filing::own, true};
 inline const SeriesNeed kOwnDepth{SeriesKind::storage, Filing::own, true, false, "mm"};

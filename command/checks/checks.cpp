@@ -13,7 +13,7 @@ void checkSimulation(const Model& model, Diagnostics& diagnostics) {
         diagnostics.error("too-large", simulation.place,
                           fmt::format("[simulation]: {} days; expected at most {}", simulation.days(), kMostDays));
     }
-    if (!shiftToRecord(simulation.start, simulation.end)) {
+    if (!shiftToRecord(simulation.start - simulation.daysBefore(), simulation.end)) {
         diagnostics.error(
             "calendar", simulation.place,
             fmt::format("[simulation]: the engine's calendar starts between 1970 and 2038, and no years in "

@@ -21,7 +21,8 @@ void addReadOptions(CLI::App& command, kesto::ReadOptions& options) {
                     "Replace a value of the model, as in --set tank.size=3000; wins over scenarios")
         ->allow_extra_args(false);
     command.add_option("--from", options.from,
-                       "First day of the run, instead of the model's; it begins with the initial states");
+                       "First day of the run, instead of the model's; it begins with the initial states, or those of "
+                       "--states-from");
     command.add_option("--to", options.to, "Last day of the run, instead of the model's");
     command.add_option("--accept", options.accept, "Accept a warning, as in --accept \"no-input sewer\"")
         ->allow_extra_args(false);
@@ -74,6 +75,13 @@ int runCommandLine(int argc, char** argv) {
     runCommand->add_option("--record", run.record,
                            "Outputs to record: all (default), none, or a list such as "
                            "tank:overflow,roof");
+    CLI::Option* statesFrom =
+        runCommand->add_option("--states-from", run.read.statesFrom,
+                               "Folder with results; the run goes on from the states of the day before it begins");
+    runCommand
+        ->add_flag("--approximate", run.read.approximate,
+                   "Go on although the states do not hold all that components remember")
+        ->needs(statesFrom);
     runCommand->add_flag("-q,--quiet", run.quiet, "Print errors only");
     runCommand->add_flag("--json", run.json, "Print the summary as JSON");
     addReadOptions(*runCommand, run.read);

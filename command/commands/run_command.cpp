@@ -13,6 +13,7 @@
 #include "engine_run.h"
 #include "evaluation.h"
 #include "files.h"
+#include "going_on.h"
 #include "load.h"
 #include "memory_estimate.h"
 #include "network.h"
@@ -99,6 +100,7 @@ class Run {
         asked_ = parseRecordChoice(model, options_.record, diagnostics_);
         needs_ = needsOf(model, loaded_.series(), asked_, options_.balance || options_.strict);
         reportRefusals(model, refusedOf(needs_.plan, asked_), options_.record != "all", diagnostics_);
+        if (model.simulation.goesOn) checkMemory(model, asked_, options_.read.approximate, diagnostics_);
     }
 
     // Rather told before the run than after an hour.
@@ -166,6 +168,7 @@ class Run {
         Results results = collectResults(loaded_.model(), record, outputs, needs_.plan, run);
         results.inputs = inputs_;
         results.diagnostics = &diagnostics_;
+        results.read = &options_.read;
         const Evaluation evaluation = check(results);
         const std::vector<WrittenFile> files = write(results, evaluation);
         costs_.peakBytes = peakMemory();
@@ -214,7 +217,7 @@ class Run {
     std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation) {
         std::vector<WrittenFile> files;
         try {
-            if (folder_) files = folder_->write(results, evaluation, options_.read);
+            if (folder_) files = folder_->write(results, evaluation);
         } catch (const std::exception& error) {
             reportUnwritten(error);
         }

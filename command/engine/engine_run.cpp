@@ -17,15 +17,20 @@ namespace kesto {
 
 namespace {
 
-std::size_t stepsDone(const Record& record) {
+// That the engine is at; -1: still in its set-up.
+int stepOf(const Record& record) {
     const auto* current = static_cast<const volatile std::int32_t*>(&record.globals().CurStep);
     const std::int32_t step = *current;
-    return static_cast<std::size_t>(std::max(step, 0));
+    return step < 0 ? step : step - static_cast<std::int32_t>(record.daysBefore());
+}
+
+std::size_t stepsDone(const Record& record) {
+    return static_cast<std::size_t>(std::max(stepOf(record), 0));
 }
 
 // Leaves the engine's outputs, so far as they go, to the parent. Called by a handler of signals, too.
 void keepOutputs(Record& record) {
-    const auto done = static_cast<std::size_t>(std::max(record.globals().CurStep, -1) + 1);
+    const auto done = static_cast<std::size_t>(std::max(stepOf(record), -1) + 1);
     record.moveToShared(std::min(record.steps(), done));
     *record.state().kept = 1;
 }
@@ -34,7 +39,7 @@ void keepOutputs(Record& record) {
 void callEngine(Record& record) {
     useUtc();
     AUEglobals& globals = record.globals();
-    *record.state().status = KESTO_simul(&globals, 1, globals.nSteps);
+    *record.state().status = KESTO_simul(&globals, static_cast<std::int32_t>(record.daysBefore()) + 1, globals.nSteps);
     *record.state().finished = 1;
     std::atomic_signal_fence(std::memory_order_seq_cst);
 }
@@ -62,7 +67,7 @@ void watch(const Record& record, ChildProcess& child, const InterruptGuard* guar
 EngineRun returned(const Record& record) {
     const AUEglobals& globals = record.globals();
     return {*record.state().status == KESTO_SUCCESS ? Outcome::finished : Outcome::failed,
-            std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg)), globals.CurStep,
+            std::string(globals.ErrMsg, strnlen(globals.ErrMsg, sizeof globals.ErrMsg)), stepOf(record),
             std::min(stepsDone(record), record.steps())};
 }
 
@@ -71,7 +76,7 @@ EngineRun returned(const Record& record) {
 EngineRun ended(const Record& record, const ChildProcess& child, bool wasInterrupted) {
     if (*record.state().finished && *record.state().kept) return returned(record);
     EngineRun run;
-    run.step = record.globals().CurStep;
+    run.step = stepOf(record);
     if (*record.state().kept) run.stepsRun = std::min(stepsDone(record), record.steps());
     run.outcome = wasInterrupted ? Outcome::interrupted : Outcome::crashed;
     if (wasInterrupted) return run;

@@ -32,7 +32,10 @@ void forEach(AUEglobals& g, EngineOutputs& outputs, const Visit& visit) {
 }  // namespace
 
 Record::Record(const Model& model, SeriesValues& series, const RecordingPlan& plan)
-    : model_(model), series_(series), steps_(static_cast<std::size_t>(model.simulation.days())) {
+    : model_(model),
+      series_(series),
+      daysBefore_(static_cast<std::size_t>(model.simulation.daysBefore())),
+      steps_(static_cast<std::size_t>(model.simulation.days())) {
     fillComponents(plan);
     fillConnections(plan);
     fillSpecifications();
@@ -127,7 +130,7 @@ void Record::listOutputs(const RecordingPlan& plan) {
 }
 
 std::size_t Record::sharedBytes(std::size_t states) const {
-    return SharedMemory::rounded(sizeof(AUEglobals)) + states * SharedMemory::rounded(steps_ * sizeof(float)) +
+    return SharedMemory::rounded(sizeof(AUEglobals)) + states * SharedMemory::rounded(length() * sizeof(float)) +
            SharedMemory::rounded(logs_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(waterBodies_.size() * steps_ * sizeof(Signal)) +
            SharedMemory::rounded(kPotentials * potentialIds_.size() * steps_ * sizeof(float)) +
@@ -151,7 +154,7 @@ void Record::shareOutputs() {
 
 EngineOutputs Record::own() const {
     EngineOutputs outputs = shared_;
-    forEach(*globals_, outputs, [](auto* own, auto*& output) { output = own ? own : output; });
+    forEach(*globals_, outputs, [&](auto* own, auto*& output) { output = own ? own + daysBefore_ : output; });
     return outputs;
 }
 
@@ -160,8 +163,8 @@ EngineOutputs Record::own() const {
 void Record::moveToShared(std::size_t done) {
     forEach(*globals_, shared_, [&](auto*& own, auto* output) {
         if (!own) return;
-        std::memcpy(output, own, done * sizeof *own);
-        giveBack(std::exchange(own, nullptr), steps_ * sizeof *own);
+        std::memcpy(output, own + daysBefore_, done * sizeof *own);
+        giveBack(std::exchange(own, nullptr), length() * sizeof *own);
     });
 }
 
@@ -182,9 +185,10 @@ void Record::fillSplits() {
 void Record::point() {
     AUEglobals& g = *globals_;
     const Simulation& simulation = model_.simulation;
-    const Day shift = shiftToRecord(simulation.start, simulation.end).value_or(0);
-    g.StartTime = static_cast<std::int32_t>((simulation.start + shift) * 86400);
-    g.nSteps = count(steps_);
+    const Day first = simulation.start - simulation.daysBefore();
+    const Day shift = shiftToRecord(first, simulation.end).value_or(0);
+    g.StartTime = static_cast<std::int32_t>((first + shift) * 86400);
+    g.nSteps = count(length());
     g.TimeStep = static_cast<float>(simulation.timeStep);
     g.Latitude = static_cast<float>(simulation.latitude.value_or(0));
     g.StopOnInfeas = simulation.stopOnInfeasible ? 1 : 0;

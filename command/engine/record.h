@@ -20,8 +20,8 @@ struct StateSeries {
     int component;
     SeriesKind kind;
     std::string_view unit;
-    float* values;
-    bool isState;  // the type writes it
+    float* values;  // from the first step on
+    bool isState;   // the type writes it
 };
 
 // Where the outputs of a run stand, in order of the record's tables.
@@ -44,6 +44,8 @@ class Record {
     AUEglobals& globals() { return *globals_; }
     const AUEglobals& globals() const { return *globals_; }
     std::size_t steps() const { return steps_; }
+    // Days before the first step, at the beginning of the engine's series: their states are known, and nothing else.
+    std::size_t daysBefore() const { return daysBefore_; }
     const EngineState& state() const { return state_; }
 
     // Memory for outputs that the engine's process leaves to its parent. It takes none before it is written.
@@ -76,13 +78,16 @@ class Record {
     void point();
 
     std::vector<SeriesEntry>& table(SeriesKind kind) { return tables_[static_cast<std::size_t>(kind)]; }
+    std::size_t length() const { return daysBefore_ + steps_; }  // of the engine's series
+    float* dailyOf(SourceIndex source);
+    float beforeFirst(SourceIndex source, bool isState);
     void add(SeriesKind kind, int id, SourceIndex source, float standard);
     float* constantSeries(float value);
     std::vector<std::pair<int, SeriesNeed>> stateNeeds() const;
 
     const Model& model_;
     SeriesValues& series_;
-    std::size_t steps_;
+    std::size_t daysBefore_, steps_;
     std::vector<int> loggerIds_;
     std::vector<int> logs_, waterBodies_, potentialGroups_;
     std::unique_ptr<SharedMemory> memory_;
@@ -100,6 +105,7 @@ class Record {
     std::deque<std::vector<std::int32_t>> splitMembers_;
     std::deque<Floats> owned_;
     std::map<float, float*> constants_;
+    std::map<SourceIndex, float*> longer_;  // series with a day before the first
     std::vector<std::shared_ptr<const Floats>> inputs_;
 };
 

@@ -8,8 +8,22 @@ namespace kesto {
 float* Record::constantSeries(float value) {
     const auto known = constants_.find(value);
     if (known != constants_.end()) return known->second;
-    owned_.emplace_back(steps_, value);
+    owned_.emplace_back(length(), value);
     return constants_[value] = owned_.back().data();
+}
+
+// A day before the first step has its value: the engine runs no step there.
+float* Record::dailyOf(SourceIndex source) {
+    inputs_.push_back(series_.of(source));
+    const Floats& values = *inputs_.back();
+    if (daysBefore_ == 0) return const_cast<float*>(values.data());
+    float*& longer = longer_[source];
+    if (!longer) {
+        owned_.emplace_back(daysBefore_, values.front());
+        owned_.back().insert(owned_.back().end(), values.begin(), values.end());
+        longer = owned_.back().data();
+    }
+    return longer;
 }
 
 // Series that the engine only reads are shared between all that name the same source.
@@ -18,8 +32,7 @@ void Record::add(SeriesKind kind, int id, SourceIndex source, float standard) {
         table(kind).push_back({id, constantSeries(standard)});
         return;
     }
-    inputs_.push_back(series_.of(source));
-    table(kind).push_back({id, const_cast<float*>(inputs_.back()->data())});
+    table(kind).push_back({id, dailyOf(source)});
 }
 
 void Record::fillGroupSeries() {
@@ -49,11 +62,11 @@ void Record::fillUses() {
 }
 
 float* Record::weave(const std::array<const Floats*, kUseKinds>& daily) {
-    Floats& values = owned_.emplace_back(steps_ * kUseKinds, 0);
+    Floats& values = owned_.emplace_back(length() * kUseKinds, 0);
     for (std::size_t kind = 0; kind < kUseKinds; ++kind) {
         if (!daily[kind]) continue;
         for (std::size_t step = 0; step < steps_; ++step) {
-            values[step * kUseKinds + kind] = (*daily[kind])[step];
+            values[(daysBefore_ + step) * kUseKinds + kind] = (*daily[kind])[step];
         }
     }
     return values.data();
@@ -88,16 +101,24 @@ std::vector<std::pair<int, SeriesNeed>> Record::stateNeeds() const {
     return needs;
 }
 
+// A state is known by its initial value. What is given, as the quality of a well, the engine reads of the day before.
+float Record::beforeFirst(SourceIndex source, bool isState) {
+    if (isState) return series_.of(source)->front();
+    return series_.dayBefore(source).value_or(0);
+}
+
 void Record::fillStates() {
     for (const auto& [index, need] : stateNeeds()) {
         const Component& component = model_.components[at(index)];
-        float* values = memory_->take<float>(steps_);
+        float* all = memory_->take<float>(length());
+        float* values = all + daysBefore_;
         const SourceIndex source = component.series[need.kind];
         if (source != kNoSource) {
             const auto given = series_.of(source);
             std::copy(given->begin(), given->end(), values);
+            if (daysBefore_ > 0) *all = beforeFirst(source, need.isState);
         }
-        table(need.kind).push_back({component.id, values});
+        table(need.kind).push_back({component.id, all});
         states_.push_back(
             {index, need.kind, need.unit.empty() ? info(need.kind).unit : need.unit, values, need.isState});
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <compare>
 #include <map>
 #include <optional>
@@ -38,10 +39,11 @@ struct SeriesSource {
     Place place;
 
     double valueOf(double given) const { return (given * conversion.factor + conversion.offset) * scale + offset; }
-    // What its values depend on.
-    using Content = std::tuple<Kind, int, std::string, std::vector<double>, std::array<double, 5>>;
+    // What its values depend on. Numbers by their bits: a state can be no number, or the other zero.
+    using Content = std::tuple<Kind, int, std::string, std::vector<double>, std::array<std::uint64_t, 5>>;
     Content content() const {
-        return {kind, table, column, pattern, {constant, conversion.factor, conversion.offset, scale, offset}};
+        const std::array numbers{constant, conversion.factor, conversion.offset, scale, offset};
+        return {kind, table, column, pattern, std::bit_cast<std::array<std::uint64_t, 5>>(numbers)};
     }
     bool isAsGiven() const { return conversion.isIdentity() && scale == 1 && offset == 0; }
 };
@@ -127,8 +129,10 @@ struct Simulation {
     std::optional<double> latitude;
     bool stopOnInfeasible = false;
     bool traceSources = false;
+    bool goesOn = false;  // initial states are those of the day before the start, not of its morning
     Place place;
     std::int64_t days() const { return end - start + 1; }
+    int daysBefore() const { return goesOn ? 1 : 0; }  // of which the engine's record holds the states alone
 };
 
 // Values that take the place of the model's where it is asked for.
@@ -149,6 +153,7 @@ struct Model {
     bool isNetworkComplete = true;  // false: components or connections are missing that could not be understood
     std::vector<TimeTable> tables;
     std::vector<std::string> tableFiles;  // of [tables]
+    std::string statesFile;               // that initial states were taken from; empty: none
     std::vector<SeriesSource> sources;
 
     int findBrand(std::string_view name) const;

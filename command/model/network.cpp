@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <queue>
 
 namespace kesto {
 
@@ -58,6 +59,48 @@ void Network::place(std::vector<bool>& placed, std::vector<int>& waiting, int& s
         }
         placed[nextDelay] = true;
         release(outgoing_[nextDelay].front());  // DELIBERATE: the engine frees only the first connection of a delay
+    }
+}
+
+// The engine goes through the table again and again, and places what waits for no sender any more: a component whose
+// last sender was placed later in the table waits for the next pass. When a pass places nothing, the first delay does
+// not wait any longer, and the next pass begins.
+std::vector<int> Network::order() const {
+    using Turn = std::pair<std::size_t, int>;  // pass, component
+    const std::size_t n = model_.components.size();
+    std::vector<std::size_t> waiting(n);
+    std::vector<bool> placed(n, false);
+    std::priority_queue<Turn, std::vector<Turn>, std::greater<>> turns;
+    for (std::size_t i = 0; i < n; ++i) {
+        waiting[i] = incoming_[i].size();
+        if (waiting[i] == 0) turns.emplace(0, static_cast<int>(i));
+    }
+    std::vector<int> order;
+    std::size_t pass = 0, nextDelay = 0;
+    const auto release = [&](int connection, int from) {
+        const int to = model_.connections[at(connection)].to;
+        if (--waiting[at(to)] == 0 && !placed[at(to)]) turns.emplace(to > from ? pass : pass + 1, to);
+    };
+    const auto put = [&](int component) {
+        placed[at(component)] = true;
+        order.push_back(component);
+    };
+    for (;;) {
+        while (!turns.empty()) {
+            const int component = turns.top().second;
+            pass = turns.top().first;
+            turns.pop();
+            put(component);
+            for (const int connection : outgoing(component)) {
+                release(connection, component);
+            }
+        }
+        while (nextDelay < n && (placed[nextDelay] || model_.components[nextDelay].code != code::kDelay))
+            ++nextDelay;
+        if (nextDelay == n || outgoing_[nextDelay].empty()) return order;
+        ++pass;
+        put(static_cast<int>(nextDelay));
+        release(outgoing_[nextDelay].front(), kNone);
     }
 }
 

@@ -18,6 +18,9 @@ class Network {
     // Each pair of sender and receiver carries one connection: the last in the table. These are the receiver's.
     std::vector<int> inputs(int component) const;
 
+    // Components in the order in which the engine evaluates them; without those that it cannot place.
+    std::vector<int> order() const;
+
     // Components that the engine's ordering cannot place: they lie on or behind a loop that no delay opens.
     std::vector<int> unplaced() const;
 

@@ -10,6 +10,8 @@ struct ReadOptions {
     std::vector<std::string> scenarios;  // of the model, in order: later ones win
     std::vector<std::string> set;        // as in tank.size=3000: win over scenarios
     std::string from, to;                // first and last day of the run; empty: the model's
+    std::string statesFrom;              // folder of results whose states the run goes on from; empty: initial ones
+    bool approximate = false;            // go on although the states do not hold all that components remember
     std::vector<std::string> accept;     // warnings, in addition to those that the model accepts
 };
 

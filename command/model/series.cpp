@@ -130,6 +130,22 @@ std::shared_ptr<const Floats> SeriesValues::read(const SeriesSource& source) {
     return std::make_shared<const Floats>(std::move(values));
 }
 
+struct SeriesValues::Earlier {
+    Model model;
+    SeriesValues series;
+
+    Earlier(const Model& later, Diagnostics& diagnostics) : model(later), series(model, diagnostics) {
+        --model.simulation.start;
+        model.simulation.end = model.simulation.start;
+    }
+};
+
+std::optional<float> SeriesValues::dayBefore(SourceIndex source) {
+    if (!earlier_) earlier_ = std::make_shared<Earlier>(model_, diagnostics_);
+    const auto values = earlier_->series.of(source);
+    return values ? std::optional(values->front()) : std::nullopt;
+}
+
 void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const {
     for (std::size_t step = 0; step < values.size(); ++step) {
         double value = source.constant;
@@ -138,7 +154,7 @@ void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const
         } else if (source.kind == SeriesSource::Kind::weekly) {
             value = source.pattern[static_cast<std::size_t>(weekdayOf(dayOf(step)))];
         }
-        values[step] = static_cast<float>(source.valueOf(value));
+        values[step] = static_cast<float>(source.isAsGiven() ? value : source.valueOf(value));
     }
 }
 

@@ -20,6 +20,9 @@ class SeriesValues {
     // share one array: of a thousand households most have the same habits.
     std::shared_ptr<const Floats> of(SourceIndex source);
 
+    // The value of the day before the first step; none when the source has no such day, which is reported.
+    std::optional<float> dayBefore(SourceIndex source);
+
     // Line of the file that a step's value comes from; the source itself where it is no column.
     Place placeOf(SourceIndex source, std::size_t step) const;
 
@@ -39,10 +42,12 @@ class SeriesValues {
     void fromPattern(const SeriesSource& source, Floats& values) const;
     Day dayOf(std::size_t step) const { return model_.simulation.start + static_cast<Day>(step); }
 
+    struct Earlier;
     const Model& model_;
     Diagnostics& diagnostics_;
     SeriesCache own_;
     SeriesCache& cache_;
+    std::shared_ptr<Earlier> earlier_;  // one day more; made when it is asked for
     std::map<int, Table> tables_;
     std::map<SourceIndex, std::shared_ptr<const Floats>> bySource_;
     std::map<SeriesSource::Content, std::shared_ptr<const Floats>> byContent_;

@@ -93,6 +93,7 @@ std::vector<std::string> inputPaths(const Model& model) {
     for (const TimeTable& table : model.tables) {
         files.insert(table.path);
     }
+    if (!model.statesFile.empty()) files.insert(model.statesFile);
     std::vector<std::string> paths{model.path};
     paths.insert(paths.end(), files.begin(), files.end());
     return paths;

@@ -13,6 +13,7 @@
 namespace kesto {
 
 class Diagnostics;
+struct ReadOptions;
 class Record;
 struct EngineOutputs;
 
@@ -58,6 +59,7 @@ struct Results {
 
     std::vector<InputFile> inputs;             // in the order of inputPaths()
     const Diagnostics* diagnostics = nullptr;  // of model and run
+    const ReadOptions* read = nullptr;         // what the model was read with; null: nothing but its file
 
     Day dayOf(std::size_t step) const { return model->simulation.start + static_cast<Day>(step); }
     const Flow* find(OutputPort output) const;

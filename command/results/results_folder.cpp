@@ -66,11 +66,10 @@ void ResultsFolder::readSummary() {
     old_.push_back({std::string(kSummaryFile), text.size(), {}});
 }
 
-std::vector<WrittenFile> ResultsFolder::write(const Results& results, const Evaluation& evaluation,
-                                              const ReadOptions& read) {
+std::vector<WrittenFile> ResultsFolder::write(const Results& results, const Evaluation& evaluation) {
     std::vector<WrittenFile> files;
     try {
-        files = stage(results, evaluation, read);
+        files = stage(results, evaluation);
         // An hour may have passed.
         expectReplaceable(namesOf(files));
     } catch (const std::exception& error) {
@@ -86,12 +85,11 @@ std::vector<WrittenFile> ResultsFolder::write(const Results& results, const Eval
     return files;
 }
 
-std::vector<WrittenFile> ResultsFolder::stage(const Results& results, const Evaluation& evaluation,
-                                              const ReadOptions& read) {
+std::vector<WrittenFile> ResultsFolder::stage(const Results& results, const Evaluation& evaluation) {
     const std::string& folder = staging_->path();
     std::vector<std::string> paths;
     if (format_.name == "netcdf") {
-        paths.push_back(writeNetcdf(results, evaluation, read, format_.compression, folder));
+        paths.push_back(writeNetcdf(results, evaluation, format_.compression, folder));
     } else {
         paths = writeCsv(results, folder);
         paths.push_back(writeAccountCsv(evaluation.account, folder));

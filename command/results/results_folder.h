@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "evaluation.h"
-#include "read_options.h"
 #include "replaceable.h"
 #include "results.h"
 #include "staging.h"
@@ -29,12 +28,12 @@ class ResultsFolder {
     // Called in a child process that writes: the folder is then kept until that has ended, too.
     void stayLocked() { staging_->stayLocked(); }
 
-    // Writes all files of the run in place of those of an earlier one; `read` is what the model was read with. All or
-    // nothing: when it throws, the folder holds what it held before, or a STOPPED.txt that says otherwise.
-    std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation, const ReadOptions& read);
+    // Writes all files of the run in place of those of an earlier one. All or nothing: when it throws, the folder holds
+    // what it held before, or a STOPPED.txt that says otherwise.
+    std::vector<WrittenFile> write(const Results& results, const Evaluation& evaluation);
 
   private:
-    std::vector<WrittenFile> stage(const Results& results, const Evaluation& evaluation, const ReadOptions& read);
+    std::vector<WrittenFile> stage(const Results& results, const Evaluation& evaluation);
     void readSummary();
     void finishMoves();
     void expectReplaceable(const std::vector<std::string>& names) const;

@@ -13,6 +13,7 @@
 #include "files.h"
 #include "netcdf_file.h"
 #include "netcdf_library.h"
+#include "read_options.h"
 #include "series_tables.h"
 
 namespace kesto {
@@ -33,8 +34,8 @@ class Writer {
     Writer(const Results& results, const std::string& path, int compression)
         : results_(results), file_(path, compression), time_(file_.dimension("time", results.steps)) {}
 
-    void write(const ReadOptions& read, const Evaluation& evaluation) {
-        describe(read);
+    void write(const Evaluation& evaluation) {
+        describe();
         describeEnd();
         writeTime();
         for (const SeriesTable& table : kSeriesTables) {
@@ -46,7 +47,7 @@ class Writer {
     }
 
   private:
-    void describe(const ReadOptions& read) {
+    void describe() {
         const Model& model = *results_.model;
         const auto global = [&](const char* name, std::string_view text) {
             file_.attribute(NetcdfFile::kGlobal, name, text);
@@ -56,16 +57,7 @@ class Writer {
         global("title", model.title.empty() ? model.path : model.title);
         global("source", "KESTO " KESTO_VERSION);
         global("engine_version", KESTO_VERSION);
-        std::string history = "kesto run " + model.path;
-        for (const std::string& scenario : read.scenarios) {
-            history += " --scenario " + scenario;
-        }
-        for (const std::string& set : read.set) {
-            history += " --set " + set;
-        }
-        if (!read.from.empty()) history += " --from " + read.from;
-        if (!read.to.empty()) history += " --to " + read.to;
-        global("history", history);
+        global("history", history());
         global("model", model.path);
         std::string sums;
         for (std::size_t i = 0; i < results_.inputs.size(); ++i) {
@@ -80,6 +72,23 @@ class Writer {
         if (results_.diagnostics)
             global("warnings",
                    warningRows(*results_.diagnostics).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    }
+
+    std::string history() const {
+        std::string history = "kesto run " + results_.model->path;
+        if (!results_.read) return history;
+        const ReadOptions& read = *results_.read;
+        for (const std::string& scenario : read.scenarios) {
+            history += " --scenario " + scenario;
+        }
+        for (const std::string& set : read.set) {
+            history += " --set " + set;
+        }
+        if (!read.from.empty()) history += " --from " + read.from;
+        if (!read.to.empty()) history += " --to " + read.to;
+        if (!read.statesFrom.empty()) history += " --states-from " + read.statesFrom;
+        if (read.approximate) history += " --approximate";
+        return history;
     }
 
     // Whether the run came to its end, and where it stopped.
@@ -228,10 +237,10 @@ void requireNetcdf() {
     netcdf();
 }
 
-std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read, int compression,
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, int compression,
                         const std::string& folder) {
     const std::string path = joined(folder, "results.nc");
-    Writer(results, path, compression).write(read, evaluation);
+    Writer(results, path, compression).write(evaluation);
     return path;
 }
 

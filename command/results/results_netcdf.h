@@ -5,14 +5,12 @@
 #include <string>
 
 #include "evaluation.h"
-#include "read_options.h"
 #include "results.h"
 
 namespace kesto {
 
-// Writes results.nc into a folder and returns its path. `read` is what the model was read with. Throws
-// std::runtime_error when it cannot be written.
-std::string writeNetcdf(const Results& results, const Evaluation& evaluation, const ReadOptions& read, int compression,
+// Writes results.nc into a folder and returns its path. Throws std::runtime_error when it cannot be written.
+std::string writeNetcdf(const Results& results, const Evaluation& evaluation, int compression,
                         const std::string& folder);
 
 // Throws std::runtime_error when the NetCDF library cannot be loaded.

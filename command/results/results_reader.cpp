@@ -34,6 +34,14 @@ class CsvFolder {
     void read() {
         take(
             "flows.csv", [&](const std::string&) { return &results_.flows; }, "");
+        readStates();
+        take(
+            "qualities.csv", [&](const std::string&) { return &results_.qualities; }, "");
+        take(
+            "potentials.csv", [&](const std::string&) { return &results_.potentials; }, "");
+    }
+
+    void readStates() {
         take(
             "states.csv",
             [&](const std::string& name) { return name.ends_with(":storage") ? &results_.storages : nullptr; },
@@ -42,10 +50,6 @@ class CsvFolder {
             "states.csv",
             [&](const std::string& name) { return name.ends_with(":quality") ? &results_.storeQualities : nullptr; },
             ":quality");
-        take(
-            "qualities.csv", [&](const std::string&) { return &results_.qualities; }, "");
-        take(
-            "potentials.csv", [&](const std::string&) { return &results_.potentials; }, "");
     }
 
   private:
@@ -135,19 +139,26 @@ void takeRows(const NetcdfReader& file, const std::string& variable, const std::
     }
 }
 
-void readNetcdf(const std::string& path, ReadResults& results) {
-    const NetcdfReader file(path);
+void readDays(const NetcdfReader& file, ReadResults& results) {
     for (const int day : file.integers("time")) {
         results.days.push_back(day);
     }
+}
+
+void readStates(const NetcdfReader& file, ReadResults& results) {
+    const std::size_t days = results.days.size();
+    takeRows(file, "storage", "store", days, results.storages);
+    takeRows(file, "storage_depth", "depth_store", days, results.storages);
+    takeRows(file, "stored_quality", "quality_store", days, results.storeQualities);
+}
+
+void readAll(const NetcdfReader& file, ReadResults& results) {
     const std::size_t days = results.days.size();
     takeRows(file, "quantity", "flow", days, results.flows);
     takeRows(file, "depth", "depth_flow", days, results.flows);
     takeRows(file, "quality", "flow", days, results.qualities);
     takeRows(file, "depth_quality", "depth_flow", days, results.qualities);
-    takeRows(file, "storage", "store", days, results.storages);
-    takeRows(file, "storage_depth", "depth_store", days, results.storages);
-    takeRows(file, "stored_quality", "quality_store", days, results.storeQualities);
+    readStates(file, results);
     if (!file.has("group_name")) return;
     const std::vector<std::string> groups = file.texts("group_name");
     for (std::size_t group = 0; group < groups.size(); ++group) {
@@ -188,12 +199,31 @@ void sortByUnit(ReadResults& results) {
 ReadResults readResults(const std::string& folder, const std::vector<WrittenFile>& files) {
     ReadResults results;
     if (find(files, "results.nc")) {
-        readNetcdf(joined(folder, "results.nc"), results);
+        const NetcdfReader file(joined(folder, "results.nc"));
+        readDays(file, results);
+        readAll(file, results);
     } else {
         CsvFolder(folder, files, results).read();
     }
     sortByUnit(results);
     return results;
+}
+
+ReadResults readStates(const std::string& folder, const std::vector<WrittenFile>& files) {
+    ReadResults results;
+    if (find(files, "results.nc")) {
+        const NetcdfReader file(joined(folder, "results.nc"));
+        readDays(file, results);
+        readStates(file, results);
+    } else {
+        CsvFolder(folder, files, results).readStates();
+    }
+    return results;
+}
+
+const WrittenFile* statesFile(const std::vector<WrittenFile>& files) {
+    const WrittenFile* netcdf = find(files, "results.nc");
+    return netcdf ? netcdf : find(files, "states.csv");
 }
 
 }  // namespace kesto

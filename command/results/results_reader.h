@@ -24,4 +24,10 @@ struct ReadResults {
 // Reads only files of the list. Empty when nothing was recorded; throws std::runtime_error when a file cannot be read.
 ReadResults readResults(const std::string& folder, const std::vector<WrittenFile>& files);
 
+// The same with states alone.
+ReadResults readStates(const std::string& folder, const std::vector<WrittenFile>& files);
+
+// The file of the list that holds states; null when there is none.
+const WrittenFile* statesFile(const std::vector<WrittenFile>& files);
+
 }  // namespace kesto

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "read_options.h"
+
 namespace kesto {
 
 namespace {
@@ -17,6 +19,23 @@ std::string amount(double value) {
     return fmt::format("{:.1f}", value);
 }
 
+// What the command line has put in place of the file's values.
+std::string readWith(const Results& results) {
+    if (!results.read) return {};
+    std::string text;
+    for (const std::string& scenario : results.read->scenarios) {
+        text += fmt::format("Scenario    {}\n", scenario);
+    }
+    for (const std::string& set : results.read->set) {
+        text += fmt::format("Set         {}\n", set);
+    }
+    if (!results.read->statesFrom.empty()) {
+        text += fmt::format("States      of {}, from {}\n", toText(results.model->simulation.start - 1),
+                            results.read->statesFrom);
+    }
+    return text;
+}
+
 std::string heading(const Results& results) {
     const Model& model = *results.model;
     const Simulation& simulation = model.simulation;
@@ -25,6 +44,7 @@ std::string heading(const Results& results) {
         fmt::format("Period      {} to {}: {} steps of {} day{}\n", toText(simulation.start), toText(simulation.end),
                     simulation.days(), simulation.timeStep, simulation.timeStep == 1 ? "" : "s");
     text += fmt::format("Components  {}, with {} connections\n", model.components.size(), model.connections.size());
+    text += readWith(results);
     if (results.run.outcome != Outcome::finished) {
         text += fmt::format("STOPPED     after {} of {} steps; what follows counts those alone\n", results.steps,
                             simulation.days());

@@ -5,6 +5,7 @@
 
 #include "diagnostics_json.h"
 #include "evaluation_json.h"
+#include "read_options.h"
 #include "summary.h"
 
 namespace kesto {
@@ -46,6 +47,15 @@ Json inputsOf(const Results& results) {
                           {"sha256", input.sha256}});
     }
     return inputs;
+}
+
+// What the command line has put in place of the file's values.
+void addReadOptions(const Results& results, Json& summary) {
+    const ReadOptions read = results.read ? *results.read : ReadOptions();
+    summary["scenarios"] = read.scenarios;
+    summary["set"] = read.set;
+    if (!read.statesFrom.empty()) summary["states_from"] = read.statesFrom;
+    if (read.approximate) summary["approximate"] = true;
 }
 
 std::string absolutePath(const std::string& path) {
@@ -92,6 +102,7 @@ std::string summaryJson(const Results& results, const Evaluation& evaluation, co
                  {"figures", figureRows(evaluation.figures)},
                  {"tanks", tankRows(evaluation.figures)},
                  {"potentials", potentialsOf(results)}};
+    addReadOptions(results, summary);
     if (results.diagnostics) {
         summary["errors"] = errorRows(*results.diagnostics);
         summary["warnings"] = warningRows(*results.diagnostics);

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the commands of docs/guide/first-model.md and wiring.md and compares what they print, the tables of model-file.md with the
+"""Runs the commands of docs/guide/first-model.md, wiring.md and many-runs.md and compares what they print, the tables of model-file.md with the
 command's catalogue, and those of warnings.md with its codes.
 
   docs/tools/check_guide.py --kesto build/release/kesto              checks
@@ -123,7 +123,7 @@ def main():
     arguments = parser.parse_args()
     kesto = arguments.kesto.resolve()
     wrong = 0
-    for name, fresh_of in (("first-model.md", console), ("wiring.md", console),
+    for name, fresh_of in (("first-model.md", console), ("wiring.md", console), ("many-runs.md", console),
                            ("model-file.md", model_file), ("warnings.md", warnings),
                            ("results.md", results)):
         page = GUIDE / name

@@ -79,6 +79,20 @@ TEST(EngineTypes, NamesAreThoseOfTheCatalogue) {
         EXPECT_TRUE(type.isAppliance() || named.contains(type.name)) << type.name;
 }
 
+// What the command may say about a run that goes on rests on it.
+TEST(EngineTypes, QualitiesThatAreLeftAreThoseOfTheCatalogue) {
+    for (const Type& type : allTypes()) {
+        const ComponentType* const own = ::findType(type.codes.front());
+        for (std::size_t port = 0; port < type.out.size(); ++port) {
+            bool isLeft = false;
+            for (const Form* const form : own ? own->forms : std::span<const Form* const>{}) {
+                if (form && form->part == Part::Outputs) isLeft = port == 1 && form->sets != Sets::Both;
+            }
+            EXPECT_EQ(type.out[port].isQualityLeft, isLeft) << type.name << ':' << port + 1;
+        }
+    }
+}
+
 // The catalogue's rows have their codes from the command's list; the kinds of appliance are not named there.
 TEST(EngineTypes, AppliancesHaveTheSameCodes) {
     static_assert(code::kOutdoorUse == ::code::kOutdoorUse);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <optional>
 #include <vector>
@@ -116,7 +117,18 @@ class Choice {
 
 }  // namespace
 
+// Receiving units and splitters often: they are what recording could disturb.
 std::string randomModel(std::mt19937& random, int components, Wiring wiring) {
+    return randomModel(random, components,
+                       {{"treatment_plant", "service_reservoir", "splitter", "well", "delay", "multiplier"}, {}},
+                       wiring);
+}
+
+std::string randomModel(std::mt19937& random, int components, const Mixture& mixture, Wiring wiring) {
+    const auto isNever = [&](std::string_view type) {
+        return std::any_of(mixture.never.begin(), mixture.never.end(),
+                           [&](const std::string& one) { return one == type; });
+    };
     std::string brands, rows, connections;
     Choice outputs(random, wiring);
     const std::vector<Type>& types = allTypes();
@@ -159,17 +171,20 @@ std::string randomModel(std::mt19937& random, int components, Wiring wiring) {
     add(reservoir, "r1");
     add(reservoir, "r2");
     // Loops: delays whose outputs are there from the start and whose inputs are connected at the end.
-    const int loops = below(random, 3);
+    const int loops = isNever("delay") ? 0 : below(random, 3);
     for (int i = 0; i < loops; ++i) {
         rows += componentText(*findType(code::kDelay), code::kDelay, fmt::format("loop{}", i));
         outputs.offer({fmt::format("loop{}", i), 1, Carries::water});
     }
     for (int i = 0; i < components; ++i) {
-        // Receiving units and splitters often: they are what recording could disturb.
-        const char* often[] = {"treatment_plant", "service_reservoir", "splitter", "well", "delay", "multiplier"};
-        const Type& type = below(random, 3) == 0 ? *findType(often[below(random, 6)])
-                                                 : types[static_cast<std::size_t>(below(random, types.size()))];
-        add(type, fmt::format("c{}", i));
+        const auto anyOf = [&](const auto& list) -> const auto& {
+            return list[static_cast<std::size_t>(below(random, list.size()))];
+        };
+        const Type* type = below(random, 3) == 0 ? findType(anyOf(mixture.often)) : &anyOf(types);
+        while (isNever(type->name)) {
+            type = &anyOf(types);
+        }
+        add(*type, fmt::format("c{}", i));
     }
     for (int i = 0; i < loops; ++i) {
         connect(Carries::water, fmt::format("loop{}", i), 1);

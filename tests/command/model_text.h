@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "catalogue.h"
 
@@ -25,6 +26,12 @@ std::string singleModel(const Type& type, int code, bool traceSources);
 // water, a demand to inputs for demands, and each output to one input.
 enum class Wiring { any, meant };
 std::string randomModel(std::mt19937& random, int components, Wiring wiring = Wiring::any);
+
+// Any wiring, without the types of `never`; a third of the components are of the types of `often`.
+struct Mixture {
+    std::vector<std::string> often, never;
+};
+std::string randomModel(std::mt19937& random, int components, const Mixture& mixture, Wiring wiring = Wiring::any);
 
 // Writes the text to a file in a folder of this process's own and returns its path.
 std::string writeModel(const std::string& text);
