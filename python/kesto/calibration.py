@@ -196,10 +196,11 @@ class Calibration:
         return plot_calibration(self)
 
     def __repr__(self) -> str:
+        wide = max(map(len, self.fit.keys))
         rows = [f"<kesto.Calibration: {self.metric} {self.value:.4g} of {', '.join(self.fit.flows)},"
-                f" {self.members} members>", f"  {'':<28} {'best':>12} {'± deviation':>12}   bounds"]
+                f" {self.members} members>", f"  {'':<{wide}} {'best':>12} {'± deviation':>12}   bounds"]
         for key, low, high in zip(self.fit.keys, self.fit.low, self.fit.high):
-            rows.append(f"  {key:<28} {self.best[key]:>12.6g} {self.deviation[key]:>12.3g}   {low:g} to {high:g}")
+            rows.append(f"  {key:<{wide}} {self.best[key]:>12.6g} {self.deviation[key]:>12.3g}   {low:g} to {high:g}")
         return "\n".join([*rows, *self._doubts()])
 
     def _doubts(self) -> list[str]:

@@ -3,6 +3,7 @@ from __future__ import annotations
 
 import datetime
 import html
+import os
 import tempfile
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, field
@@ -15,8 +16,6 @@ from .studies import Studies
 from .values import Day, Value, options
 
 if TYPE_CHECKING:
-    import os
-
     import pandas
 
     from .result import Result
@@ -54,7 +53,7 @@ def load(path: str | os.PathLike[str] | None = None) -> Model:
                  connections=said["connections"], faults=tuple(map(Fault.of, said["warnings"])))
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, repr=False)
 class Model(Studies):
     """A model that `kesto.load` has read and checked. Runs read the file again, so that edits count.
 
@@ -147,9 +146,13 @@ class Model(Studies):
             raise CommandError(drawn.errors.strip())
         return Path(path)
 
+    def __repr__(self) -> str:
+        return (f"<kesto.Model: {self.title or self.path.stem}, {self.components} components,"
+                f" {self.start} to {self.end}, {len(self.faults)} warnings and notes>")
+
     def _repr_html_(self) -> str:
         kinds = {severity: sum(fault.severity == severity for fault in self.faults) for severity in ("warning", "note")}
-        rows = {"model": str(self.path), "components": f"{self.components}, with {self.connections} connections",
+        rows = {"model": os.path.relpath(self.path), "components": f"{self.components}, with {self.connections} connections",
                 "period": f"{self.start} to {self.end}: {self.steps} steps of {self.days_per_step:g} d",
                 "warnings": f"{kinds['warning']}, and {kinds['note']} notes"}
         table = "".join(f"<tr><th style='text-align:left'>{name}</th><td style='text-align:left'>{html.escape(text)}"

@@ -190,6 +190,12 @@ class Sweep:
         """Qualities of recorded flows, dims (member, flow, time)."""
         return self._array("quality", "flow")
 
+    @property
+    def states(self) -> xarray.DataArray:
+        """What recorded stores hold at the end of each step, dims (member, store, time) [L]; recorded with their
+        component, as in `record=["tank"]`."""
+        return self._array("storage", "store")
+
     def _array(self, name: str, dimension: str) -> xarray.DataArray:
         if name not in self.dataset:
             raise Error(f"nothing was recorded over {dimension}; give the sweep record=[\"tank:overflow\"] or the like")

@@ -204,14 +204,15 @@ class Uncertainty:
 
     def __repr__(self) -> str:
         kind = {"absolute": "in the unit of the flow", "relative": "as a fraction of the simulated flow"}
+        wide = max(map(len, self.draws))
         rows = [f"<kesto.Uncertainty: {len(self.draws)} draws of {self.walkers} walkers, {self.steps} steps less"
                 f" {self.burn}>",
                 f"  Gaussian errors, independent from day to day, with a standard deviation {kind[self.likelihood.errors]};"
                 " uniform priors in the bounds",
                 f"  accepted {self.acceptance:.0%}, autocorrelation time up to {self.autocorrelation.max():.0f} steps",
-                f"  {'':<32} {'5 %':>12} {'median':>12} {'95 %':>12}"]
+                f"  {'':<{wide}} {'5 %':>12} {'median':>12} {'95 %':>12}"]
         for name, row in self.draws.quantile([0.05, 0.5, 0.95]).T.iterrows():
-            rows.append(f"  {name:<32} {row[0.05]:>12.6g} {row[0.5]:>12.6g} {row[0.95]:>12.6g}")
+            rows.append(f"  {name:<{wide}} {row[0.05]:>12.6g} {row[0.5]:>12.6g} {row[0.95]:>12.6g}")
         if self.too_short:
             rows.append(f"  the chain is too short to trust: expected {_TAUS} autocorrelation times, it has"
                         f" {(self.steps - self.burn) / self.autocorrelation.max():.0f}; raise steps")
