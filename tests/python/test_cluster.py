@@ -19,7 +19,7 @@ pytestmark = [pytest.mark.filterwarnings("ignore::DeprecationWarning"), pytest.m
 @pytest.fixture(scope="module")
 def client():
     distributed = pytest.importorskip("distributed")
-    with distributed.LocalCluster(host="127.0.0.1", n_workers=2, threads_per_worker=1, dashboard_address=None) as local:
+    with distributed.LocalCluster(host="127.0.0.1", n_workers=2, threads_per_worker=1, dashboard_address="127.0.0.1:0") as local:
         with distributed.Client(local) as client:
             yield client
 
