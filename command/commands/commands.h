@@ -57,7 +57,8 @@ struct DrawOptions {
 
 struct CompareOptions {
     ReadOptions read;
-    std::vector<std::string> runs;  // folders with results; with `scenarios` one model
+    std::vector<std::string> runs;  // folders with results of runs or sweeps; with `scenarios` one model
+    std::string members;            // of sweeps, as in "1,5,9-12"; empty: the first ones
     bool scenarios = false;
     bool all = false;
     bool json = false;

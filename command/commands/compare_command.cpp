@@ -1,10 +1,13 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
 
 #include "commands.h"
+#include "compared_members.h"
 #include "comparison.h"
 #include "display.h"
 #include "engine_run.h"
@@ -57,14 +60,38 @@ std::optional<std::vector<ComparedRun>> runScenarios(const CompareOptions& optio
     return runs;
 }
 
+constexpr std::size_t kMostMembers = 6;
+
+// What fits side by side, unless members are named.
+void readMembers(const std::string& folder, const std::vector<std::size_t>& members, std::vector<ComparedRun>& runs) {
+    ComparedMembers compared = readComparedMembers(folder, members, kMostMembers);
+    if (members.empty() && compared.all > compared.runs.size()) {
+        std::cerr << fmt::format("kesto compare: note: {}: the first {} of {} members; --members names others\n",
+                                 printable(folder), compared.runs.size(), withThousands(compared.all));
+    }
+    std::move(compared.runs.begin(), compared.runs.end(), std::back_inserter(runs));
+}
+
 std::optional<std::vector<ComparedRun>> readRuns(const CompareOptions& options) {
     std::vector<ComparedRun> runs;
+    std::vector<std::size_t> members;
+    try {
+        members = parseMembers(options.members);
+    } catch (const std::exception& error) {
+        std::cerr << fmt::format("kesto compare: error: {}\n", printable(error.what()));
+        return std::nullopt;
+    }
     for (const std::string& folder : options.runs) {
         try {
-            runs.push_back(readComparedRun(folder));
+            if (isSweep(folder)) {
+                readMembers(folder, members, runs);
+            } else {
+                runs.push_back(readComparedRun(folder));
+            }
         } catch (const std::exception& error) {
-            std::cerr << fmt::format("{}: error: {}; expected a folder that \"kesto run -o\" wrote\n",
-                                     printable(folder), printable(error.what()));
+            std::cerr << fmt::format(
+                "{}: error: {}; expected a folder that \"kesto run -o\" or \"kesto sweep -o\" wrote\n",
+                printable(folder), printable(error.what()));
             return std::nullopt;
         }
     }
@@ -75,7 +102,12 @@ bool isGood(const CompareOptions& options) {
     const std::size_t count = options.runs.size();
     const char* wrong = nullptr;
     if (options.scenarios && count != 1) wrong = "--scenarios takes one model";
-    if (!options.scenarios && count < 2) wrong = "expected two folders of results or more, or a model and --scenarios";
+    const bool hasSweep = std::any_of(options.runs.begin(), options.runs.end(), isSweep);
+    if (!options.scenarios && count < 2 && !hasSweep) {
+        wrong = "expected two folders of results or more, that of a sweep, or a model and --scenarios";
+    }
+    if (!options.members.empty() && !hasSweep)
+        wrong = "--members are those of a sweep, and none of the folders has one";
     const ReadOptions& read = options.read;
     const bool changesModel = !read.scenarios.empty() || !read.set.empty() || !read.from.empty() || !read.to.empty();
     if (!options.scenarios && changesModel) {

@@ -143,9 +143,14 @@ int runCommandLine(int argc, char** argv) {
     addReadOptions(*sweepCommand, sweep.read);
 
     kesto::CompareOptions compare;
-    CLI::App* compareCommand = app.add_subcommand("compare", "Put the figures of several runs side by side");
-    compareCommand->add_option("runs", compare.runs, "Folders with results, or a model and --scenarios")->required();
+    CLI::App* compareCommand =
+        app.add_subcommand("compare", "Put the figures of several runs, or of a sweep, side by side");
+    compareCommand
+        ->add_option("runs", compare.runs, "Folders with results of runs or sweeps, or a model and --scenarios")
+        ->required();
     compareCommand->add_flag("--scenarios", compare.scenarios, "Run a model, and each of its scenarios");
+    compareCommand->add_option("--members", compare.members,
+                               "Members of sweeps, as in 1,5,9-12; default: the first six");
     compareCommand->add_flag("--all", compare.all, "Show figures that are the same in all runs, too");
     compareCommand->add_option("-o,--output", compare.output, "Table to write (CSV)");
     compareCommand->add_flag("--json", compare.json, "Print the comparison as JSON");

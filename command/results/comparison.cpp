@@ -17,6 +17,10 @@ namespace {
 
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
+std::string periodOf(const ComparedRun& run) {
+    return run.start.empty() ? "" : run.start + " to " + run.end;
+}
+
 bool isSame(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
@@ -25,10 +29,12 @@ bool isSame(double a, double b) {
 template <typename Text>
 void warnOf(const char* what, const std::vector<ComparedRun>& runs, const Text& textOf,
             std::vector<std::string>& warnings) {
-    std::string all;
+    std::string all, first;
     bool isAlike = true;
     for (const ComparedRun& run : runs) {
-        isAlike = isAlike && textOf(run) == textOf(runs.front());
+        if (textOf(run).empty()) continue;
+        if (all.empty()) first = textOf(run);
+        isAlike = isAlike && textOf(run) == first;
         all += fmt::format("{}{} {}", all.empty() ? "" : ", ", run.name, textOf(run));
     }
     if (!isAlike) warnings.push_back(fmt::format("the runs are {}: {}", what, all));
@@ -37,7 +43,7 @@ void warnOf(const char* what, const std::vector<ComparedRun>& runs, const Text& 
 std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
     std::vector<std::string> warnings;
     warnOf(
-        "over different periods", runs, [](const ComparedRun& run) { return run.start + " to " + run.end; }, warnings);
+        "over different periods", runs, [](const ComparedRun& run) { return periodOf(run); }, warnings);
     warnOf(
         "of different models", runs, [](const ComparedRun& run) { return run.model; }, warnings);
     if (warnings.empty()) {

@@ -12,8 +12,10 @@ namespace kesto {
 
 // What a run says of itself.
 struct ComparedRun {
-    std::string name;  // the folder of its results, or a scenario
-    std::string title, model, modelSha256, start, end, outcome;
+    std::string name;  // the folder of its results, a scenario, or a member of a sweep
+    std::string title, model, modelSha256;
+    std::string start, end;  // empty: not known
+    std::string outcome;
     std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
     std::vector<std::string> units;                       // of the figures
 };

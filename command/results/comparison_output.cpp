@@ -50,8 +50,8 @@ std::string toText(const Comparison& comparison) {
     Row heading{"", ""};
     for (std::size_t i = 0; i < comparison.runs.size(); ++i) {
         const ComparedRun& run = comparison.runs[i];
-        text += fmt::format("{:>3}  {}{}{}, {} to {}\n", i + 1, run.name, run.title.empty() ? "" : ": ", run.title,
-                            run.start, run.end);
+        text += fmt::format("{:>3}  {}{}{}", i + 1, run.name, run.title.empty() ? "" : ": ", run.title);
+        text += run.start.empty() ? "\n" : fmt::format(", {} to {}\n", run.start, run.end);
         heading.push_back(std::to_string(i + 1));
         if (i > 0) heading.push_back(fmt::format("{} - 1", i + 1));
     }

@@ -31,7 +31,7 @@ using Row = std::vector<std::string>;
 
 Row shownRow(const Json& figure) {
     const double lowest = figure.at("lowest"), highest = figure.at("highest");
-    const ShownUnit shown = shownUnit(figure.at("unit").get<std::string>(), std::max(-lowest, highest));
+    const ShownUnit shown = shownUnit(figure.at("unit").get_ref<const std::string&>(), std::max(-lowest, highest));
     const auto value = [&](const char* key) { return shownNumber(figure.at(key), shown); };
     const auto member = [&](const char* key) { return fmt::format("({})", figure.at(key).get<std::size_t>()); };
     return {printable(figure.at("name").get<std::string>()),

@@ -93,6 +93,44 @@ class Compare(unittest.TestCase):
                 if row["name"] in figures:
                     self.assertEqual(figures[row["name"]]["values"][number + 1], row["value"], row["name"])
 
+    def sweep(self, *arguments):
+        done = self.kesto("sweep", "-q", "model.toml", "-o", "sweep", *arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_members_of_a_sweep(self):
+        self.sweep("--vary", "tank.size=1,2,3,4,5,6,7,8", "--figures", "all")
+        done = self.kesto("compare", "sweep")
+        self.assertEqual((done.returncode, done.stderr),
+                         (0, "kesto compare: note: sweep: the first 6 of 8 members; --members names others\n"))
+        figures, comparison = self.compared("sweep", "--members", "1,7-8")
+        self.assertEqual([(run["name"], run["title"]) for run in comparison["runs"]],
+                         [(f"sweep member {n}", f"tank.size={n}") for n in (1, 7, 8)])
+        self.assertEqual(comparison["warnings"], [])
+        with open(self.folder / "sweep" / "members.csv", newline="") as file:
+            rows = {row["member"]: row for row in csv.DictReader(file)}
+        unmet = figures["tank.unmet"]
+        self.assertEqual((unmet["unit"], unmet["values"]), ("L", [float(rows[n]["tank.unmet"]) for n in "178"]))
+        self.assertNotIn("network.rain", figures)
+        # With a run beside it, whose figures are the same.
+        self.run_into("a", "--set", "tank.size=7")
+        figures, comparison = self.compared("a", "sweep", "--members", "7")
+        self.assertEqual(comparison["warnings"], [])
+        self.assertFalse([name for name in figures if name.startswith(("network", "tank"))])
+
+    def test_members_that_there_are_not(self):
+        self.sweep("--vary", "tank.size=1,2")
+        for members, text in (("3", "sweep has no member 3; it has 1 to 2"), ("0", "expected numbers of members, as in 1,5"),
+                              ("2-1", "expected ascending ranges"), ("1;2", "expected numbers of members")):
+            done = self.kesto("compare", "sweep", "--members", members)
+            self.assertEqual((done.returncode, done.stdout), (2, ""))
+            self.assertIn(text, done.stderr)
+        (self.folder / "sweep" / "members.json").write_text("{}")
+        done = self.kesto("compare", "sweep")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("sweep/members.json is not what a sweep writes", done.stderr)
+        self.run_into("a")
+        self.assertEqual(self.kesto("compare", "a", "a", "--members", "1").returncode, 2)
+
     def test_text_and_table(self):
         done = self.kesto("compare", "model.toml", "--scenarios", "-o", "table.csv")
         lines = {line.split()[0]: line.split() for line in done.stdout.splitlines() if line.startswith("  tank.")}

@@ -199,5 +199,50 @@ class Netcdf(unittest.TestCase):
             self.assertIn("on 2012-01-05, step 5 of 10", stopped)
             self.assertIn("the 4 of 10 steps that ran", stopped)
 
+    def sweep(self, *options):
+        model = EXAMPLES / "rainwater-house" / "model.toml"
+        done = subprocess.run([KESTO, "sweep", str(model), "-q", "--vary", "tank.size=500,1000,2000",
+                               "--record", "tank", *options], capture_output=True, text=True, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def parts(self):
+        """All parts together: what open_mfdataset does with files that dask has opened."""
+        files = [xarray.open_dataset(path) for path in sorted(self.folder.glob("s*/part-*.nc"))]
+        for file in files:
+            self.addCleanup(file.close)
+        self.assertEqual(len(files), 2)
+        return xarray.combine_by_coords(files, combine_attrs="override")
+
+    def test_parts_of_a_sweep_are_one_without_hints(self):
+        self.sweep("-o", str(self.folder / "s1"), "--members", "1-2")
+        self.sweep("-o", str(self.folder / "s2"), "--members", "3-3")
+        parts = self.parts()
+        self.assertEqual(parts["member"].values.tolist(), [1, 2, 3])
+        self.assertEqual(parts["quantity"].dims, ("member", "flow", "time"))
+        self.assertLessEqual({"flow_name", "flow_carries", "store_name"}, set(parts.coords))
+        self.run_model(EXAMPLES / "rainwater-house" / "model.toml", 0, "--set", "tank.size=2000")
+        columns = self.columns("flows.csv")
+        for name, row in zip(parts["flow_name"].values, parts["quantity"].sel(member=3)):
+            self.assertEqual(bits(row), bits(columns[f"{name} [L]"]), name)
+        self.assertEqual(bits(parts["storage"].sel(member=3)[0]), bits(self.columns("states.csv")["tank:storage [L]"]))
+
+    def test_months_are_sums_of_days(self):
+        self.sweep("-o", str(self.folder / "s1"), "--every", "month", "--members", "1-1", "--from", "2012-01-20")
+        self.sweep("-o", str(self.folder / "s2"), "--every", "month", "--members", "2-3", "--from", "2012-01-20")
+        parts = self.parts()
+        self.assertEqual([str(day)[:10] for day in parts["time"].values[:2]], ["2012-01-20", "2012-02-01"])
+        self.assertEqual(str(parts["last_day"].values[0])[:10], "2012-01-31")
+        self.assertIn("last_day", parts.coords)
+        data = self.run_model(EXAMPLES / "rainwater-house" / "model.toml", 0, "--set", "tank.size=500", "--from", "2012-01-20",
+                              "--record", "tank")
+        listed = [str(name) for name in data["flow_name"].values]
+        rows = data["quantity"].values[[listed.index(name) for name in parts["flow_name"].values]]
+        months = data["time"].values.astype("datetime64[M]")
+        for number, month in enumerate(numpy.unique(months)):
+            within = months == month
+            total = rows[:, within].astype(float).sum(axis=1)
+            numpy.testing.assert_allclose(parts["quantity"].sel(member=1)[:, number], total, rtol=1e-6)
+            self.assertEqual(bits(parts["storage"].sel(member=1)[:, number]), bits(data["storage"].values[:, within][:, -1]))
+
 
 unittest.main()

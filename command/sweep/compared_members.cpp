@@ -1,0 +1,157 @@
+#include "compared_members.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+
+#include "csv_file.h"
+#include "files.h"
+#include "number_format.h"
+#include "sweep_files.h"
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::size_t kMostListed = 10'000;
+
+std::size_t numberIn(std::string_view text, const std::string& all) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number == 0) {
+        throw std::runtime_error(fmt::format("--members {}: expected numbers of members, as in 1,5,9-12", all));
+    }
+    return number;
+}
+
+CsvFile readTable(const std::string& folder) {
+    Diagnostics diagnostics;
+    auto table = CsvFile::read(joined(folder, std::string(kMembersTable)),
+                               {std::make_shared<const std::string>(folder), 0, 0}, diagnostics);
+    if (table && !diagnostics.hasErrors()) return std::move(*table);
+    std::ostringstream text;
+    diagnostics.print(text);
+    throw std::runtime_error(text.str());
+}
+
+class Members {
+  public:
+    explicit Members(const std::string& folder)
+        : folder_(folder), table_(readTable(folder)), json_(Json::parse(readFile(path(), kLargestSummary))) {
+        for (std::size_t row = 0; row < table_.rows(); ++row) {
+            rows_[numberIn(table_.cell(row, need("member")), std::string(table_.cell(row, 0)))] = row;
+        }
+        for (const Json& column : json_.at("columns")) {
+            columns_.push_back({column.at("name"), column.at("unit")});
+        }
+    }
+
+    std::string path() const { return joined(folder_, std::string(kMembersFile)); }
+    std::size_t size() const { return rows_.size(); }
+
+    std::vector<std::size_t> first(std::size_t most) const {
+        std::vector<std::size_t> members;
+        for (auto row = rows_.begin(); row != rows_.end() && members.size() < most; ++row) {
+            members.push_back(row->first);
+        }
+        return members;
+    }
+
+    ComparedRun run(std::size_t member) const {
+        const auto found = rows_.find(member);
+        if (found == rows_.end()) {
+            throw std::runtime_error(fmt::format("{} has no member {}; it has {} to {}", folder_, member,
+                                                 rows_.begin()->first, rows_.rbegin()->first));
+        }
+        const std::size_t row = found->second;
+        ComparedRun run{.name = fmt::format("{} member {}", folder_, member),
+                        .title = keysOf(row),
+                        .model = std::filesystem::absolute(json_.at("model").get<std::string>()).string(),
+                        .modelSha256 = json_.at("made_of").at("inputs").at(0).at("sha256"),
+                        .start = "",
+                        .end = "",
+                        .outcome = std::string(table_.cell(row, need("outcome"))),
+                        .figures = {},
+                        .units = {}};
+        for (const MemberColumn& column : columns_) {
+            const auto value = parseNumber(table_.cell(row, need(column.name)));
+            run.figures.emplace_back(column.name, value.value_or(std::numeric_limits<double>::quiet_NaN()));
+            run.units.push_back(column.unit);
+        }
+        return run;
+    }
+
+  private:
+    std::size_t need(const std::string& column) const {
+        if (const auto found = table_.column(column)) return *found;
+        throw std::runtime_error(fmt::format("{} has no column \"{}\"", toString(table_.place()), column));
+    }
+
+    // "tank.size=500, roof.size=50"
+    std::string keysOf(std::size_t row) const {
+        std::string text;
+        for (const Json& key : json_.at("keys")) {
+            const std::string name = key.get<std::string>();
+            const std::string_view value = table_.cell(row, need(name));
+            if (!value.empty()) text += fmt::format("{}{}={}", text.empty() ? "" : ", ", name, value);
+        }
+        return text;
+    }
+
+    std::string folder_;
+    CsvFile table_;
+    Json json_;
+    std::map<std::size_t, std::size_t> rows_;  // of the table, by member
+    std::vector<MemberColumn> columns_;
+};
+
+}  // namespace
+
+std::vector<std::size_t> parseMembers(const std::string& text) {
+    std::vector<std::size_t> members;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');) {
+        const std::size_t dash = part.find('-');
+        const std::size_t first = numberIn(part.substr(0, dash), text);
+        const std::size_t last = dash == std::string::npos ? first : numberIn(part.substr(dash + 1), text);
+        if (last < first || last - first >= kMostListed - members.size())
+            throw std::runtime_error(
+                fmt::format("--members {}: expected ascending ranges of at most {} members", text, kMostListed));
+        for (std::size_t member = first; member <= last; ++member) {
+            members.push_back(member);
+        }
+    }
+    return members;
+}
+
+bool isSweep(const std::string& folder) {
+    std::error_code error;
+    return std::filesystem::exists(joined(folder, std::string(kMembersFile)), error);
+}
+
+ComparedMembers readComparedMembers(const std::string& folder, const std::vector<std::size_t>& members,
+                                    std::size_t most) {
+    try {
+        const Members sweep(folder);
+        ComparedMembers compared{{}, sweep.size()};
+        for (const std::size_t member : members.empty() ? sweep.first(most) : members) {
+            compared.runs.push_back(sweep.run(member));
+        }
+        return compared;
+    } catch (const nlohmann::json::exception& error) {
+        throw std::runtime_error(
+            fmt::format("{} is not what a sweep writes: {}", joined(folder, std::string(kMembersFile)), error.what()));
+    }
+}
+
+}  // namespace kesto
