@@ -75,7 +75,10 @@ class Likelihood:
 def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: int | str, errors: str, walkers: int | None,
                 steps: int, burn: int | None, seed: int | None) -> Uncertainty:
     """What Model.uncertainty documents."""
-    import emcee
+    try:
+        import emcee
+    except ImportError:
+        raise Error("uncertainty needs emcee; on Debian, apt-get install python3-emcee") from None
 
     if errors not in ("absolute", "relative"):
         raise Error(f"errors is {errors!r}; expected absolute or relative")
@@ -95,7 +98,8 @@ def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: int
     scale = numpy.concatenate([fit.high - fit.low, likelihood.largest])
     names = [*fit.keys, *(f"deviation of {flow}" for flow in fit.flows)]
     draws = sampler.get_chain(discard=burn, flat=True) * scale + numpy.concatenate([fit.low, numpy.zeros(len(fit.flows))])
-    times = pandas.Series(sampler.get_autocorr_time(discard=burn, tol=0), names, name="autocorrelation")
+    with numpy.errstate(invalid="ignore"):  # a walker that never moved has no autocorrelation
+        times = pandas.Series(sampler.get_autocorr_time(discard=burn, tol=0), names, name="autocorrelation")
     return Uncertainty(fit, likelihood, pandas.DataFrame(draws, columns=names), walkers, steps, burn,
                        float(sampler.acceptance_fraction.mean()), times, seed)
 

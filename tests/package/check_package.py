@@ -142,6 +142,10 @@ def installed_python(prefix):
                                       "print(kesto.load(sys.argv[1]).title)", model, env=environment)
     if title.splitlines() != [str(prefix / "bin/kesto"), "House with a rainwater tank"]:
         sys.exit(f"the installed Python package: {title}")
+    # The system's own Python has what the package needs to read results.
+    code = "import kesto, sys; print(kesto.load(sys.argv[1]).run(record='tank:overflow').flows.sizes['time'])"
+    if (days := run("/usr/bin/python3", "-c", code, model, env=environment).strip()) != "1461":
+        sys.exit(f"the installed Python package reads {days} days")
     print("Python: runs")
 
 

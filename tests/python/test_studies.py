@@ -126,6 +126,14 @@ def test_uncertainty(house, observed):
 
 
 @pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_uncertainty_with_a_seed(house, observed):
+    options = {"walkers": 8, "steps": 3, "burn": 0, "set": {"roof.size": 75}, "start": "2013-01-01", "end": "2013-12-31"}
+    draws = [house.uncertainty({"tank.size": (200, 8000)}, {"tank:overflow": observed}, seed=seed, **options).draws
+             for seed in (3, 3, 4)]
+    assert draws[0].to_numpy().tobytes() == draws[1].to_numpy().tobytes() != draws[2].to_numpy().tobytes()
+
+
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
 def test_the_likelihood_by_hand(house, observed):
     from kesto.objective import Batch, Fit
     from kesto.sweep import Plan

@@ -1,4 +1,10 @@
 """Sweeps: the same bits as single runs, failures as rows, arrays over the keys of a grid."""
+import os
+import pathlib
+import signal
+import tempfile
+import threading
+
 import numpy
 import pandas
 import pytest
@@ -116,6 +122,27 @@ def test_a_sweep_is_kept_on_request_and_goes_on(house, tmp_path):
     again = house.sweep({"tank.size": [1000, 3000]}, record="tank:overflow", keep=tmp_path / "kept")
     assert again.members.equals(first.members)
     assert house.sweep({"tank.size": [1000]}).folder is None
+
+
+def test_an_interrupt_ends_the_members_and_clears_up(house, tmp_path, monkeypatch):
+    """Ctrl-C in the middle of a long sweep: no process of it is left, and no folder."""
+    monkeypatch.setattr(tempfile, "tempdir", str(tmp_path))
+    threading.Timer(1.5, os.kill, [os.getpid(), signal.SIGINT]).start()
+    with pytest.raises(KeyboardInterrupt):
+        house.sweep(kesto.lhs(P, 20_000, seed=1), jobs=2)
+
+    def left():
+        places = (place / "cmdline" for place in pathlib.Path("/proc").glob("[0-9]*"))
+        return [place for place in places if os.fsencode(tmp_path) in read(place)]
+
+    def read(place):
+        try:
+            return place.read_bytes()
+        except OSError:  # it has ended since
+            return b""
+
+    assert not left()
+    assert not list(tmp_path.iterdir())
 
 
 def test_plots(house, swept, tmp_path):
