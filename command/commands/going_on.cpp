@@ -3,14 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
-#include "files.h"
-#include "results_reader.h"
 #include "step_memory.h"
+#include "stored_states.h"
 
 namespace kesto {
 
@@ -19,76 +20,85 @@ namespace {
 class States {
   public:
     // Throws std::runtime_error.
-    explicit States(const std::string& folder) : folder_(folder), stored_(storedResults(folder)) {
-        read_ = readStates(folder, stored_.files);
-        expectUnchanged(folder, stored_);
-        file_ = folder;
-        if (const WrittenFile* file = statesFile(stored_.files)) file_ = joined(folder, file->name);
+    States(const std::string& folder, Day day, Diagnostics& diagnostics)
+        : day_(day),
+          stored_(readStatesOf(day, folder)),
+          used_(stored_.states.size(), false),
+          diagnostics_(diagnostics) {
+        for (std::size_t i = 0; i < stored_.states.size(); ++i) {
+            index_.emplace(std::pair(stored_.states[i].kind, stored_.states[i].name), i);
+        }
     }
 
-    const std::string& file() const { return file_; }
+    const std::string& file() const { return stored_.file; }
+    Place place() const { return {std::make_shared<const std::string>(stored_.file), 0, 0}; }
 
     // False: the results do not hold the day, which is reported.
-    bool choose(Day day, Diagnostics& diagnostics) {
-        const auto found = std::find(read_.days.begin(), read_.days.end(), day);
-        step_ = static_cast<std::size_t>(found - read_.days.begin());
-        if (found != read_.days.end()) return true;
-        const std::string held = read_.days.empty()
-                                     ? "no state"
-                                     : fmt::format("{} to {}", toText(read_.days.front()), toText(read_.days.back()));
-        diagnostics.error("missing-state", place(),
-                          fmt::format("it holds {}; expected {}, the day before the run begins", held, toText(day)));
+    bool hasDay() const {
+        if (stored_.hasDay) return true;
+        const std::string held =
+            stored_.held ? fmt::format("{} to {}", toText(stored_.held->first), toText(stored_.held->second))
+                         : "no state";
+        diagnostics_.error("missing-state", place(),
+                           fmt::format("it holds {}; expected {}, the day before the run begins", held, toText(day_)));
         return false;
     }
 
     // None: reported.
-    std::optional<float> take(const Component& component, const SeriesNeed& need, Diagnostics& diagnostics) {
-        const std::string_view word = need.kind == SeriesKind::storage ? "storage" : "quality";
-        const auto& list = need.kind == SeriesKind::storage ? read_.storages : read_.storeQualities;
-        const auto found = std::find_if(list.begin(), list.end(),
-                                        [&](const NamedSeries& series) { return series.name == component.name; });
-        if (found == list.end()) {
-            diagnostics.error("missing-state", place(),
-                              fmt::format("it has no {} of {} ({})", word, nameOf(component), component.type->name));
+    std::optional<float> take(const Component& component, const SeriesNeed& need) {
+        const bool isStorage = need.kind == SeriesKind::storage;
+        const std::string_view word = isStorage ? "storage" : "quality";
+        const std::string_view unit = isStorage ? ownUnit(*component.type, need.kind) : "";
+        const auto found = index_.find({need.kind, component.name});
+        if (found == index_.end()) {
+            diagnostics_.error("missing-state", place(),
+                               fmt::format("it has no {} of {} ({})", word, nameOf(component), component.type->name));
             return std::nullopt;
         }
-        used_.insert(&*found);
-        const std::string_view unit = need.kind == SeriesKind::storage ? ownUnit(*component.type, need.kind) : "";
-        if (found->unit == unit) return found->values[step_];
-        diagnostics.error("missing-state", place(),
-                          fmt::format("the {} of \"{}\" is in {}; expected {}, as of a {}", word, component.name,
-                                      found->unit, unit, component.type->name));
+        const StoredState& state = stored_.states[found->second];
+        used_[found->second] = true;
+        if (state.unit == unit) return state.value;
+        diagnostics_.error("missing-state", place(),
+                           fmt::format("the {} of \"{}\" is in {}; expected {}, as of a {}", word, component.name,
+                                       state.unit, unit, component.type->name));
         return std::nullopt;
     }
 
-    void reportUnused(Diagnostics& diagnostics) const {
+    void reportUnused() const {
         std::set<std::string> names;
-        for (const auto* list : {&read_.storages, &read_.storeQualities}) {
-            for (const NamedSeries& series : *list) {
-                if (!used_.contains(&series)) names.insert(fmt::format("\"{}\"", series.name));
-            }
+        for (std::size_t i = 0; i < used_.size(); ++i) {
+            if (!used_[i]) names.insert(fmt::format("\"{}\"", stored_.states[i].name));
         }
         if (names.empty()) return;
-        diagnostics.warning("unused-state", place(),
-                            fmt::format("the model has no store that takes the state of {}",
-                                        listOf({names.begin(), names.end()}, "and")));
+        diagnostics_.warning("unused-state", place(),
+                             fmt::format("the model has no store that takes the state of {}",
+                                         listOf({names.begin(), names.end()}, "and")));
     }
 
-    Place place() const { return {std::make_shared<const std::string>(file_), 0, 0}; }
-
   private:
-    std::string folder_, file_;
-    StoredResults stored_;
-    ReadResults read_;
-    std::size_t step_ = 0;
-    std::set<const NamedSeries*> used_;
+    Day day_;
+    StoredStates stored_;
+    std::map<std::pair<SeriesKind, std::string>, std::size_t> index_;
+    std::vector<bool> used_;
+    Diagnostics& diagnostics_;
 };
 
-void takeAll(Model& model, States& states, Diagnostics& diagnostics) {
+bool isState(const Model& model, const SeriesNeed& need) {
+    return need.isState && isNeeded(model, need);
+}
+
+bool hasStates(const Model& model) {
+    return std::any_of(model.components.begin(), model.components.end(), [&](const Component& component) {
+        return std::any_of(component.type->series.begin(), component.type->series.end(),
+                           [&](const SeriesNeed& need) { return isState(model, need); });
+    });
+}
+
+void takeAll(Model& model, States& states) {
     for (Component& component : model.components) {
         for (const SeriesNeed& need : component.type->series) {
-            if (!need.isState || !isNeeded(model, need)) continue;
-            const auto value = states.take(component, need, diagnostics);
+            if (!isState(model, need)) continue;
+            const auto value = states.take(component, need);
             if (!value) continue;
             SeriesSource source;
             source.constant = static_cast<double>(*value);
@@ -96,7 +106,6 @@ void takeAll(Model& model, States& states, Diagnostics& diagnostics) {
             component.series[need.kind] = model.addSource(source);
         }
     }
-    states.reportUnused(diagnostics);
 }
 
 }  // namespace
@@ -105,14 +114,13 @@ void takeStates(Model& model, const std::string& results, Diagnostics& diagnosti
     model.simulation.goesOn = true;
     if (!model.simulation.isDated) return;
     try {
-        States states(results);
+        States states(results, model.simulation.start - 1, diagnostics);
         model.statesFile = states.file();
-        const bool hasStates = std::any_of(model.components.begin(), model.components.end(), [&](const Component& one) {
-            return std::any_of(one.type->series.begin(), one.type->series.end(),
-                               [&](const SeriesNeed& need) { return need.isState && isNeeded(model, need); });
-        });
-        if (!hasStates) return states.reportUnused(diagnostics);
-        if (states.choose(model.simulation.start - 1, diagnostics)) takeAll(model, states, diagnostics);
+        if (hasStates(model)) {
+            if (!states.hasDay()) return;
+            takeAll(model, states);
+        }
+        states.reportUnused();
     } catch (const std::runtime_error& error) {
         diagnostics.error("missing-state", {std::make_shared<const std::string>("--states-from " + results), 0, 0},
                           error.what());
@@ -140,10 +148,10 @@ void checkDayBefore(const Model& model, SeriesValues& series) {
     for (const Component& component : model.components) {
         for (const SeriesKind kind : {SeriesKind::storage, SeriesKind::quality}) {
             const auto& needs = component.type->series;
-            const bool isState = std::any_of(needs.begin(), needs.end(), [&](const SeriesNeed& need) {
-                return need.kind == kind && need.isState && isNeeded(model, need);
+            const bool isWritten = std::any_of(needs.begin(), needs.end(), [&](const SeriesNeed& need) {
+                return need.kind == kind && isState(model, need);
             });
-            if (component.series[kind] >= 0 && !isState) series.dayBefore(component.series[kind]);
+            if (component.series[kind] >= 0 && !isWritten) series.dayBefore(component.series[kind]);
         }
     }
 }

@@ -11,4 +11,8 @@ namespace kesto {
 // itself, or since it took longer than it may. What it writes on stderr follows its end; files that it writes stay.
 void runApart(const std::string& cannot, std::chrono::seconds longest, const std::function<void()>& work);
 
+// The same of work that has an answer.
+std::string answerApart(const std::string& cannot, std::chrono::seconds longest,
+                        const std::function<std::string()>& work);
+
 }  // namespace kesto

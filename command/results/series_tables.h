@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "codes.h"
+#include "catalogue.h"
 
 namespace kesto {
 

@@ -3,6 +3,7 @@
 
 usage: check_going_on.py KESTO"""
 
+import hashlib
 import json
 import pathlib
 import subprocess
@@ -230,6 +231,24 @@ class GoingOn(unittest.TestCase):
         self.assertIn("is not the file that the run of summary.json wrote", self.go_on(day="2023-01-04").stderr)
         self.assertIn("cannot read none/summary.json", self.kesto("--states-from", "none").stderr)
         self.assertEqual(self.kesto("--approximate").returncode, 2)
+
+    def test_broken_results_are_an_error(self):
+        self.write(HEAD)
+        self.whole("--format", "netcdf")
+        path = self.folder / "whole" / "results.nc"
+        good = path.read_bytes()
+        summary = json.loads((self.folder / "whole" / "summary.json").read_text())
+        for number, part in enumerate((0.0, 0.2, 0.5, 0.8)):
+            begin = int(part * len(good))
+            broken = good[:begin] + b"\xff" * 300 + good[begin + 300:]
+            path.write_bytes(broken)
+            summary["files"][0].update(bytes=len(broken), sha256=hashlib.sha256(broken).hexdigest())
+            (self.folder / "whole" / "summary.json").write_text(json.dumps(summary))
+            done = self.go_on()
+            self.assertIn(done.returncode, (0, 2), (number, done.stderr))
+            if number == 0:
+                self.assertEqual(done.returncode, 2)
+                self.assertIn("--states-from whole: error: cannot read whole/results.nc", done.stderr)
 
     def test_results_that_are_read_stay(self):
         self.write(HEAD)

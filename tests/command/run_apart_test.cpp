@@ -35,4 +35,11 @@ TEST(RunApart, PassesOnHowItEnded) {
               "cannot read x: the process that read it did not end within 1 s");
 }
 
+TEST(RunApart, BringsTheAnswer) {
+    EXPECT_EQ(kesto::answerApart("cannot read x", 1s, [] { return std::string("!\n="); }), "!\n=");
+    EXPECT_EQ(kesto::answerApart("cannot read x", 1s, [] { return std::string(); }), "");
+    const std::string large(3'000'000, 'x');
+    EXPECT_EQ(kesto::answerApart("cannot read x", 10s, [&] { return large; }), large);
+}
+
 }  // namespace
