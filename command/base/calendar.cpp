@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 
@@ -39,6 +40,20 @@ CivilDate dateOf(Day day) {
     const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::days{day}}};
     return {static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
             static_cast<int>(static_cast<unsigned>(date.day()))};
+}
+
+std::vector<std::uint8_t> monthsOf(Day start, std::size_t days) {
+    std::vector<std::uint8_t> months(days);
+    for (std::size_t i = 0; i < days;) {
+        const CivilDate date = dateOf(start + static_cast<Day>(i));
+        const bool isLast = date.month == 12;
+        const Day next = dayOf({date.year + (isLast ? 1 : 0), isLast ? 1 : date.month + 1, 1});
+        const std::size_t end = std::min(days, static_cast<std::size_t>(next - start));
+        std::fill(months.begin() + static_cast<std::ptrdiff_t>(i), months.begin() + static_cast<std::ptrdiff_t>(end),
+                  static_cast<std::uint8_t>(date.month));
+        i = end;
+    }
+    return months;
 }
 
 std::optional<Day> parseDay(std::string_view text) {

@@ -19,6 +19,9 @@ Day dayOf(const CivilDate& date);
 CivilDate dateOf(Day day);
 bool isValid(const CivilDate& date);
 
+// The months, 1 to 12, of so many days from `start` on.
+std::vector<std::uint8_t> monthsOf(Day start, std::size_t days);
+
 // YYYY-MM-DD, alone or followed by a time of day, which is ignored.
 std::optional<Day> parseDay(std::string_view text);
 std::string toText(Day day);

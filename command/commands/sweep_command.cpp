@@ -87,10 +87,11 @@ class Sweep {
         return true;
     }
 
-    // The first member is read here, so that what all of them read stands in memory when the others are.
+    // The first member is checked here, so that what all of them read stands in memory when the others are.
     bool check(const InterruptGuard& guard) {
         Diagnostics first;
-        const MemberModel member(*input_, slice_.first, first);
+        std::set<std::string> files;
+        checkMember(*input_, slice_.first, first, files);
         diagnostics_.acceptAs(first);
         if (options_.record != "none") {
             requireNetcdf();

@@ -147,14 +147,19 @@ std::optional<float> SeriesValues::dayBefore(SourceIndex source) {
 }
 
 void SeriesValues::fromPattern(const SeriesSource& source, Floats& values) const {
-    for (std::size_t step = 0; step < values.size(); ++step) {
-        double value = source.constant;
-        if (source.kind == SeriesSource::Kind::monthly) {
-            value = source.pattern[static_cast<std::size_t>(dateOf(dayOf(step)).month) - 1];
-        } else if (source.kind == SeriesSource::Kind::weekly) {
-            value = source.pattern[static_cast<std::size_t>(weekdayOf(dayOf(step)))];
+    const auto single = [&](double value) {
+        return static_cast<float>(source.isAsGiven() ? value : source.valueOf(value));
+    };
+    if (source.kind == SeriesSource::Kind::constant) {
+        std::fill(values.begin(), values.end(), single(source.constant));
+    } else if (source.kind == SeriesSource::Kind::monthly) {
+        const auto months = monthsOf(model_.simulation.start, values.size());
+        std::transform(months.begin(), months.end(), values.begin(),
+                       [&](std::uint8_t month) { return single(source.pattern[month - 1U]); });
+    } else {
+        for (std::size_t step = 0; step < values.size(); ++step) {
+            values[step] = single(source.pattern[static_cast<std::size_t>(weekdayOf(dayOf(step)))]);
         }
-        values[step] = static_cast<float>(source.isAsGiven() ? value : source.valueOf(value));
     }
 }
 

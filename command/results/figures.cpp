@@ -45,11 +45,7 @@ struct Peak {
 class Collector {
   public:
     Collector(const Recorded& recorded, const ComponentSums& sums, Figures& figures)
-        : recorded_(recorded), sums_(sums), figures_(figures) {
-        for (std::size_t step = 0; step < recorded.steps(); ++step) {
-            months_.push_back(static_cast<std::size_t>(dateOf(recorded.dayOf(step)).month) - 1);
-        }
-    }
+        : recorded_(recorded), sums_(sums), figures_(figures), months_(monthsOf(recorded.dayOf(0), recorded.steps())) {}
 
     void addNetwork(const Account& account, const Peak& mains) {
         const auto in = [&](AccountKind kind) { return account.total(true, kind); };
@@ -102,7 +98,7 @@ class Collector {
             const double wanted = now.in[at(service.demandPort) - 1], lacking = service.unmet(now);
             demand += wanted;
             unmet += lacking;
-            byMonth[months_[step]] += lacking;
+            byMonth[months_[step] - 1U] += lacking;
             const bool isShort = lacking > kNoticed * wanted;
             if (wanted > 0) ++asked;
             if (isShort) ++shortSteps;
@@ -156,7 +152,7 @@ class Collector {
     const Recorded& recorded_;
     const ComponentSums& sums_;
     Figures& figures_;
-    std::vector<std::size_t> months_;  // of each step, from 0
+    std::vector<std::uint8_t> months_;  // of each step
 };
 
 }  // namespace

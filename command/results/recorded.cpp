@@ -40,9 +40,18 @@ Sum sumOf(const Signal* signals, std::size_t steps) {
     return sum;
 }
 
-std::vector<double> insolationOf(const Simulation& simulation) {
+bool readsInsolation(const Type& type) {
+    return std::any_of(type.series.begin(), type.series.end(),
+                       [](const SeriesNeed& need) { return need.kind == SeriesKind::temperatureMin; });
+}
+
+// Only where evaporation follows from it: it takes as long as the rest of an evaluation.
+std::vector<double> insolationOf(const Model& model) {
+    const Simulation& simulation = model.simulation;
     std::vector<double> values;
-    if (!simulation.latitude) return values;
+    const bool isRead = std::any_of(model.components.begin(), model.components.end(),
+                                    [](const Component& component) { return readsInsolation(*component.type); });
+    if (!simulation.latitude || !isRead) return values;
     for (Day day = simulation.start; day <= simulation.end; ++day) {
         const int dayOfYear = static_cast<int>(day - dayOf({dateOf(day).year, 1, 1}));
         values.push_back(insolationOf(*simulation.latitude, dayOfYear));
@@ -58,7 +67,7 @@ Recorded::Recorded(const Results& results, const AccountNeeds& needs, SeriesValu
       needs_(needs),
       series_(series),
       storages_(static_cast<std::size_t>(components()), nullptr),
-      insolation_(insolationOf(model().simulation)) {
+      insolation_(insolationOf(model())) {
     for (const State& state : results.states) {
         if (state.kind == SeriesKind::storage) storages_[at(model().findComponent(state.name))] = state.values;
     }
