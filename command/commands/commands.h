@@ -72,12 +72,13 @@ struct SweepOptions {
     bool scenarios = false;         // of the model
     std::string output;             // folder
     ReadOptions read;
-    std::string record = "none";  // or a list of outputs, or all
-    std::string every = "day";    // or month, or year: of what is recorded
-    std::string figures = "key";  // or all: of components, too
-    std::string members;          // as in 1-500; empty: all
-    std::size_t jobs = 0;         // processes at a time; 0: as many as there are cores
-    bool restart = false;         // what an earlier sweep has left is removed
+    std::string record = "none";    // or a list of outputs, or all
+    std::string every = "day";      // or month, or year: of what is recorded
+    std::string figures = "key";    // or all: of components, too
+    std::string members;            // as in 1-500; empty: all
+    std::size_t jobs = 0;           // processes at a time; 0: as many as there are cores
+    bool restart = false;           // what an earlier sweep has left is removed
+    std::vector<std::string> join;  // folders of slices, in place of a model
     bool quiet = false;
     bool json = false;
 };

@@ -119,7 +119,7 @@ int runCommandLine(int argc, char** argv) {
 
     kesto::SweepOptions sweep;
     CLI::App* sweepCommand = app.add_subcommand("sweep", "Run many members: a model with other values each");
-    sweepCommand->add_option("model", sweep.model, "Model file (TOML)")->required();
+    sweepCommand->add_option("model", sweep.model, "Model file (TOML)");
     sweepCommand->add_option("members_csv", sweep.table, "Table (CSV): a column for each key, a row for each member");
     sweepCommand->add_option("-o,--output", sweep.output, "Folder for the results")->required();
     sweepCommand
@@ -138,6 +138,7 @@ int runCommandLine(int argc, char** argv) {
         ->check(CLI::Range(1, 4096));
     sweepCommand->add_option("--members", sweep.members, "Run a slice of the members, as in --members 1-500");
     sweepCommand->add_flag("--restart", sweep.restart, "Begin anew where the folder holds a sweep");
+    sweepCommand->add_option("--join", sweep.join, "Make one folder of those of slices, in place of a model");
     sweepCommand->add_flag("-q,--quiet", sweep.quiet, "Print errors only");
     sweepCommand->add_flag("--json", sweep.json, "Print the summary as JSON");
     addReadOptions(*sweepCommand, sweep.read);

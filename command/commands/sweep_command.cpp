@@ -16,6 +16,7 @@
 #include "progress_bar.h"
 #include "results_netcdf.h"
 #include "summary_json.h"
+#include "sweep_join.h"
 #include "sweep_run.h"
 #include "sweep_summary.h"
 
@@ -41,6 +42,34 @@ std::optional<Slice> sliceOf(const std::string& text, std::size_t members) {
     return isGood && slice.last <= members ? std::optional(slice) : std::nullopt;
 }
 
+int show(const Json& members, const SweepOptions& options) {
+    if (options.json) {
+        std::cout << members.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    } else if (!options.quiet) {
+        std::cout << sweepText(members, options.output);
+    }
+    return unfinishedIn(members) == 0 ? kGood : kRunFailed;
+}
+
+int join(const SweepOptions& options) {
+    const auto refuse = [](int status, const std::string& text) {
+        std::cerr << "kesto sweep --join: error: " << printable(text) << '\n';
+        return status;
+    };
+    if (!options.model.empty() || !options.table.empty() || !options.vary.empty() || options.scenarios) {
+        return refuse(kBadModel, "it takes folders of slices alone, and no model or members");
+    }
+    try {
+        return show(joinSlices(options.join, options.output, options.restart), options);
+    } catch (const NotReplaceable& refusal) {
+        return refuse(kBadModel, refusal.what());
+    } catch (const FolderBusy& busy) {
+        return refuse(kRunFailed, busy.what());
+    } catch (const std::runtime_error& error) {
+        return refuse(kBadModel, error.what());
+    }
+}
+
 class Sweep {
   public:
     explicit Sweep(const SweepOptions& options) : options_(options) {}
@@ -51,8 +80,8 @@ class Sweep {
         try {
             if (!check(guard)) return guard.passOn(), refuse(kBadModel);
             SweepParts parts(input_->shape ? &*input_->shape : nullptr, slice_, attributes());
-            SweepFolder folder(options_.output, madeOf(inputs_, input_->design, optionsJson(), slice_), slice_, inputs_,
-                               parts.names(), options_.restart);
+            SweepFolder folder(options_.output, madeOf(inputs_, input_->design, optionsJson(), slice_), slice_,
+                               filesRead(), parts.names(), options_.restart);
             diagnostics_.print(std::cerr, options_.quiet);
             told_ = diagnostics_.all().size();
             if (!folder.finished()) runAll(parts, folder, guard);
@@ -108,6 +137,12 @@ class Sweep {
         return !diagnostics_.hasErrors() && !guard.wasInterrupted();
     }
 
+    std::vector<std::string> filesRead() const {
+        std::vector<std::string> files = inputs_;
+        if (!options_.table.empty()) files.push_back(options_.table);
+        return files;
+    }
+
     std::size_t jobs() const {
         const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
         return std::min(options_.jobs > 0 ? options_.jobs : cores, slice_.size());
@@ -136,26 +171,26 @@ class Sweep {
     int finish(const SweepParts& parts, SweepFolder& folder, InterruptGuard& guard) {
         if (guard.wasInterrupted()) return stop(folder, guard);
         if (!folder.finished()) writeAll(parts, folder);
-        const Json& members = *folder.finished();
         diagnostics_.print(std::cerr, options_.quiet, told_);
-        if (options_.json) {
-            std::cout << members.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-        } else if (!options_.quiet) {
-            std::cout << sweepText(members, options_.output);
-        }
-        return unfinishedIn(members) == 0 ? kGood : kRunFailed;
+        return show(*folder.finished(), options_);
     }
 
     void writeAll(const SweepParts& parts, SweepFolder& folder) {
         const std::string table(kMembersTable);
-        const SweepSummary summary = writeMembersTable(folder.aside(table), input_->design, slice_, folder.journal());
+        const SweepSummary summary = writeMembersTable(folder.aside(table), cells(), slice_, folder.journal());
         std::vector<WrittenFile> files{folder.fileAside(table)};
         for (const std::string& part : parts.names()) {
             files.push_back(*find(folder.journal().parts(), part));
         }
         summary.findings.tell(slice_.size(), diagnostics_);
         findings_.add(summary.findings.rows());
-        folder.finish(membersJson(options_.model, title(), folder.madeOf(), summary, findings_, files));
+        folder.finish(
+            membersJson({options_.model, title(), options_.table}, folder.madeOf(), summary, findings_, files));
+    }
+
+    MemberCells cells() const {
+        const Design& design = input_->design;
+        return {design.keys(), [&design](std::size_t member) { return design.cellsOf(member); }};
     }
 
     std::string title() const {
@@ -192,7 +227,10 @@ class Sweep {
 }  // namespace
 
 int sweepCommand(const SweepOptions& options) {
-    return Sweep(options).run();
+    if (!options.join.empty()) return join(options);
+    if (!options.model.empty()) return Sweep(options).run();
+    std::cerr << "kesto sweep: error: expected a model, or --join and the folders of slices\n";
+    return kBadModel;
 }
 
 }  // namespace kesto

@@ -10,39 +10,38 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "csv_file.h"
 #include "number_format.h"
 
 namespace kesto {
 
 namespace {
 
+constexpr std::size_t kMostValues = 5'000'000;  // in memory, beside key figures
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
-// The columns of all members, in the order in which they first have them.
+// The columns of all members: key figures first, each in the order in which members first have them.
 class ColumnUnion {
   public:
     ColumnUnion(const Slice& slice, const Journal& journal) : places_(journal.columns().size()) {
-        std::map<std::string, std::size_t> known;
+        std::vector<std::size_t> order;  // of what members have, by their first
         for (std::size_t member = slice.first; member <= slice.last; ++member) {
             const std::size_t index = journal.columnsOf(member);
-            const MemberColumns& columns = journal.columns()[index];
-            if (!places_[index].empty()) continue;
-            for (std::size_t i = 0; i < columns.all.size(); ++i) {
-                const auto [place, isNew] = known.emplace(columns.all[i].name, all_.size());
-                if (isNew) {
-                    all_.push_back(columns.all[i]);
-                    isKey_.push_back(i < columns.key);
-                }
-                places_[index].push_back(place->second);
+            if (std::find(order.begin(), order.end(), index) == order.end()) order.push_back(index);
+        }
+        std::map<std::string, std::size_t> known;
+        for (const bool isKey : {true, false}) {
+            for (const std::size_t index : order) {
+                addOf(journal.columns()[index], isKey, known, places_[index]);
             }
+            if (isKey) union_.key = union_.all.size();
         }
     }
 
-    const std::vector<MemberColumn>& all() const { return all_; }
-    bool isKey(std::size_t column) const { return isKey_[column]; }
+    const MemberColumns& columns() const { return union_; }
 
     std::vector<std::string> cellsOf(const Journal::Row& row) const {
-        std::vector<std::string> cells(all_.size());
+        std::vector<std::string> cells(union_.all.size());
         for (std::size_t i = 0; i < row.values.size(); ++i) {
             cells[places_[row.columns][i]] = row.values[i];
         }
@@ -50,8 +49,17 @@ class ColumnUnion {
     }
 
   private:
-    std::vector<MemberColumn> all_;
-    std::vector<bool> isKey_;
+    void addOf(const MemberColumns& columns, bool isKey, std::map<std::string, std::size_t>& known,
+               std::vector<std::size_t>& places) {
+        const std::size_t first = isKey ? 0 : columns.key, last = isKey ? columns.key : columns.all.size();
+        for (std::size_t i = first; i < last; ++i) {
+            const auto [place, isNew] = known.emplace(columns.all[i].name, union_.all.size());
+            if (isNew) union_.all.push_back(columns.all[i]);
+            places.push_back(place->second);
+        }
+    }
+
+    MemberColumns union_;
     std::vector<std::vector<std::size_t>> places_;  // of the columns of each kind of member
 };
 
@@ -77,6 +85,10 @@ std::optional<FigureRange> rangeOf(const MemberColumn& column, std::vector<doubl
     return range;
 }
 
+bool isLimited(std::size_t columns, const Slice& slice) {
+    return columns > kMostValues / slice.size();
+}
+
 std::string lineOf(std::size_t member, const std::vector<std::string>& keys, const Journal::Row& row,
                    const std::vector<std::string>& cells) {
     std::string line = fmt::format("{}", member);
@@ -92,39 +104,40 @@ std::string lineOf(std::size_t member, const std::vector<std::string>& keys, con
 
 }  // namespace
 
-SweepSummary writeMembersTable(const std::string& path, const Design& design, const Slice& slice,
+SweepSummary writeMembersTable(const std::string& path, const MemberCells& given, const Slice& slice,
                                const Journal& journal) {
-    const ColumnUnion columns(slice, journal);
+    const ColumnUnion all(slice, journal);
     SweepSummary summary;
-    summary.keys = design.keys();
-    summary.columns = columns.all();
+    summary.keys = given.keys;
+    summary.columns = all.columns();
+    const std::vector<MemberColumn>& columns = summary.columns.all;
     std::map<std::string, std::size_t> outcomes;
-    std::vector<std::vector<double>> values(summary.columns.size());
+    std::vector<std::vector<double>> values(isLimited(columns.size(), slice) ? summary.columns.key : columns.size());
     std::ofstream file(path, std::ios::binary);
     file << "member";
-    for (const std::string& key : design.keys()) {
+    for (const std::string& key : given.keys) {
         file << ',' << csvCell(key);
     }
     file << ",outcome,message";
-    for (const MemberColumn& column : summary.columns) {
+    for (const MemberColumn& column : columns) {
         file << ',' << csvCell(column.name);
     }
     file << '\n';
     for (std::size_t member = slice.first; member <= slice.last; ++member) {
         const Journal::Row row = journal.read(member);
-        const std::vector<std::string> cells = columns.cellsOf(row);
-        file << lineOf(member, design.cellsOf(member), row, cells);
+        const std::vector<std::string> cells = all.cellsOf(row);
+        file << lineOf(member, given.of(member), row, cells);
         ++outcomes[row.outcome];
         if (!row.findings.empty()) summary.findings.add(nlohmann::ordered_json::parse(row.findings));
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            if (columns.isKey(i)) values[i].push_back(parseNumber(cells[i]).value_or(kNone));
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i].push_back(parseNumber(cells[i]).value_or(kNone));
         }
     }
     file.close();
     if (!file) throw std::runtime_error(fmt::format("cannot write {}", path));
     summary.outcomes.assign(outcomes.begin(), outcomes.end());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (const auto range = rangeOf(summary.columns[i], values[i], slice.first)) summary.varying.push_back(*range);
+        if (const auto range = rangeOf(columns[i], values[i], slice.first)) summary.varying.push_back(*range);
     }
     return summary;
 }

@@ -1,11 +1,11 @@
 // The files that a sweep leaves: members.csv, a row for each member, and members.json, what they are made of.
 #pragma once
 
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
-#include "design.h"
 #include "findings.h"
 #include "journal.h"
 
@@ -30,14 +30,20 @@ struct FigureRange {
 // What the rows have come to.
 struct SweepSummary {
     std::vector<std::string> keys;
-    std::vector<MemberColumn> columns;
+    MemberColumns columns;
     std::vector<std::pair<std::string, std::size_t>> outcomes;  // members by outcome
     std::vector<FigureRange> varying;                           // of key figures
     Findings findings;                                          // of the results
 };
 
+// What members were given, as it was written under each key.
+struct MemberCells {
+    std::vector<std::string> keys;
+    std::function<std::vector<std::string>(std::size_t member)> of;
+};
+
 // Writes the table, row by row, and returns what it has come to. Throws std::runtime_error.
-SweepSummary writeMembersTable(const std::string& path, const Design& design, const Slice& slice,
+SweepSummary writeMembersTable(const std::string& path, const MemberCells& cells, const Slice& slice,
                                const Journal& journal);
 
 }  // namespace kesto

@@ -74,11 +74,20 @@ Json madeOf(const std::vector<std::string>& files, const Design& design, const J
             {"members", {slice.first, slice.last}}};
 }
 
+SweepFolder::Hidden::Hidden(const std::string& folder) : path(joined(folder, kHiddenFolder)) {
+    makeFolder(folder);
+    lock = lockFolder(folder, kHiddenFolder);
+}
+
+SweepFolder::Hidden::~Hidden() {
+    lock.reset();
+    std::error_code ignored;
+    fs::remove(path, ignored);
+}
+
 SweepFolder::SweepFolder(const std::string& path, Json madeOf, const Slice& slice,
                          const std::vector<std::string>& inputs, const std::vector<std::string>& parts, bool restart)
-    : path_(path), madeOf_(std::move(madeOf)) {
-    makeFolder(path);
-    lock_ = lockFolder(path, kHiddenFolder);
+    : path_(path), madeOf_(std::move(madeOf)), hidden_(path) {
     readEarlier();
     if (!restart) expectSame();
     std::vector<std::string> names{std::string(kMembersTable), std::string(kMembersFile)};
@@ -91,14 +100,8 @@ SweepFolder::SweepFolder(const std::string& path, Json madeOf, const Slice& slic
     takeUpParts();
 }
 
-SweepFolder::~SweepFolder() {
-    lock_.reset();
-    std::error_code ignored;
-    fs::remove(joined(path_, kHiddenFolder), ignored);  // only when it is empty
-}
-
 std::string SweepFolder::inHidden(const std::string& name) const {
-    return joined(joined(path_, kHiddenFolder), name);
+    return joined(hidden_.path, name);
 }
 
 std::string SweepFolder::aside(const std::string& name) const {
@@ -106,7 +109,7 @@ std::string SweepFolder::aside(const std::string& name) const {
 }
 
 WrittenFile SweepFolder::fileAside(const std::string& name) const {
-    return fileAt(joined(path_, kHiddenFolder), name);
+    return fileAt(hidden_.path, name);
 }
 
 // What an earlier sweep has left, finished or not.
@@ -173,7 +176,7 @@ void SweepFolder::removeEarlier() {
     for (const WrittenFile& file : old_) {
         if (isThere(path_, file)) fs::remove(joined(path_, file.name));
     }
-    for (const fs::directory_entry& entry : fs::directory_iterator(joined(path_, kHiddenFolder))) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(hidden_.path)) {
         if (entry.path().filename() != kLockFile && !fs::is_directory(entry.symlink_status())) fs::remove(entry.path());
     }
     finished_.reset();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "design.h"
 #include "folder_lock.h"
 #include "journal.h"
 #include "replaceable.h"
@@ -22,9 +23,6 @@ class SweepFolder {
     // files that the sweep reads, `parts` the names of those that it writes beside its two tables.
     SweepFolder(const std::string& path, nlohmann::ordered_json madeOf, const Slice& slice,
                 const std::vector<std::string>& inputs, const std::vector<std::string>& parts, bool restart);
-    ~SweepFolder();
-    SweepFolder(const SweepFolder&) = delete;
-    SweepFolder& operator=(const SweepFolder&) = delete;
 
     // What an earlier sweep has left when nothing is left to do: members.json; null: there is something.
     const nlohmann::ordered_json* finished() const { return finished_ ? &*finished_ : nullptr; }
@@ -42,6 +40,15 @@ class SweepFolder {
     void finish(const nlohmann::ordered_json& members);
 
   private:
+    // The hidden folder, locked; it goes when nothing else is in it.
+    struct Hidden {
+        explicit Hidden(const std::string& folder);
+        ~Hidden();
+        Hidden(const Hidden&) = delete;
+        Hidden& operator=(const Hidden&) = delete;
+        std::string path;
+        std::unique_ptr<FileLock> lock;
+    };
     std::string inHidden(const std::string& name) const;
     void readEarlier();
     void expectSame() const;
@@ -53,7 +60,7 @@ class SweepFolder {
 
     std::string path_;
     nlohmann::ordered_json madeOf_;
-    std::unique_ptr<FileLock> lock_;
+    Hidden hidden_;
     std::optional<nlohmann::ordered_json> earlier_;  // what an earlier sweep is made of
     std::vector<WrittenFile> old_;                   // files of earlier sweeps
     std::optional<nlohmann::ordered_json> finished_;

@@ -27,6 +27,10 @@ Json rowOf(const FigureRange& range) {
             {"highest_member", range.highestMember}};
 }
 
+bool isOfAccount(const Json& figure) {
+    return figure.at("name").get<std::string>().starts_with("account.");
+}
+
 using Row = std::vector<std::string>;
 
 Row shownRow(const Json& figure) {
@@ -45,11 +49,12 @@ Row shownRow(const Json& figure) {
 
 }  // namespace
 
-Json membersJson(const std::string& model, const std::string& title, const Json& made, const SweepSummary& summary,
-                 const Findings& findings, const std::vector<WrittenFile>& files) {
+Json membersJson(const SweepSubject& subject, const Json& made, const SweepSummary& summary, const Findings& findings,
+                 const std::vector<WrittenFile>& files) {
     Json columns = Json::array(), varying = Json::array(), outcomes = Json::object();
-    for (const MemberColumn& column : summary.columns) {
-        columns.push_back({{"name", column.name}, {"unit", column.unit}});
+    for (std::size_t i = 0; i < summary.columns.all.size(); ++i) {
+        const MemberColumn& column = summary.columns.all[i];
+        columns.push_back({{"name", column.name}, {"unit", column.unit}, {"key", i < summary.columns.key}});
     }
     for (const FigureRange& range : summary.varying) {
         varying.push_back(rowOf(range));
@@ -57,8 +62,9 @@ Json membersJson(const std::string& model, const std::string& title, const Json&
     for (const auto& [outcome, count] : summary.outcomes) {
         outcomes[outcome] = count;
     }
-    return {{"model", model},          {"title", title},       {"made_of", made},    {"keys", summary.keys},
-            {"columns", columns},      {"outcomes", outcomes}, {"varying", varying}, {"warnings", findings.rows()},
+    return {{"model", subject.model},  {"title", subject.title}, {"design_table", subject.designTable},
+            {"made_of", made},         {"keys", summary.keys},   {"columns", columns},
+            {"outcomes", outcomes},    {"varying", varying},     {"warnings", findings.rows()},
             {"files", fileRows(files)}};
 }
 
@@ -78,7 +84,8 @@ std::string sweepText(const Json& members, const std::string& folder) {
         text += fmt::format("{}{} {}", text.empty() ? "" : ", ", withThousands(count), outcome);
     }
     text = fmt::format("{} member{}: {}\n", withThousands(all), all == 1 ? "" : "s", text);
-    const Json& varying = members.at("varying");
+    Json varying = members.at("varying");  // the account tells the same of the network once more
+    varying.erase(std::remove_if(varying.begin(), varying.end(), isOfAccount), varying.end());
     if (!varying.empty()) {
         std::vector<Row> rows{{"", "", "lowest", "(member)", "median", "highest", "(member)"}};
         for (std::size_t i = 0; i < std::min(varying.size(), kMostShown); ++i) {

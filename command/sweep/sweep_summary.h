@@ -11,10 +11,15 @@
 
 namespace kesto {
 
+// What the results are of.
+struct SweepSubject {
+    std::string model, title, designTable;  // path of the table; empty: there is none
+};
+
 // The same for the same members, whenever and in whatever slices they ran.
-nlohmann::ordered_json membersJson(const std::string& model, const std::string& title,
-                                   const nlohmann::ordered_json& made, const SweepSummary& summary,
-                                   const Findings& findings, const std::vector<WrittenFile>& files);
+nlohmann::ordered_json membersJson(const SweepSubject& subject, const nlohmann::ordered_json& made,
+                                   const SweepSummary& summary, const Findings& findings,
+                                   const std::vector<WrittenFile>& files);
 
 // Of the figures that vary, a line each.
 std::string sweepText(const nlohmann::ordered_json& members, const std::string& folder);

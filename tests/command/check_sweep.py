@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs many members of a model, and expects of each what `kesto run --set` gives.
 
-usage: check_sweep.py KESTO EXAMPLES [--long]"""
+usage: check_sweep.py KESTO EXAMPLES; KESTO_TEST_LONG=1 compares each of 1,000 members with a run"""
 
 import csv
 import json
@@ -16,11 +16,9 @@ import tempfile
 import time
 import unittest
 
-LONG = "--long" in sys.argv
-if LONG:
-    sys.argv.remove("--long")
-EXAMPLES = pathlib.Path(sys.argv.pop()).resolve()
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+LONG = bool(os.environ.get("KESTO_TEST_LONG"))
+KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+EXAMPLES = pathlib.Path(sys.argv.pop(1)).resolve()
 
 MODEL = """kesto_model = 1
 title = "Tank"
@@ -52,6 +50,29 @@ to = "tank:demand"
 asked.demand = 5
 [scenarios.full]
 tank.initial_storage = 20
+"""
+
+
+# More may be asked for than the intake can deliver.
+SCARCE = """kesto_model = 1
+[simulation]
+start = 2012-01-01
+end = 2012-01-05
+stop_on_infeasible = true
+[brands.intake]
+daily_capacity = 10
+loss_fraction = 0.1
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 3
+[[components]]
+name = "intake"
+type = "abstraction"
+brand = "intake"
+[[connections]]
+from = "asked"
+to = "intake"
 """
 
 
@@ -200,6 +221,246 @@ class Refusals(Sweeping):
         (self.folder / "model.toml").write_text(MODEL.replace('type = "tank"', 'type = "tonk"'))
         self.assertIn('did you mean "tank"?; in all 2 members', self.errors("--vary", "tank.size=1,2")[0])
         self.assertEqual(json.loads(self.sweep("--vary", "tank.size=1,2", "--json", status=2).stdout)["outcome"], "not run")
+
+
+class House(Sweeping):
+    """Members of the house, of which each takes about a millisecond."""
+
+    def setUp(self):
+        super().setUp()
+        shutil.copytree(EXAMPLES / "rainwater-house", self.folder / "house")
+        self.model = "house/model.toml"
+        draw = random.Random(13)
+        self.members = [(round(draw.uniform(200, 8000), 1), round(draw.uniform(20, 200), 1), round(draw.uniform(0.5, 1.5), 3))
+                        for _ in range(1000)]
+        (self.folder / "members.csv").write_text("tank.size,roof.size,series.rainfall.scale\n" + "".join(
+            f"{size},{roof},{scale}\n" for size, roof, scale in self.members))
+
+    def files(self, output):
+        return {path.name: path.read_bytes() for path in (self.folder / output).iterdir()}
+
+    def expect_same(self, a, b):
+        a, b = self.files(a), self.files(b)
+        self.assertEqual(sorted(a), sorted(b))
+        for name in a:
+            self.assertTrue(a[name] == b[name], f"{name} differs")
+
+    def test_each_member_is_as_a_run(self):
+        self.sweep("members.csv", "--figures", "all", model=self.model)
+        rows = self.rows()
+        self.assertEqual(len(rows), 1000)
+        for row in rows if LONG else random.Random(7).sample(rows, 30):
+            size, roof, scale = self.members[int(row["member"]) - 1]
+            self.expect_as_run(row, self.figures_of_run(
+                "--record", "none", "--set", f"tank.size={size}", "--set", f"roof.size={roof}",
+                "--set", f"series.rainfall.scale={scale}", model=self.model))
+
+    def test_jobs_slices_and_the_whole(self):
+        options = ["members.csv", "--record", "tank:overflow,roof", "--every", "month"]
+        self.sweep(*options, model=self.model, output="whole")
+        for jobs in (1, 2, 7):
+            self.sweep(*options, "--jobs", jobs, model=self.model, output=f"jobs{jobs}")
+            self.expect_same("whole", f"jobs{jobs}")
+        self.assertEqual(sorted(self.files("whole")), ["members.csv", "members.json"] + [
+            f"part-0000{part}.nc" for part in range(4)])
+        self.sweep(*options, "--members", "1-500", model=self.model, output="a")
+        self.sweep(*options, "--members", "501-1000", model=self.model, output="b")
+        self.assertEqual(self.rows("b")[0]["member"], "501")
+        done = self.kesto("sweep", "--join", "b", "a", "-o", "joined")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.expect_same("whole", "joined")
+
+    def test_slices_that_make_no_whole(self):
+        options = ["--vary", "tank.size=1:9:9"]
+        for name, slice_ in (("a", "1-3"), ("b", "4-6"), ("c", "3-9"), ("d", "7-9")):
+            self.sweep(*options, "--members", slice_, model=self.model, output=name)
+        self.sweep("--vary", "tank.size=2:9:9", "--members", "7-9", model=self.model, output="other")
+        for folders, text in ((["a", "b"], "member 7 of 9 is in none of the folders"),
+                              (["b", "d"], "member 1 of 9 is in none of the folders"),
+                              (["a", "c"], "member 3 stands in c and in another folder"),
+                              (["a", "b", "other"], "a and other are of different sweeps"),
+                              (["a", "house"], "cannot read house/members.json")):
+            done = self.kesto("sweep", "--join", *folders, "-o", "joined")
+            self.assertEqual((done.returncode, done.stdout), (2, ""), folders)
+            self.assertIn(text, done.stderr)
+        (self.folder / "d/members.csv").write_text("member\n")
+        done = self.kesto("sweep", "--join", "a", "b", "d", "-o", "joined")
+        self.assertIn("d/members.csv is not as the sweep has written it", done.stderr)
+        self.assertFalse((self.folder / "joined").exists())
+        self.assertEqual(self.kesto("sweep", self.model, "--join", "a", "b", "-o", "joined").returncode, 2)
+        self.assertEqual(self.kesto("sweep", "-o", "joined").returncode, 2)
+
+    def test_recorded_flows_are_those_of_the_runs(self):
+        self.sweep("members.csv", "--record", "tank:overflow", "--members", "250-260", model=self.model)
+        done = subprocess.run(
+            ["/usr/bin/python3", "-c",
+             "import sys, xarray\n"
+             "with xarray.open_mfdataset(sys.argv[1:3]) as data:\n"
+             "    print(data.member.values.tolist(), data.flow_name.values.tolist())\n"
+             "    print(repr(float(data.quantity.sel(member=258).sum().astype('f8'))))\n"
+             "    print(data.quantity.sel(member=258).values.astype('f8').sum())",
+             self.folder / "out/part-00000.nc", self.folder / "out/part-00001.nc"],
+            capture_output=True, text=True)
+        members, _, total = done.stdout.splitlines()
+        self.assertEqual(members, f"{list(range(250, 261))} ['tank:overflow']", done.stderr)
+        self.assertAlmostEqual(float(total), float(self.rows()[8]["tank:overflow"]), delta=1e-6)
+
+    def start(self, *options, output="out"):
+        return subprocess.Popen([KESTO, "sweep", self.model, *options, "-o", output], cwd=self.folder,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def test_killed_at_any_moment_it_goes_on(self):
+        options = ["members.csv", "--record", "tank:overflow", "--every", "month"]
+        begun = time.monotonic()
+        self.sweep(*options, model=self.model, output="whole")
+        takes = time.monotonic() - begun
+        draw = random.Random(time.time_ns())
+        kills = 0
+        for _ in range(40):
+            if kills == 20:
+                break
+            running = self.start(*options)
+            time.sleep(draw.uniform(0, takes / 6))
+            running.kill()
+            kills += running.wait() == -signal.SIGKILL
+            running.communicate()
+            if (self.folder / "out/members.json").exists():
+                self.expect_same("whole", "out")
+                shutil.rmtree(self.folder / "out")
+        self.assertEqual(kills, 20)
+        self.sweep(*options, model=self.model)
+        self.expect_same("whole", "out")
+
+    def test_what_is_done_is_not_done_again(self):
+        draw = random.Random(time.time_ns())
+        journal = self.folder / "out/.kesto-sweep/journal"
+        before = 0
+        for _ in range(3):
+            running = self.start("members.csv")
+            while running.poll() is None and (not journal.exists() or journal.read_bytes().count(b"\nm\t") < before + 20):
+                time.sleep(0.002)
+            time.sleep(draw.uniform(0, 0.05))
+            running.kill()
+            running.communicate()
+            lines = [line.split("\t")[1] for line in journal.read_text().split("\n")[:-1] if line.startswith("m\t")]
+            self.assertEqual(len(lines), len(set(lines)), "no member twice")
+            self.assertGreaterEqual(len(lines), before + 20)
+            before = len(lines)
+
+    def test_an_interrupt_leaves_what_can_be_gone_on_with(self):
+        journal = self.folder / "out/.kesto-sweep/journal"
+        lines = 0
+        for request in (signal.SIGINT, signal.SIGTERM):
+            running = self.start("members.csv")
+            while running.poll() is None and (not journal.exists() or journal.read_bytes().count(b"\n") < lines + 20):
+                time.sleep(0.002)
+            lines = journal.read_bytes().count(b"\n")
+            running.send_signal(request)
+            _, errors = running.communicate(timeout=60)
+            self.assertEqual(running.returncode, -request, errors)
+            self.assertRegex(errors, r"kesto sweep: stopped after \d+ of 1000 members; the same command goes on\n")
+        self.assertEqual(sorted(path.name for path in (self.folder / "out").iterdir()), [".kesto-sweep"])
+        self.sweep("members.csv", model=self.model)
+        self.assertEqual(len(self.rows()), 1000)
+
+    def test_a_finished_sweep_is_left_as_it_is(self):
+        options = ["--vary", "tank.size=1:9:9"]
+        first = self.sweep(*options, model=self.model)
+        stamp = (self.folder / "out/members.csv").stat().st_mtime_ns
+        self.assertEqual(self.sweep(*options, model=self.model).stdout, first.stdout)
+        self.assertEqual((self.folder / "out/members.csv").stat().st_mtime_ns, stamp)
+        self.sweep(*options, "--restart", model=self.model)
+        self.assertNotEqual((self.folder / "out/members.csv").stat().st_mtime_ns, stamp)
+
+    def refused(self, *options):
+        done = self.sweep(*options, model=self.model, status=2)
+        return done.stderr.splitlines()[-1]
+
+    def test_another_sweep_is_refused_with_the_reason(self):
+        options = ["--vary", "tank.size=1:9:9"]
+        self.sweep(*options, model=self.model)
+        before = self.files("out")
+        start = "out: error: out holds a sweep that this one cannot go on with: "
+        end = "; --restart begins anew, or choose another folder"
+        for changed, reason in (
+                (["--vary", "tank.size=1:8:9"], "its design of 9 members is another"),
+                ([*options, "--set", "roof.size=3"], "--set was [], and is [\"roof.size=3\"]"),
+                ([*options, "--record", "tank", "--every", "year"],
+                 "--record was none, and is tank, --every was day, and is year"),
+                ([*options, "--members", "1-3"], "it holds members 1 to 9")):
+            self.assertEqual(self.refused(*changed), start + reason + end)
+        weather = self.folder / "house/weather.csv"
+        weather.write_text(weather.read_text() + "2099-01-01,1,1,1,1\n")
+        self.assertEqual(self.refused(*options), start + "weather.csv has changed" + end)
+        self.assertEqual(self.files("out"), before)
+        self.sweep(*options, "--restart", model=self.model)
+        self.assertNotEqual(self.files("out"), before)
+
+    def test_files_of_others_are_never_replaced(self):
+        options = ["--vary", "tank.size=1:9:9", "--record", "tank"]
+        (self.folder / "out").mkdir()
+        for name in ("members.csv", "members.json", "part-00000.nc"):
+            path = self.folder / "out" / name
+            path.write_text("mine")
+            for more in ([], ["--restart"]):
+                self.assertIn(f"out/{name} is no file that a sweep has left here", self.refused(*options, *more))
+            self.assertEqual(path.read_text(), "mine")
+            path.unlink()
+        self.sweep(*options, model=self.model)
+        (self.folder / "out/members.csv").write_text("mine")
+        self.assertIn("out/members.csv is no file that a sweep has left here", self.refused(*options, "--restart"))
+        done = self.kesto("sweep", self.model, "members.csv", "-o", ".")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("would be written over ./members.csv, which the sweep reads", done.stderr)
+
+    def test_two_sweeps_into_one_folder(self):
+        running = self.start("members.csv")
+        journal = self.folder / "out/.kesto-sweep/journal"
+        while running.poll() is None and not journal.exists():
+            time.sleep(0.002)
+        done = self.sweep("members.csv", model=self.model, status=1)
+        self.assertIn(f"process {running.pid} is writing results into out", done.stderr)
+        running.communicate()
+        self.assertEqual(running.returncode, 0)
+
+
+class Failures(Sweeping):
+    def test_a_member_that_fails_is_a_row(self):
+        (self.folder / "model.toml").write_text(SCARCE)
+        options = ["--vary", "asked.demand=1:20:20", "--record", "intake:excess"]
+        done = self.sweep(*options, status=1)
+        rows = self.rows()
+        failed = [row for row in rows if row["outcome"] == "failed"]
+        self.assertTrue(0 < len(failed) < 20, rows)
+        for row in failed:
+            run = self.kesto("run", "model.toml", "--json", "--set", f"asked.demand={row['asked.demand']}")
+            summary = json.loads(run.stdout)
+            self.assertEqual((row["outcome"], row["message"]), (summary["outcome"], summary["message"]))
+            self.assertEqual(row["network.mains"], "")
+        self.assertIn(f"20 members: {len(failed)} failed, {20 - len(failed)} finished", done.stdout)
+        # Given again, it has nothing to do, and says the same.
+        self.assertEqual(self.sweep(*options, status=1).stdout, done.stdout)
+
+    def test_one_of_ten_members_aborts(self):
+        model = MODEL.replace("2012-01-05", "4500-01-01")
+        (self.folder / "model.toml").write_text(model)
+        running = subprocess.Popen([KESTO, "sweep", "model.toml", "--vary", "tank.size=11:20:10", "--jobs", "1", "-o", "out"],
+                                   cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        journal = self.folder / "out/.kesto-sweep/journal"
+        while running.poll() is None and (not journal.exists() or b"\nm\t" not in journal.read_bytes()):
+            time.sleep(0.001)
+        children = pathlib.Path(f"/proc/{running.pid}/task/{running.pid}/children")
+        aborted = False
+        while running.poll() is None and not aborted:
+            for child in children.read_text().split():
+                os.kill(int(child), signal.SIGABRT)
+                aborted = True
+        out, errors = running.communicate(timeout=300)
+        self.assertEqual(running.returncode, 1, errors)
+        outcomes = [(row["outcome"], row["message"]) for row in self.rows()]
+        self.assertEqual(outcomes.count(("finished", "")), 9, outcomes)
+        self.assertEqual(outcomes.count(("crashed", "ended by signal 6 (Aborted)")), 1, outcomes)
+        self.assertIn("10 members: 1 crashed, 9 finished", out)
 
 
 unittest.main()

@@ -1,0 +1,209 @@
+#include "sweep_join.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <stdexcept>
+
+#include "csv_file.h"
+#include "files.h"
+#include "number_format.h"
+#include "sweep_folder.h"
+#include "sweep_part_reader.h"
+#include "sweep_summary.h"
+
+namespace kesto {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The results of one slice, which are as they were written.
+struct SliceResults {
+    std::string folder;
+    Json members;  // members.json
+    Slice slice;
+    std::vector<WrittenFile> files;
+};
+
+SliceResults readSlice(const std::string& folder) {
+    const std::string path = joined(folder, kMembersFile);
+    SliceResults results{folder, {}, {}, {}};
+    try {
+        results.members = Json::parse(readFile(path, kLargestSummary));
+        const Json& ends = results.members.at("made_of").at("members");
+        results.slice = {ends.at(0), ends.at(1)};
+        results.files = filesIn(results.members.at("files"));
+    } catch (const nlohmann::json::exception&) {
+        throw std::runtime_error(fmt::format("{} is none that a sweep has written", path));
+    }
+    for (const WrittenFile& file : results.files) {
+        if (!isThere(folder, file) || fileAt(folder, file.name).sha256 != file.sha256) {
+            throw std::runtime_error(fmt::format("{} is not as the sweep has written it", joined(folder, file.name)));
+        }
+    }
+    return results;
+}
+
+Json withoutMembers(const SliceResults& slice) {
+    Json made = slice.members.at("made_of");
+    made.erase("members");
+    return made;
+}
+
+// In order, each member once.
+std::vector<SliceResults> readSlices(const std::vector<std::string>& folders) {
+    std::vector<SliceResults> slices;
+    for (const std::string& folder : folders) {
+        slices.push_back(readSlice(folder));
+        if (withoutMembers(slices.back()) == withoutMembers(slices.front())) continue;
+        throw std::runtime_error(
+            fmt::format("{} and {} are of different sweeps: model, series, design, options or "
+                        "version differ",
+                        folders.front(), folder));
+    }
+    std::sort(slices.begin(), slices.end(),
+              [](const SliceResults& a, const SliceResults& b) { return a.slice.first < b.slice.first; });
+    const std::size_t all = slices.front().members.at("made_of").at("design").at("members");
+    std::size_t next = 1;
+    for (const SliceResults& one : slices) {
+        if (one.slice.first > next) break;
+        if (one.slice.first < next) {
+            throw std::runtime_error(
+                fmt::format("member {} stands in {} and in another folder", one.slice.first, one.folder));
+        }
+        next = one.slice.last + 1;
+    }
+    if (next <= all) throw std::runtime_error(fmt::format("member {} of {} is in none of the folders", next, all));
+    return slices;
+}
+
+// The table of a slice, whose rows go into the journal of the whole.
+class SliceTable {
+  public:
+    explicit SliceTable(const SliceResults& slice) : keys_(slice.members.at("keys").size()) {
+        Diagnostics diagnostics;
+        const std::string path = joined(slice.folder, kMembersTable);
+        csv_ = CsvFile::parse(readFile(path, kLargestTable), path, diagnostics);
+        for (const Json& column : slice.members.at("columns")) {
+            columns_.all.push_back({column.at("name"), column.at("unit")});
+            if (column.at("key")) ++columns_.key;
+        }
+        if (!csv_ || !csv_->isWhole() || csv_->rows() != slice.slice.size() ||
+            csv_->columns().size() != keys_ + 3 + columns_.all.size()) {
+            throw std::runtime_error(fmt::format("{} does not have the rows of its sweep", path));
+        }
+    }
+
+    std::vector<std::string> cells(std::size_t row) const {
+        std::vector<std::string> cells;
+        for (std::size_t key = 0; key < keys_; ++key) {
+            cells.emplace_back(csv_->cell(row, 1 + key));
+        }
+        return cells;
+    }
+
+    MemberResult result(std::size_t row) const {
+        MemberResult result;
+        result.message = csv_->cell(row, keys_ + 2);
+        for (const Outcome outcome : {Outcome::finished, Outcome::failed}) {
+            if (csv_->cell(row, keys_ + 1) == toText(outcome)) result.outcome = outcome;
+        }
+        result.columns = columns_;
+        for (std::size_t i = 0; i < columns_.all.size(); ++i) {
+            result.values.push_back(parseNumber(csv_->cell(row, keys_ + 3 + i)).value_or(std::nan("")));
+        }
+        return result;
+    }
+
+  private:
+    std::size_t keys_;
+    std::optional<CsvFile> csv_;
+    MemberColumns columns_;
+};
+
+// Parts by name, each with the slices that hold members of it.
+std::map<std::string, std::vector<const SliceResults*>> partsOf(const std::vector<SliceResults>& slices) {
+    std::map<std::string, std::vector<const SliceResults*>> parts;
+    for (const SliceResults& slice : slices) {
+        for (const WrittenFile& file : slice.files) {
+            if (file.name != kMembersTable) parts[file.name].push_back(&slice);
+        }
+    }
+    return parts;
+}
+
+void joinPart(const std::string& name, const std::vector<const SliceResults*>& slices, SweepFolder& folder) {
+    std::vector<std::unique_ptr<SweepPartReader>> readers;
+    std::size_t count = 0;
+    for (const SliceResults* slice : slices) {
+        readers.push_back(std::make_unique<SweepPartReader>(joined(slice->folder, name)));
+        count += readers.back()->count();
+    }
+    SweepPart part(readers.front()->shape(), readers.front()->first(), count);
+    for (const auto& reader : readers) {
+        for (std::size_t member = reader->first(); member < reader->first() + reader->count(); ++member) {
+            part.set(member, reader->member(member));
+        }
+    }
+    part.write(folder.aside(name), readers.front()->attributes());
+    folder.addPart(name);
+}
+
+}  // namespace
+
+Json joinSlices(const std::vector<std::string>& folders, const std::string& output, bool restart) {
+    const std::vector<SliceResults> slices = readSlices(folders);
+    const Json& first = slices.front().members;
+    Json made = first.at("made_of");
+    const Slice whole{1, made.at("design").at("members")};
+    made["members"] = {whole.first, whole.last};
+    const auto parts = partsOf(slices);
+    std::vector<std::string> names, inputs;
+    for (const auto& [name, of] : parts) {
+        names.push_back(name);
+        for (const SliceResults* slice : of) {
+            inputs.push_back(joined(slice->folder, name));
+        }
+    }
+    for (const SliceResults& slice : slices) {
+        inputs.push_back(joined(slice.folder, kMembersTable));
+        inputs.push_back(joined(slice.folder, kMembersFile));
+    }
+    SweepFolder folder(output, made, whole, inputs, names, restart);
+    if (folder.finished()) return *folder.finished();
+
+    Findings findings(first.at("design_table").get<std::string>());
+    std::vector<SliceTable> tables;
+    for (const SliceResults& slice : slices) {
+        tables.emplace_back(slice);
+        for (std::size_t member = slice.slice.first; member <= slice.slice.last; ++member) {
+            folder.journal().add(member, tables.back().result(member - slice.slice.first));
+        }
+        findings.add(slice.members.at("warnings"));
+    }
+    for (const auto& [name, of] : parts) {
+        if (!folder.hasPart(name)) joinPart(name, of, folder);
+    }
+    const auto cellsOf = [&](std::size_t member) {
+        std::size_t slice = slices.size() - 1;
+        while (slices[slice].slice.first > member)
+            --slice;
+        return tables[slice].cells(member - slices[slice].slice.first);
+    };
+    const std::string table(kMembersTable);
+    const SweepSummary summary = writeMembersTable(
+        folder.aside(table), {first.at("keys").get<std::vector<std::string>>(), cellsOf}, whole, folder.journal());
+    std::vector<WrittenFile> files{folder.fileAside(table)};
+    for (const std::string& name : names) {
+        files.push_back(*find(folder.journal().parts(), name));
+    }
+    const SweepSubject subject{first.at("model"), first.at("title"), first.at("design_table")};
+    folder.finish(membersJson(subject, made, summary, findings, files));
+    return *folder.finished();
+}
+
+}  // namespace kesto
