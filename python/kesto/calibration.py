@@ -33,9 +33,9 @@ def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, 
     if method not in METHODS:
         raise Error(f"there is no method {method!r}; expected {' or '.join(METHODS)}")
     fit = Fit(batch, bounds, observed, warmup)
-    left = max_members - 2 * len(fit.keys) - 1  # what the look around the best needs
+    left = max_members - 4 * len(fit.keys) - 2  # what the look around the best needs
     if left < 10:
-        raise Error(f"max_members is {max_members}; expected at least {11 + 2 * len(fit.keys)}")
+        raise Error(f"max_members is {max_members}; expected at least {12 + 4 * len(fit.keys)}")
     losses: list[Floats] = []
 
     def objective(fractions: Floats) -> Floats:
@@ -77,22 +77,32 @@ def _covariance(fit: Fit, best: Floats) -> Floats:
     """The covariance of the parameters around the best, as fractions of their ranges: (parameters, parameters).
 
     From the derivatives of the simulated series and the residuals of the best, for Gaussian errors; the ranges count
-    as what is known beforehand (a uniform distribution has the variance 1/12), so that what the observations say
+    as what is known before (a uniform distribution has the variance 1/12), so that what the observations say
     nothing about keeps the variance of its range.
     """
+    slopes, residuals = _derivatives(fit, best, numpy.full(len(best), _STEP))
+    # Again with steps of equal effect: two parameters that do the same then cross the same thresholds (a tank that just
+    # spills), and their derivatives are the same, too.
+    effects = numpy.sqrt((slopes ** 2).sum(axis=(1, 2)))
+    steps = _STEP * (numpy.median(effects[effects > 0]) if effects.any() else 0.0) / numpy.where(effects > 0, effects, numpy.inf)
+    slopes, residuals = _derivatives(fit, best, numpy.clip(steps, _STEP / 20, 20 * _STEP))
+    variances = (residuals ** 2).sum(axis=1) / numpy.isfinite(fit.observed).sum(axis=1)
+    # A perfect fit, of made-up observations, leaves the rounding to single precision.
+    variances = numpy.maximum(variances, 1e-12 * numpy.nanmean(fit.observed ** 2, axis=1) + 1e-300)
+    information = numpy.einsum("ift,jft,f->ij", slopes, slopes, 1 / variances)
+    found: Floats = numpy.linalg.inv(12 * numpy.eye(len(best)) + information)
+    return found
+
+
+def _derivatives(fit: Fit, best: Floats, steps: Floats) -> tuple[Floats, Floats]:
+    """Central differences of the flows over each parameter, (parameters, flows, time), and the residuals of the best,
+    (flows, time); 0 where nothing was observed or a member failed."""
     d = len(best)
-    up, down = numpy.minimum(best + _STEP * numpy.eye(d), 1), numpy.maximum(best - _STEP * numpy.eye(d), 0)
+    up, down = numpy.minimum(best + numpy.diag(steps), 1), numpy.maximum(best - numpy.diag(steps), 0)
     around = fit.simulate(numpy.concatenate([best[None], up, down]))
     known = numpy.isfinite(fit.observed)
-    information = 12 * numpy.eye(d)
-    for at in range(len(fit.flows)):
-        series = around[:, at, known[at]]
-        residuals = series[0] - fit.observed[at, known[at]]
-        variance = max(float((residuals ** 2).mean()), 1e-12 * float((fit.observed[at, known[at]] ** 2).mean()), 1e-300)
-        slopes = (series[1:d + 1] - series[d + 1:]) / (up - down).diagonal()[:, None]
-        information += numpy.nan_to_num(slopes) @ numpy.nan_to_num(slopes).T / variance
-    found: Floats = numpy.linalg.inv(information)
-    return found
+    slopes = (around[1:d + 1] - around[d + 1:]) / (up - down).diagonal()[:, None, None]
+    return numpy.nan_to_num(numpy.where(known, slopes, 0)), numpy.nan_to_num(around[0] - fit.observed)
 
 
 @dataclass(repr=False)

@@ -225,8 +225,8 @@ class Sweep:
         keys = list(self.design.columns)
         if len(keys) == 1:
             return data.assign_coords(member=self.design[keys[0]].to_numpy()).rename(member=keys[0])
-        index = pandas.MultiIndex.from_frame(self.design)
-        return data.drop_vars("member").assign_coords(member=index).unstack("member")
+        levels = {key: ("member", self.design[key].to_numpy()) for key in keys}
+        return data.drop_vars("member").assign_coords(levels).set_index(member=keys).unstack("member")
 
     def plot(self, figure: str | None = None, *, ax: Axes | None = None) -> Axes:
         """Draws a figure over the keys of the design: a line over one key, colours over two, else a point a member.

@@ -48,5 +48,5 @@ def is_monthly(figure: str) -> bool:
 
 def key_figures(figures: pandas.DataFrame) -> pandas.DataFrame:
     """Those that people decide by: with a value, and without the months."""
-    shown = [not is_monthly(name) for name in figures.index]
-    return figures.loc[figures["value"].notna() & shown, ["value", "unit"]]
+    yearly = figures[[not is_monthly(name) for name in figures.index]]
+    return yearly.loc[yearly["value"].notna(), ["value", "unit"]]

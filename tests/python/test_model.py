@@ -1,6 +1,7 @@
 """Loading, checking and running a model."""
 import datetime
 import os
+import pathlib
 import shutil
 import signal
 import subprocess
@@ -138,8 +139,7 @@ def test_edits_of_the_model_count(own_house):
 
 
 def children():
-    listed = subprocess.run(["ps", "-o", "pid=,comm=", "--ppid", str(os.getpid())], capture_output=True, text=True)
-    return [line for line in listed.stdout.splitlines() if "ps" not in line.split()]
+    return [pid for listed in pathlib.Path("/proc/self/task").glob("*/children") for pid in listed.read_text().split()]
 
 
 def test_an_interrupt_ends_the_children(tmp_path, monkeypatch):
