@@ -14,9 +14,9 @@
 #include "model_reader.h"
 #include "platform.h"
 #include "progress_bar.h"
-#include "results_netcdf.h"
 #include "summary_json.h"
 #include "sweep_join.h"
+#include "sweep_part.h"
 #include "sweep_run.h"
 #include "sweep_summary.h"
 
@@ -123,7 +123,7 @@ class Sweep {
         checkMember(*input_, slice_.first, first, files);
         diagnostics_.acceptAs(first);
         if (options_.record != "none") {
-            requireNetcdf();
+            requireParts();
             input_->shape = shapeOf(*input_, slice_.first);
         }
         ProgressBar bar(!options_.quiet, "members checked");

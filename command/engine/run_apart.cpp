@@ -41,12 +41,12 @@ std::string answerApart(const std::string& cannot, std::chrono::seconds longest,
     while (child.wait(1000)) {
         if (std::chrono::steady_clock::now() < end) continue;
         throw std::runtime_error(
-            fmt::format("{}: the process that read it did not end within {} s", cannot, longest.count()));
+            fmt::format("{}: the process that tried it did not end within {} s", cannot, longest.count()));
     }
     if (!child.answer() || child.answer()->empty()) {
         const std::string& fault = child.fault();
-        throw std::runtime_error(
-            fmt::format("{}: the process that read it {}", cannot, fault.empty() ? "ended before it was done" : fault));
+        throw std::runtime_error(fmt::format("{}: the process that tried it {}", cannot,
+                                             fault.empty() ? "ended before it was done" : fault));
     }
     std::cerr << child.errors();
     const std::string said = child.answer()->substr(1);

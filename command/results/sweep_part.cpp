@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cstring>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
 
+#include "engine_process.h"
 #include "netcdf_file.h"
+#include "results_netcdf.h"
+#include "run_apart.h"
 
 namespace kesto {
 
@@ -19,6 +23,7 @@ using Id = NetcdfFile::Id;
 
 constexpr std::size_t kMostMembers = 256;
 constexpr std::size_t kMostBytes = 256'000'000;
+constexpr std::chrono::hours kLongest{1};
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 
 // Rows of the part that one variable holds.
@@ -147,6 +152,10 @@ std::size_t membersPerPart(const SweepShape& shape) {
     return std::min(kMostMembers, std::bit_floor(std::max<std::size_t>(kMostBytes / bytes, 1)));
 }
 
+void requireParts() {
+    runApart("cannot write parts", kLongest, requireNetcdf);
+}
+
 std::string partName(std::size_t number) {
     return fmt::format("part-{:05}.nc", number);
 }
@@ -177,7 +186,10 @@ void SweepPart::setMissing(std::size_t member) {
 
 void SweepPart::write(const std::string& path, const SweepAttributes& attributes, int compression) const {
     if (!isComplete()) throw std::logic_error("a part that lacks members");
-    Writer(shape_, path, compression, first_, count()).write(attributes, values_);
+    runApart(fmt::format("cannot write {}", path), kLongest, [&] {
+        keepNothingMore();
+        Writer(shape_, path, compression, first_, count()).write(attributes, values_);
+    });
 }
 
 }  // namespace kesto

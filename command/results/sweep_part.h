@@ -20,6 +20,9 @@ inline constexpr std::size_t kMembersOfChunk = 64;
 // Parts begin where their number times this many members of the whole design come before them.
 std::size_t membersPerPart(const SweepShape& shape);
 
+// Throws std::runtime_error when parts cannot be written since there is no NetCDF library.
+void requireParts();
+
 // "part-00003.nc"
 std::string partName(std::size_t number);
 
@@ -41,7 +44,8 @@ class SweepPart {
     void setMissing(std::size_t member);
 
     // Writes a file for all members, each of which has been set. `compression` is 0, none, to 9. Throws
-    // std::runtime_error.
+    // std::runtime_error. A process of its own writes: the NetCDF library in this one would double what each member
+    // costs to fork.
     void write(const std::string& path, const SweepAttributes& attributes, int compression = 1) const;
 
   private:

@@ -27,12 +27,12 @@ TEST(RunApart, PassesOnHowItEnded) {
     EXPECT_EQ(errorOf([] { throw std::runtime_error("x has no end"); }), "x has no end");
     EXPECT_EQ(errorOf([] { throw std::bad_alloc(); }), "cannot read x: memory ran out");
     EXPECT_EQ(errorOf([] { std::raise(SIGSEGV); }),
-              "cannot read x: the process that read it ended by signal 11 (Segmentation fault)");
+              "cannot read x: the process that tried it ended by signal 11 (Segmentation fault)");
     EXPECT_EQ(errorOf([] {
                   for (;;)
                       std::this_thread::sleep_for(1s);
               }),
-              "cannot read x: the process that read it did not end within 1 s");
+              "cannot read x: the process that tried it did not end within 1 s");
 }
 
 TEST(RunApart, BringsTheAnswer) {
