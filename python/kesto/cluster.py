@@ -15,6 +15,7 @@ from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from . import command
+from .errors import CommandError
 from .sweep import Plan, expect_swept, write_design
 from .sweep_files import Pieces, read_pieces
 
@@ -85,7 +86,7 @@ def run_chunk(package: Package, plan: Plan, first: int, last: int) -> Chunk:
 
 
 def run_chunks(plan: Plan, design: pandas.DataFrame, client: Any, keep: str | os.PathLike[str] | None) -> Pieces:
-    """The whole design on the cluster of `client`; with `keep`, the files of each chunk in that folder."""
+    """The whole design on the cluster of `client`; with `keep`, joined into that folder."""
     package = pack(plan, design)
     light = replace(plan, model=_Named(str(plan.model.path)))
     # One copy on each worker, whatever the number of chunks.
@@ -161,12 +162,17 @@ def _varied(model: Path, design: pandas.DataFrame) -> set[Path]:
 
 
 def _gathered(chunks: list[Chunk], keep: str | os.PathLike[str] | None) -> Pieces:
-    """The slices as one sweep; with `keep`, each in a folder of its own, as `kesto sweep --members` leaves it."""
+    """The slices as one sweep; with `keep`, joined into that folder."""
     with tempfile.TemporaryDirectory(prefix="kesto-") as passing:
-        folder = Path(passing if keep is None else keep)
-        places = [folder / f"chunk-{number:05}" for number in range(len(chunks))]
+        places = [Path(passing, f"chunk-{number:05}") for number in range(len(chunks))]
         for place, chunk in zip(places, chunks):
-            place.mkdir(parents=True)
+            place.mkdir()
             for name, data in chunk.files.items():
                 (place / name).write_bytes(data)
-        return read_pieces(places)
+        if keep is None:
+            return read_pieces(places)
+        whole = Path(keep).absolute()
+        joined = command.call("sweep", "--join", *map(str, places), "-q", "-o", str(whole))
+        if joined.status not in (0, 1) or not (whole / "members.json").exists():
+            raise CommandError(joined.errors.strip() or f"kesto sweep --join ended with status {joined.status}")
+        return read_pieces([whole])

@@ -63,8 +63,8 @@ class Studies:
         client : dask.distributed.Client, optional
             A cluster that runs the members, in chunks.
         keep : path, optional
-            A folder for the files of the sweep, which stays. The same sweep into it goes on where it was stopped. Of a
-            cluster it holds a folder for each chunk.
+            A folder for the files of the sweep, which stays. Without a cluster, the same sweep into
+            it goes on where it was stopped.
 
         Returns
         -------

@@ -68,13 +68,20 @@ def test_a_wrong_cell_is_a_model_error(house, client):
         house.sweep({"tank.size": [1000.0] * 29 + [-5.0]}, client=client)
 
 
-def test_studies_run_on_it(house, client, tmp_path):
+def test_studies_run_on_it(house, client):
     observed = house.run({"tank.size": 3000, "roof.size": 75}).flows.sel(flow="tank:overflow")
     found = [house.calibrate(P, {"tank:overflow": observed}, max_members=40, seed=1, **how)
              for how in ({"client": client}, {"jobs": 2})]
     assert found[0].history.equals(found[1].history)
-    kept = house.sweep(kesto.lhs(P, 20, seed=1), client=client, keep=tmp_path / "kept")
-    assert kept.folder == tmp_path / "kept" and (tmp_path / "kept/chunk-00000/members.csv").exists()
+
+
+def test_what_is_kept_is_what_one_machine_keeps(house, client, tmp_path):
+    design = kesto.lhs(P, 40, seed=1)
+    kept = house.sweep(design, record="tank:overflow", client=client, keep=tmp_path / "cluster")
+    alone = house.sweep(design, record="tank:overflow", keep=tmp_path / "alone")
+    assert kept.folder == tmp_path / "cluster"
+    equal(kept, alone)
+    assert (tmp_path / "cluster/members.csv").read_bytes() == (tmp_path / "alone/members.csv").read_bytes()
 
 
 def test_files_that_members_name_are_sent(own_house, client):
