@@ -52,9 +52,12 @@ std::vector<double> insolationOf(const Model& model) {
     const bool isRead = std::any_of(model.components.begin(), model.components.end(),
                                     [](const Component& component) { return readsInsolation(*component.type); });
     if (!simulation.latitude || !isRead) return values;
+    std::array<double, 366> ofYear{};
+    for (std::size_t day = 0; day < ofYear.size(); ++day) {
+        ofYear[day] = insolationOf(*simulation.latitude, static_cast<int>(day));
+    }
     for (Day day = simulation.start; day <= simulation.end; ++day) {
-        const int dayOfYear = static_cast<int>(day - dayOf({dateOf(day).year, 1, 1}));
-        values.push_back(insolationOf(*simulation.latitude, dayOfYear));
+        values.push_back(ofYear[static_cast<std::size_t>(day - dayOf({dateOf(day).year, 1, 1}))]);
     }
     return values;
 }

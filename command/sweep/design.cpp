@@ -175,6 +175,13 @@ std::vector<Override> Design::overridesOf(std::size_t member, Diagnostics& diagn
     return overrides;
 }
 
+bool Design::changesShape() const {
+    const bool hasScenarios = !factors_.empty() && factors_.front().isScenarios;
+    return hasScenarios || std::any_of(paths_.begin(), paths_.end(), [](const KeyPath& path) {
+               return path.front() == "simulation" || path.back() == "type" || path.back() == "kind";
+           });
+}
+
 std::string Design::sha256() const {
     Sha256 sum;
     for (const std::string& key : keys_) {

@@ -39,6 +39,9 @@ class Design {
     // The table's, to tell places in it from others.
     const std::string& tablePath() const { return tablePath_; }
 
+    // Whether members may differ in their period, or in what their components are.
+    bool changesShape() const;
+
     // Checksum of the members and what they have.
     std::string sha256() const;
 

@@ -101,7 +101,8 @@ void checkMember(SweepInput& input, std::size_t member, Diagnostics& diagnostics
     const std::vector<OutputPort> asked = parseRecordChoice(read.model, input.record, diagnostics);
     const AccountNeeds needs = needsOf(read.model, read.series, asked, false);
     reportRefusals(read.model, refusedOf(needs.plan, asked), input.record != "all", diagnostics);
-    if (!input.shape || diagnostics.hasErrors() || shapeOf(input, read, asked, needs) == *input.shape) return;
+    if (!input.shape || diagnostics.hasErrors() || !input.design.changesShape()) return;
+    if (shapeOf(input, read, asked, needs) == *input.shape) return;
     diagnostics.error("wrong-value", {std::make_shared<const std::string>("--record " + input.record), 0, 0},
                       "what is recorded must be the same for all members, over the same days; expected no key that "
                       "changes the period, or the type of what is recorded");

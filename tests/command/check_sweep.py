@@ -217,6 +217,13 @@ class Refusals(Sweeping):
         (self.folder / "model.toml").write_text(MODEL.split("[scenarios")[0])
         self.assertIn("the model has no scenarios", self.errors("--scenarios")[0])
 
+    def test_what_is_recorded_is_the_same_for_all(self):
+        errors = self.errors("--vary", "simulation.end=2012-01-05,2012-01-04", "--record", "tank")
+        self.assertEqual(len(errors), 1, errors)
+        self.assertIn("what is recorded must be the same for all members", errors[0])
+        self.assertTrue(errors[0].endswith("; in member 2"), errors)
+        self.sweep("--vary", "simulation.end=2012-01-05,2012-01-04")
+
     def test_the_model_is_checked(self):
         (self.folder / "model.toml").write_text(MODEL.replace('type = "tank"', 'type = "tonk"'))
         self.assertIn('did you mean "tank"?; in all 2 members', self.errors("--vary", "tank.size=1,2")[0])
