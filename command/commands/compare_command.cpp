@@ -10,11 +10,10 @@
 #include "compared_members.h"
 #include "comparison.h"
 #include "display.h"
-#include "engine_run.h"
 #include "files.h"
 #include "load.h"
 #include "output_file.h"
-#include "record.h"
+#include "side_run.h"
 
 namespace kesto {
 
@@ -27,10 +26,10 @@ std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, cons
     loaded.diagnostics().print(std::cerr, true);
     if (!loaded.isFit()) return std::nullopt;
     const Model& model = loaded.model();
-    const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
-    Record record(model, loaded.series(), needs.plan);
-    const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
-    ComparedRun run = comparedRun(model.path, results, evaluate(results, needs, loaded.series()));
+    ComparedRun run;
+    runBeside(loaded, [&](const Results& results, const Evaluation& evaluation) {
+        run = comparedRun(model.path, results, evaluation);
+    });
     for (const Scenario& one : model.scenarios) {
         if (one.name != scenario) continue;
         run.name = scenario;

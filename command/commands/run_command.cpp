@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -24,6 +25,7 @@
 #include "results_checks.h"
 #include "results_folder.h"
 #include "results_netcdf.h"
+#include "side_run.h"
 #include "strict.h"
 #include "summary.h"
 #include "summary_json.h"
@@ -77,6 +79,7 @@ class Run {
         tellMessages(std::cerr);
         costs_.readSeconds = watch_.lap();
         if (options_.json || !options_.output.empty()) inputs_ = inputsOf(loaded_.model());
+        if (!runBaseline()) return refuse(kBadModel);
         Record record(loaded_.model(), loaded_.series(), needs_.plan);
         const Ending ending = simulate(record);
         folder_.reset();  // others may have it while a reader is slow
@@ -120,6 +123,33 @@ class Run {
             reportUnwritten(error);
         }
         return kRunFailed;
+    }
+
+    // What the network costs where the scenario that it is compared with has its way; false: it cannot be run.
+    bool runBaseline() {
+        const Economics& economics = loaded_.model().economics;
+        if (economics.baseline.empty()) return true;
+        ReadOptions read = options_.read;
+        read.baseline = economics.baseline;
+        LoadedModel other(options_.model, read);
+        const auto refuse = [&](const std::string& why) {
+            diagnostics_.error(
+                "wrong-value", economics.place,
+                fmt::format("[economics]: the baseline \"{}\" cannot be run: {}", economics.baseline, why));
+            return false;
+        };
+        if (!other.isFit()) {
+            const auto& all = other.diagnostics().all();
+            const auto first = std::find_if(all.begin(), all.end(),
+                                            [](const Diagnostic& one) { return one.severity == Severity::error; });
+            return refuse(first->text);
+        }
+        std::string failure;
+        runBeside(other, [&](const Results& results, const Evaluation& evaluation) {
+            failure = failureOf(results);
+            baseline_ = evaluation.costs;
+        });
+        return failure.empty() || refuse(failure);
     }
 
     Place folderPlace() const { return {std::make_shared<const std::string>(options_.output), 0, 0}; }
@@ -203,7 +233,7 @@ class Run {
         reportFailure(results, diagnostics_);
         if (results.run.message.starts_with("Cannot allocate memory")) reportMemory();
         checkResults(results, diagnostics_);
-        Evaluation evaluation = evaluate(results, needs_, loaded_.series());
+        Evaluation evaluation = evaluate(results, needs_, loaded_.series(), baseline_ ? &*baseline_ : nullptr);
         evaluation.showsBalance = options_.balance;
         checkAccount(results, evaluation.account, diagnostics_);
         if (options_.balance || options_.strict) checkBalance(results, evaluation.balance, diagnostics_);
@@ -246,6 +276,7 @@ class Run {
     std::vector<OutputPort> asked_;
     AccountNeeds needs_;
     RunCosts costs_;
+    std::optional<NetworkCosts> baseline_;
     std::vector<InputFile> inputs_;
     std::size_t told_ = 0;  // of the messages
     bool isMemoryReported_ = false;

@@ -53,6 +53,15 @@ std::string_view unitOf(const Value& value) {
     return blank == std::string::npos ? std::string_view{} : std::string_view(value.text).substr(blank + 1);
 }
 
+// The unit of their sizes; none where they differ.
+std::string_view sizeUnitOf(const std::vector<const Type*>& types) {
+    if (types.empty()) return {};
+    const std::string_view unit = types.front()->size.unit;
+    const bool isOne =
+        std::all_of(types.begin(), types.end(), [&](const Type* type) { return type->size.unit == unit; });
+    return isOne ? unit : std::string_view{};
+}
+
 // The number is in the unit of the type that reads it. A text has one unit: types that read it must agree on it.
 std::optional<double> readParameter(const Value& value, const std::vector<UnitUse>& uses, bool isUsed,
                                     const std::string& what, Diagnostics& diagnostics) {
@@ -121,8 +130,10 @@ void readBrand(Reading& reading, const PlacedText& name, const Value& original, 
     const std::string what = fmt::format("brand \"{}\"", name.value);
     const int index = reading.model.findBrand(name.value);
     Brand& brand = reading.model.brands[at(index)];
+    Section section(table, what, reading.diagnostics);
+    brand.capital = readCapital(section, sizeUnitOf(types[at(index)]), reading.model.economics.currency);
     for (const auto& [key, value] : table.fields) {
-        if (value.fromCell && (key.value == "name" || value.text.empty())) continue;
+        if (isKeyOfCapital(key.value) || (value.fromCell && (key.value == "name" || value.text.empty()))) continue;
         std::optional<int> number = wholeNumber(key.value);
         if (!number) number = parameterNumber(key.value);
         if (!number || *number < 1 || *number >= 1 << 24) {

@@ -141,6 +141,7 @@ void readComponent(Reading& reading, const Value& original) {
     readGroupName(reading, section, component);
     readBrandName(reading, section, component);
     readSize(section, component);
+    component.capital = readCapital(section, component.type->size.unit, reading.model.economics.currency);
     readOwnSeries(reading, section, component);
     section.allow("splits");
     section.finish();

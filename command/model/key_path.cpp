@@ -9,7 +9,8 @@ namespace kesto {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> kTables{"simulation", "series", "brands", "groups", "components"};
+constexpr std::array<std::string_view, 6> kTables{"simulation", "economics", "series",
+                                                  "brands",     "groups",    "components"};
 constexpr std::array<std::string_view, 4> kGivers{"column", "value", "monthly",
                                                   "weekly"};  // of a series, one at a time
 
@@ -43,6 +44,11 @@ bool isGiver(std::string_view key) {
 
 bool isModelTable(std::string_view name) {
     return std::find(kTables.begin(), kTables.end(), name) != kTables.end();
+}
+
+bool leadsToValue(const KeyPath& path) {
+    const bool isNamed = path.front() == "brands" || path.front() == "groups" || path.front() == "components";
+    return path.size() > (isNamed ? 2 : 1);
 }
 
 std::size_t endOfKeyPath(std::string_view text) {

@@ -19,6 +19,9 @@ bool isModelTable(std::string_view name);
 // From the text of a whole path: of a component with the table "components" before it. None when it is none.
 std::optional<KeyPath> parseKeyPath(std::string_view text);
 
+// A component, brand or group needs a key after its name; the other tables have their keys at once.
+bool leadsToValue(const KeyPath& path);
+
 // As a person would write it, without "components" where it is not needed.
 std::string toText(const KeyPath& path);
 

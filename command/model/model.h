@@ -12,6 +12,7 @@
 
 #include "calendar.h"
 #include "catalogue.h"
+#include "economics.h"
 #include "place.h"
 #include "units.h"
 
@@ -71,6 +72,7 @@ struct SourcesByKind {
 struct Brand {
     std::string name;
     int id = 0;
+    Capital capital;
     std::map<int, Placed<double>> specifications;
     Place place;
 };
@@ -104,6 +106,7 @@ struct Component {
     bool hasSize = false;
     SourcesByKind series;
     std::vector<Split> splits;
+    Capital capital;  // its own: see capitalOf
     Place place;
     Place sizePlace;
 };
@@ -146,6 +149,7 @@ struct Model {
     std::string title;
     std::vector<Scenario> scenarios;
     Simulation simulation;
+    Economics economics;
     std::vector<Brand> brands;
     std::vector<Group> groups;
     std::vector<Component> components;
@@ -177,6 +181,9 @@ SourceIndex sourceFor(const Model& model, const Component& component, const Seri
 
 // True when the engine will read this series in a run of this model.
 bool isNeeded(const Model& model, const SeriesNeed& need);
+
+// The component's own, or else its brand's.
+Capital capitalOf(const Model& model, const Component& component);
 
 // For messages: 'component "wc"' and "tank:overflow".
 std::string nameOf(const Component& component);

@@ -101,6 +101,20 @@ void readNamedRow(Reading& reading, const Value& row,
     read({name->text, name->place}, row);
 }
 
+// [economics] with what the command line says of it.
+Value economicsOf(Reading& reading, const Value* given) {
+    Value none;
+    none.kind = Value::Kind::table;
+    if (given && given->kind != Value::Kind::table) {
+        reading.diagnostics.error("wrong-value", given->place,
+                                  fmt::format("economics is {}; expected a table [economics]", describe(*given)));
+        given = nullptr;
+    }
+    Value table = withOverrides(given ? *given : none, {"economics"}, reading.overrides);
+    if (given || !table.fields.empty()) readEconomics(reading, table);
+    return table;
+}
+
 void readContents(Reading& reading, const ModelDocument& document) {
     const Value& file = document.file;
     Section section(file, "the model", reading.diagnostics);
@@ -117,6 +131,7 @@ void readContents(Reading& reading, const ModelDocument& document) {
     section.allow("accept");  // read once the components are known
     section.allow("tables");  // read with the document
     std::vector<std::pair<PlacedText, const Value*>> brands;
+    const Value economics = economicsOf(reading, section.find("economics"));
     const auto brand = [&](const PlacedText& name, const Value& table) {
         if (addBrand(reading, name)) brands.emplace_back(name, &table);
     };
@@ -152,6 +167,7 @@ void readContents(Reading& reading, const ModelDocument& document) {
         connection(row);
     forEachTable(reading, series, "series", [&](const Value& table) { readSeries(reading, table); });
     finishSeries(reading);
+    finishEconomics(reading, economics);
     section.finish();
     if (reading.model.components.empty() && !reading.diagnostics.hasErrors()) {
         reading.diagnostics.error("no-components", file.place,
@@ -161,7 +177,7 @@ void readContents(Reading& reading, const ModelDocument& document) {
 
 // What --set can name.
 std::vector<std::string> targetsOf(const Model& model) {
-    std::vector<std::string> targets{"simulation"};
+    std::vector<std::string> targets{"simulation", "economics"};
     for (const std::string_view name : model.brandNames()) {
         targets.push_back(toText({"brands", std::string(name)}));
     }
@@ -183,10 +199,15 @@ Model readModel(const ModelDocument& document, const ReadOptions& options, const
     model.tableFiles = document.tableFiles;
     model.isNetworkComplete = document.isWhole;
     Reading reading{model, diagnostics};
-    reading.overrides = readScenarios(reading, document.file.field("scenarios"), options.scenarios);
+    std::vector<std::string> asked = options.scenarios;
+    if (!options.baseline.empty()) asked.push_back(options.baseline);
+    const auto scenarios = readScenarios(reading, document.file.field("scenarios"), asked);
     const auto add = [&](const std::vector<Override>& overrides) {
         reading.overrides.insert(reading.overrides.end(), overrides.begin(), overrides.end());
     };
+    for (std::size_t i = 0; i < options.scenarios.size(); ++i) {
+        add(scenarios[i]);
+    }
     add(parseOverrides(options.set, diagnostics));
     const auto setDay = [&](const char* key, const std::string& option, const std::string& day) {
         if (!day.empty()) reading.overrides.push_back(overrideOf({"simulation", key}, day, option + day));
@@ -194,6 +215,7 @@ Model readModel(const ModelDocument& document, const ReadOptions& options, const
     setDay("start", "--from ", options.from);
     setDay("end", "--to ", options.to);
     add(more);
+    if (!options.baseline.empty()) add(scenarios.back());
     readContents(reading, document);
     readAccepted(reading, document.file.field("accept"), options.accept);
     reportUnused(reading.overrides, targetsOf(model), diagnostics);

@@ -58,12 +58,11 @@ std::vector<Override> parseOverrides(const std::vector<std::string>& texts, Diag
         const std::string argument = "--set " + text;
         const std::size_t equals = endOfKeyPath(text);
         auto path = equals == std::string::npos ? std::nullopt : parseKeyPath(text.substr(0, equals));
-        // Of a component at least one key.
-        if (!path || path->size() < (path->front() == "simulation" || path->front() == "series" ? 2 : 3)) {
+        if (!path || !leadsToValue(*path)) {
             const std::string shown = shortened(argument, kLongestShown);
             diagnostics.error("wrong-value", {std::make_shared<const std::string>(shown), 0, 0},
                               "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE, "
-                              "series.KEY=VALUE or simulation.KEY=VALUE");
+                              "series.KEY=VALUE, economics.KEY=VALUE or simulation.KEY=VALUE");
             continue;
         }
         const Override one = overrideOf(std::move(*path), text.substr(equals + 1), argument);

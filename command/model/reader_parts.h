@@ -44,6 +44,13 @@ using BrandTypes = std::vector<std::vector<const Type*>>;
 BrandTypes typesOfBrands(const Model& model);
 void readBrand(Reading& reading, const PlacedText& name, const Value& table, const BrandTypes& types);
 
+// [economics]: first the prices, then, once components and brands are known, what names them. Capital is given by keys
+// of brands and components, sizes in the unit that their type has.
+void readEconomics(Reading& reading, const Value& table);
+void finishEconomics(Reading& reading, const Value& table);
+Capital readCapital(Section& section, std::string_view sizeUnit, const std::string& currency);
+bool isKeyOfCapital(std::string_view key);
+
 std::optional<int> wholeNumber(std::string_view text);  // "12"
 
 // A source of values: a number, the name of a column, or a table; kBadSource when it is none of these.

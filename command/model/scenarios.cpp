@@ -44,7 +44,8 @@ std::vector<Override> valuesOf(const Value& scenario, const std::string& what, D
 
 }  // namespace
 
-std::vector<Override> readScenarios(Reading& reading, const Value* table, const std::vector<std::string>& asked) {
+std::vector<std::vector<Override>> readScenarios(Reading& reading, const Value* table,
+                                                 const std::vector<std::string>& asked) {
     std::map<std::string, std::vector<Override>, std::less<>> values;
     std::vector<std::string_view> names;
     for (const Field& field : table ? table->fields : std::vector<Field>()) {
@@ -65,13 +66,14 @@ std::vector<Override> readScenarios(Reading& reading, const Value* table, const 
     for (const Scenario& scenario : reading.model.scenarios) {
         names.push_back(scenario.name);
     }
-    std::vector<Override> chosen;
+    std::vector<std::vector<Override>> chosen;
     for (const std::string& name : asked) {
         const auto found = values.find(name);
         if (found != values.end()) {
-            chosen.insert(chosen.end(), found->second.begin(), found->second.end());
+            chosen.push_back(found->second);
             continue;
         }
+        chosen.emplace_back();
         const Place place{std::make_shared<const std::string>("--scenario " + name), 0, 0};
         const std::string known = names.empty() ? "the model has none" : "its scenarios are " + listOf(names, "and");
         reading.diagnostics.error("unknown-name", place,

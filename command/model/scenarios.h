@@ -9,7 +9,8 @@
 
 namespace kesto {
 
-// Notes all scenarios in the model and gives the values of those that are asked for, in that order.
-std::vector<Override> readScenarios(Reading& reading, const Value* table, const std::vector<std::string>& asked);
+// Notes all scenarios in the model and gives the values of each one that is asked for, in that order.
+std::vector<std::vector<Override>> readScenarios(Reading& reading, const Value* table,
+                                                 const std::vector<std::string>& asked);
 
 }  // namespace kesto

@@ -39,6 +39,27 @@ Json simulation() {
     return table;
 }
 
+Json economics() {
+    const auto years = [](std::string_view meaning) {
+        Json value = quantity("a", meaning);
+        value["exclusiveMinimum"] = 0;
+        return value;
+    };
+    return closedTable(
+        {{"currency", text("in which the prices and the capital are, such as EUR")},
+         {"water_price", money("price of mains water, a m3")},
+         {"sewage_price", money("price of a m3 that reaches sewage_to, or of mains water where there is none")},
+         {"sewage_to",
+          {{"type", Json::array({"string", "array"})},
+           {"items", {{"type", "string"}}},
+           {"description", "water bodies whose water is billed as sewage"}}},
+         {"energy_price", money("price of energy, a kWh")},
+         {"interest", quantity("-", "a year, as a fraction")},
+         {"horizon", years("over which costs are added up; life of what has none of its own")},
+         {"count_capacity_cost", boolean("the capacity cost that is booked is one of the yearly costs")},
+         {"baseline", text("scenario that the run is compared with")}});
+}
+
 Json seriesTable() {
     Json keys{{"file", text("CSV file, one row a day; columns named below stand in it")},
               {"time", text("its column with the dates; without, the first row is the first day of the run")}};
@@ -66,6 +87,7 @@ Json brand() {
     for (const auto& [name, meaning] : meanings) {
         keys[std::string(name)] = quantity(units[name], meaning);
     }
+    addCapital(keys);
     Json table = closedTable(std::move(keys));
     table["patternProperties"] = {{"^[1-9][0-9]*$", {{"type", "number"}}}};
     return table;
@@ -160,6 +182,7 @@ std::string modelSchema() {
                              {"title", text()},
                              {"accept", accepted()},
                              {"simulation", simulation()},
+                             {"economics", economics()},
                              {"tables", tables()},
                              {"scenarios", {{"type", "object"}, {"additionalProperties", scenario()}}},
                              {"series", oneOrMany(reference("series"))},

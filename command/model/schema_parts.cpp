@@ -149,6 +149,23 @@ bool needsGroup(const Type& type) {
 
 }  // namespace
 
+Json money(std::string_view meaning) {
+    return {{"type", Json::array({"number", "string"})},
+            {"minimum", 0},
+            {"pattern", "^[0-9.]+([eE][+-]?[0-9]+)? ?[^ ]*$"},
+            {"description", meaning}};
+}
+
+void addCapital(Json& keys) {
+    keys["capital"] = money("to buy and build it, whatever its size");
+    keys["capital_per_size"] = money("likewise, for each unit of its size");
+    keys["capital_by_size"] = {{"type", "array"},
+                               {"minItems", 2},
+                               {"items", {{"type", "array"}, {"minItems", 2}, {"maxItems", 2}}},
+                               {"description", "[size, capital], ascending; in between along a line"}};
+    keys["life"] = quantity("a", "for which it lasts");
+}
+
 Json component(const Type& type) {
     Json keys{{"name", {{"type", "string"}, {"minLength", 1}, {"pattern", "^[^:,\"\\n\\t]+$"}}},
               {"type", {{"enum", namesOf(type)}}},
@@ -165,6 +182,7 @@ Json component(const Type& type) {
     if (needsBrand(type)) required.push_back("brand");
     if (needsGroup(type)) required.push_back("group");
     addSeries(keys, type);
+    addCapital(keys);
     if (type.isAppliance()) keys["kind"] = {{"enum", type.codes}};
     if (type.codes.front() == code::kSplitter) keys["splits"] = splits();
     Json schema = closedTable(std::move(keys));

@@ -29,6 +29,12 @@ Json oneOrMany(const Json& item);
 
 Json text(std::string_view meaning = {});
 
+// A sum that is not negative: a number, or a text that may name the currency and a unit.
+Json money(std::string_view meaning);
+
+// What brands and components cost.
+void addCapital(Json& keys);
+
 // [[components]] of one type.
 Json component(const Type& type);
 

@@ -76,7 +76,7 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
                     .units = {}};
     for (const Figure& figure : evaluation.figures.rows) {
         run.figures.emplace_back(evaluation.figures.nameOf(figure), figure.value);
-        run.units.emplace_back(figure.info->unit);
+        run.units.push_back(evaluation.figures.unitOf(figure));
     }
     return run;
 }

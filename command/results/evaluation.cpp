@@ -2,7 +2,8 @@
 
 namespace kesto {
 
-Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series) {
+Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
+                    const NetworkCosts* baseline) {
     const Recorded recorded(results, needs, series);
     const Outlets outlets(recorded);
     const Multiplicity multiplicity(recorded, series);
@@ -11,7 +12,9 @@ Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesVal
     Evaluation evaluation;
     evaluation.balance = balanceOf(recorded, outlets, multiplicity, sums, paths);
     evaluation.account = accountOf(recorded, sums, paths, evaluation.balance);
-    evaluation.figures = figuresOf(recorded, sums, paths, evaluation.account);
+    const Money money(recorded, results, multiplicity, evaluation.account);
+    evaluation.costs = money.network();
+    evaluation.figures = figuresOf(recorded, sums, paths, evaluation.account, money, baseline);
     return evaluation;
 }
 

@@ -11,10 +11,13 @@ struct Evaluation {
     Account account;
     Figures figures;
     Balance balance;
+    NetworkCosts costs;
     bool showsBalance = false;  // in files and summaries
 };
 
 // `results` must hold what the account needs, as far as it can be recorded.
-Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series);
+// `baseline`: what the network costs in the run that this one is compared with; null: there is none.
+Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
+                    const NetworkCosts* baseline = nullptr);
 
 }  // namespace kesto

@@ -40,7 +40,8 @@ Json figureRows(const Figures& figures) {
     const auto day = [](const std::optional<Day>& value) { return value ? Json(toText(*value)) : Json(nullptr); };
     Json rows = Json::array();
     for (const Figure& figure : figures.rows) {
-        Json row{{"name", figures.nameOf(figure)}, {"value", numberOrNull(figure.value)}, {"unit", figure.info->unit}};
+        Json row{
+            {"name", figures.nameOf(figure)}, {"value", numberOrNull(figure.value)}, {"unit", figures.unitOf(figure)}};
         if (figure.info->isDated) row.update({{"from", day(figure.from)}, {"to", day(figure.to)}});
         rows.push_back(std::move(row));
     }

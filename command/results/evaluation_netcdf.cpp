@@ -48,7 +48,7 @@ void writeFigures(NetcdfFile& file, const Figures& figures) {
     std::vector<double> values;
     for (const Figure& figure : figures.rows) {
         names.push_back(figures.nameOf(figure));
-        units.emplace_back(figure.info->unit);
+        units.push_back(figures.unitOf(figure));
         from.push_back(textOf(figure.from));
         to.push_back(textOf(figure.to));
         values.push_back(figure.value);

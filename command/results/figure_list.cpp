@@ -24,6 +24,26 @@ constexpr FigureInfo kFigures[] = {
     {network, "created", "L", "water from nothing"},
     {network, "destroyed", "L", "water that vanishes"},
 
+    {network, "energy", "kWh", "energy that is booked"},
+
+    {money, "capital", "money", "to buy and build all that has capital"},
+    {money, "annuity", "money/a", "the capital as an even payment each year of its life"},
+    {money, "mains_cost", "money/a", "mains water of a year"},
+    {money, "sewage_cost", "money/a", "sewage of a year"},
+    {money, "energy_cost", "money/a", "energy of a year"},
+    {money, "operation_cost", "money/a", "operation cost that is booked, of a year"},
+    {money, "capacity_cost", "money/a", "capacity cost that is booked, of a year"},
+    {money, "running_cost", "money/a", "mains water, sewage, energy and operation of a year"},
+    {money, "yearly_cost", "money/a", "annuity and running cost; with the capacity cost if the model says so"},
+    {money, "present_cost", "money", "the yearly costs of the horizon, worth now"},
+
+    {savings, "saved_mains", "L", "mains water of the baseline less that of the run"},
+    {savings, "saved_energy", "kWh", "energy likewise"},
+    {savings, "saved_running_cost", "money/a", "running cost likewise"},
+    {savings, "cost_per_m3_saved", "money/m3",
+     "additional annuity, energy and operation for each m3 of mains water saved"},
+    {savings, "payback", "a", "additional capital over the running cost saved"},
+
     {service, "demand", "L", "what was asked of it"},
     {service, "served", "L", "the demand less what was unmet"},
     {service, "unmet", "L", "what it could not serve; of a service reservoir what it served without having it"},
@@ -49,6 +69,10 @@ constexpr FigureInfo kFigures[] = {
     {evaporation, "evaporation_booked_depth", "mm/a", "booked evaporation as a depth in a year of 365.25 days"},
     {evaporation, "evaporation_actual_depth", "mm/a", "actual evaporation likewise"},
 
+    {capital, "capital", "money", "to buy and build it, as often as it counts"},
+    {capital, "annuity", "money/a", "as an even payment each year of its life"},
+    {source, "cost_per_m3", "money/m3", "annuities, energy and operation of its group for each m3 that it served"},
+
     {peak, "peak", "L", "the most that left it, or reached it if it is a recorder, in one step", true},
 };
 
@@ -59,10 +83,20 @@ bool hasTerm(const Type& type, Term term) {
 
 }  // namespace
 
+bool isOfNetwork(FigureOf of) {
+    return of == network || of == money || of == savings;
+}
+
 bool has(const Type& type, FigureOf of) {
     switch (of) {
         case network:
+        case money:
+        case savings:
             return false;
+        case capital:
+            return true;
+        case source:
+            return type.service.unmet != nullptr;
         case service:
             return type.service.unmet != nullptr;
         case evaporation:
@@ -77,15 +111,17 @@ std::span<const FigureInfo> allFigures() {
     return kFigures;
 }
 
-const FigureInfo& figureInfo(std::string_view name) {
-    const auto* const found =
-        std::find_if(std::begin(kFigures), std::end(kFigures), [&](const FigureInfo& one) { return one.name == name; });
+const FigureInfo& figureInfo(std::string_view name, bool ofNetwork) {
+    const auto isIt = [&](const FigureInfo& one) { return one.name == name && isOfNetwork(one.of) == ofNetwork; };
+    const auto* const found = std::find_if(std::begin(kFigures), std::end(kFigures), isIt);
     if (found == std::end(kFigures)) throw std::logic_error("no figure has this name");
     return *found;
 }
 
 std::string namesOf(FigureOf of) {
-    std::string names = of == network ? "network" : "";
+    if (isOfNetwork(of)) return "network";
+    if (of == capital) return "components with capital";
+    std::string names;
     for (const Type& type : allTypes()) {
         if (has(type, of)) names += (names.empty() ? "" : ", ") + std::string(type.name);
     }

@@ -14,6 +14,7 @@ namespace {
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr double kNoticed = 1e-6;  // of a demand: less is rounding
 constexpr double kDaysPerYear = 365.25;
+constexpr double kLitresOfM3 = 1000;
 constexpr std::array<std::string_view, 12> kUnmetOfMonth{"unmet_jan", "unmet_feb", "unmet_mar", "unmet_apr",
                                                          "unmet_may", "unmet_jun", "unmet_jul", "unmet_aug",
                                                          "unmet_sep", "unmet_oct", "unmet_nov", "unmet_dec"};
@@ -44,8 +45,17 @@ struct Peak {
 
 class Collector {
   public:
-    Collector(const Recorded& recorded, const ComponentSums& sums, Figures& figures)
-        : recorded_(recorded), sums_(sums), figures_(figures), months_(monthsOf(recorded.dayOf(0), recorded.steps())) {}
+    Collector(const Recorded& recorded, const ComponentSums& sums, const Money& money, Figures& figures)
+        : recorded_(recorded),
+          sums_(sums),
+          money_(money),
+          figures_(figures),
+          sourcesOfGroup_(recorded.model().groups.size()),
+          months_(monthsOf(recorded.dayOf(0), recorded.steps())) {
+        for (const Component& component : recorded.model().components) {
+            if (component.group >= 0 && has(*component.type, FigureOf::source)) ++sourcesOfGroup_[at(component.group)];
+        }
+    }
 
     void addNetwork(const Account& account, const Peak& mains) {
         const auto in = [&](AccountKind kind) { return account.total(true, kind); };
@@ -62,22 +72,68 @@ class Collector {
         add(kOutside, "storage_change", out(AccountKind::storage) - in(AccountKind::storage));
         add(kOutside, "created", in(AccountKind::created));
         add(kOutside, "destroyed", out(AccountKind::destroyed));
+        const auto& energy = money_.network().energy;
+        if (energy && *energy != 0) add(kOutside, "energy", *energy);
+    }
+
+    void addMoney() {
+        const NetworkCosts& costs = money_.network();
+        const Economics& economics = recorded_.model().economics;
+        const auto yearly = costs.yearly(economics.countsCapacity);
+        addKnown(kOutside, "capital", costs.capital);
+        addKnown(kOutside, "annuity", costs.annuity);
+        addKnown(kOutside, "mains_cost", costs.mains);
+        addKnown(kOutside, "sewage_cost", costs.sewage);
+        addKnown(kOutside, "energy_cost", costs.energyCost);
+        addKnown(kOutside, "operation_cost", costs.operation);
+        addKnown(kOutside, "capacity_cost", costs.capacity);
+        addKnown(kOutside, "running_cost", costs.running());
+        addKnown(kOutside, "yearly_cost", yearly);
+        if (yearly && economics.horizon) {
+            add(kOutside, "present_cost", presentValueOf(*yearly, economics.interest, *economics.horizon));
+        }
+    }
+
+    void addSavings(const NetworkCosts& before) {
+        const NetworkCosts& now = money_.network();
+        const double saved = before.mainsLitres - now.mainsLitres;
+        add(kOutside, "saved_mains", saved);
+        if (before.energy || now.energy)
+            add(kOutside, "saved_energy", before.energy.value_or(0) - now.energy.value_or(0));
+        const auto running = now.running();
+        if (!running) return;
+        const double lessRunning = before.running().value_or(0) - *running;
+        add(kOutside, "saved_running_cost", lessRunning);
+        const auto more = [](const std::optional<double>& after, const std::optional<double>& first) {
+            return after.value_or(0) - first.value_or(0);
+        };
+        const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
+                             more(now.operation, before.operation);
+        add(kOutside, "cost_per_m3_saved", saved > 0 ? spent * now.years * kLitresOfM3 / saved : kNone);
+        const double capital = more(now.capital, before.capital);
+        add(kOutside, "payback", lessRunning > 0 && capital >= 0 ? capital / lessRunning : kNone);
     }
 
     void addComponent(int component) {
         const Type& type = recorded_.type(component);
         if (has(type, FigureOf::service)) addService(component);
         if (has(type, FigureOf::evaporation)) addEvaporation(component);
+        addCosts(component);
         if (has(type, FigureOf::peak)) addPeakOf(component);
     }
 
   private:
     void add(int component, std::string_view name, double value) {
-        figures_.rows.push_back({component, &figureInfo(name), value});
+        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value});
+    }
+
+    void addKnown(int component, std::string_view name, const std::optional<double>& value) {
+        if (value) add(component, name, *value);
     }
 
     void addDated(int component, std::string_view name, double value, std::size_t first, std::size_t last) {
-        figures_.rows.push_back({component, &figureInfo(name), value, recorded_.dayOf(first), recorded_.dayOf(last)});
+        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value, recorded_.dayOf(first),
+                                 recorded_.dayOf(last)});
     }
 
     void addPeak(int component, std::string_view name, const Peak& peak) {
@@ -134,6 +190,21 @@ class Collector {
         add(component, "evaporation_actual_depth", actual / area / years);
     }
 
+    // A source's costs are those of its group, which are told apart from others' where it is the only source there.
+    void addCosts(int component) {
+        const auto costs = money_.of(component);
+        if (costs) {
+            add(component, "capital", costs->capital);
+            add(component, "annuity", costs->annuity);
+        }
+        const int group = recorded_.component(component).group;
+        if (!has(recorded_.type(component), FigureOf::source) || group < 0 || sourcesOfGroup_[at(group)] > 1) return;
+        const auto yearly = money_.ofGroup(group);
+        if (!yearly) return;
+        const double served = figures_.find(component, "served")->value * money_.countOf(component);
+        add(component, "cost_per_m3", served > 0 ? *yearly * money_.network().years * kLitresOfM3 / served : kNone);
+    }
+
     void addPeakOf(int component) {
         const Signal* signals = recorded_.signals(component, recorded_.type(component).peakOf);
         Peak peak;
@@ -151,7 +222,9 @@ class Collector {
 
     const Recorded& recorded_;
     const ComponentSums& sums_;
+    const Money& money_;
     Figures& figures_;
+    std::vector<int> sourcesOfGroup_;
     std::vector<std::uint8_t> months_;  // of each step
 };
 
@@ -162,6 +235,14 @@ std::string Figures::nameOf(const Figure& figure) const {
     return of + "." + std::string(figure.info->name);
 }
 
+std::string Figures::unitOf(const Figure& figure) const {
+    constexpr std::string_view kMoney = "money";
+    const std::string& currency = model->economics.currency;
+    const std::string_view unit = figure.info->unit;
+    if (currency.empty() || !unit.starts_with(kMoney)) return std::string(unit);
+    return currency + std::string(unit.substr(kMoney.size()));
+}
+
 const Figure* Figures::find(int component, std::string_view name) const {
     const auto [first, last] =
         std::equal_range(rows.begin(), rows.end(), Figure{component, nullptr, 0},
@@ -170,8 +251,8 @@ const Figure* Figures::find(int component, std::string_view name) const {
     return found == last ? nullptr : &*found;
 }
 
-Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths,
-                  const Account& account) {
+Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account,
+                  const Money& money, const NetworkCosts* baseline) {
     Figures figures;
     figures.model = &recorded.model();
     Peak mains;
@@ -179,8 +260,10 @@ Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const Wat
     for (std::size_t step = 0; step < series.size(); ++step) {
         mains.add(step, series[step]);
     }
-    Collector collector(recorded, sums, figures);
+    Collector collector(recorded, sums, money, figures);
     collector.addNetwork(account, mains);
+    collector.addMoney();
+    if (baseline) collector.addSavings(*baseline);
     for (int i = 0; i < recorded.components(); ++i) {
         collector.addComponent(i);
     }

@@ -7,6 +7,7 @@
 
 #include "account.h"
 #include "figure_list.h"
+#include "money.h"
 
 namespace kesto {
 
@@ -22,10 +23,13 @@ struct Figures {
     std::vector<Figure> rows;  // the network's, then by component
 
     std::string nameOf(const Figure& figure) const;  // "tank.served"
+    std::string unitOf(const Figure& figure) const;  // "L", "EUR/a"; of money without a currency "money/a"
     const Figure* find(int component, std::string_view name) const;
 };
 
-Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account);
+// `baseline` is what the network costs in the run that this one is compared with; null: there is none.
+Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account,
+                  const Money& money, const NetworkCosts* baseline);
 
 // What stores and sources served, for people; a CSV file; its name is returned.
 std::string toText(const Figures& figures);

@@ -31,9 +31,27 @@ std::string serviceOf(const Figures& figures, const Figure& demand) {
     return text;
 }
 
-}  // namespace
+// What the network costs and saves, and what its sources' water costs.
+std::string costs(const Figures& figures) {
+    std::vector<const Figure*> shown;
+    std::size_t width = 0;
+    for (const Figure& figure : figures.rows) {
+        const FigureOf of = figure.info->of;
+        if (of != FigureOf::money && of != FigureOf::savings && of != FigureOf::source) continue;
+        shown.push_back(&figure);
+        width = std::max(width, figures.nameOf(figure).size());
+        if (shown.size() == kManyStores) break;
+    }
+    std::string text = shown.empty() ? "" : "\nCosts\n";
+    for (const Figure* figure : shown) {
+        text += fmt::format("  {:<{}}  {:>14} {}\n", figures.nameOf(*figure), width,
+                            std::isnan(figure->value) ? "none" : fmt::format("{:.2f}", figure->value),
+                            figures.unitOf(*figure));
+    }
+    return text;
+}
 
-std::string toText(const Figures& figures) {
+std::string services(const Figures& figures) {
     std::vector<const Figure*> demands;
     std::size_t width = 0;
     for (const Figure& figure : figures.rows) {
@@ -51,11 +69,17 @@ std::string toText(const Figures& figures) {
     return text;
 }
 
+}  // namespace
+
+std::string toText(const Figures& figures) {
+    return services(figures) + costs(figures);
+}
+
 std::string writeFiguresCsv(const Figures& figures, const std::string& folder) {
     std::string text = "figure,value,unit,from,to\n";
     for (const Figure& figure : figures.rows) {
         text += fmt::format("{},{},{},{},{}\n", csvCell(figures.nameOf(figure)),
-                            std::isnan(figure.value) ? "" : fmt::format("{}", figure.value), figure.info->unit,
+                            std::isnan(figure.value) ? "" : fmt::format("{}", figure.value), figures.unitOf(figure),
                             dayOrNothing(figure.from), dayOrNothing(figure.to));
     }
     const std::string path = joined(folder, "figures.csv");

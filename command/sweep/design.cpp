@@ -42,8 +42,7 @@ std::optional<Design> Design::read(const DesignOptions& options, const ModelDocu
 // Each key once, whether a column or varied. What is no key is reported.
 std::size_t Design::addKey(const std::string& key, const Place& place, Diagnostics& diagnostics) {
     const auto path = parseKeyPath(key);
-    const bool isWhole = path && (path->size() > 2 || path->front() == "simulation" || path->front() == "series");
-    if (!isWhole) {
+    if (!path || !leadsToValue(*path)) {
         diagnostics.error("wrong-value", place,
                           fmt::format("\"{}\" leads to no value; expected a key such as tank.size or "
                                       "series.rainfall.scale",

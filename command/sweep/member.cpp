@@ -62,7 +62,7 @@ class FigureList {
     void addFigures(const Figures& figures, bool ofNetwork) {
         for (const Figure& figure : figures.rows) {
             if ((figure.component == kOutside) == ofNetwork) {
-                add(figures.nameOf(figure), figure.info->unit, figure.value);
+                add(figures.nameOf(figure), figures.unitOf(figure), figure.value);
             }
         }
     }

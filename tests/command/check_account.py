@@ -238,6 +238,9 @@ class Account(unittest.TestCase):
     def test_figures_are_those_of_the_list(self):
         listed = json.loads(subprocess.run([KESTO, "figures", "--json"], capture_output=True, text=True,
                                            check=True).stdout)
+        # Those of money have a test of their own.
+        listed = [figure for figure in listed if "money" not in figure["unit"] and "saved" not in figure["name"]
+                  and figure["name"] != "payback"]
         known = {figure["name"]: figure for figure in listed}
         self.assertEqual(len(known), len(listed))
         model = json.loads(subprocess.run([KESTO, "run", EXAMPLES / "town" / "model.toml", "--json"],

@@ -148,7 +148,7 @@ class Values(unittest.TestCase):
                 ("house.occupancy=3", 'there is no "house" in the model; did you mean "groups.house.occupancy"?'),
                 ("roof.sise=3", 'component "roof" has no key "sise"; did you mean "size"?'),
                 ("roof=3", "expected COMPONENT.KEY=VALUE, brands.NAME.KEY=VALUE, groups.NAME.KEY=VALUE, "
-                           "series.KEY=VALUE or simulation.KEY=VALUE"),
+                           "series.KEY=VALUE, economics.KEY=VALUE or simulation.KEY=VALUE"),
                 ("series.rainfall.offset=2 in", "[series] rainfall: offset is the text \"2 in\"; expected a number of mm"),
         ):
             self.assertEqual(self.error("--set", value), f"--set {value}: error: {text}")

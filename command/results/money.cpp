@@ -1,0 +1,132 @@
+#include "money.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "summary.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr double kDaysPerYear = 365.25;
+constexpr double kLitres = 1000;  // of a m3
+
+using Known = std::optional<double>;
+
+void add(Known& sum, const Known& more) {
+    if (more) sum = sum.value_or(0) + *more;
+}
+
+Known times(const Known& a, const Known& b) {
+    return a && b ? Known(*a * *b) : std::nullopt;
+}
+
+}  // namespace
+
+double annuityOf(double capital, double interest, double years) {
+    if (interest == 0) return capital / years;
+    return capital * interest / -std::expm1(-years * std::log1p(interest));
+}
+
+double presentValueOf(double payment, double interest, double years) {
+    return payment / annuityOf(1, interest, years);
+}
+
+std::optional<double> NetworkCosts::running() const {
+    Known sum;
+    for (const Known& cost : {mains, sewage, energyCost, operation}) {
+        add(sum, cost);
+    }
+    return sum;
+}
+
+std::optional<double> NetworkCosts::yearly(bool countsCapacity) const {
+    Known sum = running();
+    add(sum, annuity);
+    if (countsCapacity) add(sum, capacity);
+    return sum;
+}
+
+Money::Money(const Recorded& recorded, const Results& results, const Multiplicity& multiplicity, const Account& account)
+    : recorded_(recorded),
+      results_(results),
+      multiplicity_(multiplicity),
+      economics_(recorded.model().economics),
+      groups_(recorded.model().groups.size()) {
+    network_.years = static_cast<double>(recorded.steps()) / kDaysPerYear;
+    network_.mainsLitres = account.total(true, AccountKind::mains);
+    addBooked();
+    addCapital();
+    addWater(account);
+}
+
+std::optional<ComponentCosts> Money::of(int component) const {
+    const Capital capital = capitalOf(recorded_.model(), recorded_.component(component));
+    if (!capital.isGiven) return std::nullopt;
+    const Known years = capital.life ? capital.life : economics_.horizon;
+    const double all = countOf(component) * capital.of(recorded_.component(component).size);
+    return ComponentCosts{all, annuityOf(all, economics_.interest, years.value_or(std::nan("")))};
+}
+
+void Money::addCapital() {
+    for (int i = 0; i < recorded_.components(); ++i) {
+        const auto costs = of(i);
+        if (!costs) continue;
+        add(network_.capital, costs->capital);
+        add(network_.annuity, costs->annuity);
+        const int group = recorded_.component(i).group;
+        if (group >= 0) add(groups_[at(group)].annuity, costs->annuity);
+    }
+}
+
+// Energy and costs that the engine books, as often as a component counts.
+void Money::addBooked() {
+    Known operation, capacity;
+    for (const PotentialSeries& series : results_.potentials) {
+        const int group = recorded_.model().findGroup(series.group);
+        const Known sum = total(series.values, results_.steps);
+        if (series.potential == kEnergy) {
+            add(groups_[at(group)].energy, sum);
+            add(network_.energy, sum);
+        }
+        if (series.potential == kOperation) {
+            add(groups_[at(group)].operation, sum);
+            add(operation, sum);
+        }
+        if (series.potential == kCapacity) add(capacity, sum);
+    }
+    if (!economics_.isGiven || network_.years == 0) return;
+    // Where all are 0 the model has no such costs.
+    const auto yearly = [&](const Known& sum) {
+        return sum && *sum != 0 ? Known(*sum / network_.years) : std::nullopt;
+    };
+    network_.operation = yearly(operation);
+    network_.capacity = yearly(capacity);
+    network_.energyCost = times(yearly(network_.energy), economics_.energyPrice);
+}
+
+void Money::addWater(const Account& account) {
+    if (network_.years == 0) return;
+    const auto yearly = [&](double litres, const Known& price) {
+        return times(litres / kLitres / network_.years, price);
+    };
+    network_.mains = yearly(network_.mainsLitres, economics_.waterPrice);
+    double sewage = economics_.sewageTo.empty() ? network_.mainsLitres : 0;
+    for (const AccountEntry& entry : account.entries) {
+        const auto& to = economics_.sewageTo;
+        const bool isBilled =
+            entry.kind == AccountKind::waterBody && std::find(to.begin(), to.end(), entry.component) != to.end();
+        if (isBilled) sewage += entry.litres;
+    }
+    network_.sewage = yearly(sewage, economics_.sewagePrice);
+}
+
+std::optional<double> Money::ofGroup(int group) const {
+    const Booked& booked = groups_[at(group)];
+    if (!booked.annuity || network_.years == 0) return std::nullopt;
+    const double energy = booked.energy.value_or(0) * economics_.energyPrice.value_or(0);
+    return *booked.annuity + (booked.operation.value_or(0) + energy) / network_.years;
+}
+
+}  // namespace kesto
