@@ -116,7 +116,10 @@ class Shape {
 
 template <class T>
 std::optional<T> plain(std::string_view cell) {
-    if (!cell.empty() && cell.front() == '+') cell.remove_prefix(1);
+    if (!cell.empty() && cell.front() == '+') {
+        cell.remove_prefix(1);
+        if (!cell.empty() && cell.front() == '-') return std::nullopt;
+    }
     T number{};
     const auto [end, error] = std::from_chars(cell.data(), cell.data() + cell.size(), number);
     if (error != std::errc{} || end != cell.data() + cell.size() || !std::isfinite(number)) return std::nullopt;

@@ -50,6 +50,8 @@ TEST(Numbers, AreReadWithTheMarkOfTheirFile) {
     EXPECT_EQ(readNumber("1.234,5", comma), 1234.5);
     EXPECT_EQ(readNumber("-1 234,5", comma), -1234.5);
     EXPECT_EQ(readNumber("+1,5e-3", comma), 0.0015);
+    EXPECT_EQ(readNumber("+-8", point), std::nullopt);
+    EXPECT_EQ(readFloat("+-8", point), std::nullopt);
     EXPECT_EQ(readNumber("1.234", point), 1.234);
     EXPECT_EQ(readNumber("1.234", comma), 1234);
     EXPECT_EQ(readNumber("1.234", unknown), std::nullopt);
