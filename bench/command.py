@@ -1,20 +1,24 @@
 #!/usr/bin/env python3
-"""command.py KESTO [--large]: what whole runs of the command cost, as the tables of docs/performance.md.
+"""command.py KESTO [--large | --sweeps]: what whole runs of the command cost, as the tables of docs/performance.md.
 
 Times are of the processors, over all processes of a run, and the least of several in turns. The engine's time is what the
-run itself says of it (`costs` of --json). The model of houses is written here; --large adds ten times as many.
+run itself says of it (`costs` of --json). The model of houses is written here; --large adds ten times as many. --sweeps times
+sweeps instead, by processor and by clock.
 """
 
 import json
 import os
 import random
+import shutil
 import subprocess
 import sys
 import tempfile
+import time
 from datetime import date, timedelta
 from pathlib import Path
 
-EXAMPLE = Path(__file__).parent.parent / "examples/rainwater-house/model.toml"
+EXAMPLES = (Path(__file__).parent.parent / "examples").resolve()
+HOUSE_MODEL, TOWN_MODEL = EXAMPLES / "rainwater-house/model.toml", EXAMPLES / "town/model.toml"
 START, DAYS = date(2000, 1, 1), 3650
 REPETITIONS = 5
 
@@ -103,12 +107,52 @@ def rows_of(model, what):
             Row(f"{what}, NetCDF, not compressed", *run, "-o", "plain", "--format", "netcdf", "--compress", "0")]
 
 
+class Sweep:
+    """A sweep over the size of a tank, and the least that it has taken."""
+
+    def __init__(self, title, model, tank, members, jobs, *options):
+        self.title, self.members, self.jobs = title, members, jobs
+        self.arguments = ["sweep", str(model), "--vary", f"{tank}.size=500:8000:{members}", "--jobs", str(jobs), *options]
+        self.seconds = self.passed = float("inf")
+
+    def measure(self, kesto, folder):
+        output = folder / "members"
+        shutil.rmtree(output, ignore_errors=True)
+        before, begin = os.times(), time.monotonic()
+        subprocess.run([kesto, *self.arguments, "-o", output], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                       check=True)
+        after, self.passed = os.times(), min(self.passed, time.monotonic() - begin)
+        seconds = after.children_user + after.children_system - before.children_user - before.children_system
+        self.seconds = min(self.seconds, seconds)
+
+    def text(self):
+        return (f"| {self.title} | {self.members} | {self.jobs} | {1000 * self.seconds / self.members:.2f} | "
+                f"{self.passed:.1f} | {self.members / self.passed:.0f} |")
+
+
+def sweeps():
+    with tempfile.TemporaryDirectory() as name:
+        rows = [Sweep("house, nothing recorded", HOUSE_MODEL, "tank", 2000, 1),
+                Sweep("house, nothing recorded", HOUSE_MODEL, "tank", 2000, 2),
+                Sweep("house, one flow recorded", HOUSE_MODEL, "tank", 10000, 2, "--record", "tank:overflow"),
+                Sweep("town, nothing recorded", TOWN_MODEL, "greytank_park", 200, 1),
+                Sweep("town, nothing recorded", TOWN_MODEL, "greytank_park", 200, 2)]
+        for _ in range(3):
+            for row in rows:
+                row.measure(str(Path(sys.argv[1]).resolve()), Path(name))
+        print("| sweep | members | jobs | CPU, ms a member | s | members a second |\n|---|---:|---:|---:|---:|---:|")
+        for row in rows:
+            print(row.text())
+
+
 def main():
+    if "--sweeps" in sys.argv:
+        return sweeps()
     kesto = str(Path(sys.argv[1]).resolve())
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         rows = [Row("`--version`", "--version", times=20),
-                Row("rainwater house, nothing recorded", "run", "--json", EXAMPLE.resolve(), "--record", "none", times=20),
+                Row("rainwater house, nothing recorded", "run", "--json", HOUSE_MODEL, "--record", "none", times=20),
                 *rows_of(write_houses(folder, 1000), "10,000 components")]
         repeated = [(row, REPETITIONS) for row in rows]
         if "--large" in sys.argv:
