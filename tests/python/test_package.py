@@ -114,6 +114,7 @@ def test_docstrings(name):
     assert module.__doc__
 
 
+@pytest.mark.long
 def test_types():
     mypy = subprocess.run([sys.executable, "-m", "mypy", "--strict"], cwd=ROOT / "python",
                           capture_output=True, text=True, timeout=600)

@@ -73,6 +73,7 @@ def test_bounds_that_were_hit(house, observed):
     assert found.at_bounds == {"roof.size": "high"} and "roof.size is at its high bound" in repr(found)
 
 
+@pytest.mark.long
 def test_dds_and_several_flows(house):
     run = house.run(TRUTH)
     flows = {name: run.flows.sel(flow=name) for name in ("tank:overflow", "tank:deficit")}
@@ -125,6 +126,7 @@ def test_uncertainty(house, observed):
         house.uncertainty(P, {"tank:overflow": observed}, walkers=5)
 
 
+@pytest.mark.long
 @pytest.mark.filterwarnings("ignore::DeprecationWarning")
 def test_uncertainty_with_a_seed(house, observed):
     options = {"walkers": 8, "steps": 3, "burn": 0, "set": {"roof.size": 75}, "start": "2013-01-01", "end": "2013-12-31"}
