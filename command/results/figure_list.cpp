@@ -95,9 +95,8 @@ bool has(const Type& type, FigureOf of) {
             return false;
         case capital:
             return true;
-        case source:
-            return type.service.unmet != nullptr;
         case service:
+        case source:
             return type.service.unmet != nullptr;
         case evaporation:
             return hasTerm(type, Term::evaporated) && hasTerm(type, Term::takenForDelivered);
