@@ -79,20 +79,22 @@ class Run {
         tellMessages(std::cerr);
         costs_.readSeconds = watch_.lap();
         if (options_.json || !options_.output.empty()) inputs_ = inputsOf(loaded_.model());
-        if (!runBaseline()) return refuse(kBadModel);
+        if (!runBaseline()) {
+            const int status = refuse(kBadModel);
+            guard_->passOn();  // when that is why
+            return status;
+        }
         Record record(loaded_.model(), loaded_.series(), needs_.plan);
         const Ending ending = simulate(record);
         folder_.reset();  // others may have it while a reader is slow
-        std::cout << ending.output << std::flush;
-        std::cerr << ending.errors;
+        tell(ending);
         guard_->passOn();
         return ending.status;
     }
 
     int runOutOfMemory() {
         const Ending ending = outOfMemory();
-        std::cout << ending.output;
-        std::cerr << ending.errors;
+        tell(ending);
         return ending.status;
     }
 
@@ -208,6 +210,11 @@ class Run {
         const bool isGood =
             !diagnostics_.hasErrors() && (!options_.strict || passesStrictly("run", diagnostics_, errors));
         return {isGood ? kGood : kRunFailed, output.str(), errors.str()};
+    }
+
+    static void tell(const Ending& ending) {
+        std::cout << ending.output << std::flush;
+        std::cerr << ending.errors;
     }
 
     Ending outOfMemory() {

@@ -5,10 +5,13 @@ usage: check_economics.py KESTO"""
 
 import csv
 import json
+import os
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
@@ -243,6 +246,21 @@ to = "garden"
         (self.folder / "parts.csv").write_text(
             "name,type,group,brand,size,capital,life\npump,supply_link,rainwater,pump,1,250 EUR,\n")
         self.same(self.run_model(text=text), pump__capital=250)
+
+    def test_an_interrupt_of_the_baseline_ends_the_run(self):
+        pumps = "".join(f'[[components]]\nname = "p{i}"\ntype = "demand_source"\ndemand = 1\n' for i in range(400))
+        (self.folder / "model.toml").write_text(MODEL.replace("end = 2012-01-10", "end = 2400-01-01") + pumps)
+        running = subprocess.Popen([KESTO, "run", "model.toml", "-q", "-o", "out"], cwd=self.folder, stderr=subprocess.PIPE,
+                                   start_new_session=True)
+        end = time.monotonic() + 30
+        while not (self.folder / "out").exists() and time.monotonic() < end:  # made just before
+            time.sleep(0.001)
+        time.sleep(0.05)
+        os.killpg(running.pid, signal.SIGINT)
+        errors = running.communicate(timeout=60)[1].decode()
+        self.assertEqual(running.returncode, -signal.SIGINT, errors)
+        self.assertIn("baseline", errors)
+        self.assertFalse((self.folder / "out" / "summary.json").exists())
 
     def test_a_baseline_that_cannot_be_run(self):
         (self.folder / "model.toml").write_text(MODEL.replace('"roof.size" = 0.001', '"roof.size" = -1'))
