@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -31,17 +32,21 @@ std::string missing(const std::string& why) {
     return "<p class=\"note\">The network is not drawn here.</p>";
 }
 
+// The model of a run, where it can still be had.
+std::unique_ptr<LoadedModel> modelAt(const std::string& path) {
+    return std::filesystem::exists(path) ? std::make_unique<LoadedModel>(path) : nullptr;
+}
+
 // A page without its drawing is still worth having.
-std::string drawingOf(const std::string& path) {
-    if (!std::filesystem::exists(path)) return missing(fmt::format("{} is not there; say --model MODEL", path));
-    const LoadedModel loaded(path);
-    if (!loaded.isFit()) return missing(fmt::format("\"kesto check {}\" finds errors", path));
-    if (const std::size_t count = loaded.model().components.size(); count > kDrawable) {
+std::string drawingOf(const std::string& path, const LoadedModel* loaded) {
+    if (!loaded) return missing(fmt::format("{} is not there; say --model MODEL", path));
+    if (!loaded->isFit()) return missing(fmt::format("\"kesto check {}\" finds errors", path));
+    if (const std::size_t count = loaded->model().components.size(); count > kDrawable) {
         return missing(fmt::format("it has {} components, more than the {} that a page can show; see \"kesto draw\"",
                                    count, kDrawable));
     }
     try {
-        const std::string svg = renderGraph(networkDot(loaded.model()), "svg");
+        const std::string svg = renderGraph(networkDot(loaded->model()), "svg");
         const std::size_t begin = svg.find("<svg");  // what stands before it has no place within HTML
         return begin == std::string::npos ? missing("\"dot\" gave no picture") : svg.substr(begin);
     } catch (const std::runtime_error& error) {
@@ -117,7 +122,14 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
     }
     const auto write = [&] {
         const std::vector<std::string> changes = changesSince(run, model);
-        const std::string page = reportPage(options.results, stored, drawingOf(model), changes);
+        const std::unique_ptr<LoadedModel> loaded = modelAt(model);
+        const std::string drawing = drawingOf(model, loaded.get());
+        PageSource source{options.results, stored, nullptr, nullptr, drawing.starts_with("<svg"), changes, {}};
+        if (loaded && loaded->isFit()) {
+            source.model = &loaded->model();
+            source.series = &loaded->series();
+        }
+        const std::string page = reportPage(source, drawing);
         expectUnchanged(options.results, stored);
         replaceFile(options.output, page);
     };

@@ -58,17 +58,19 @@ std::string portCells(const std::vector<Port>& ports, char side) {
 std::string node(std::size_t index, const Component& component) {
     const Type& type = *component.type;
     return fmt::format(
-        "c{} [label=<<table border=\"1\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"3\" color=\"#666666\" "
+        "c{} [id=\"n{}\", label=<<table border=\"1\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"3\" "
+        "color=\"#666666\" "
         "bgcolor=\"{}\" style=\"rounded\"><tr>{}<td><b>{}</b><br/><font point-size=\"9\" "
         "color=\"#555555\">{}</font></td>{}</tr></table>>, tooltip=\"{}\"];\n",
-        index, fieldOf(type).colour, portCells(type.in, 'i'), escapeMarkup(component.name), escapeMarkup(type.name),
-        portCells(type.out, 'o'), escapeMarkup(component.name));
+        index, index, fieldOf(type).colour, portCells(type.in, 'i'), escapeMarkup(component.name),
+        escapeMarkup(type.name), portCells(type.out, 'o'), escapeMarkup(component.name));
 }
 
 std::string arrows(const Model& model) {
     const Carriers carriers(model, Network(model));
     std::string text;
-    for (const Connection& connection : model.connections) {
+    for (std::size_t i = 0; i < model.connections.size(); ++i) {
+        const Connection& connection = model.connections[i];
         const auto end = [&](int component, const std::vector<Port>& ports, char side, int port) {
             const bool named = port >= 1 && static_cast<std::size_t>(port) <= ports.size();
             return named ? fmt::format("c{}:{}{}:{}", component, side, port, side == 'i' ? 'w' : 'e')
@@ -76,10 +78,10 @@ std::string arrows(const Model& model) {
         };
         const Type& from = *model.components[static_cast<std::size_t>(connection.from)].type;
         const Type& to = *model.components[static_cast<std::size_t>(connection.to)].type;
-        text += fmt::format("{} -> {}{};\n", end(connection.from, from.out, 'o', connection.fromPort),
-                            end(connection.to, to.in, 'i', connection.toPort),
+        text += fmt::format("{} -> {} [id=\"e{}\"{}];\n", end(connection.from, from.out, 'o', connection.fromPort),
+                            end(connection.to, to.in, 'i', connection.toPort), i,
                             carriers.ofOutput(connection.from, connection.fromPort) == Carries::demand
-                                ? " [style=dashed, color=\"#b45f06\"]"
+                                ? ", style=dashed, color=\"#b45f06\""
                                 : "");
     }
     return text;
@@ -119,9 +121,10 @@ std::string networkDot(const Model& model) {
     for (std::size_t i = 0; i < clusters.size(); ++i) {
         if (clusters[i].empty()) continue;
         text += fmt::format(
-            "subgraph cluster_{} {{\nlabel=<{}>; labelloc=t; labeljust=l; fontcolor=\"#777777\"; color=\"#bbbbbb\"; "
+            "subgraph cluster_{} {{\nid=\"g{}\"; label=<{}>; labelloc=t; labeljust=l; fontcolor=\"#777777\"; "
+            "color=\"#bbbbbb\"; "
             "style=\"rounded\";\n{}}}\n",
-            i, escapeMarkup(model.groups[i].name), clusters[i]);
+            i, i, escapeMarkup(model.groups[i].name), clusters[i]);
     }
     return text + arrows(model) + "}\n";
 }

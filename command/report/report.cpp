@@ -103,13 +103,13 @@ bool hasCharts() {
     return !page::kUplotScript.empty();
 }
 
-std::string reportPage(const std::string& folder, const StoredResults& stored, const std::string& drawing,
-                       const std::vector<std::string>& changes) {
-    const Json data = dataOf(folder, stored, changes);
+std::string reportPage(const PageSource& source, const std::string& drawing) {
+    Json data = dataOf(source.folder, source.stored, source.changes);
+    data["page"] = pageData(source);
     std::string title = data["summary"].value("title", "");
     if (title.empty()) title = data["summary"].value("model", "Results");
     return filled(page::kHtml, {{"title", escapeMarkup(title)},
-                                {"folder", escapeMarkup(folder)},
+                                {"folder", escapeMarkup(source.folder)},
                                 {"drawing", drawing},
                                 {"data", insideScript(data.dump(-1, ' ', false, Json::error_handler_t::replace))},
                                 {"page.css", std::string(page::kCss)},

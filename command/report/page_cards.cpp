@@ -1,0 +1,207 @@
+#include <fmt/format.h>
+
+#include <cmath>
+#include <map>
+
+#include "page_parts.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr double kDaysPerYear = 365.25;
+constexpr std::size_t kMostCards = 9;
+
+// The key figures, in the order of their importance.
+class Cards {
+  public:
+    Cards(const Json& summary, const Json& overview) : summary_(summary), overview_(overview) {
+        const auto figures = summary.find("figures");
+        if (figures == summary.end()) return;
+        for (const Json& row : *figures) {
+            if (row["value"].is_number()) figures_.emplace(row["name"].get<std::string>(), &row);
+        }
+        years_ = summary.value("steps_run", 0.0) / kDaysPerYear;
+    }
+
+    Json take() {
+        addUse();
+        addSaving();
+        addReliability();
+        addShortage();
+        addOverflow();
+        addMoney();
+        addEnergy();
+        addUnexplained();
+        if (cards_.size() > kMostCards) cards_.erase(cards_.begin() + kMostCards, cards_.end());
+        return std::move(cards_);
+    }
+
+  private:
+    std::optional<double> figure(const std::string& name) const {
+        const auto found = figures_.find(name);
+        return found == figures_.end() ? std::nullopt : std::optional((*found->second)["value"].get<double>());
+    }
+
+    std::optional<double> total(const char* name) const {
+        const auto found = overview_.find(name);
+        return found == overview_.end() || !found->is_number() ? std::nullopt : std::optional(found->get<double>());
+    }
+
+    void add(Json card) { cards_.push_back(std::move(card)); }
+
+    double perYear(double litres) const { return years_ > 0 ? litres / years_ : 0; }
+    std::string volumeAYear(double litres) const {
+        const double m3 = perYear(litres) / 1000;
+        return fmt::format("{:.{}f} m³ a year", m3, std::abs(m3) < 100 ? 1 : 0);
+    }
+
+    void addUse() {
+        const auto use = total("use"), persons = total("persons");
+        const double days = years_ * kDaysPerYear;
+        if (!use || *use <= 0 || days <= 0) return;
+        if (persons && *persons > 0) {
+            add({{"id", "use"},
+                 {"label", "Water use"},
+                 {"value", *use / days / *persons},
+                 {"unit", "L per person and day"},
+                 {"digits", 1},
+                 {"note", fmt::format("{:.0f} L a day for {:.10g} persons", *use / days, *persons)}});
+        } else {
+            add({{"id", "use"}, {"label", "Water use"}, {"value", perYear(*use)}, {"unit", "L"}, {"note", "a year"}});
+        }
+    }
+
+    void addSaving() {
+        const auto saved = figure("network.saved_mains"), mains = figure("network.mains"), use = total("use");
+        if (saved && mains && *saved + *mains > 0) {
+            return add({{"id", "saved"},
+                        {"label", "Mains water saved"},
+                        {"value", 100 * *saved / (*saved + *mains)},
+                        {"unit", "%"},
+                        {"digits", 1},
+                        {"note", volumeAYear(*saved) + " less than the baseline"}});
+        }
+        if (!use || !mains || *use <= 0 || *mains > *use) return;
+        add({{"id", "other_sources"},
+             {"label", "Use met without mains water"},
+             {"value", 100 * (1 - *mains / *use)},
+             {"unit", "%"},
+             {"digits", 1},
+             {"note", volumeAYear(*use - *mains)}});
+    }
+
+    void addReliability() {
+        const auto service = overview_.find("service");
+        if (service == overview_.end()) return;
+        const double demand = service->value("demand", 0.0), served = service->value("served", 0.0);
+        if (demand <= 0) return;
+        Json card{{"id", "reliability"},
+                  {"label", service->value("label", "") + " served"},
+                  {"value", 100 * served / demand},
+                  {"unit", "% of the demand"},
+                  {"digits", 1}};
+        if (const double asked = service->value("days_asked", 0.0); asked > 0) {
+            card["note"] =
+                fmt::format("in full on {:.1f} % of the days", 100 * service->value("days_in_full", 0.0) / asked);
+        }
+        add(std::move(card));
+    }
+
+    void addShortage() {
+        constexpr std::string_view kEnding = ".longest_shortage";
+        const Json* longest = nullptr;
+        for (const auto& [name, row] : figures_) {
+            if (!name.ends_with(kEnding)) continue;
+            if (!longest || (*row)["value"].get<double>() > (*longest)["value"].get<double>()) longest = row;
+        }
+        if (!longest) return;
+        Json card{{"id", "shortage"}, {"label", "Longest shortage"}, {"value", (*longest)["value"]}, {"unit", "d"}};
+        const std::string name = (*longest)["name"].get<std::string>();
+        if ((*longest)["value"].get<double>() > 0) {
+            card["from"] = (*longest)["from"];
+            card["to"] = (*longest)["to"];
+            card["note"] = name.substr(0, name.size() - kEnding.size());
+        }
+        add(std::move(card));
+    }
+
+    void addOverflow() {
+        const auto overflow = overview_.find("overflow");
+        if (overflow == overview_.end()) return;
+        const double litres = overflow->value("litres", 0.0), inflow = overflow->value("inflow", 0.0);
+        if (inflow <= 0) return;
+        add({{"id", "overflow"},
+             {"label", "Overflow"},
+             {"value", 100 * litres / inflow},
+             {"unit", "% of the inflow"},
+             {"digits", 1},
+             {"note", fmt::format("{}, from {}", volumeAYear(litres), overflow->value("label", ""))}});
+    }
+
+    std::string currency() const {
+        const auto found = figures_.find("network.yearly_cost");
+        if (found == figures_.end()) return {};
+        const std::string unit = (*found->second)["unit"].get<std::string>();
+        return unit.substr(0, unit.find('/'));
+    }
+
+    void addMoney() {
+        const auto yearly = figure("network.yearly_cost"), use = total("use");
+        if (yearly && use && *use > 0) {
+            add({{"id", "cost"},
+                 {"label", "Cost of the water used"},
+                 {"value", *yearly / (perYear(*use) / 1000)},
+                 {"unit", currency() + "/m³"},
+                 {"digits", 2},
+                 {"note", fmt::format("{:.2f} {} a year", *yearly, currency())}});
+        }
+        if (const auto saved = figure("network.cost_per_m3_saved")) {
+            add({{"id", "cost_saved"},
+                 {"label", "Cost of mains water saved"},
+                 {"value", *saved},
+                 {"unit", currency() + "/m³"},
+                 {"digits", 2},
+                 {"note", "against the baseline"}});
+        }
+    }
+
+    void addEnergy() {
+        const auto energy = figure("network.energy"), use = total("use");
+        if (!energy || !use || *use <= 0) return;
+        add({{"id", "energy"},
+             {"label", *energy < 0 ? "Energy yielded" : "Energy"},
+             {"value", std::abs(*energy) / (*use / 1000)},
+             {"unit", "kWh per m³ used"},
+             {"digits", 2},
+             {"note", fmt::format("{:.0f} kWh a year", std::abs(perYear(*energy)))}});
+    }
+
+    void addUnexplained() {
+        double litres = 0, total = 0;
+        const auto account = summary_.find("account");
+        if (account == summary_.end() || account->empty()) return;
+        for (const Json& row : *account) {
+            if (!row["litres"].is_number()) return;
+            if (row["kind"] == "unexplained") litres += row["litres"].get<double>();
+            if (row["side"] == "in") total += row["litres"].get<double>();
+        }
+        add({{"id", "unexplained"}, {"label", "Unexplained water"}, {"value", litres}, {"unit", "L"}});
+        cards_.back()["note"] =
+            litres == 0 ? "the account closes" : fmt::format("{:.2g} % of what came in", 100 * litres / total);
+    }
+
+    const Json& summary_;
+    const Json& overview_;
+    std::map<std::string, const Json*, std::less<>> figures_;
+    double years_ = 0;
+    Json cards_ = Json::array();
+};
+
+}  // namespace
+
+Json cardsOf(const Json& summary, const Json& overview) {
+    return Cards(summary, overview).take();
+}
+
+}  // namespace kesto

@@ -1,0 +1,156 @@
+#include "page_data.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "base64.h"
+#include "page_parts.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr std::size_t kMostWarnings = 100;
+
+std::string textOf(const Json& object, const char* key) {
+    const auto found = object.find(key);
+    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+const Json& listOf(const Json& object, const char* key) {
+    static const Json kEmpty = Json::array();
+    const auto found = object.find(key);
+    return found != object.end() && found->is_array() ? *found : kEmpty;
+}
+
+void addHead(const Json& summary, Json& page) {
+    const std::string title = textOf(summary, "title");
+    page["title"] = title.empty() ? textOf(summary, "model") : title;
+    for (const char* key :
+         {"start", "end", "steps", "steps_run", "days_per_step", "components", "connections", "outcome", "message"}) {
+        if (summary.contains(key)) page[key] = summary[key];
+    }
+}
+
+void addWarnings(const Json& summary, Json& page) {
+    Json rows = Json::array();
+    std::size_t count = 0;
+    for (const char* list : {"errors", "warnings"}) {
+        for (const Json& given : listOf(summary, list)) {
+            if (++count > kMostWarnings) continue;
+            Json row;
+            for (const char* key : {"text", "code", "severity", "accepted", "file", "line", "component"}) {
+                if (given.contains(key) && !given[key].is_null()) row[key] = given[key];
+            }
+            rows.push_back(std::move(row));
+        }
+    }
+    page["warnings"] = std::move(rows);
+    if (count > kMostWarnings) page["more_warnings"] = count - kMostWarnings;
+}
+
+bool isNothing(const Json& value) {
+    return value.is_null() || (value.is_number() && value.get<double>() == 0);
+}
+
+// Rows of one side and kind beyond the bound become one.
+Json accountOf(const Json& summary) {
+    const Json& given = listOf(summary, "account");
+    if (given.size() <= kMostRows) return given;
+    Json rows = Json::array();
+    for (const Json& entry : given) {
+        const auto same = std::find_if(rows.begin(), rows.end(), [&](const Json& row) {
+            return row["side"] == entry["side"] && row["kind"] == entry["kind"];
+        });
+        if (same == rows.end()) {
+            rows.push_back({{"side", entry["side"]}, {"kind", entry["kind"]}, {"litres", 0.0}, {"components", 0}});
+        }
+        Json& row = same == rows.end() ? rows.back() : *same;
+        if (entry["litres"].is_number()) row["litres"] = row["litres"].get<double>() + entry["litres"].get<double>();
+        row["components"] = row["components"].get<int>() + 1;
+    }
+    return rows;
+}
+
+// Rows for which `matters`, up to the bound; how many more there are stands beside them.
+template <class Matters>
+void addRows(const Json& summary, const char* key, const Matters& matters, Json& page) {
+    Json rows = Json::array();
+    std::size_t more = 0;
+    for (const Json& row : listOf(summary, key)) {
+        if (!matters(row)) continue;
+        rows.size() < kMostRows ? rows.push_back(row) : static_cast<void>(++more);
+    }
+    if (rows.empty()) return;
+    page[key] = std::move(rows);
+    if (more > 0) page[std::string("more_") + key] = more;
+}
+
+Json madeOf(const Json& summary) {
+    Json made{{"version", summary.value("version", KESTO_VERSION)}, {"model", textOf(summary, "model")}};
+    if (summary.contains("model_sha256")) made["model_sha256"] = summary["model_sha256"];
+    if (summary.contains("inputs")) made["inputs"] = summary["inputs"];
+    Json options = Json::array();
+    const auto add = [&](const char* name, const std::string& text) {
+        if (!text.empty()) options.push_back({name, text});
+    };
+    for (const Json& one : listOf(summary, "scenarios"))
+        add("--scenario", one.get<std::string>());
+    for (const Json& one : listOf(summary, "set"))
+        add("--set", one.get<std::string>());
+    add("--states-from", textOf(summary, "states_from"));
+    if (summary.value("approximate", false)) add("--approximate", "yes");
+    if (!options.empty()) made["options"] = std::move(options);
+    return made;
+}
+
+}  // namespace
+
+std::string packed(const std::vector<float>& values) {
+    std::vector<std::int32_t> bits;
+    bits.reserve(values.size());
+    for (const float value : values) {
+        bits.push_back(
+            std::bit_cast<std::int32_t>(std::isfinite(value) ? value : std::numeric_limits<float>::quiet_NaN()));
+    }
+    return packed(bits);
+}
+
+std::string packed(std::span<const std::int32_t> values) {
+    std::vector<unsigned char> bytes;
+    bytes.reserve(4 * values.size());
+    for (const std::int32_t value : values) {
+        for (int shift = 0; shift < 32; shift += 8) {
+            bytes.push_back(static_cast<unsigned char>(static_cast<std::uint32_t>(value) >> shift));
+        }
+    }
+    return base64(bytes);
+}
+
+Json pageData(const PageSource& source) {
+    const Json summary = Json::parse(source.stored.summary);
+    const Json overview;
+    Json page;
+    addHead(summary, page);
+    addWarnings(summary, page);
+    if (!source.changes.empty()) page["changes"] = source.changes;
+    if (Json cards = cardsOf(summary, overview); !cards.empty()) page["cards"] = std::move(cards);
+    for (const char* key : {"paths", "months", "years", "stores"}) {
+        if (overview.contains(key)) page[key] = overview[key];
+    }
+    if (source.model) page["network"] = networkOf(source, summary);
+    if (Json series = seriesOf(source, summary, overview); !series.empty()) page["series"] = std::move(series);
+    if (Json account = accountOf(summary); !account.empty()) page["account"] = std::move(account);
+    addRows(
+        summary, "balance", [](const Json&) { return true; }, page);
+    addRows(
+        summary, "figures", [](const Json& row) { return !row["value"].is_null(); }, page);
+    addRows(
+        summary, "potentials", [](const Json& row) { return !isNothing(row["total"]); }, page);
+    page["made"] = madeOf(summary);
+    return page;
+}
+
+}  // namespace kesto
