@@ -121,6 +121,12 @@ bool Diagnostics::hasErrors() const {
     return count(Severity::error) > 0;
 }
 
+const Diagnostic* Diagnostics::firstError() const {
+    const auto found =
+        std::find_if(all_.begin(), all_.end(), [](const Diagnostic& one) { return one.severity == Severity::error; });
+    return found == all_.end() ? nullptr : &*found;
+}
+
 std::size_t Diagnostics::count(Severity severity) const {
     return static_cast<std::size_t>(
         std::count_if(all_.begin(), all_.end(), [severity](const Diagnostic& d) { return d.severity == severity; }));

@@ -65,6 +65,7 @@ class Diagnostics {
     void addNew(const Diagnostics& others, const std::string& before);
 
     bool hasErrors() const;
+    const Diagnostic* firstError() const;  // null: there is none
     std::size_t count(Severity severity) const;
     const std::vector<Diagnostic>& all() const { return all_; }
     std::vector<const Diagnostic*> inOrder() const;  // of file and line

@@ -135,17 +135,10 @@ class Run {
         read.baseline = economics.baseline;
         LoadedModel other(options_.model, read);
         const auto refuse = [&](const std::string& why) {
-            diagnostics_.error(
-                "wrong-value", economics.place,
-                fmt::format("[economics]: the baseline \"{}\" cannot be run: {}", economics.baseline, why));
+            diagnostics_.error("wrong-value", economics.place, withoutBaseline(economics, why));
             return false;
         };
-        if (!other.isFit()) {
-            const auto& all = other.diagnostics().all();
-            const auto first = std::find_if(all.begin(), all.end(),
-                                            [](const Diagnostic& one) { return one.severity == Severity::error; });
-            return refuse(first->text);
-        }
+        if (!other.isFit()) return refuse(other.diagnostics().firstError()->text);
         std::string failure;
         runBeside(other, [&](const Results& results, const Evaluation& evaluation) {
             failure = failureOf(results);

@@ -118,6 +118,7 @@ class Sweep {
 
     // The first member is checked here, so that what all of them read stands in memory when the others are.
     bool check(const InterruptGuard& guard) {
+        input_->baselines = {input_->document, input_->read, input_->design, slice_.first, slice_.last};
         Diagnostics first;
         std::set<std::string> files;
         checkMember(*input_, slice_.first, first, files);

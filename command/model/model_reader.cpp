@@ -223,6 +223,18 @@ Model readModel(const ModelDocument& document, const ReadOptions& options, const
     return model;
 }
 
+std::set<KeyPath> pathsOfScenario(const ModelDocument& document, const std::string& scenario) {
+    Model model;
+    Diagnostics ignored;
+    Reading reading{model, ignored};
+    const auto chosen = readScenarios(reading, document.file.field("scenarios"), {scenario});
+    std::set<KeyPath> paths;
+    for (const Override& one : chosen.front()) {
+        paths.insert(one.path);
+    }
+    return paths;
+}
+
 std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics, const ReadOptions& options) {
     const auto document = readDocument(path, diagnostics);
     if (!document) return std::nullopt;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 
 #include "diagnostics.h"
@@ -19,5 +20,8 @@ std::optional<Model> readModel(const std::string& path, Diagnostics& diagnostics
 // The same of a document that has been read; `more` wins over the options.
 Model readModel(const ModelDocument& document, const ReadOptions& options, const std::vector<Override>& more,
                 Diagnostics& diagnostics);
+
+// Where a scenario of the model sets values.
+std::set<KeyPath> pathsOfScenario(const ModelDocument& document, const std::string& scenario);
 
 }  // namespace kesto

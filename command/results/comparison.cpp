@@ -126,6 +126,7 @@ Comparison compare(std::vector<ComparedRun> runs, bool withAlike) {
             ++comparison.alike;
         }
     }
+    comparison.savings = savingsOf(runs);
     comparison.warnings = warningsOf(runs);
     comparison.runs = std::move(runs);
     return comparison;

@@ -35,10 +35,14 @@ struct Comparison {
     std::vector<ComparedRun> runs;
     std::vector<ComparedFigure> figures;  // in the order in which runs have them, and without those that are all alike
     std::size_t alike = 0;                // how many these are
+    std::vector<ComparedFigure> savings;  // of the others against the first run, which has none
     std::vector<std::string> warnings;    // what makes the runs hard to compare
 };
 
 Comparison compare(std::vector<ComparedRun> runs, bool withAlike);
+
+// What runs save against the first one: mains water, energy and money, so far as they are known.
+std::vector<ComparedFigure> savingsOf(const std::vector<ComparedRun>& runs);
 
 // For people, in units that suit the size; for programs, in the units of the figures.
 std::string toText(const Comparison& comparison);

@@ -39,6 +39,24 @@ std::string change(const ComparedFigure& figure, std::size_t run, const ShownUni
 
 using Row = std::vector<std::string>;
 
+std::string savingsText(const Comparison& comparison) {
+    if (comparison.savings.empty()) return {};
+    Row heading{"", ""};
+    for (std::size_t i = 1; i < comparison.runs.size(); ++i) {
+        heading.push_back(std::to_string(i + 1));
+    }
+    std::vector<Row> rows{heading};
+    for (const ComparedFigure& figure : comparison.savings) {
+        const ShownUnit shown = shownIn(figure);
+        Row row{figure.name, std::string(shown.unit)};
+        for (std::size_t i = 1; i < figure.values.size(); ++i) {
+            row.push_back(shownNumber(figure.values[i], shown));
+        }
+        rows.push_back(row);
+    }
+    return "\nAgainst 1\n" + alignedRows(rows);
+}
+
 Json orNull(double value) {
     return std::isfinite(value) ? Json(value) : Json(nullptr);
 }
@@ -66,6 +84,7 @@ std::string toText(const Comparison& comparison) {
         rows.push_back(row);
     }
     text += comparison.figures.empty() ? "\nNo figure differs.\n" : "\n" + alignedRows(rows);
+    text += savingsText(comparison);
     if (comparison.alike > 0 && !comparison.figures.empty()) {
         text += fmt::format("\n{} figures are the same in all runs; --all shows them.\n", comparison.alike);
     }
@@ -95,7 +114,15 @@ std::string toJson(const Comparison& comparison) {
                            {"differences", differences},
                            {"percent", percents}});
     }
-    const Json all{{"runs", runs}, {"figures", figures}, {"warnings", comparison.warnings}};
+    Json savings = Json::array();
+    for (const ComparedFigure& figure : comparison.savings) {
+        Json values = Json::array();
+        for (const double value : figure.values) {
+            values.push_back(orNull(value));
+        }
+        savings.push_back({{"name", figure.name}, {"unit", figure.unit}, {"values", values}});
+    }
+    const Json all{{"runs", runs}, {"figures", figures}, {"savings", savings}, {"warnings", comparison.warnings}};
     return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
@@ -113,6 +140,13 @@ std::string toCsv(const Comparison& comparison) {
         for (std::size_t i = 0; i < figure.values.size(); ++i) {
             text += "," + cell(figure.values[i]);
             if (i > 0) text += "," + cell(figure.values[i] - figure.values[0]) + "," + cell(percentOf(figure, i));
+        }
+        text += '\n';
+    }
+    for (const ComparedFigure& figure : comparison.savings) {
+        text += figure.name + "," + csvCell(figure.unit) + ",";
+        for (std::size_t i = 1; i < figure.values.size(); ++i) {
+            text += "," + cell(figure.values[i]) + ",,";
         }
         text += '\n';
     }

@@ -95,23 +95,12 @@ class Collector {
     }
 
     void addSavings(const NetworkCosts& before) {
-        const NetworkCosts& now = money_.network();
-        const double saved = before.mainsLitres - now.mainsLitres;
-        add(kOutside, "saved_mains", saved);
-        if (before.energy || now.energy)
-            add(kOutside, "saved_energy", before.energy.value_or(0) - now.energy.value_or(0));
-        const auto running = now.running();
-        if (!running) return;
-        const double lessRunning = before.running().value_or(0) - *running;
-        add(kOutside, "saved_running_cost", lessRunning);
-        const auto more = [](const std::optional<double>& after, const std::optional<double>& first) {
-            return after.value_or(0) - first.value_or(0);
-        };
-        const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
-                             more(now.operation, before.operation);
-        add(kOutside, "cost_per_m3_saved", saved > 0 ? spent * now.years * kLitresOfM3 / saved : kNone);
-        const double capital = more(now.capital, before.capital);
-        add(kOutside, "payback", lessRunning > 0 && capital >= 0 ? capital / lessRunning : kNone);
+        const Savings savings = savingsOf(money_.network(), before);
+        add(kOutside, "saved_mains", savings.mains);
+        addKnown(kOutside, "saved_energy", savings.energy);
+        addKnown(kOutside, "saved_running_cost", savings.running);
+        addKnown(kOutside, "cost_per_m3_saved", savings.costPerM3);
+        addKnown(kOutside, "payback", savings.payback);
     }
 
     void addComponent(int component) {

@@ -1,7 +1,10 @@
 #include "money.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "summary.h"
 
@@ -23,6 +26,10 @@ Known times(const Known& a, const Known& b) {
 }
 
 }  // namespace
+
+std::string withoutBaseline(const Economics& economics, const std::string& why) {
+    return fmt::format("[economics]: the baseline \"{}\" cannot be run: {}", economics.baseline, why);
+}
 
 double annuityOf(double capital, double interest, double years) {
     if (interest == 0) return capital / years;
@@ -46,6 +53,22 @@ std::optional<double> NetworkCosts::yearly(bool countsCapacity) const {
     add(sum, annuity);
     if (countsCapacity) add(sum, capacity);
     return sum;
+}
+
+Savings savingsOf(const NetworkCosts& now, const NetworkCosts& before) {
+    constexpr double kNoSaving = std::numeric_limits<double>::quiet_NaN();
+    Savings savings{before.mainsLitres - now.mainsLitres, {}, {}, {}, {}};
+    if (before.energy || now.energy) savings.energy = before.energy.value_or(0) - now.energy.value_or(0);
+    const auto running = now.running();
+    if (!running) return savings;
+    savings.running = before.running().value_or(0) - *running;
+    const auto more = [](const Known& after, const Known& first) { return after.value_or(0) - first.value_or(0); };
+    const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
+                         more(now.operation, before.operation);
+    savings.costPerM3 = savings.mains > 0 ? spent * now.years * kLitres / savings.mains : kNoSaving;
+    const double capital = more(now.capital, before.capital);
+    savings.payback = *savings.running > 0 && capital >= 0 ? capital / *savings.running : kNoSaving;
+    return savings;
 }
 
 Money::Money(const Recorded& recorded, const Results& results, const Multiplicity& multiplicity, const Account& account)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "account.h"
 #include "multiplicity.h"
@@ -25,6 +26,19 @@ struct NetworkCosts {
 struct ComponentCosts {
     double capital, annuity;
 };
+
+// What a network saves against another, each not a number where it has none, but nothing where a price or energy is not
+// known.
+struct Savings {
+    double mains;                   // litres of the run
+    std::optional<double> energy;   // kWh of the run
+    std::optional<double> running;  // money a year
+    std::optional<double> costPerM3, payback;
+};
+Savings savingsOf(const NetworkCosts& now, const NetworkCosts& before);
+
+// Why a run has nothing that it can be compared with.
+std::string withoutBaseline(const Economics& economics, const std::string& why);
 
 // What an even payment each year makes of a sum that is spent now, over so many years.
 double annuityOf(double capital, double interest, double years);

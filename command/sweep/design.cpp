@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "sha256.h"
 #include "varied.h"
@@ -139,6 +141,43 @@ std::vector<std::string> Design::cellsOf(std::size_t member) const {
 std::string Design::scenarioOf(std::size_t member) const {
     const bool hasScenarios = !factors_.empty() && factors_.front().isScenarios;
     return hasScenarios ? factors_.front().levels[levelOf(0, member)] : std::string();
+}
+
+std::vector<std::string> Design::scenarios() const {
+    const bool hasScenarios = !factors_.empty() && factors_.front().isScenarios;
+    return hasScenarios ? factors_.front().levels : std::vector<std::string>{""};
+}
+
+// For each level the first one that has the same cells at all paths but `hidden`.
+std::vector<std::size_t> Design::firstLevels(const Factor& factor, const std::set<KeyPath>& hidden) const {
+    std::map<std::vector<std::string_view>, std::size_t> known;
+    std::vector<std::size_t> firsts;
+    for (std::size_t level = 0; level < factor.size(); ++level) {
+        std::vector<std::string_view> cells;
+        for (std::size_t key = 0; key < factor.keys.size(); ++key) {
+            if (!hidden.contains(paths_[factor.keys[key]])) cells.push_back(factor.cell(level, key));
+        }
+        firsts.push_back(known.emplace(std::move(cells), level).first->second);
+    }
+    return firsts;
+}
+
+std::vector<std::size_t> Design::firstAlike(const std::set<KeyPath>& hidden, std::size_t first,
+                                            std::size_t last) const {
+    std::vector<std::vector<std::size_t>> levels;
+    for (const Factor& factor : factors_) {
+        levels.push_back(firstLevels(factor, hidden));
+    }
+    std::unordered_map<std::size_t, std::size_t> known;  // by the first of all members that is alike
+    std::vector<std::size_t> firsts;
+    for (std::size_t member = first; member <= last; ++member) {
+        std::size_t alike = 0;
+        for (std::size_t i = 0; i < factors_.size(); ++i) {
+            alike = alike * factors_[i].size() + levels[i][levelOf(i, member)];
+        }
+        firsts.push_back(known.emplace(alike, member).first->second);
+    }
+    return firsts;
 }
 
 Override Design::overrideAt(const Factor& factor, std::size_t level, std::size_t key) const {

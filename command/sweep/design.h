@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,12 +29,18 @@ class Design {
 
     std::size_t members() const { return members_; }
     const std::vector<std::string>& keys() const { return keys_; }
+    const std::vector<KeyPath>& paths() const { return paths_; }  // of the keys; empty: the scenario
 
     // As it was written under each key; empty: the model's own value.
     std::vector<std::string> cellsOf(std::size_t member) const;
 
     // Of the scenarios; empty: none.
     std::string scenarioOf(std::size_t member) const;
+    std::vector<std::string> scenarios() const;  // those that members have
+
+    // For each member from `first` to `last`, the first of them that has the same at all paths but `hidden`.
+    std::vector<std::size_t> firstAlike(const std::set<KeyPath>& hidden, std::size_t first, std::size_t last) const;
+
     std::vector<Override> overridesOf(std::size_t member, Diagnostics& diagnostics) const;
 
     // The table's, to tell places in it from others.
@@ -64,10 +71,11 @@ class Design {
     std::size_t addKey(const std::string& key, const Place& place, Diagnostics& diagnostics);
     void count(Diagnostics& diagnostics);
     std::size_t levelOf(std::size_t factor, std::size_t member) const;
+    std::vector<std::size_t> firstLevels(const Factor& factor, const std::set<KeyPath>& hidden) const;
     Override overrideAt(const Factor& factor, std::size_t level, std::size_t key) const;
 
     std::vector<std::string> keys_;
-    std::vector<KeyPath> paths_;  // of the keys; empty: the scenario
+    std::vector<KeyPath> paths_;
     std::vector<Place> places_;
     std::vector<Factor> factors_;  // the last one varies fastest
     std::size_t members_ = 0;

@@ -18,8 +18,9 @@ namespace kesto {
 
 namespace {
 
-ReadOptions optionsOf(const SweepInput& input, std::size_t member) {
+ReadOptions optionsOf(const SweepInput& input, std::size_t member, const std::string& baseline) {
     ReadOptions read = input.read;
+    read.baseline = baseline;
     const std::string scenario = input.design.scenarioOf(member);
     if (!scenario.empty()) read.scenarios.push_back(scenario);
     return read;
@@ -31,6 +32,11 @@ bool isAsked(const std::string& record, const std::string& component, const std:
     const std::string list = "," + record + ",";
     return list.find("," + component + ",") != std::string::npos ||
            (!output.empty() && list.find("," + output + ",") != std::string::npos);
+}
+
+std::set<std::string> filesOf(const Model& model) {
+    const std::vector<std::string> paths = inputPaths(model);
+    return {paths.begin(), paths.end()};
 }
 
 void dropUnasked(const SweepInput& input, const std::vector<OutputPort>& asked, Results& results) {
@@ -48,6 +54,18 @@ SweepShape shapeOf(const SweepInput& input, MemberModel& member, const std::vect
     Results results = collectResults(member.model, record, record.shared(), needs.plan, {});
     dropUnasked(input, asked, results);
     return sweepShapeOf(results, input.every);
+}
+
+// Of a member that stands for all with its baseline.
+void checkBaseline(SweepInput& input, std::size_t member, const Economics& economics, Diagnostics& diagnostics,
+                   std::set<std::string>& files) {
+    if (economics.baseline.empty() || input.baselines.of(member) != member) return;
+    Diagnostics found;
+    MemberModel read(input, member, found, economics.baseline);
+    checkModel(read.model, read.series, found);
+    files.merge(filesOf(read.model));
+    if (const Diagnostic* error = found.firstError())
+        diagnostics.error("wrong-value", economics.place, withoutBaseline(economics, error->text));
 }
 
 class FigureList {
@@ -86,18 +104,17 @@ class FigureList {
 
 }  // namespace
 
-MemberModel::MemberModel(SweepInput& input, std::size_t member, Diagnostics& diagnostics)
-    : model(readModel(input.document, optionsOf(input, member), input.design.overridesOf(member, diagnostics),
+MemberModel::MemberModel(SweepInput& input, std::size_t member, Diagnostics& diagnostics, const std::string& baseline)
+    : model(readModel(input.document, optionsOf(input, member, baseline), input.design.overridesOf(member, diagnostics),
                       diagnostics)),
       series(model, diagnostics, &input.cache) {}
 
 void checkMember(SweepInput& input, std::size_t member, Diagnostics& diagnostics, std::set<std::string>& files) {
     MemberModel read(input, member, diagnostics);
     checkModel(read.model, read.series, diagnostics);
-    for (const std::string& path : inputPaths(read.model)) {
-        files.insert(path);
-    }
+    files.merge(filesOf(read.model));
     if (diagnostics.hasErrors()) return;
+    checkBaseline(input, member, read.model.economics, diagnostics, files);
     const std::vector<OutputPort> asked = parseRecordChoice(read.model, input.record, diagnostics);
     const AccountNeeds needs = needsOf(read.model, read.series, asked, false);
     reportRefusals(read.model, refusedOf(needs.plan, asked), input.record != "all", diagnostics);
@@ -117,7 +134,28 @@ std::optional<SweepShape> shapeOf(SweepInput& input, std::size_t member) {
     return shapeOf(input, read, asked, needsOf(read.model, read.series, asked, false));
 }
 
-MemberResult runMember(SweepInput& input, std::size_t member, std::span<float> recorded) {
+BaselineCosts runBaseline(SweepInput& input, std::size_t member) {
+    Diagnostics ignored;
+    const Economics economics = MemberModel(input, member, ignored).model.economics;
+    if (economics.baseline.empty()) return {};
+    MemberModel read(input, member, ignored, economics.baseline);
+    const AccountNeeds needs = needsOf(read.model, read.series, {}, false);
+    Record record(read.model, read.series, needs.plan);
+    const EngineRun run = runEngineHere(record);
+    const Results results = collectResults(read.model, record, record.own(), needs.plan, run);
+    const std::string failure = failureOf(results);
+    if (!failure.empty()) return {{}, withoutBaseline(economics, failure)};
+    return {evaluate(results, needs, read.series).costs, {}};
+}
+
+MemberResult runMember(SweepInput& input, std::size_t member, const BaselineCosts& baseline,
+                       std::span<float> recorded) {
+    MemberResult result;
+    if (!baseline.failure.empty()) {
+        result.outcome = Outcome::failed;
+        result.message = baseline.failure;
+        return result;
+    }
     Diagnostics ignored, found;
     MemberModel read(input, member, ignored);
     const Model& model = read.model;
@@ -125,13 +163,12 @@ MemberResult runMember(SweepInput& input, std::size_t member, std::span<float> r
     const AccountNeeds needs = needsOf(model, read.series, asked, false);
     Record record(model, read.series, needs.plan);
     const EngineRun run = runEngineHere(record);
-    MemberResult result;
     result.outcome = run.outcome;
     result.message = explainMessage(run.message, model);
     if (run.outcome != Outcome::finished) return result;
     Results results = collectResults(model, record, record.own(), needs.plan, run);
     checkResults(results, found);
-    const Evaluation evaluation = evaluate(results, needs, read.series);
+    const Evaluation evaluation = evaluate(results, needs, read.series, baseline.costs ? &*baseline.costs : nullptr);
     checkAccount(results, evaluation.account, found);
     dropUnasked(input, asked, results);
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "account_needs.h"
+#include "baselines.h"
 #include "design.h"
 #include "member_result.h"
 #include "model_document.h"
@@ -27,11 +28,13 @@ struct SweepInput {
     bool allFigures = false;  // those of components, too
     SeriesCache cache = {};
     std::optional<SweepShape> shape = {};  // of what is recorded; none: nothing is
+    Baselines baselines = {};
 };
 
 // The model of a member, with its series.
 struct MemberModel {
-    MemberModel(SweepInput& input, std::size_t member, Diagnostics& diagnostics);
+    // With a baseline, the model of the run that the member is compared with.
+    MemberModel(SweepInput& input, std::size_t member, Diagnostics& diagnostics, const std::string& baseline = {});
 
     Model model;
     SeriesValues series;
@@ -43,7 +46,8 @@ void checkMember(SweepInput& input, std::size_t member, Diagnostics& diagnostics
 // What is recorded of each member; none where the member cannot be run, which its check reports.
 std::optional<SweepShape> shapeOf(SweepInput& input, std::size_t member);
 
-// Runs the engine in this process. Puts what is recorded into `recorded`.
-MemberResult runMember(SweepInput& input, std::size_t member, std::span<float> recorded);
+// Both run the engine in this process. A member puts what is recorded into `recorded`; it is compared with `baseline`.
+BaselineCosts runBaseline(SweepInput& input, std::size_t member);
+MemberResult runMember(SweepInput& input, std::size_t member, const BaselineCosts& baseline, std::span<float> recorded);
 
 }  // namespace kesto

@@ -1,6 +1,7 @@
 #include "sweep_run.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform.h"
 #include "process_pool.h"
@@ -12,26 +13,30 @@ namespace {
 // Bytes for what a member hands over beside what it records; only what is used takes memory.
 constexpr std::size_t kRoom = std::size_t{1} << 28;
 
+// Baselines are run before the members that need them, for so many members ahead.
+constexpr std::size_t kAhead = 1000;
+constexpr std::size_t kOfBaseline = std::size_t{1} << 62;  // added to the number of the member
+
 class Runner {
   public:
     Runner(SweepInput& input, std::size_t jobs, SweepParts& parts, SweepFolder& folder)
-        : recorded_(input.shape ? input.shape->values() : 0),
+        : input_(input),
+          recorded_(input.shape ? input.shape->values() : 0),
           parts_(parts),
           folder_(folder),
-          pool_(jobs, recorded_ * sizeof(float) + kRoom, [this, &input](std::size_t member, std::span<char> room) {
-              const std::span<float> recorded(reinterpret_cast<float*>(room.data()), recorded_);
-              const MemberResult result = runMember(input, member, recorded);
-              return recorded.size_bytes() + toBytes(result, room.subspan(recorded.size_bytes()));
+          pool_(jobs, recorded_ * sizeof(float) + kRoom, [this](std::size_t number, std::span<char> room) {
+              return number >= kOfBaseline ? baselineInto(number - kOfBaseline, room) : memberInto(number, room);
           }) {}
 
     void run(const std::vector<std::size_t>& members, const SweepProgress& progress, const InterruptGuard& guard) {
-        std::size_t next = 0, done = 0;
+        std::size_t done = 0;
         while (done < members.size() && !guard.wasInterrupted()) {
-            while (next < members.size() && !pool_.isFull() && parts_.mayStart(members[next])) {
-                parts_.open(members[next]);
-                pool_.start(members[next++]);
+            while (!pool_.isFull() && (startMember(members) || startBaseline(members))) {
             }
-            if (const auto ended = pool_.next(100)) {
+            const auto ended = pool_.next(100);
+            if (ended && ended->number >= kOfBaseline) {
+                takeBaseline(*ended);
+            } else if (ended) {
                 take(*ended);
                 ++done;
             }
@@ -40,6 +45,48 @@ class Runner {
     }
 
   private:
+    // In processes of their own: these return how many bytes they hand over.
+    std::size_t memberInto(std::size_t member, std::span<char> room) {
+        const std::span<float> recorded(reinterpret_cast<float*>(room.data()), recorded_);
+        const auto with = input_.baselines.of(member);
+        const MemberResult result = runMember(input_, member, with ? *baselines_.at(*with) : BaselineCosts(), recorded);
+        return recorded.size_bytes() + toBytes(result, room.subspan(recorded.size_bytes()));
+    }
+    std::size_t baselineInto(std::size_t member, std::span<char> room) {
+        const std::string bytes = toBytes(runBaseline(input_, member));
+        std::copy(bytes.begin(), bytes.end(), room.begin());
+        return bytes.size();
+    }
+
+    // True when there is one that can be started: its baseline is known.
+    bool startMember(const std::vector<std::size_t>& members) {
+        if (next_ == members.size() || !parts_.mayStart(members[next_])) return false;
+        if (const auto with = input_.baselines.of(members[next_])) {
+            const auto known = baselines_.find(*with);
+            if (known == baselines_.end() || !known->second) return false;
+        }
+        parts_.open(members[next_]);
+        pool_.start(members[next_++]);
+        return true;
+    }
+
+    // True when there is one to be run that no member before had.
+    bool startBaseline(const std::vector<std::size_t>& members) {
+        while (ahead_ < std::min(members.size(), next_ + kAhead)) {
+            const auto with = input_.baselines.of(members[ahead_++]);
+            if (!with || !baselines_.emplace(*with, std::nullopt).second) continue;
+            pool_.start(kOfBaseline + *with);
+            return true;
+        }
+        return false;
+    }
+
+    void takeBaseline(const ProcessPool::Done& ended) {
+        baselines_[ended.number - kOfBaseline] =
+            ended.isWhole ? baselineCostsFrom(ended.given)
+                          : BaselineCosts{{}, "the run that it is compared with: " + ended.lastWords};
+    }
+
     void take(const ProcessPool::Done& ended) {
         MemberResult result;
         if (ended.isWhole) {
@@ -53,7 +100,10 @@ class Runner {
                     folder_);
     }
 
-    std::size_t recorded_;  // floats of a member
+    SweepInput& input_;
+    std::size_t recorded_;                                           // floats of a member
+    std::size_t next_ = 0, ahead_ = 0;                               // members to start, and to see to the baselines of
+    std::map<std::size_t, std::optional<BaselineCosts>> baselines_;  // none: not yet known
     SweepParts& parts_;
     SweepFolder& folder_;
     ProcessPool pool_;

@@ -103,6 +103,32 @@ from = "tank:overflow"
 to = "garden"
 """
 
+# The baseline asks for more than the intake may deliver.
+SCARCE = """kesto_model = 1
+[simulation]
+start = 2012-01-01
+end = 2012-01-05
+stop_on_infeasible = true
+[economics]
+baseline = "thirsty"
+[scenarios.thirsty]
+asked.demand = 30
+[brands.intake]
+daily_capacity = 10
+loss_fraction = 0.1
+[[components]]
+name = "asked"
+type = "demand_source"
+demand = 3
+[[components]]
+name = "intake"
+type = "abstraction"
+brand = "intake"
+[[connections]]
+from = "asked"
+to = "intake"
+"""
+
 
 def annuity(capital, interest, years):
     """The payment each year that a loan of this sum takes."""
@@ -237,6 +263,83 @@ to = "garden"
         done = self.kesto("compare", "model.toml", "--scenarios")
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertRegex(done.stdout, r"network.capital +EUR +1600.0 +300.0")
+
+    def members(self, *arguments, text=MODEL, status=0):
+        (self.folder / "model.toml").write_text(text)
+        done = self.kesto("sweep", "model.toml", *arguments, "-o", "sweep", "--figures", "all", "--restart")
+        self.assertEqual(done.returncode, status, done.stderr)
+        with open(self.folder / "sweep" / "members.csv", newline="") as file:
+            return list(csv.DictReader(file))
+
+    def expect_as_run(self, row, text, *options):
+        for name, value in self.run_model(*options, text=text).items():
+            self.assertEqual(float(row[name]) if row[name] else None, value, (row["member"], name))
+
+    def test_members_of_a_sweep_save_what_their_runs_do(self):
+        rows = self.members("--vary", "tank.size=30,2 m3", "--vary", "groups.rainwater.rainfall.scale=0.1,3")
+        for row in rows:
+            self.expect_as_run(row, MODEL, *(f"--set={key}={row[key]}" for key in
+                                             ("tank.size", "groups.rainwater.rainfall.scale")))
+        self.assertEqual(len({row["network.saved_mains"] for row in rows}), 4)
+        rows = self.members("--scenarios", "--vary", "brands.buried.capital=100,200")
+        for row in rows:
+            chosen = ["--scenario", row["scenario"]] if row["scenario"] else []
+            self.expect_as_run(row, MODEL, *chosen, "--set", f"brands.buried.capital={row['brands.buried.capital']}")
+        self.assertEqual([float(row["network.saved_mains"]) == 0 for row in rows], [False, False, True, True])
+
+    def test_members_of_a_table_and_of_a_slice(self):
+        (self.folder / "members.csv").write_text("tank.size,economics.water_price\n500,2\n1000,2\n,4\n2000,4\n")
+        whole = self.members("members.csv")
+        for row in whole:
+            keys = [key for key in ("tank.size", "economics.water_price") if row[key]]
+            self.expect_as_run(row, MODEL, *(f"--set={key}={row[key]}" for key in keys))
+        self.assertEqual(self.members("members.csv", "--members", "2-4"), whole[1:])
+
+    def test_the_baseline_itself_is_varied(self):
+        text = MODEL.replace("[scenarios.before]", "[scenarios.half]\ntank.size = 50\n[scenarios.before]")
+        rows = self.members("--vary", "economics.baseline=before,half", "--vary", "tank.size=1 m3,2 m3", text=text)
+        for row in rows:
+            self.expect_as_run(row, text, "--set", f"economics.baseline={row['economics.baseline']}", "--set",
+                               f"tank.size={row['tank.size']}")
+        self.assertNotEqual(rows[0]["network.saved_mains"], rows[2]["network.saved_mains"])
+
+    def test_baselines_of_a_sweep_that_cannot_be_run(self):
+        text = MODEL.replace('"roof.size" = 0.001', '"roof.size" = -1')
+        (self.folder / "model.toml").write_text(text)
+        done = self.kesto("sweep", "model.toml", "--vary", "tank.size=1,2,3", "-o", "sweep")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn('[economics]: the baseline "before" cannot be run: component "roof"', done.stderr)
+        self.assertFalse((self.folder / "sweep").exists())
+        rows = self.members("--vary", "brands.intake.daily_capacity=10,100", text=SCARCE, status=1)
+        self.assertEqual([row["outcome"] for row in rows], ["failed", "finished"])
+        self.assertIn('[economics]: the baseline "thirsty" cannot be run: ', rows[0]["message"])
+        done = self.kesto("run", "model.toml", "--set", "brands.intake.daily_capacity=10")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn(rows[0]["message"], done.stderr)
+        self.expect_as_run(rows[1], SCARCE, "--set", "brands.intake.daily_capacity=100")
+
+    def test_a_comparison_tells_what_is_saved(self):
+        now = self.run_model("-o", "now")
+        self.run_model("-o", "before", "--scenario", "before")
+        for runs in (["before", "now"], ["model.toml", "--scenarios"]):
+            done = self.kesto("compare", "--json", *runs)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            savings = {row["name"]: row for row in json.loads(done.stdout)["savings"]}
+            if runs[0] == "before":
+                for name, row in savings.items():
+                    self.assertEqual(row["values"], [None, now[f"network.{name}"]])
+                    self.assertEqual(row["unit"], self.units[f"network.{name}"])
+                self.assertIn("saved_running_cost", savings)
+            else:  # the other way round: the first run is the one with the tank
+                self.assertEqual(savings["saved_mains"]["values"], [None, -now["network.saved_mains"]])
+                self.assertNotIn("cost_per_m3_saved", savings)
+        self.assertRegex(self.kesto("compare", "before", "now").stdout,
+                         r"(?s)\nAgainst 1\n +2\n  saved_mains +L +540\.0\n.*  cost_per_m3_saved +EUR/m3 +3\.5")
+        self.kesto("compare", "before", "now", "-o", "table.csv")
+        with open(self.folder / "table.csv", newline="") as file:
+            rows = {row["figure"]: row for row in csv.DictReader(file)}
+        self.assertEqual(float(rows["saved_mains"]["now"]), now["network.saved_mains"])
+        self.assertEqual(rows["saved_mains"]["before"], "")
 
     def test_a_table_of_components(self):
         begin = MODEL.index('[[components]]\nname = "pump"')

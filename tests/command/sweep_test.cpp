@@ -86,6 +86,17 @@ TEST_F(Designs, AreCrossedTheLastFastest) {
     EXPECT_EQ(toString(overrides[1].keyPlace), "--vary c.x=5,6,7");
 }
 
+TEST_F(Designs, KnowWhichMembersAreAlikeButForSomeKeys) {
+    const auto crossed = design("a.x,b.x\n1,2\n,4\n3,2\n", {"c.x=5,6"}, true);
+    ASSERT_TRUE(crossed);
+    using Members = std::vector<std::size_t>;
+    EXPECT_EQ(crossed->firstAlike({}, 1, 4), (Members{1, 2, 3, 4}));
+    EXPECT_EQ(crossed->firstAlike({{"components", "c", "x"}}, 1, 6), (Members{1, 1, 3, 3, 5, 5}));
+    const std::set<KeyPath> two{{"components", "a", "x"}, {"components", "c", "x"}};
+    EXPECT_EQ(crossed->firstAlike(two, 1, 12), (Members{1, 1, 3, 3, 1, 1, 7, 7, 9, 9, 7, 7}));
+    EXPECT_EQ(crossed->firstAlike(two, 4, 8), (Members{4, 5, 5, 7, 7}));
+}
+
 TEST_F(Designs, AreToldApartByTheirChecksum) {
     const std::string one = design("a.x\n1\n2\n", {})->sha256();
     EXPECT_EQ(one, design("a.x\n1\n2\n", {})->sha256());

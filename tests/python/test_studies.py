@@ -203,6 +203,31 @@ def test_pareto(house):
         house.pareto(P, minimise="tank.size", n=4)
 
 
+def test_what_is_saved_is_a_figure_of_studies(own_house):
+    own_house.write_text(own_house.read_text() + '''
+[economics]
+water_price = 2
+baseline = "none"
+horizon = 30
+[scenarios.none]
+tank.size = 0
+tank.capital = 0
+tank.capital_per_size = 0
+''')
+    house = kesto.load(own_house)
+    capital = {"tank.capital": 900, "tank.capital_per_size": 0.3}
+    sizes = [500, 1000, 4000]
+    curve = house.sizing_curve("tank.size", sizes, target=10_000, figure="network.saved_mains", set=capital)
+    for size in sizes:
+        alone = house.run({"tank.size": size, **capital}).figures.loc["network.saved_mains", "value"]
+        assert curve.curve[size] == alone
+    assert curve.curve.is_monotonic_increasing and curve.curve[500] > 0
+    found = house.pareto({"tank.size": (200, 8000)}, minimise="network.capital", maximise="network.saved_mains", n=8, seed=1,
+                         set=capital)
+    assert found.units == {"network.capital": "money", "network.saved_mains": "L"} and len(found.front) > 1
+    assert found.members["network.saved_mains"].nunique() == 8
+
+
 def test_plots_of_calibration_and_uncertainty(found, tmp_path):
     axes = found.plot()
     assert axes.get_ylabel() == "tank:overflow, L a day"
