@@ -34,14 +34,24 @@ void Sha256::add(std::string_view text) {
     sha256_update(&state_->context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
 }
 
-std::string Sha256::text() {
-    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+std::array<unsigned char, 32> Sha256::digest() {
+    std::array<unsigned char, SHA256_DIGEST_SIZE> digest{};
     sha256_digest(&state_->context, digest.size(), digest.data());
+    return digest;
+}
+
+std::string Sha256::text() {
     std::string text;
-    for (const std::uint8_t byte : digest) {
+    for (const unsigned char byte : digest()) {
         text += fmt::format("{:02x}", byte);
     }
     return text;
+}
+
+std::array<unsigned char, 32> sha256Of(std::string_view text) {
+    Sha256 sum;
+    sum.add(text);
+    return sum.digest();
 }
 
 std::string sha256OfFile(const std::string& path) {

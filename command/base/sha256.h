@@ -1,6 +1,7 @@
 // The checksum by which a result knows its model.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,12 +16,17 @@ class Sha256 {
     Sha256(const Sha256&) = delete;
     Sha256& operator=(const Sha256&) = delete;
     void add(std::string_view text);
-    std::string text();  // in hexadecimal digits; what is added later begins anew
+    // What is added after either begins anew.
+    std::array<unsigned char, 32> digest();
+    std::string text();  // in hexadecimal digits
 
   private:
     struct State;
     std::unique_ptr<State> state_;
 };
+
+// Of a whole text, as bytes.
+std::array<unsigned char, 32> sha256Of(std::string_view text);
 
 // In hexadecimal digits, as sha256sum prints it; empty when the file cannot be read.
 std::string sha256OfFile(const std::string& path);

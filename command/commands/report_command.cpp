@@ -138,8 +138,8 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
     runApart(fmt::format("cannot read {}, which may be broken", read), longestFor(options.results),
              [&] { readingSummary(options.results, write); });
     if (!hasCharts()) {
-        std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without uPlot, "
-                     "which npm fetches when kesto is built (CMake says why at its start)\n";
+        std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without "
+                     "the libraries that draw them, which npm fetches when kesto is built (CMake says why at its start)\n";
     }
     return kGood;
 }

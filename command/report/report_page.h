@@ -1,11 +1,12 @@
-// The parts of the page that `kesto report` fills, as they stand in the folder report and in the package of uPlot; the
-// build makes a source of them.
+// The page that `kesto report` fills: its frame, one style and one script, and the licences of the libraries within;
+// the build makes a source of them.
 #pragma once
 
 #include <string_view>
 
 namespace kesto::page {
 
-extern const std::string_view kHtml, kCss, kScript, kUplotScript, kUplotCss, kUplotLicence;
+// Without charts the licences are empty.
+extern const std::string_view kHtml, kStyle, kScript, kLicences;
 
 }  // namespace kesto::page

@@ -1,0 +1,15 @@
+// What the command left in the page.
+import { byId } from "./dom.js";
+
+const read = JSON.parse(byId("data").textContent);
+export const data = read.page ?? read;
+
+// Little-endian floats; what is no number is a gap.
+export function unpacked(base64) {
+  const bytes = Uint8Array.from(atob(base64), c => c.charCodeAt(0));
+  const view = new DataView(bytes.buffer);
+  return Array.from({ length: bytes.length / 4 }, (_, i) => {
+    const value = view.getFloat32(4 * i, true);
+    return Number.isFinite(value) ? value : null;
+  });
+}

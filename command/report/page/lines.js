@@ -1,0 +1,63 @@
+// A chart of lines by uPlot, with axes that hold their labels whatever the figures are.
+import { make } from "./dom.js";
+import { colour, font, tickTexts, widthOf } from "./chart.js";
+import { shortMonths } from "./days.js";
+
+const kDay = 86400;
+
+function timeTexts(_, splits, __, ___, step) {
+  let year = null;
+  return splits.map(second => {
+    if (second === null) return "";
+    const date = new Date(second * 1000), now = date.getUTCFullYear();
+    const first = now !== year;
+    year = now;
+    if (step >= 360 * kDay) return String(now);
+    const month = shortMonths[date.getUTCMonth()];
+    const text = step >= 27 * kDay ? month : `${date.getUTCDate()} ${month}`;
+    return first ? `${text}\n${now}` : text;
+  });
+}
+
+export const canDraw = () => typeof uPlot !== "undefined";
+
+// From zero where nothing lies below it.
+function range(_, low, high) {
+  if (low === null || high === null) return [0, 1];
+  if (low === high) return low >= 0 ? [0, high ? high * 1.2 : 1] : [low * 1.2, 0];
+  const room = (high - (low >= 0 ? 0 : low)) * 0.06;
+  return [low >= 0 ? 0 : low - room, high + room];
+}
+
+// `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
+export function lines(host, { width, height, x, series, yLabel, xLabel, logarithmic, points, span, key, within, onZoom, onPoint }) {
+  const soft = colour("--soft"), rule = colour("--rule");
+  const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
+  const plot = new uPlot({
+    width, height, padding: [10, 14, 0, 0],
+    tzDate: second => uPlot.tzDate(new Date(second * 1000), "Etc/UTC"),
+    legend: { show: false },
+    cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
+    scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range } },
+    axes: [
+      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18 } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
+      { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
+        ? values.map(value => value === null ? "" : String(Number(value.toPrecision(2)))) : tickTexts(values),
+        size: (_, texts) => Math.ceil(Math.max(24, ...(texts ?? []).map(text => widthOf(text ?? "")))) + 16 },
+    ],
+    series: [{}, ...series.map(one => ({
+      label: one.label, stroke: colour(one.colour), width: one.width ?? 1.6, dash: one.dash, spanGaps: Boolean(span),
+      fill: one.fill ? `${colour(one.colour)}22` : undefined,
+      paths: points ? () => null : one.stepped ? uPlot.paths.stepped({ align: 1 }) : undefined,
+      points: { show: points || one.values.length < 4, size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
+    }))],
+    hooks: {
+      setScale: [(chart, scale) => scale === "x" && onZoom?.(chart.scales.x.min, chart.scales.x.max, chart)],
+      setCursor: [chart => onPoint?.(chart.cursor.idx, chart)],
+    },
+  }, [x, ...series.map(one => one.values)], host);
+  return plot;
+}
+
+export const noCharts = () => make("p", { className: "note",
+  textContent: "There are no charts: the command that made this page was built without the libraries that draw them." });

@@ -1,0 +1,123 @@
+// What the stores hold: level over time, how often they are empty or full, and each day as a stripe.
+import { choice, figure, make, named, svg, table } from "./dom.js";
+import { colour, drawn, hinted } from "./chart.js";
+import { data, unpacked } from "./data.js";
+import { dayOf, longDay, monthOfDay, shortMonths, firstDayOf, yearOfMonth } from "./days.js";
+import { canDraw, lines } from "./lines.js";
+import { amount, exact, hides, largestOf, percent, unitFor } from "./units.js";
+
+const kShown = 12;
+
+const days = store => store.decoded ??= unpacked(store.days);
+const top = store => store.capacity || largestOf(days(store)) || 1;
+
+function spark(store) {
+  const values = days(store), width = 120, height = 24, buckets = Math.min(width, values.length);
+  let path = "";
+  for (let i = 0; i < buckets; ++i) {
+    const some = values.slice(Math.floor(i * values.length / buckets), Math.floor((i + 1) * values.length / buckets))
+      .filter(value => value !== null);
+    if (!some.length) continue;
+    const mean = some.reduce((sum, value) => sum + value, 0) / some.length;
+    path += `${path ? "L" : "M"}${(i * width / buckets).toFixed(1)},${(height - 2 - (height - 4) * mean / top(store)).toFixed(1)}`;
+  }
+  return svg("svg", { width, height, "aria-hidden": "true", class: "spark" }, svg("path", { d: path || "M0,0" }));
+}
+
+function storeTable(stores) {
+  const amountCell = (value, unit) => value === undefined ? "–" : make("span", { textContent: amount(value, unit), title: hides(value, unit) });
+  return table("Stores", [{ title: "store" }, { title: "group" }, { title: "capacity", number: true }, { title: "days empty", number: true },
+    { title: "days full", number: true }, { title: "level over time" }], stores.map(store =>
+    [named(store.name), named(store.group ?? ""), amountCell(store.capacity, store.unit), percent(store.empty_share),
+     percent(store.full_share), store.days ? spark(store) : ""]));
+}
+
+const rgb = text => text.match(/[0-9a-f]{2}/gi).map(part => parseInt(part, 16));
+
+// One row of pixels a year; the browser stretches them without blurring. Leap days keep their place: a row has 366.
+function strips(store, host) {
+  const values = days(store), first = dayOf(data.series?.first ?? data.start), step = data.series?.step_days ?? data.days_per_step ?? 1;
+  const years = [...new Set([yearOfMonth(monthOfDay(first)), ...values.map((_, i) => yearOfMonth(monthOfDay(first + i * step)))])];
+  const pale = rgb(colour("--pale")), deep = rgb(colour("--blue")), empty = rgb(colour("--vermillion"));
+  const emptyBelow = store.empty_below ?? 0, full = top(store);
+  const rows = new Map(years.map(year => [year, make("canvas", { width: 366, height: 1 })]));
+  const images = new Map([...rows].map(([year, canvas]) => [year, canvas.getContext("2d").createImageData(366, 1)]));
+  const placeOf = day => {
+    const year = yearOfMonth(monthOfDay(day)), start = firstDayOf(year * 12);
+    const leap = firstDayOf(year * 12 + 12) - start === 366, at = day - start;
+    return [year, at + (!leap && at >= 59 ? 1 : 0)];
+  };
+  values.forEach((value, i) => {
+    if (value === null) return;
+    const share = Math.max(0, Math.min(1, value / full));
+    const tint = value <= emptyBelow ? empty : pale.map((low, part) => Math.round(low + (deep[part] - low) * share));
+    for (let more = 0; more < step; ++more) {
+      const [year, at] = placeOf(first + i * step + more);
+      const image = images.get(year);
+      if (image) image.data.set([...tint, 255], 4 * at);
+    }
+  });
+  for (const [year, canvas] of rows) canvas.getContext("2d").putImageData(images.get(year), 0, 0);
+  const saidAt = (year, event, canvas) => {
+    const box = canvas.getBoundingClientRect();
+    const at = Math.floor((event.clientX - box.left) / box.width * 366);
+    const start = firstDayOf(year * 12), leap = firstDayOf(year * 12 + 12) - start === 366;
+    if (!leap && at === 59) return null;
+    const day = start + at - (!leap && at > 59 ? 1 : 0);
+    const value = values[Math.floor((day - first) / step)];
+    return value === undefined || value === null ? null : [longDay(day), exact(value, store.unit), store.capacity ? `${percent(value / store.capacity)} full` : ""];
+  };
+  host.replaceChildren(...years.flatMap(year => [make("span", { className: "year", textContent: String(year) }),
+    hinted(rows.get(year), event => saidAt(year, event, rows.get(year)))]), make("span", {}),
+    make("div", { className: "of-months" }, ...shortMonths.map(name => make("span", { textContent: name }))));
+}
+
+function level(store, host, width) {
+  host.replaceChildren();
+  const values = days(store), chosen = unitFor(store.unit, Math.max(top(store), largestOf(values)));
+  const first = dayOf(data.series?.first ?? data.start), step = data.series?.step_days ?? data.days_per_step ?? 1;
+  const x = values.map((_, i) => (first + i * step) * 86400);
+  const series = [{ label: store.name, values: values.map(value => value === null ? null : value / chosen.factor), colour: "--blue", fill: true }];
+  if (store.capacity) series.push({ label: "capacity", values: x.map(() => store.capacity / chosen.factor), colour: "--soft", dash: [4, 4], width: 1 });
+  lines(host, { width, height: 220, x, series, yLabel: `level [${chosen.unit}]` });
+}
+
+export function storeSection({ stores }) {
+  const list = stores?.list ?? [];
+  if (!list.length) return null;
+  const body = [storeTable(list)];
+  if (stores.more) body.push(make("p", { className: "note", textContent: `The ${list.length} largest stores; ${stores.more} more are in the results.` }));
+  const shown = list.filter(store => store.days).slice(0, kShown);
+  const section = { id: "stores", title: list.length === 1 ? "The store" : "Stores", body,
+    note: "How full each is over time, and on which share of the days it is empty or full." };
+  if (!shown.length) return section;
+  let store = shown[0];
+  const chart = make("div", { className: "chart", role: "img" }), stripes = make("div", { className: "strips", role: "img" });
+  const caption = make("span", { className: "caption" });
+  const redraws = [];
+  const name = () => {
+    caption.textContent = `${store.name}, day by day`;
+    chart.setAttribute("aria-label", `Level of ${store.name} over time.`);
+    stripes.setAttribute("aria-label", `Each day of ${store.name} as a stripe, from empty to full.`);
+    plot.querySelector("figcaption").textContent = `Level of ${store.name} over time.`;
+  };
+  const plot = figure("", chart);
+  if (shown.length > 1) {
+    body.push(make("div", { className: "controls" }, choice("Show", shown.map((one, i) => [String(i), one.name]), "0", at => {
+      store = shown[Number(at)];
+      name();
+      redraws.forEach(redraw => redraw());
+    })));
+  }
+  if (canDraw()) body.push(plot);
+  body.push(make("h3", {}, caption), make("p", { className: "note key" }, "Each day is a stripe, from ", make("i", { className: "pale" }), " nearly empty to ",
+    make("i", { className: "deep" }), " full; ", make("i", { className: "none" }), " days are empty."),
+  figure("Each day as a stripe: the darker, the fuller; days without water stand out.", stripes));
+  name();
+  section.ready = () => {
+    if (canDraw()) redraws.push(drawn(chart, width => level(store, chart, width)));
+    redraws.push(drawn(stripes, () => strips(store, stripes)));
+    redraws.forEach(redraw => redraw());
+  };
+  return section;
+}
