@@ -19,6 +19,7 @@ struct RunOptions {
     std::string record = "all";  // or none, or a list of outputs
     bool quiet = false;          // errors only
     bool json = false;           // the summary as JSON
+    bool full = false;           // a summary of all, instead of what fits a screen
     std::string format = "csv";  // of the results, or netcdf
     int compression = 1;         // of NetCDF, 0 to 9: more takes much time for little space
     bool balance = false;        // of the water

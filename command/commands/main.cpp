@@ -84,6 +84,7 @@ int runCommandLine(int argc, char** argv) {
         ->needs(statesFrom);
     runCommand->add_flag("-q,--quiet", run.quiet, "Print errors only");
     runCommand->add_flag("--json", run.json, "Print the summary as JSON");
+    runCommand->add_flag("--full", run.full, "Print all flows, figures and potentials, not only what fits a screen");
     addReadOptions(*runCommand, run.read);
 
     kesto::CheckOptions check;

@@ -260,12 +260,11 @@ class Run {
         if (options_.json) {
             out << summaryJson(results, evaluation, files, &costs_);
         } else if (!options_.quiet) {
-            out << summaryOf(results, evaluation);
-            if (!files.empty()) out << "\nResults\n";
-            for (const WrittenFile& file : files) {
-                out << "  " << joined(options_.output, file.name) << '\n';
+            out << summaryOf(results, evaluation, options_.full ? Detail::full : Detail::brief);
+            if (!files.empty()) {
+                out << fmt::format("\nResults     {}, {} and {} other files\n", options_.output, kSummaryFile,
+                                   files.size());
             }
-            if (!files.empty()) out << "  " << joined(options_.output, kSummaryFile) << '\n';
         }
     }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "balance.h"
+#include "shown_unit.h"
 
 namespace kesto {
 
@@ -58,7 +59,7 @@ struct Account {
 Account accountOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Balance& balance);
 
 // A table for people; a CSV file; its name is returned.
-std::string toText(const Account& account);
+std::string toText(const Account& account, Detail detail);
 std::string writeAccountCsv(const Account& account, const std::string& folder);
 
 }  // namespace kesto

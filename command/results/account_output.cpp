@@ -7,6 +7,7 @@
 #include "account.h"
 #include "csv_file.h"
 #include "diagnostics.h"
+#include "display.h"
 #include "files.h"
 
 namespace kesto {
@@ -14,7 +15,7 @@ namespace kesto {
 namespace {
 
 constexpr std::size_t kNamesShown = 3;
-constexpr std::size_t kLinesShown = 10;
+constexpr std::size_t kNamesInBrief = 1;
 constexpr double kLeastRounding = 0.05;  // what one decimal shows
 
 using Entries = std::vector<const AccountEntry*>;
@@ -25,11 +26,6 @@ bool isListed(AccountKind kind) {
            kind == AccountKind::created || kind == AccountKind::destroyed || kind == AccountKind::unexplained;
 }
 
-std::string line(std::string_view heading, double litres, std::string_view who) {
-    const std::string amount = std::isnan(litres) ? "not a number" : fmt::format("{:.1f}", litres);
-    return fmt::format("       {:<14} {:>16}{}{}\n", heading, amount, who.empty() ? "" : "  ", who);
-}
-
 std::string described(const Account& account, const AccountEntry& entry) {
     std::string text(account.nameOf(entry));
     if (!entry.reason.empty()) {
@@ -38,57 +34,88 @@ std::string described(const Account& account, const AccountEntry& entry) {
     return text;
 }
 
-std::string namesOf(const Account& account, const Entries& entries) {
-    std::string text;
-    for (std::size_t i = 0; i < std::min(entries.size(), kNamesShown); ++i) {
-        text += (i == 0 ? "" : ", ") + std::string(account.nameOf(*entries[i]));
-    }
-    if (entries.size() > kNamesShown) text += fmt::format(" and {} more", entries.size() - kNamesShown);
-    return text;
-}
+// The account as lines: in full one for each component that matters by itself, else one for each kind.
+class Lines {
+  public:
+    Lines(const Account& account, Detail detail)
+        : account_(account), detail_(detail), unit_(shownUnit("L", largestOf(account))) {}
 
-// The largest first.
-std::string linesOf(const Account& account, AccountKind kind, Entries entries) {
-    const auto size = [](const AccountEntry* entry) {
-        return std::isnan(entry->litres) ? std::numeric_limits<double>::infinity() : entry->litres;
-    };
-    std::stable_sort(entries.begin(), entries.end(),
-                     [&](const AccountEntry* a, const AccountEntry* b) { return size(a) > size(b); });
-    double sum = 0;
-    for (const AccountEntry* entry : entries) {
-        sum += entry->litres;
+    std::string text() const {
+        return fmt::format("\nWater of the network [{}]\n", unit_.unit) + sideOf(true) + sideOf(false);
     }
-    const std::string_view heading = info(kind).heading;
-    if (!isListed(kind)) return line(heading, sum, namesOf(account, entries));
-    std::string text;
-    double shown = 0;
-    for (std::size_t i = 0; i < std::min(entries.size(), kLinesShown); ++i) {
-        text += line(i == 0 ? heading : "", entries[i]->litres, described(account, *entries[i]));
-        shown += entries[i]->litres;
-    }
-    if (entries.size() > kLinesShown) {
-        text += line("", sum - shown, fmt::format("{} more components", entries.size() - kLinesShown));
-    }
-    return text;
-}
 
-std::string sideOf(const Account& account, bool isIn) {
-    std::string text;
-    for (std::size_t i = 0; i < kAccountKinds; ++i) {
-        const auto kind = static_cast<AccountKind>(i);
-        Entries entries;
+  private:
+    static double largestOf(const Account& account) {
+        double largest = 0;
         for (const AccountEntry& entry : account.entries) {
-            if (entry.isIn == isIn && entry.kind == kind) entries.push_back(&entry);
+            if (std::isfinite(entry.litres)) largest = std::max(largest, std::abs(entry.litres));
         }
-        const bool isTiny = kind == AccountKind::rounding && account.total(isIn, kind) < kLeastRounding;
-        if (!entries.empty() && !isTiny) text += linesOf(account, kind, entries);
+        return largest;
     }
-    text += line("total", account.total(isIn), "");
-    return text.replace(2, 3, isIn ? "in " : "out");
-}
+
+    std::string line(std::string_view heading, double litres, std::string_view who) const {
+        const std::string amount = std::isnan(litres) ? "not a number" : shownNumber(litres, unit_);
+        return fmt::format("       {:<14} {:>16}{}{}\n", heading, amount, who.empty() ? "" : "  ", who);
+    }
+
+    std::string namesOf(const Entries& entries) const {
+        std::string text;
+        const std::size_t most = detail_ == Detail::full ? kNamesShown : kNamesInBrief;
+        for (std::size_t i = 0; i < std::min(entries.size(), most); ++i) {
+            text += (i == 0 ? "" : ", ") + shownName(account_.nameOf(*entries[i]), detail_);
+        }
+        if (entries.size() > most) text += fmt::format(" and {} more", withThousands(entries.size() - most));
+        return text;
+    }
+
+    // The largest first.
+    std::string linesOf(AccountKind kind, Entries entries) const {
+        const auto size = [](const AccountEntry* entry) {
+            return std::isnan(entry->litres) ? std::numeric_limits<double>::infinity() : entry->litres;
+        };
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const AccountEntry* a, const AccountEntry* b) { return size(a) > size(b); });
+        double sum = 0;
+        for (const AccountEntry* entry : entries) {
+            sum += entry->litres;
+        }
+        const std::string_view heading = info(kind).heading;
+        if (detail_ == Detail::brief || !isListed(kind)) return line(heading, sum, namesOf(entries));
+        std::string text;
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            text += line(i == 0 ? heading : "", entries[i]->litres, described(account_, *entries[i]));
+        }
+        return text;
+    }
+
+    std::string sideOf(bool isIn) const {
+        std::string text;
+        for (std::size_t i = 0; i < kAccountKinds; ++i) {
+            const auto kind = static_cast<AccountKind>(i);
+            Entries entries;
+            for (const AccountEntry& entry : account_.entries) {
+                if (entry.isIn == isIn && entry.kind == kind) entries.push_back(&entry);
+            }
+            const double total = account_.total(isIn, kind);
+            const bool isTiny = kind == AccountKind::rounding && total * unit_.factor < kLeastRounding;
+            if (!entries.empty() && !isTiny) text += linesOf(kind, entries);
+        }
+        text += line("total", account_.total(isIn), "");
+        return text.replace(2, 3, isIn ? "in " : "out");
+    }
+
+    const Account& account_;
+    Detail detail_;
+    ShownUnit unit_;
+};
 
 // Why parts of the network are not in the account, with all components that have the same reason.
-std::string gapsOf(const Account& account) {
+std::string gapsOf(const Account& account, Detail detail) {
+    if (detail == Detail::brief && !account.notRecorded.empty()) {
+        const std::size_t count = account.notRecorded.size();
+        return fmt::format("  not in it: {} component{}; --full says why\n", withThousands(count),
+                           count == 1 ? "" : "s");
+    }
     std::vector<std::pair<std::string, std::vector<std::string_view>>> reasons;
     for (const auto& [component, reason] : account.notRecorded) {
         const std::string_view name = account.model->components[at(component)].name;
@@ -109,11 +136,10 @@ std::string gapsOf(const Account& account) {
 
 }  // namespace
 
-std::string toText(const Account& account) {
+std::string toText(const Account& account, Detail detail) {
     if (account.entries.empty() && account.notRecorded.empty()) return {};
-    std::string text = "\nWater of the network [L]\n";
-    if (!account.entries.empty()) text += sideOf(account, true) + sideOf(account, false);
-    return text + gapsOf(account);
+    const std::string lines = account.entries.empty() ? "\nWater of the network\n" : Lines(account, detail).text();
+    return lines + gapsOf(account, detail);
 }
 
 std::string writeAccountCsv(const Account& account, const std::string& folder) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "shown_unit.h"
 #include "water_paths.h"
 
 namespace kesto {
@@ -61,7 +62,7 @@ Balance balanceOf(const Recorded& recorded, const Outlets& outlets, const Multip
                   const ComponentSums& sums, const WaterPaths& paths);
 
 // A table for people; a CSV file; its name is returned.
-std::string toText(const Balance& balance);
+std::string toText(const Balance& balance, Detail detail);
 std::string writeBalanceCsv(const Balance& balance, const std::string& folder);
 
 }  // namespace kesto

@@ -31,8 +31,8 @@ struct Figures {
 Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account,
                   const Money& money, const NetworkCosts* baseline);
 
-// What stores and sources served, for people; a CSV file; its name is returned.
-std::string toText(const Figures& figures);
+// What stores and sources served, and what it costs, for people; a CSV file; its name is returned.
+std::string toText(const Figures& figures, Detail detail);
 std::string writeFiguresCsv(const Figures& figures, const std::string& folder);
 
 }  // namespace kesto

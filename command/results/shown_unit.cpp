@@ -5,20 +5,56 @@
 #include <algorithm>
 #include <cmath>
 
+#include "display.h"
+
 namespace kesto {
 
+namespace {
+
+struct Scale {
+    std::string_view unit;
+    double from;  // on the scale of the engine's unit
+    std::string_view shown;
+    double factor;
+};
+constexpr Scale kScales[] = {{"L", 1e11, "GL", 1e-9},   {"L", 1e8, "ML", 1e-6},    {"L", 1e4, "m3", 1e-3},
+                             {"kWh", 1e8, "GWh", 1e-6}, {"kWh", 1e5, "MWh", 1e-3}, {"-", 0, "%", 100}};
+
+constexpr std::size_t kNameInBrief = 32;
+
+int decimalsOf(std::string_view unit, double largest) {
+    if (unit == "d") return 0;
+    if (unit.ends_with("/m3")) return 2;
+    return largest > 0 && largest < 1 ? 3 : 1;
+}
+
+}  // namespace
+
 ShownUnit shownUnit(std::string_view unit, double largest) {
-    if (unit == "L") {
-        if (largest >= 1e8) return {"ML", 1e-6};
-        if (largest >= 1e4) return {"m3", 1e-3};
+    for (const Scale& scale : kScales) {
+        if (unit == scale.unit && largest >= scale.from) return {scale.shown, scale.factor};
     }
-    if (unit == "kWh" && largest >= 1e5) return {"MWh", 1e-3};
-    if (unit == "-") return {"%", 100};
-    return {unit, 1, unit == "d" ? 0 : 1};
+    return {unit, 1, decimalsOf(unit, largest)};
+}
+
+std::string shown(double value, std::string_view unit) {
+    if (std::isnan(value)) return "not a number";
+    if (value == 0) return fmt::format("0 {}", unit);
+    const double size = std::abs(value);
+    if (size < 0.001 || size >= 1e15) return fmt::format("{:.4g} {}", value, unit);
+    const ShownUnit best = shownUnit(unit, size);
+    return fmt::format("{} {}", shownNumber(value, best), best.unit);
+}
+
+std::string shownName(std::string_view name, Detail detail) {
+    return detail == Detail::brief ? shortened(name, kNameInBrief) : std::string(name);
 }
 
 std::string shownNumber(double value, const ShownUnit& shown) {
-    return std::isnan(value) ? "-" : fmt::format("{:.{}f}", value * shown.factor, shown.decimals);
+    if (std::isnan(value)) return "-";
+    const std::string text = fmt::format("{:.{}f}", value * shown.factor, shown.decimals);
+    const bool isZero = text.find_first_not_of("-0.") == std::string::npos;
+    return isZero && text.starts_with('-') ? text.substr(1) : text;
 }
 
 std::string alignedRows(const std::vector<std::vector<std::string>>& rows) {

@@ -8,7 +8,8 @@
 
 namespace kesto {
 
-std::string summaryOf(const Results& results, const Evaluation& evaluation);
+// In brief it fits a screen, whatever the size of the network.
+std::string summaryOf(const Results& results, const Evaluation& evaluation, Detail detail);
 
 // What went wrong, when, and in which component; empty when nothing did.
 std::string failureOf(const Results& results);

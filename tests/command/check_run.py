@@ -141,6 +141,68 @@ class Run(unittest.TestCase):
         self.assertAlmostEqual(summary["tanks"][0]["demand"], 3.5, places=5)
         self.assertEqual(self.kesto("run", "model.toml", "-q").stdout, "")
 
+    def test_the_summary_fits_a_screen(self):
+        street = "".join(f'''
+[groups.house{i}]
+occupancy = 2
+uses = {{ 1 = 5 }}
+[[components]]
+name = "toilet{i}"
+type = "appliance"
+kind = 1
+group = "house{i}"
+brand = "toilet"
+[[components]]
+name = "tank{i}"
+type = "tank"
+group = "house{i}"
+size = "2 m3"
+initial_storage = {10 * i}
+capital = 900
+[[connections]]
+from = "toilet{i}:demand"
+to = "tank{i}:demand"
+[[connections]]
+from = "rain{i}"
+to = "tank{i}:inflow"
+[[components]]
+name = "rain{i}"
+type = "demand_source"
+demand = 1
+''' for i in range(200))
+        (self.folder / "street.toml").write_text('''kesto_model = 1
+[simulation]
+start = 2012-01-01
+end = 2012-12-31
+[economics]
+water_price = 2
+horizon = 30
+[brands.toilet]
+volume_per_use = 6
+''' + street)
+        options = [f"--set=tank{i}.initial_storage={i}" for i in range(30)]
+        brief = self.kesto("run", "street.toml", "--balance", "-o", "out", *options)
+        self.assertEqual(brief.returncode, 0, brief.stderr)
+        lines = brief.stdout.splitlines()
+        table = lines.index(next(line for line in lines if line.startswith("Balance")))
+        self.assertLessEqual(table, 40, brief.stdout)
+        self.assertLessEqual(len(lines) - table, 26, brief.stdout)
+        self.assertLessEqual(max(map(len, lines[:table])), 82, brief.stdout)
+        for part in ("Set         29 more", "Served least of what was asked, of 200 stores and sources",
+                     "network.capital       money    180000.00",
+                     "The largest of 1,000 flows, total and mean of a step; --full shows all",
+                     "Results     out, summary.json and 7 other files"):
+            self.assertIn(part, brief.stdout)
+        account = {row["kind"]: 0 for row in json.loads((self.folder / "out/summary.json").read_text())["account"]}
+        for row in json.loads((self.folder / "out/summary.json").read_text())["account"]:
+            account[row["kind"]] += row["litres"]
+        self.assertIn(f"mains                  {account['mains'] / 1000:>8.1f}  tank0 and 199 more", brief.stdout)
+        full = self.kesto("run", "street.toml", "--full", *options).stdout
+        for i in range(200):
+            for name in (f"toilet{i}:demand", f"tank{i}:overflow", f"tank{i}.capital"):
+                self.assertIn(f"  {name} ", full)
+        self.assertIn("Set         tank29.initial_storage=29", full)
+
     def test_a_new_model_runs_without_a_warning(self):
         self.assertEqual(self.kesto("new", "first").returncode, 0)
         done = self.kesto("run", "first/model.toml")
