@@ -109,7 +109,7 @@ int runCommandLine(int argc, char** argv) {
     figuresCommand->add_flag("--json", figures.json, "Print them as JSON");
 
     kesto::NewOptions create;
-    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model to start from");
+    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model to start from, and its schema for editors");
     newCommand->add_option("folder", create.folder, "Folder; created when it does not exist")->required();
 
     kesto::DrawOptions draw;

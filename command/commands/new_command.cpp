@@ -8,13 +8,17 @@
 #include "commands.h"
 #include "display.h"
 #include "files.h"
+#include "schema.h"
 
 namespace kesto {
 
 namespace {
 
+// By the first line, editors find the schema beside the model.
+constexpr const char* kSchema = "kesto-schema.json";
 constexpr const char* kModel =
-    R"(# A roof that feeds a tank that flushes a toilet. Run it with: kesto run model.toml -o results
+    R"(#:schema ./kesto-schema.json
+# A roof that feeds a tank that flushes a toilet. Run it with: kesto run model.toml -o results
 
 kesto_model = 1                  # version of this format
 title = "A first model"
@@ -104,7 +108,8 @@ std::string weather() {
 
 int newCommand(const NewOptions& options) {
     const std::string model = joined(options.folder, "model.toml"), data = joined(options.folder, "weather.csv");
-    for (const std::string& path : {model, data}) {
+    const std::string schema = joined(options.folder, kSchema);
+    for (const std::string& path : {model, data, schema}) {
         if (!std::filesystem::exists(path)) continue;
         std::cerr << fmt::format("kesto new: error: {} is there already\n", printable(path));
         return kBadModel;
@@ -112,6 +117,7 @@ int newCommand(const NewOptions& options) {
     makeFolder(options.folder);
     replaceFile(model, kModel);
     replaceFile(data, weather());
+    replaceFile(schema, modelSchema());
     std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", model, model,
                              joined(options.folder, "results"));
     return kGood;

@@ -118,6 +118,20 @@ Json reference(std::string_view name) {
     return {{"$ref", fmt::format("#/$defs/{}", name)}};
 }
 
+// The keys of all types, by which editors complete before a type is chosen; each type refuses those of others.
+Json keysOfAll() {
+    Json keys = Json::object();
+    for (const Type& type : allTypes()) {
+        const Json ofType = component(type);
+        for (const auto& [key, value] : ofType.at("properties").items()) {
+            if (keys.contains(key)) continue;
+            keys[key] = Json::object();
+            if (value.contains("description")) keys[key]["description"] = value.at("description");
+        }
+    }
+    return keys;
+}
+
 // One of the types, by its name; then what that type can have.
 Json anyComponent() {
     Json names = Json::array();
@@ -133,9 +147,11 @@ Json anyComponent() {
             {{"if", {{"required", {"type"}}, {"properties", {{"type", {{"enum", {type.name, type.tag}}}}}}}},
              {"then", {{"required", {"kind"}}}}});
     }
+    Json keys = keysOfAll();
+    keys["type"] = {{"enum", std::move(names)}};
     return {{"type", "object"},
             {"required", {"name", "type"}},
-            {"properties", {{"type", {{"enum", std::move(names)}}}}},
+            {"properties", std::move(keys)},
             {"allOf", std::move(cases)}};
 }
 

@@ -56,7 +56,8 @@ Json closedTable(Json properties) {
 }
 
 Json oneOrMany(const Json& item) {
-    return {{"type", {"array", "object"}}, {"if", {{"type", "array"}}}, {"then", {{"items", item}}}, {"else", item}};
+    // Editors find the keys of an item under "items", not within a condition.
+    return {{"type", {"array", "object"}}, {"items", item}, {"if", {{"type", "object"}}}, {"then", item}};
 }
 
 std::string sourceName(std::string_view unit) {
