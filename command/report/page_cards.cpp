@@ -66,7 +66,8 @@ class Cards {
                  {"value", *use / days / *persons},
                  {"unit", "L per person and day"},
                  {"digits", 1},
-                 {"note", fmt::format("{:.0f} L a day for {:.10g} persons", *use / days, *persons)}});
+                 {"note",
+                  fmt::format("{:.0f} L a day for {:.{}f} persons", *use / days, *persons, *persons < 100 ? 2 : 0)}});
         } else {
             add({{"id", "use"}, {"label", "Water use"}, {"value", perYear(*use)}, {"unit", "L"}, {"note", "a year"}});
         }
@@ -101,9 +102,8 @@ class Cards {
                   {"value", 100 * served / demand},
                   {"unit", "% of the demand"},
                   {"digits", 1}};
-        if (const double asked = service->value("days_asked", 0.0); asked > 0) {
-            card["note"] =
-                fmt::format("in full on {:.1f} % of the days", 100 * service->value("days_in_full", 0.0) / asked);
+        if (service->contains("days_in_full")) {
+            card["note"] = fmt::format("in full on {:.1f} % of the days", 100 * service->value("days_in_full", 0.0));
         }
         add(std::move(card));
     }

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base64.h"
+#include "files.h"
 #include "page_parts.h"
 
 namespace kesto {
@@ -88,6 +89,13 @@ void addRows(const Json& summary, const char* key, const Matters& matters, Json&
     if (more > 0) page[std::string("more_") + key] = more;
 }
 
+// What the run has left about the whole of it; empty: an earlier version did not.
+Json overviewIn(const PageSource& source) {
+    constexpr std::size_t kLargest = 50'000'000;  // many times what a run writes
+    if (!find(source.stored.files, kOverviewFile)) return Json::object();
+    return Json::parse(readFile(joined(source.folder, kOverviewFile), kLargest));
+}
+
 Json madeOf(const Json& summary) {
     Json made{{"version", summary.value("version", KESTO_VERSION)}, {"model", textOf(summary, "model")}};
     if (summary.contains("model_sha256")) made["model_sha256"] = summary["model_sha256"];
@@ -131,7 +139,7 @@ std::string packed(std::span<const std::int32_t> values) {
 
 Json pageData(const PageSource& source) {
     const Json summary = Json::parse(source.stored.summary);
-    const Json overview;
+    const Json overview = overviewIn(source);
     Json page;
     addHead(summary, page);
     addWarnings(summary, page);
@@ -141,7 +149,7 @@ Json pageData(const PageSource& source) {
         if (overview.contains(key)) page[key] = overview[key];
     }
     if (source.model) page["network"] = networkOf(source, summary);
-    if (Json series = seriesOf(source, summary, overview); !series.empty()) page["series"] = std::move(series);
+    addSeries(source, summary, overview, page);
     if (Json account = accountOf(summary); !account.empty()) page["account"] = std::move(account);
     addRows(
         summary, "balance", [](const Json&) { return true; }, page);

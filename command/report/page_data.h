@@ -20,7 +20,7 @@ struct PageSource {
     SeriesValues* series = nullptr;  // of the model
     bool isDrawn = false;            // a picture of the network stands in the page
     const std::vector<std::string>& changes;
-    const std::string shown = {};  // series to show by day, as after --series; empty: those that matter
+    std::vector<std::string> shown = {};  // series to show by day, as after --series; empty: those that matter
 };
 
 nlohmann::ordered_json pageData(const PageSource& source);

@@ -5,7 +5,7 @@
 #include <map>
 
 #include "carriers.h"
-#include "catalogue_tables.h"
+#include "fields.h"
 #include "multiplicity.h"
 #include "page_parts.h"
 
@@ -14,30 +14,6 @@ namespace kesto {
 namespace {
 
 constexpr std::size_t kListed = 300;  // connections of larger networks are packed
-
-struct Family {
-    std::string_view name;
-    std::vector<Type> (*types)();
-};
-constexpr std::array<Family, 9> kFamilies{{{"users", tables::users},
-                                           {"surfaces", tables::surfaces},
-                                           {"stores", tables::stores},
-                                           {"treatment", tables::treatment},
-                                           {"supply", tables::supply},
-                                           {"links", tables::links},
-                                           {"routing", tables::routing},
-                                           {"quality", tables::qualityUnits},
-                                           {"energy", tables::energyUnits}}};
-
-std::map<std::string_view, std::string_view> familiesByType() {
-    std::map<std::string_view, std::string_view> families;
-    for (const Family& family : kFamilies) {
-        for (const Type& type : family.types()) {
-            families[type.name] = family.name;
-        }
-    }
-    return families;
-}
 
 std::string shown(double value) {
     return fmt::format("{:.6g}", value);
@@ -71,13 +47,12 @@ class NetworkData {
 
   private:
     Json types() {
-        const auto families = familiesByType();
         Json types = Json::array();
         for (const Component& component : model_.components) {
             const Type& type = *component.type;
             if (!typeIndex_.emplace(type.name, static_cast<int>(types.size())).second) continue;
             types.push_back({{"name", type.name},
-                             {"family", families.at(type.name)},
+                             {"family", toText(fieldOf(type))},
                              {"in", portNames(type.in)},
                              {"out", portNames(type.out)}});
         }

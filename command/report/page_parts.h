@@ -20,8 +20,8 @@ Json cardsOf(const Json& summary, const Json& overview);
 // Components, connections and groups of the model.
 Json networkOf(const PageSource& source, const Json& summary);
 
-// Sums of groups and types by month, and the series that are shown by day.
-Json seriesOf(const PageSource& source, const Json& summary, const Json& overview);
+// Sums of groups and types by month, the series that are shown by day, and the level of each store that the page has.
+void addSeries(const PageSource& source, const Json& summary, const Json& overview, Json& page);
 
 // Little-endian floats as base64: exact, and a third of the text. What is no finite number is a gap.
 std::string packed(const std::vector<float>& values);

@@ -28,24 +28,6 @@ constexpr std::array<AccountKindInfo, kAccountKinds> kKindTable{{
     {"rounding", "rounding", true, true},
 }};
 
-AccountKind kindOf(Border border) {
-    switch (border) {
-        case Border::mains:
-            return AccountKind::mains;
-        case Border::source:
-            return AccountKind::drawn;
-        case Border::waterBody:
-            return AccountKind::waterBody;
-        case Border::openEnd:
-            return AccountKind::openEnd;
-        case Border::use:
-            return AccountKind::used;
-        case Border::notRecorded:
-            break;
-    }
-    return AccountKind::notRecorded;
-}
-
 class Bookkeeper {
   public:
     explicit Bookkeeper(const Recorded& recorded)
@@ -116,6 +98,24 @@ void addOwn(const Recorded& recorded, const ComponentSums& sums, const WaterPath
 
 const AccountKindInfo& info(AccountKind kind) {
     return kKindTable[static_cast<std::size_t>(kind)];
+}
+
+AccountKind kindOf(Border border) {
+    switch (border) {
+        case Border::mains:
+            return AccountKind::mains;
+        case Border::source:
+            return AccountKind::drawn;
+        case Border::waterBody:
+            return AccountKind::waterBody;
+        case Border::openEnd:
+            return AccountKind::openEnd;
+        case Border::use:
+            return AccountKind::used;
+        case Border::notRecorded:
+            break;
+    }
+    return AccountKind::notRecorded;
 }
 
 std::string_view Account::nameOf(const AccountEntry& entry) const {

@@ -36,6 +36,7 @@ struct AccountKindInfo {
     bool isIn, isOut;          // on which side of the account it can stand
 };
 const AccountKindInfo& info(AccountKind kind);
+AccountKind kindOf(Border border);
 
 struct AccountEntry {
     bool isIn;

@@ -3,8 +3,9 @@
 namespace kesto {
 
 Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
-                    const NetworkCosts* baseline) {
-    const Recorded recorded(results, needs, series);
+                    const NetworkCosts* baseline, const std::vector<OutputPort>* kept) {
+    const RunMonths months(results.dayOf(0), kept ? results.steps : 0);
+    const Recorded recorded(results, needs, series, &months);
     const Outlets outlets(recorded);
     const Multiplicity multiplicity(recorded, series);
     const ComponentSums sums(recorded, outlets, multiplicity);
@@ -15,6 +16,10 @@ Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesVal
     const Money money(recorded, results, multiplicity, evaluation.account);
     evaluation.costs = money.network();
     evaluation.figures = figuresOf(recorded, sums, paths, evaluation.account, money, baseline);
+    if (kept) {
+        evaluation.overview = overviewOf(recorded, results, months, multiplicity, sums, paths, evaluation.account,
+                                         evaluation.figures, *kept);
+    }
     return evaluation;
 }
 

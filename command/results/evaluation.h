@@ -4,6 +4,7 @@
 #include "account.h"
 #include "balance.h"
 #include "figures.h"
+#include "overview.h"
 
 namespace kesto {
 
@@ -12,12 +13,14 @@ struct Evaluation {
     Figures figures;
     Balance balance;
     NetworkCosts costs;
-    bool showsBalance = false;  // in files and summaries
+    std::optional<Overview> overview;  // where it is asked for
+    bool showsBalance = false;         // in files and summaries
 };
 
 // `results` must hold what the account needs, as far as it can be recorded.
-// `baseline`: what the network costs in the run that this one is compared with; null: there is none.
+// `baseline`: what the network costs in the run that this one is compared with; null: there is none. `kept`: outputs
+// that the files hold, for the overview; null: there is none.
 Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
-                    const NetworkCosts* baseline = nullptr);
+                    const NetworkCosts* baseline = nullptr, const std::vector<OutputPort>* kept = nullptr);
 
 }  // namespace kesto

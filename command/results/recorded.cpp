@@ -40,6 +40,15 @@ Sum sumOf(const Signal* signals, std::size_t steps) {
     return sum;
 }
 
+double totalOf(const Signal* signals, std::size_t steps) {
+    constexpr std::size_t kLanes = 4;
+    std::array<double, kLanes> lanes{};
+    for (std::size_t step = 0; step < steps; ++step) {
+        lanes[step % kLanes] += amount(signals[step]);
+    }
+    return lanes[0] + lanes[1] + lanes[2] + lanes[3];
+}
+
 bool readsInsolation(const Type& type) {
     return std::any_of(type.series.begin(), type.series.end(),
                        [](const SeriesNeed& need) { return need.kind == SeriesKind::temperatureMin; });
@@ -64,18 +73,23 @@ std::vector<double> insolationOf(const Model& model) {
 
 }  // namespace
 
-Recorded::Recorded(const Results& results, const AccountNeeds& needs, SeriesValues& series)
+Recorded::Recorded(const Results& results, const AccountNeeds& needs, SeriesValues& series, const RunMonths* months)
     : NetworkView(*results.model),
       results_(results),
       needs_(needs),
       series_(series),
       storages_(static_cast<std::size_t>(components()), nullptr),
-      insolation_(insolationOf(model())) {
+      insolation_(insolationOf(model())),
+      months_(months ? months->count() : 0) {
     for (const State& state : results.states) {
         if (state.kind == SeriesKind::storage) storages_[at(model().findComponent(state.name))] = state.values;
     }
+    byMonth_.reserve(months_ * results.flows.size());
     for (const Flow& flow : results.flows) {
         sums_.push_back(sumOf(flow.signals, steps()));
+        for (std::size_t month = 0; month < months_; ++month) {  // while the signals are in the cache
+            byMonth_.push_back(totalOf(flow.signals + months->begin(month), months->days(month)));
+        }
     }
     for (const Group& group : model().groups) {
         Sum sum;
@@ -98,6 +112,12 @@ const Signal* Recorded::signals(int index, int port) const {
 Sum Recorded::sum(int index, int port) const {
     const Flow* flow = results_.find({index, port});
     return flow ? sums_[static_cast<std::size_t>(flow - results_.flows.data())] : Sum{};
+}
+
+std::span<const double> Recorded::byMonth(int index, int port) const {
+    const Flow* flow = results_.find({index, port});
+    if (!flow) return {};
+    return std::span(byMonth_).subspan(static_cast<std::size_t>(flow - results_.flows.data()) * months_, months_);
 }
 
 std::string Recorded::whyMissing(int index, int port) const {

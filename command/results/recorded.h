@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "account_needs.h"
 #include "network_view.h"
 #include "results.h"
+#include "run_months.h"
 #include "series.h"
 
 namespace kesto {
@@ -25,7 +27,9 @@ struct Sum {
 
 class Recorded : public NetworkView {
   public:
-    Recorded(const Results& results, const AccountNeeds& needs, SeriesValues& series);
+    // `months` of the run by which flows are summed up, too; null: none. They must outlive this.
+    Recorded(const Results& results, const AccountNeeds& needs, SeriesValues& series,
+             const RunMonths* months = nullptr);
 
     SeriesValues& series() const { return series_; }
     std::size_t steps() const { return results_.steps; }
@@ -35,6 +39,9 @@ class Recorded : public NetworkView {
     // Of an output, counted from 1; 0: what a recorder received. Null, or a sum of nothing: not recorded.
     const Signal* signals(int index, int port) const;
     Sum sum(int index, int port) const;
+
+    // Of each month, where those were asked for; nothing: not recorded.
+    std::span<const double> byMonth(int index, int port) const;
 
     // Why an output that is needed was not recorded; empty: it was, or is not needed.
     std::string whyMissing(int index, int port) const;
@@ -58,6 +65,8 @@ class Recorded : public NetworkView {
     std::vector<Sum> sums_;   // as the flows of the results
     std::vector<Sum> rains_;  // of groups
     std::vector<double> insolation_;
+    std::size_t months_;
+    std::vector<double> byMonth_;  // of each flow one month after the other
 };
 
 }  // namespace kesto

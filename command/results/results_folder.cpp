@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 // What a run may write besides the summary; which of it, the results say.
 std::vector<std::string> possibleNames(const ResultsFormat& format) {
-    std::vector<std::string> names{std::string(kSummaryFile), std::string(kStoppedFile)};
+    std::vector<std::string> names{std::string(kSummaryFile), std::string(kStoppedFile), std::string(kOverviewFile)};
     if (format.name == "netcdf") {
         names.emplace_back("results.nc");
         return names;
@@ -96,6 +96,7 @@ std::vector<WrittenFile> ResultsFolder::stage(const Results& results, const Eval
         paths.push_back(writeFiguresCsv(evaluation.figures, folder));
         if (format_.hasBalance) paths.push_back(writeBalanceCsv(evaluation.balance, folder));
     }
+    if (evaluation.overview) paths.push_back(writeOverview(*evaluation.overview, folder));
     if (results.run.outcome != Outcome::finished) {
         paths.push_back(joined(folder, kStoppedFile));
         writeFile(paths.back(),

@@ -19,6 +19,7 @@ struct WrittenFile {
 
 inline constexpr std::size_t kLargestSummary = 1'000'000'000;  // bytes
 inline constexpr std::string_view kSummaryFile = "summary.json";
+inline constexpr std::string_view kOverviewFile = "overview.json";
 inline constexpr std::string_view kStoppedFile = "STOPPED.txt";
 
 // What the summary tells of the files beside it: rows with `file`, `bytes` and `sha256`.

@@ -27,7 +27,7 @@ KILLS = 200 if LONG else 40
 # Bringing files to a real disk takes most of the time, and shows nothing more.
 MEMORY = "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
 RESULTS = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv", "account.csv", "figures.csv", "balance.csv",
-           "results.nc", "summary.json"}
+           "results.nc", "overview.json", "summary.json"}
 HIDDEN = ".kesto-run"
 FORMATS = (("csv", ()), ("netcdf", ("--format", "netcdf")), ("balance", ("--balance",)))
 

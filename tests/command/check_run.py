@@ -191,7 +191,7 @@ volume_per_use = 6
         for part in ("Set         29 more", "Served least of what was asked, of 200 stores and sources",
                      "network.capital       money    180000.00",
                      "The largest of 1,000 flows, total and mean of a step; --full shows all",
-                     "Results     out, summary.json and 7 other files"):
+                     "Results     out, summary.json and 8 other files"):
             self.assertIn(part, brief.stdout)
         account = {row["kind"]: 0 for row in json.loads((self.folder / "out/summary.json").read_text())["account"]}
         for row in json.loads((self.folder / "out/summary.json").read_text())["account"]:
@@ -227,7 +227,7 @@ volume_per_use = 6
         (self.folder / "out" / "notes.txt").write_text("mine")
         self.assertEqual(self.kesto("run", "model.toml", "-q", "-o", "out", "--format", "netcdf").returncode, 0)
         self.assertEqual(sorted(path.name for path in (self.folder / "out").iterdir()),
-                         ["notes.txt", "results.nc", "summary.json"])
+                         ["notes.txt", "overview.json", "results.nc", "summary.json"])
 
     def test_a_file_that_cannot_grow_is_told(self):
         for form, file in ("csv", "flows.csv"), ("netcdf", "results.nc"):

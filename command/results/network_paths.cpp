@@ -1,0 +1,307 @@
+#include "network_paths.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <set>
+
+#include "flow_graph.h"
+#include "path_nodes.h"
+
+namespace kesto {
+
+namespace {
+
+constexpr std::size_t kMost = 8;    // nodes of a kind
+constexpr std::size_t kNamed = 4;   // places of one kind that have a node each
+constexpr double kRounding = 1e-9;  // of all water: less is not shown
+constexpr std::array<std::string_view, 5> kKinds{"source", "store", "works", "use", "sink"};
+constexpr std::array<std::string_view, 5> kOthers{"other sources", "other stores", "other works", "other uses",
+                                                  "other sinks"};
+
+// Where water crosses the border of the network, by the kinds of the account.
+struct Crossing {
+    AccountKind kind;
+    std::string_view label;  // of all places, or before the name of one
+    bool isNamed;            // few places have a node each
+};
+constexpr std::array<Crossing, 14> kCrossings{{
+    {AccountKind::rain, "Rain", true},
+    {AccountKind::drawn, "Ground and rivers", false},
+    {AccountKind::mains, "Mains", false},
+    {AccountKind::waterBody, "Water bodies", true},
+    {AccountKind::openEnd, "Open ends", true},
+    {AccountKind::used, "Used up", false},
+    {AccountKind::evaporated, "Evaporated", false},
+    {AccountKind::infiltrated, "Infiltrated", false},
+    {AccountKind::lost, "Lost", false},
+    {AccountKind::storage, "Storage", false},
+    {AccountKind::notRecorded, "Not recorded", false},
+    {AccountKind::created, "From nothing", false},
+    {AccountKind::destroyed, "Vanished", false},
+    {AccountKind::unexplained, "Unexplained", false},
+}};
+
+const Crossing& crossingOf(AccountKind kind) {
+    return *std::find_if(kCrossings.begin(), kCrossings.end(), [&](const Crossing& one) { return one.kind == kind; });
+}
+
+// The account, each entry at the node of its component.
+class Paths {
+  public:
+    Paths(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account)
+        : recorded_(recorded), sums_(sums), paths_(paths), account_(account) {}
+
+    NetworkPaths take() {
+        if (recorded_.isWhole()) {
+            of_ = nodesOf(recorded_, paths_);
+        } else {
+            of_.nodes.push_back({"the network", PathKind::works, 0, recorded_.components()});
+            of_.of.assign(static_cast<std::size_t>(recorded_.components()), 0);
+        }
+        nodes_ = of_.nodes;
+        countPlaces();
+        collect();
+        const bool isFinite =
+            std::all_of(edges_.begin(), edges_.end(), [](const Edge& edge) { return std::isfinite(edge.litres); });
+        if (!isFinite) return {};
+        return reduced();
+    }
+
+  private:
+    struct Edge {
+        int from, to;  // below 0: components, from -1 down, that are passed through
+        double litres;
+    };
+
+    void countPlaces() {
+        for (const AccountEntry& entry : account_.entries) {
+            places_[{entry.isIn, entry.kind}].insert(entry.component);
+        }
+    }
+
+    int inside(int component) const {
+        const int node = of_.of[at(component)];
+        return node == kPassed ? -1 - component : node;
+    }
+
+    int border(bool isIn, AccountKind kind, int place) {
+        const Crossing& crossing = crossingOf(kind);
+        const auto& places = places_[{isIn, kind}];
+        const bool isOne = crossing.isNamed && place != kOutside && places.size() <= kNamed;
+        std::string label(crossing.label);
+        if (isOne) {
+            const std::string& name = recorded_.component(place).name;
+            label = kind == AccountKind::rain ? "Rain on " + name : name;
+        } else if (kind == AccountKind::rain && place != kOutside && isOfSeveralTypes(places)) {
+            label = "Rain on " + pluralOf(recorded_.type(place));
+        } else if (kind == AccountKind::storage) {
+            label = isIn ? "From storage" : "Stored";
+        }
+        const auto [known, isNew] = borders_.emplace(std::pair(isIn, label), static_cast<int>(nodes_.size()));
+        if (isNew) nodes_.push_back({label, isIn ? PathKind::source : PathKind::sink, 0, 0});
+        if (place != kOutside && counted_.insert({known->second, place}).second) ++nodes_[at(known->second)].components;
+        return known->second;
+    }
+
+    bool isOfSeveralTypes(const std::set<int>& places) const {
+        return std::any_of(places.begin(), places.end(),
+                           [&](int place) { return &recorded_.type(place) != &recorded_.type(*places.begin()); });
+    }
+
+    // What comes in as less than nothing goes out, and the reverse.
+    void cross(bool isIn, AccountKind in, AccountKind out, int component, double litres, int place) {
+        if (litres == 0) return;
+        const bool comesIn = isIn == (litres > 0);
+        const int outside = border(comesIn, comesIn ? in : out, place), node = inside(component);
+        comesIn ? edges_.push_back({outside, node, std::abs(litres)})
+                : edges_.push_back({node, outside, std::abs(litres)});
+    }
+
+    void collect() {
+        for (const Movement& movement : paths_.movements()) {
+            if (movement.from != kOutside && movement.to != kOutside) {
+                edges_.push_back({inside(movement.from), inside(movement.to), movement.litres});
+            } else {
+                const bool isIn = movement.from == kOutside;
+                const AccountKind kind = kindOf(movement.border);
+                cross(isIn, kind, kind, isIn ? movement.to : movement.from, movement.litres, movement.place);
+            }
+        }
+        for (const Creation& creation : paths_.creations()) {
+            cross(true, AccountKind::created, AccountKind::destroyed, creation.component, creation.litres,
+                  creation.component);
+        }
+        for (int i = 0; i < recorded_.components(); ++i) {
+            const auto own = [&](bool isIn, AccountKind kind, Term term) {
+                cross(isIn, kind, kind, i, sums_.of(i).ofAll(term), i);
+            };
+            own(true, AccountKind::rain, Term::rain);
+            own(true, AccountKind::drawn, Term::drawn);
+            own(false, AccountKind::evaporated, Term::evaporated);
+            own(false, AccountKind::infiltrated, Term::infiltrated);
+            own(false, AccountKind::lost, Term::lost);
+            cross(false, AccountKind::storage, AccountKind::storage, i, paths_.stored(i), i);
+        }
+    }
+
+    // Components that are passed through get numbers after the nodes, and are then taken out.
+    NetworkPaths reduced() {
+        const auto fixed = static_cast<int>(nodes_.size());
+        std::map<int, int> numbers;
+        for (const Edge& edge : edges_) {
+            for (const int end : {edge.from, edge.to}) {
+                if (end < 0) numbers.emplace(end, 0);
+            }
+        }
+        std::vector<int> passed;
+        for (auto& [component, number] : numbers) {
+            number = fixed + static_cast<int>(passed.size());
+            passed.push_back(number);
+        }
+        FlowGraph graph(at(fixed) + passed.size());
+        const auto numberOf = [&](int end) { return end < 0 ? numbers.at(end) : end; };
+        for (const Edge& edge : edges_) {
+            graph.add(numberOf(edge.from), numberOf(edge.to), edge.litres);
+        }
+        graph.passThroughAll(passed);
+        return fewest(graph, fixed);
+    }
+
+    NetworkPaths fewest(const FlowGraph& graph, int fixed) {
+        std::vector<std::size_t> to(at(fixed));
+        std::iota(to.begin(), to.end(), 0U);
+        for (std::size_t kind = 0; kind < kKinds.size(); ++kind) {
+            mergeSmall(graph, static_cast<PathKind>(kind), to);
+        }
+        std::map<std::pair<std::size_t, std::size_t>, double> links;
+        double all = 0;
+        for (int from = 0; from < fixed; ++from) {
+            for (const auto& [receiver, litres] : graph.out(from)) {
+                if (receiver >= fixed || to[at(from)] == to[at(receiver)]) continue;
+                links[{to[at(from)], to[at(receiver)]}] += litres;
+                all += litres;
+            }
+        }
+        NetworkPaths paths;
+        std::map<std::size_t, std::size_t> numbers;
+        const auto numberOf = [&](std::size_t node) {
+            const auto [known, isNew] = numbers.emplace(node, paths.nodes.size());
+            if (isNew) paths.nodes.push_back(nodes_[node]);
+            return known->second;
+        };
+        for (const auto& [ends, litres] : links) {
+            if (litres > kRounding * all) paths.links.push_back({numberOf(ends.first), numberOf(ends.second), litres});
+        }
+        return paths;
+    }
+
+    // The largest of a kind stay, the others become one.
+    void mergeSmall(const FlowGraph& graph, PathKind kind, std::vector<std::size_t>& to) {
+        std::vector<std::size_t> members;
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            if (nodes_[i].kind == kind) members.push_back(i);
+        }
+        if (members.size() <= kMost) return;
+        const auto sizeOf = [&](std::size_t i) {
+            return std::max(graph.sumIn(static_cast<int>(i)), graph.sumOut(static_cast<int>(i)));
+        };
+        std::stable_sort(members.begin(), members.end(),
+                         [&](std::size_t a, std::size_t b) { return sizeOf(a) > sizeOf(b); });
+        PathNode other{std::string(kOthers[static_cast<std::size_t>(kind)]), kind, 0, 0};
+        for (std::size_t i = kMost - 1; i < members.size(); ++i) {
+            other.components += nodes_[members[i]].components;
+            to[members[i]] = nodes_.size();
+        }
+        nodes_.push_back(std::move(other));
+    }
+
+    const Recorded& recorded_;
+    const ComponentSums& sums_;
+    const WaterPaths& paths_;
+    const Account& account_;
+    ComponentNodes of_;
+    std::vector<PathNode> nodes_;
+    std::map<std::pair<bool, AccountKind>, std::set<int>> places_;
+    std::map<std::pair<bool, std::string>, int> borders_;
+    std::set<std::pair<int, int>> counted_;
+    std::vector<Edge> edges_;
+};
+
+// A loop as links one after the other; empty: there is none.
+std::vector<std::size_t> loopIn(const NetworkPaths& paths) {
+    enum class State { fresh, open, done };
+    std::vector<State> states(paths.nodes.size(), State::fresh);
+    std::vector<std::size_t> way;  // links from a source on
+    std::vector<std::size_t> loop;
+    const auto visit = [&](const auto& self, std::size_t node) -> bool {
+        states[node] = State::open;
+        for (std::size_t i = 0; i < paths.links.size(); ++i) {
+            const PathLink& link = paths.links[i];
+            if (link.from != node || states[link.to] == State::done) continue;
+            way.push_back(i);
+            if (states[link.to] == State::open) {
+                const auto begin = std::find_if(way.begin(), way.end(),
+                                                [&](std::size_t one) { return paths.links[one].from == link.to; });
+                loop.assign(begin, way.end());
+                return true;
+            }
+            if (self(self, link.to)) return true;
+            way.pop_back();
+        }
+        states[node] = State::done;
+        return false;
+    };
+    for (std::size_t node = 0; node < paths.nodes.size(); ++node) {
+        if (states[node] == State::fresh && visit(visit, node)) break;
+    }
+    return loop;
+}
+
+// Water that a user lets go, and that is used again, ends there and comes anew.
+void cutLoops(NetworkPaths& paths) {
+    std::size_t ends = paths.nodes.size(), begins = ends;
+    for (std::vector<std::size_t> loop = loopIn(paths); !loop.empty(); loop = loopIn(paths)) {
+        const auto isBetter = [&](std::size_t a, std::size_t b) {
+            const auto rank = [&](std::size_t link) {
+                return std::pair(paths.nodes[paths.links[link].from].kind != PathKind::use, paths.links[link].litres);
+            };
+            return rank(a) < rank(b);
+        };
+        const std::size_t cut = *std::min_element(loop.begin(), loop.end(), isBetter);
+        if (begins == ends) {
+            ends = paths.nodes.size();
+            begins = ends + 1;
+            paths.nodes.push_back({"Used again", PathKind::sink, 0, 0});
+            paths.nodes.push_back({"Reused water", PathKind::source, 0, 0});
+        }
+        const PathLink link = paths.links[cut];
+        paths.links[cut].to = ends;
+        paths.links.push_back({begins, link.to, link.litres});
+    }
+}
+
+}  // namespace
+
+std::string_view toText(PathKind kind) {
+    return kKinds[static_cast<std::size_t>(kind)];
+}
+
+NetworkPaths pathsOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& waterPaths,
+                     const Account& account) {
+    NetworkPaths paths = Paths(recorded, sums, waterPaths, account).take();
+    cutLoops(paths);
+    std::vector<double> in(paths.nodes.size(), 0), out(paths.nodes.size(), 0);
+    for (const PathLink& link : paths.links) {
+        out[link.from] += link.litres;
+        in[link.to] += link.litres;
+    }
+    for (std::size_t i = 0; i < paths.nodes.size(); ++i) {
+        paths.nodes[i].litres = std::max(in[i], out[i]);
+    }
+    return paths;
+}
+
+}  // namespace kesto
