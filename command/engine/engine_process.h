@@ -46,6 +46,22 @@ struct ChildWork {
 // requests to stop are left to its parent, with which it ends.
 void keepNothingMore();
 
+// Wakes processes that share it: each ring lets one of those that wait go on, now or later.
+class Bell {
+  public:
+    Bell();  // throws std::runtime_error
+    ~Bell();
+    Bell(const Bell&) = delete;
+    Bell& operator=(const Bell&) = delete;
+
+    void ring();
+    void wait();
+
+  private:
+    friend class ChildProcess;
+    int handle_;
+};
+
 // A process that works on a copy of this one's memory, shared memory apart, and never outlives it.
 class ChildProcess {
   public:
@@ -54,11 +70,13 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    static constexpr int kForever = -1;
+
     // Waits for so long at most; false once the child has ended.
     bool wait(int milliseconds);
 
-    // Waits until one of them has written or ended, for so long at most.
-    static void waitForAny(const std::vector<const ChildProcess*>& children, int milliseconds);
+    // Waits until one of them has written or ended, or until the bell rings, for so long at most.
+    static void waitForAny(const std::vector<const ChildProcess*>& children, Bell& bell, int milliseconds);
 
     // Tells it to stop; what it has is kept. Telling it again changes nothing.
     void stop();

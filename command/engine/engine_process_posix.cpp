@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -140,6 +141,35 @@ void giveBack(void* memory, std::size_t bytes) {
     if (first < last) madvise(static_cast<std::byte*>(memory) + (first - begin), last - first, MADV_DONTNEED);
 }
 
+namespace {
+
+// Takes one ring, if there is one.
+bool isRung(int bell) {
+    eventfd_t rings = 0;
+    return eventfd_read(bell, &rings) == 0;
+}
+
+}  // namespace
+
+Bell::Bell() : handle_(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK)) {
+    if (handle_ < 0) throw std::runtime_error(fmt::format("cannot open an event: {}", std::strerror(errno)));
+}
+
+Bell::~Bell() {
+    close(handle_);
+}
+
+void Bell::ring() {
+    eventfd_write(handle_, 1);
+}
+
+void Bell::wait() {
+    pollfd waiting{handle_, POLLIN, 0};
+    while (!isRung(handle_)) {
+        poll(&waiting, 1, -1);
+    }
+}
+
 struct ChildProcess::System {
     pid_t child = 0;  // 0: it has been waited for
     Pipe errors, answer;
@@ -175,13 +205,15 @@ bool ChildProcess::wait(int milliseconds) {
     return false;
 }
 
-void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, int milliseconds) {
-    std::vector<pollfd> waiting;
+void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, Bell& bell, int milliseconds) {
+    std::vector<pollfd> waiting{{bell.handle_, POLLIN, 0}};
     for (const ChildProcess* child : children) {
         waiting.push_back({child->system_->errors.out, POLLIN, 0});
         waiting.push_back({child->system_->answer.out, POLLIN, 0});
     }
     poll(waiting.data(), waiting.size(), milliseconds);
+    while (isRung(bell.handle_)) {
+    }
 }
 
 void ChildProcess::stop() {

@@ -1,5 +1,6 @@
 #include "process_pool.h"
 
+#include <algorithm>
 #include <iostream>
 #include <new>
 #include <stdexcept>
@@ -7,59 +8,138 @@
 
 namespace kesto {
 
-ProcessPool::ProcessPool(std::size_t most, std::size_t room, Work work) : work_(std::move(work)), seats_(most) {
-    for (std::size_t i = 0; i < most; ++i) {
-        Seat& seat = seats_[i];
-        seat.memory =
-            std::make_unique<SharedMemory>(SharedMemory::rounded(sizeof(Handed)) + SharedMemory::rounded(room));
-        seat.handed = seat.memory->take<Handed>(1);
-        seat.room = {seat.memory->take<char>(room), room};
-        free_.push_back(most - 1 - i);
+namespace {
+
+// How a piece stands: it waits, a job has it (the number of the job), or it has ended.
+constexpr int kWaiting = -1, kEnded = -2, kNone = -3;
+
+constexpr std::size_t kRoomsPerJob = 2;
+
+}  // namespace
+
+ProcessPool::Room::Room(std::size_t bytes)
+    : memory(std::make_unique<SharedMemory>(SharedMemory::rounded(sizeof(Piece)) + SharedMemory::rounded(bytes))),
+      piece(new (memory->take<Piece>(1)) Piece{kNone, 0, 0, false, 0, {}}),
+      space(memory->take<char>(bytes), bytes) {}
+
+void ProcessPool::Room::setWords(const std::string& words) {
+    piece->wordsLength = std::min(words.size(), kLongestWords);
+    std::copy_n(words.begin(), piece->wordsLength, piece->words);
+}
+
+ProcessPool::ProcessPool(std::size_t jobs, std::size_t room, Work work) : work_(std::move(work)), jobs_(jobs) {
+    rooms_.reserve(kRoomsPerJob * jobs);
+    while (rooms_.size() < rooms_.capacity()) {
+        free_.push_back(rooms_.size());
+        rooms_.emplace_back(room);
     }
+    for (std::size_t job = 0; job < jobs; ++job) {
+        startJob(job);
+    }
+}
+
+void ProcessPool::startJob(std::size_t job) {
+    const auto run = [this, job]() -> std::string {
+        serve(job);
+        return {};
+    };
+    jobs_[job] = std::make_unique<ChildProcess>(ChildWork{.run = run, .leavesStopping = true});
 }
 
 void ProcessPool::start(std::size_t number) {
-    Seat& seat = seats_[free_.back()];
-    *seat.handed = {};
-    const auto run = [&]() -> std::string {
-        try {
-            const std::size_t bytes = work_(number, seat.room);
-            *seat.handed = {bytes, true};
-        } catch (const std::bad_alloc&) {
-            std::cerr << "memory ran out";
-        } catch (const std::exception& error) {
-            std::cerr << error.what();
-        }
-        std::cerr.flush();
-        return {};
-    };
-    seat.child = std::make_unique<ChildProcess>(ChildWork{.run = run, .leavesStopping = true});
-    seat.number = number;
+    Piece& piece = *rooms_[free_.back()].piece;
     free_.pop_back();
+    piece.number = number;
+    piece.bytes = piece.wordsLength = 0;
+    piece.isWhole = false;
+    piece.state = kWaiting;
+    orders_.ring();
+}
+
+ProcessPool::Room* ProcessPool::takeRoom(std::size_t job) {
+    for (;;) {
+        Room* first = nullptr;
+        for (Room& room : rooms_) {
+            if (room.piece->state != kWaiting) continue;
+            if (!first || room.piece->number < first->piece->number) first = &room;
+        }
+        int waiting = kWaiting;
+        if (!first || first->piece->state.compare_exchange_strong(waiting, static_cast<int>(job))) return first;
+    }
+}
+
+void ProcessPool::serve(std::size_t job) {
+    for (;;) {
+        orders_.wait();
+        Room* const room = takeRoom(job);
+        if (!room) continue;
+        const auto work = [&]() -> std::string {
+            run(*room);
+            return {};
+        };
+        try {
+            ChildProcess child({.run = work, .leavesStopping = true});
+            while (child.wait(ChildProcess::kForever)) {
+            }
+            if (!room->piece->isWhole) room->setWords(child.lastWords());
+        } catch (const std::exception& error) {
+            room->setWords(error.what());
+        }
+        room->piece->state = kEnded;
+        news_.ring();
+    }
+}
+
+void ProcessPool::run(Room& room) {
+    try {
+        room.piece->bytes = work_(room.piece->number, room.space);
+        room.piece->isWhole = true;
+    } catch (const std::bad_alloc&) {
+        std::cerr << "memory ran out";
+    } catch (const std::exception& error) {
+        std::cerr << error.what();
+    }
+    std::cerr.flush();
+}
+
+std::optional<ProcessPool::Done> ProcessPool::ended() {
+    for (std::size_t i = 0; i < rooms_.size(); ++i) {
+        Piece& piece = *rooms_[i].piece;
+        if (piece.state != kEnded) continue;
+        piece.state = kNone;
+        free_.push_back(i);
+        return Done{piece.number,
+                    piece.isWhole,
+                    {rooms_[i].space.data(), piece.bytes},
+                    std::string(piece.words, piece.wordsLength)};
+    }
+    return std::nullopt;
+}
+
+// What it had is lost with it; what it may have been rung for is not.
+void ProcessPool::loseJob(std::size_t job) {
+    for (Room& room : rooms_) {
+        if (room.piece->state != static_cast<int>(job)) continue;
+        room.setWords(jobs_[job]->lastWords());
+        room.piece->isWhole = false;
+        room.piece->state = kEnded;
+    }
+    startJob(job);
+    orders_.ring();
 }
 
 std::optional<ProcessPool::Done> ProcessPool::next(int milliseconds) {
-    std::vector<const ChildProcess*> running;
-    for (const Seat& seat : seats_) {
-        if (seat.child) running.push_back(seat.child.get());
+    if (isIdle()) return std::nullopt;
+    std::vector<const ChildProcess*> jobs;
+    for (const auto& job : jobs_) {
+        jobs.push_back(job.get());
     }
-    if (running.empty()) return std::nullopt;
-    ChildProcess::waitForAny(running, milliseconds);
-    for (std::size_t i = 0; i < seats_.size(); ++i) {
-        Seat& seat = seats_[i];
-        if (!seat.child || seat.child->wait(0)) continue;
-        const std::unique_ptr<ChildProcess> child = std::move(seat.child);
-        free_.push_back(i);
-        const Handed& handed = *seat.handed;
-        Done done{seat.number, handed.isWhole, {}, {}};
-        if (handed.isWhole) {
-            done.given = {seat.room.data(), handed.bytes};
-        } else {
-            done.lastWords = child->lastWords();
-        }
-        return done;
+    if (std::optional<Done> done = ended()) return done;
+    ChildProcess::waitForAny(jobs, news_, milliseconds);
+    for (std::size_t job = 0; job < jobs_.size(); ++job) {
+        if (!jobs_[job]->wait(0)) loseJob(job);
     }
-    return std::nullopt;
+    return ended();
 }
 
 }  // namespace kesto

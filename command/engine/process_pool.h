@@ -1,6 +1,7 @@
 // Pieces of work, each done in a process of its own that works on a copy of this one's memory, several at a time.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -14,18 +15,22 @@
 
 namespace kesto {
 
+// To copy a process is a good part of what a small piece costs. So the copies are not made by this process, one after
+// the other, but side by side by jobs: processes forked once, each of which does one piece after the other in a
+// process that it forks. Rooms with pieces that wait keep the jobs busy while this process takes what others have left.
 class ProcessPool {
   public:
     // In the process: puts what is to be handed over into the room, and returns its length.
     using Work = std::function<std::size_t(std::size_t number, std::span<char> room)>;
 
-    // So many processes at most; memory of the room is taken only as far as it is used.
-    ProcessPool(std::size_t most, std::size_t room, Work work);
+    // So many pieces at once; memory of the room is taken only as far as it is used. The copies are of this process as
+    // it is now. Throws std::runtime_error when no process can be started.
+    ProcessPool(std::size_t jobs, std::size_t room, Work work);
 
     bool isFull() const { return free_.empty(); }
-    bool isIdle() const { return free_.size() == seats_.size(); }
+    bool isIdle() const { return free_.size() == rooms_.size(); }
 
-    // There must be a free place. Throws std::runtime_error when no process can be started.
+    // There must be a free room.
     void start(std::size_t number);
 
     struct Done {
@@ -35,25 +40,44 @@ class ProcessPool {
         std::string lastWords;   // of a process that died
     };
 
-    // One that has ended, waiting for so long at most.
+    // One that has ended, waiting for so long at most. Throws std::runtime_error when a job has died and cannot be
+    // started again.
     std::optional<Done> next(int milliseconds);
 
   private:
-    struct Handed {
-        std::size_t bytes;
+    static constexpr std::size_t kLongestWords = 4096;
+
+    // Shared by all processes.
+    struct Piece {
+        std::atomic<int> state;
+        std::size_t number;
+        std::size_t bytes;  // handed over
         bool isWhole;
-    };
-    struct Seat {
-        std::unique_ptr<SharedMemory> memory;
-        Handed* handed;
-        std::span<char> room;
-        std::unique_ptr<ChildProcess> child;
-        std::size_t number = 0;
+        std::size_t wordsLength;
+        char words[kLongestWords];  // of a process that died
     };
 
+    struct Room {
+        explicit Room(std::size_t bytes);
+        void setWords(const std::string& words);
+
+        std::unique_ptr<SharedMemory> memory;
+        Piece* piece;
+        std::span<char> space;
+    };
+
+    void startJob(std::size_t job);
+    void serve(std::size_t job);      // in the job, until it is ended
+    Room* takeRoom(std::size_t job);  // the first that waits; null: none does
+    void run(Room& room);             // in the process of a piece
+    void loseJob(std::size_t job);
+    std::optional<Done> ended();
+
     Work work_;
-    std::vector<Seat> seats_;
-    std::vector<std::size_t> free_;  // indices of seats
+    Bell orders_, news_;
+    std::vector<Room> rooms_;
+    std::vector<std::size_t> free_;                    // indices of rooms
+    std::vector<std::unique_ptr<ChildProcess>> jobs_;  // ended with the pool, and with them what they run
 };
 
 }  // namespace kesto

@@ -1,9 +1,13 @@
 // What a sweep is made of: values of --vary, designs, what is said of many members, processes and the journal.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <random>
 
@@ -130,27 +134,48 @@ TEST(FindingsOfMembers, SayEachThingOnce) {
     EXPECT_EQ(said.all()[0].code, "odd-value");
 }
 
+// What ten pieces hand over, "-" where one has died, and what those that died have said.
+struct TenPieces {
+    std::string given = std::string(10, '-');
+    std::vector<std::string> words;
+
+    explicit TenPieces(const std::function<void(std::size_t number)>& work) {
+        ProcessPool pool(3, 100, [&](std::size_t number, std::span<char> room) -> std::size_t {
+            work(number);
+            room[0] = static_cast<char>('a' + number);
+            return 1;
+        });
+        for (std::size_t next = 0; next < 10 || !pool.isIdle();) {
+            while (next < 10 && !pool.isFull()) {
+                pool.start(next++);
+            }
+            const auto done = pool.next(10);
+            if (!done) continue;
+            if (done->isWhole) given[done->number] = done->given[0];
+            if (!done->isWhole) words.push_back(done->lastWords);
+        }
+        std::sort(words.begin(), words.end());
+    }
+};
+
 TEST(Processes, OneOfTenAborts) {
-    ProcessPool pool(3, 100, [](std::size_t number, std::span<char> room) -> std::size_t {
+    const TenPieces pieces([](std::size_t number) {
         if (number == 4) std::abort();
         if (number == 5) throw std::runtime_error("no more");
-        room[0] = static_cast<char>('a' + number);
-        return 1;
     });
-    std::string given(10, '-');
-    std::vector<std::string> words;
-    for (std::size_t next = 0; next < 10 || !pool.isIdle();) {
-        while (next < 10 && !pool.isFull()) {
-            pool.start(next++);
-        }
-        const auto done = pool.next(10);
-        if (!done) continue;
-        if (done->isWhole) given[done->number] = done->given[0];
-        if (!done->isWhole) words.push_back(done->lastWords);
-    }
-    EXPECT_EQ(given, "abcd--ghij");
-    std::sort(words.begin(), words.end());
-    EXPECT_EQ(words, (Texts{"ended by signal 6 (Aborted)", "no more"}));
+    EXPECT_EQ(pieces.given, "abcd--ghij");
+    EXPECT_EQ(pieces.words, (Texts{"ended by signal 6 (Aborted)", "no more"}));
+}
+
+// As a system does that is short of memory. The piece ends with the process that has started it; the others go on.
+TEST(Processes, OneThatStartsOthersIsKilled) {
+    const TenPieces pieces([](std::size_t number) {
+        if (number != 2 && number != 6) return;
+        kill(getppid(), SIGKILL);
+        pause();
+    });
+    EXPECT_EQ(pieces.given, "ab-def-hij");
+    EXPECT_EQ(pieces.words, (Texts{"ended by signal 9 (Killed)", "ended by signal 9 (Killed)"}));
 }
 
 TEST(Results, ArriveAsTheyWereGiven) {
