@@ -99,6 +99,9 @@ class ChildProcess {
 // from `keep`.
 void giveBack(void* memory, std::size_t bytes);
 
+// What this process frees from here on stays with it, to be used again.
+void keepFreeMemory();
+
 // The engine's calendar is that of this process; it must be UTC.
 void useUtc();
 

@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <new>
 #include <stdexcept>
 
@@ -234,6 +236,14 @@ void ChildProcess::collect() {
 std::string ChildProcess::lastWords() const {
     const std::string words = errors_.substr(0, errors_.find_last_not_of('\n') + 1);
     return words.empty() ? fault_ : words;
+}
+
+// The C library returns what is free at the end of the heap, and large blocks at once; each page that is taken again
+// costs more than what is done with it.
+void keepFreeMemory() {
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_TOP_PAD, 1 << 20);
 }
 
 void useUtc() {

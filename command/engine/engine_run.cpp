@@ -38,6 +38,7 @@ void keepOutputs(Record& record) {
 // In the child. From the end of this on a request to stop comes too late.
 void callEngine(Record& record) {
     useUtc();
+    keepFreeMemory();
     AUEglobals& globals = record.globals();
     *record.state().status = KESTO_simul(&globals, static_cast<std::int32_t>(record.daysBefore()) + 1, globals.nSteps);
     *record.state().finished = 1;

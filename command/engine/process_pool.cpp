@@ -46,11 +46,13 @@ void ProcessPool::startJob(std::size_t job) {
     jobs_[job] = std::make_unique<ChildProcess>(ChildWork{.run = run, .leavesStopping = true});
 }
 
-void ProcessPool::start(std::size_t number) {
-    Piece& piece = *rooms_[free_.back()].piece;
+void ProcessPool::start(std::size_t number, std::string_view told) {
+    Room& room = rooms_[free_.back()];
     free_.pop_back();
+    Piece& piece = *room.piece;
     piece.number = number;
-    piece.bytes = piece.wordsLength = 0;
+    piece.bytes = told.copy(room.space.data(), room.space.size());
+    piece.wordsLength = 0;
     piece.isWhole = false;
     piece.state = kWaiting;
     orders_.ring();
@@ -92,7 +94,8 @@ void ProcessPool::serve(std::size_t job) {
 
 void ProcessPool::run(Room& room) {
     try {
-        room.piece->bytes = work_(room.piece->number, room.space);
+        const std::string told(room.space.data(), room.piece->bytes);
+        room.piece->bytes = work_(room.piece->number, told, room.space);
         room.piece->isWhole = true;
     } catch (const std::bad_alloc&) {
         std::cerr << "memory ran out";

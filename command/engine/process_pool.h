@@ -20,8 +20,9 @@ namespace kesto {
 // process that it forks. Rooms with pieces that wait keep the jobs busy while this process takes what others have left.
 class ProcessPool {
   public:
-    // In the process: puts what is to be handed over into the room, and returns its length.
-    using Work = std::function<std::size_t(std::size_t number, std::span<char> room)>;
+    // In the process: puts what is to be handed over into the room, and returns its length. `told` is what the piece
+    // was started with.
+    using Work = std::function<std::size_t(std::size_t number, const std::string& told, std::span<char> room)>;
 
     // So many pieces at once; memory of the room is taken only as far as it is used. The copies are of this process as
     // it is now. Throws std::runtime_error when no process can be started.
@@ -30,8 +31,8 @@ class ProcessPool {
     bool isFull() const { return free_.empty(); }
     bool isIdle() const { return free_.size() == rooms_.size(); }
 
-    // There must be a free room.
-    void start(std::size_t number);
+    // There must be a free room. What is told must fit into it.
+    void start(std::size_t number, std::string_view told = {});
 
     struct Done {
         std::size_t number;
@@ -51,7 +52,7 @@ class ProcessPool {
     struct Piece {
         std::atomic<int> state;
         std::size_t number;
-        std::size_t bytes;  // handed over
+        std::size_t bytes;  // of the room that are used: by what is told, then by what is handed over
         bool isWhole;
         std::size_t wordsLength;
         char words[kLongestWords];  // of a process that died

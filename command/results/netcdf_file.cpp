@@ -54,6 +54,8 @@ NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, 
     // shuffled.
     if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, NC_NOSHUFFLE, 1, compression_));
     check(netcdf().def_var_fill(file_, id, NC_FILL, &missing));
+    // Chunks are written whole, one after the other: what the library keeps of them only takes memory.
+    check(netcdf().set_var_chunk_cache(file_, id, chunk[0] * chunk[1] * sizeof(float), 1, 1));
     missing_[id] = missing;
     return id;
 }

@@ -30,6 +30,7 @@ struct NetcdfLibrary {
     decltype(&nc_def_var_chunking) def_var_chunking;
     decltype(&nc_def_var_deflate) def_var_deflate;
     decltype(&nc_def_var_fill) def_var_fill;
+    decltype(&nc_set_var_chunk_cache) set_var_chunk_cache;
     decltype(&nc_put_att_text) put_att_text;
     decltype(&nc_put_att_int) put_att_int;
     decltype(&nc_put_var_text) put_var_text;

@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <map>
+#include <unordered_map>
 
 #include "account.h"
 #include "results.h"
@@ -15,20 +18,34 @@ namespace kesto {
 
 namespace {
 
+constexpr std::size_t kSignal = sizeof(Signal) / sizeof(float);
+
 // One recorded series of a component or a group.
 struct Checked {
     std::string name;  // "its runoff"
     const float* values;
-    std::size_t stride;  // floats from one step to the next
+    std::size_t stride;  // floats from one step to the next: 1 or kSignal
     bool isQuality;
     const float* flow = nullptr;  // whose quality it is, with the same stride; of a state none
 };
 
-constexpr float kNoQuality = -1;
-constexpr float kMostQuality = 1e9F;
+// Of sound values; what is no number lies in none.
+struct Range {
+    float least, most;
 
-bool isOdd(float value, bool isQuality) {
-    return isQuality ? !(value >= kNoQuality && value <= kMostQuality) : !std::isfinite(value);
+    bool contains(float value) const { return (value >= least) & (value <= most); }
+};
+constexpr Range kFinite{std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()};
+constexpr Range kQuality{-1, 1e9F};
+
+// The stride is a constant, so that the compiler can check several values at a time.
+template <std::size_t kStride>
+bool areAllIn(const Range& range, const float* values, std::size_t steps) {
+    std::uint32_t outside = 0;
+    for (std::size_t step = 0; step < steps; ++step) {
+        outside |= static_cast<std::uint32_t>(!range.contains(values[step * kStride]));
+    }
+    return outside == 0;
 }
 
 // What is odd about a value, and its warning.
@@ -48,17 +65,16 @@ class Checks {
   public:
     Checks(const Results& results, Diagnostics& diagnostics) : results_(results), diagnostics_(diagnostics) {}
 
-    // Most series are sound, so the first pass only counts.
+    // Most series are sound, and a quick pass tells.
     void add(const Checked& series) {
-        std::size_t odd = 0;
-        for (std::size_t step = 0; step < results_.steps; ++step) {
-            odd += isOdd(series.values[step * series.stride], series.isQuality) ? 1U : 0U;
-        }
-        if (odd == 0) return;
+        const Range& range = series.isQuality ? kQuality : kFinite;
+        const bool areSound = series.stride == 1 ? areAllIn<1>(range, series.values, results_.steps)
+                                                 : areAllIn<kSignal>(range, series.values, results_.steps);
+        if (areSound) return;
         std::array<Finding, kOddities> findings;
         for (std::size_t step = 0; step < results_.steps; ++step) {
             const float value = series.values[step * series.stride];
-            if (!isOdd(value, series.isQuality)) continue;
+            if (range.contains(value)) continue;
             const bool isEmpty = series.flow && series.flow[step * series.stride] == 0;
             Finding& finding = findings[std::isfinite(value) ? kOddQuality : isEmpty ? kEmptyQuality : kNotFinite];
             if (finding.count++ > 0) continue;
@@ -108,15 +124,14 @@ class Checks {
 
 void checkComponents(const Results& results, Checks& checks) {
     const Model& model = *results.model;
-    constexpr std::size_t kStride = sizeof(Signal) / sizeof(float);
     std::map<int, std::vector<Checked>> series;
     for (const Flow& flow : results.flows) {
         const Component& component = model.components[at(flow.component)];
         const std::string name =
             flow.port == 0 ? "what it receives" : "its " + portName(component.type->out, flow.port);
-        series[flow.component].push_back({name, &flow.signals->quantity, kStride, false});
+        series[flow.component].push_back({name, &flow.signals->quantity, kSignal, false});
         series[flow.component].push_back(
-            {"the quality of " + name, &flow.signals->quality, kStride, true, &flow.signals->quantity});
+            {"the quality of " + name, &flow.signals->quality, kSignal, true, &flow.signals->quantity});
     }
     for (const State& state : results.states) {
         const bool isQuality = state.kind == SeriesKind::quality;
@@ -134,10 +149,13 @@ void checkComponents(const Results& results, Checks& checks) {
 
 void checkGroups(const Results& results, Checks& checks) {
     const Model& model = *results.model;
+    std::unordered_map<std::string_view, std::vector<const PotentialSeries*>> ofGroups;
+    for (const PotentialSeries& series : results.potentials) {
+        ofGroups[series.group].push_back(&series);
+    }
     for (const Group& group : model.groups) {
-        for (const PotentialSeries& series : results.potentials) {
-            if (series.group != group.name) continue;
-            checks.add({fmt::format("its {}", info(series.potential).name), series.values, 1, false});
+        for (const PotentialSeries* series : ofGroups[group.name]) {
+            checks.add({fmt::format("its {}", info(series->potential).name), series->values, 1, false});
         }
         checks.report(group.place, fmt::format("group \"{}\"", group.name), "");
     }

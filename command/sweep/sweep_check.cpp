@@ -41,7 +41,7 @@ SweepCheck checkMembers(SweepInput& input, const Slice& slice, std::size_t jobs,
     SweepCheck check{Findings(input.design.tablePath()), {}};
     const std::size_t size = std::clamp<std::size_t>(slice.size() / (jobs * 4), 1, kMostOfBatch);
     const auto lastOf = [&](std::size_t first) { return std::min(first + size - 1, slice.last); };
-    ProcessPool pool(jobs, kRoom, [&](std::size_t first, std::span<char> room) {
+    ProcessPool pool(jobs, kRoom, [&](std::size_t first, const std::string&, std::span<char> room) {
         return checkBatch(input, first, lastOf(first), room);
     });
     std::size_t next = slice.first, done = 0;

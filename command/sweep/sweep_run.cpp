@@ -24,9 +24,11 @@ class Runner {
           recorded_(input.shape ? input.shape->values() : 0),
           parts_(parts),
           folder_(folder),
-          pool_(jobs, recorded_ * sizeof(float) + kRoom, [this](std::size_t number, std::span<char> room) {
-              return number >= kOfBaseline ? baselineInto(number - kOfBaseline, room) : memberInto(number, room);
-          }) {}
+          pool_(jobs, recorded_ * sizeof(float) + kRoom,
+                [this](std::size_t number, const std::string& told, std::span<char> room) {
+                    return number >= kOfBaseline ? baselineInto(number - kOfBaseline, room)
+                                                 : memberInto(number, baselineCostsFrom(told), room);
+                }) {}
 
     void run(const std::vector<std::size_t>& members, const SweepProgress& progress, const InterruptGuard& guard) {
         std::size_t done = 0;
@@ -46,10 +48,9 @@ class Runner {
 
   private:
     // In processes of their own: these return how many bytes they hand over.
-    std::size_t memberInto(std::size_t member, std::span<char> room) {
+    std::size_t memberInto(std::size_t member, const BaselineCosts& baseline, std::span<char> room) {
         const std::span<float> recorded(reinterpret_cast<float*>(room.data()), recorded_);
-        const auto with = input_.baselines.of(member);
-        const MemberResult result = runMember(input_, member, with ? *baselines_.at(*with) : BaselineCosts(), recorded);
+        const MemberResult result = runMember(input_, member, baseline, recorded);
         return recorded.size_bytes() + toBytes(result, room.subspan(recorded.size_bytes()));
     }
     std::size_t baselineInto(std::size_t member, std::span<char> room) {
@@ -61,12 +62,14 @@ class Runner {
     // True when there is one that can be started: its baseline is known.
     bool startMember(const std::vector<std::size_t>& members) {
         if (next_ == members.size() || !parts_.mayStart(members[next_])) return false;
+        std::string told;
         if (const auto with = input_.baselines.of(members[next_])) {
             const auto known = baselines_.find(*with);
             if (known == baselines_.end() || !known->second) return false;
+            told = *known->second;
         }
         parts_.open(members[next_]);
-        pool_.start(members[next_++]);
+        pool_.start(members[next_++], told);
         return true;
     }
 
@@ -83,8 +86,8 @@ class Runner {
 
     void takeBaseline(const ProcessPool::Done& ended) {
         baselines_[ended.number - kOfBaseline] =
-            ended.isWhole ? baselineCostsFrom(ended.given)
-                          : BaselineCosts{{}, "the run that it is compared with: " + ended.lastWords};
+            ended.isWhole ? std::string(ended.given)
+                          : toBytes(BaselineCosts{{}, "the run that it is compared with: " + ended.lastWords});
     }
 
     void take(const ProcessPool::Done& ended) {
@@ -101,9 +104,9 @@ class Runner {
     }
 
     SweepInput& input_;
-    std::size_t recorded_;                                           // floats of a member
-    std::size_t next_ = 0, ahead_ = 0;                               // members to start, and to see to the baselines of
-    std::map<std::size_t, std::optional<BaselineCosts>> baselines_;  // none: not yet known
+    std::size_t recorded_;                                         // floats of a member
+    std::size_t next_ = 0, ahead_ = 0;                             // members to start, and to see to the baselines of
+    std::map<std::size_t, std::optional<std::string>> baselines_;  // their bytes; none: not yet known
     SweepParts& parts_;
     SweepFolder& folder_;
     ProcessPool pool_;

@@ -140,14 +140,14 @@ struct TenPieces {
     std::vector<std::string> words;
 
     explicit TenPieces(const std::function<void(std::size_t number)>& work) {
-        ProcessPool pool(3, 100, [&](std::size_t number, std::span<char> room) -> std::size_t {
+        ProcessPool pool(3, 100, [&](std::size_t number, const std::string& told, std::span<char> room) -> std::size_t {
             work(number);
-            room[0] = static_cast<char>('a' + number);
+            room[0] = told.at(0);
             return 1;
         });
         for (std::size_t next = 0; next < 10 || !pool.isIdle();) {
-            while (next < 10 && !pool.isFull()) {
-                pool.start(next++);
+            for (; next < 10 && !pool.isFull(); ++next) {
+                pool.start(next, std::string(1, static_cast<char>('a' + next)));
             }
             const auto done = pool.next(10);
             if (!done) continue;

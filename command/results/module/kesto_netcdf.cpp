@@ -24,6 +24,7 @@ extern "C" __attribute__((visibility("default"))) const kesto::NetcdfLibrary kes
     .def_var_chunking = nc_def_var_chunking,
     .def_var_deflate = nc_def_var_deflate,
     .def_var_fill = nc_def_var_fill,
+    .set_var_chunk_cache = nc_set_var_chunk_cache,
     .put_att_text = nc_put_att_text,
     .put_att_int = nc_put_att_int,
     .put_var_text = nc_put_var_text,
