@@ -6,8 +6,8 @@
 EXAMPLE is a folder with a model.toml, a README.md and a figures.toml. Each figure there has a text, `expect`, and an
 expression, `of`, over the results. The value is rounded to as many decimals as the text has and must then be that very
 text; and the text must stand in the README, so that no figure is quoted that nobody checks against the run. Where a
-figure names one of the `variants`, the run is that of the model with the values `set`, or with one text, `old`, replaced by
-another, `new`. `definitions` give names to expressions. The `balances` are expressions that must be zero `within` a limit,
+figure names one of the `variants`, the run is that of the model with a `scenario` and the values `set`, or with one text, `old`,
+replaced by another, `new`. `definitions` give names to expressions. The `balances` are expressions that must be zero `within` a limit,
 or but for the rounding of what passed, `against`.
 """
 import argparse
@@ -100,7 +100,7 @@ class Results:
             "quality": series("qualities.csv"),
             "state": series("states.csv"),
             "potential": series("potentials.csv"),
-            "figure": lambda name: float(figures[name]),
+            "figure": lambda name: float(figures[name] or "nan"),  # empty: there is none
             "weather": lambda column: self.numbers(self.example / "weather.csv", column),
             "total": lambda values, *when: math.fsum(chosen(values, *when)),
             "mean": lambda values, *when: math.fsum(chosen(values, *when)) / len(chosen(values, *when)),
@@ -135,16 +135,17 @@ def stands_in(text, readme):
     return re.search(r"(?<![\d.])" + re.escape(text) + r"(?![\d]|\.\d)", readme) is not None
 
 
-def run(kesto, example, model, results, values=()):
+def run(kesto, example, model, results, values=(), scenario=None):
     options = [option for value in values for option in ("--set", value)]
+    options += ["--scenario", scenario] if scenario else []
     subprocess.run([kesto, "run", model, "-o", results, *options], check=True, stdout=subprocess.DEVNULL,
                    env=dict(os.environ, TZ="UTC"))
     return Results(example, results).names()
 
 
 def run_variant(kesto, example, variant, folder):
-    if "set" in variant:
-        return run(kesto, example, example / "model.toml", folder, variant["set"])
+    if "old" not in variant:
+        return run(kesto, example, example / "model.toml", folder, variant.get("set", ()), variant.get("scenario"))
     shutil.rmtree(folder, ignore_errors=True)
     shutil.copytree(example, folder)
     text = (folder / "model.toml").read_text()
