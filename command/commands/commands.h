@@ -88,6 +88,7 @@ struct ReportOptions {
     std::string results;  // folder that a run wrote
     std::string output;   // page
     std::string model;    // empty: where the run found it
+    std::vector<std::string> series = {};  // to show by day; empty: those that matter
 };
 
 int runCommand(const RunOptions& options);

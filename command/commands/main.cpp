@@ -109,7 +109,8 @@ int runCommandLine(int argc, char** argv) {
     figuresCommand->add_flag("--json", figures.json, "Print them as JSON");
 
     kesto::NewOptions create;
-    CLI::App* newCommand = app.add_subcommand("new", "Write a small commented model to start from, and its schema for editors");
+    CLI::App* newCommand =
+        app.add_subcommand("new", "Write a small commented model to start from, and its schema for editors");
     newCommand->add_option("folder", create.folder, "Folder; created when it does not exist")->required();
 
     kesto::DrawOptions draw;
@@ -163,6 +164,11 @@ int runCommandLine(int argc, char** argv) {
     reportCommand->add_option("results", report.results, "Folder with the results")->required();
     reportCommand->add_option("-o,--output", report.output, "Page to write (HTML)")->required();
     reportCommand->add_option("--model", report.model, "Model file, if it has moved since the run");
+    reportCommand
+        ->add_option("--series", report.series,
+                     "Series to have by day: all, or a list such as tank:overflow,roof; default: the 50 that matter")
+        ->delimiter(',')
+        ->allow_extra_args(false);
 
     CLI::App* schemaCommand = app.add_subcommand("schema", "Print the JSON Schema of model files, for editors");
 

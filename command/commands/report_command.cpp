@@ -22,14 +22,11 @@ namespace kesto {
 
 namespace {
 
-// Beyond this, laying a network out takes minutes, and nobody can read it.
-constexpr std::size_t kDrawable = 300;
-
 constexpr std::string_view kPageBegins = "<!doctype html";
 
 std::string missing(const std::string& why) {
     std::cerr << "kesto report: warning: the network is not drawn: " << printable(why) << '\n';
-    return "<p class=\"note\">The network is not drawn here.</p>";
+    return {};
 }
 
 // The model of a run, where it can still be had.
@@ -41,10 +38,7 @@ std::unique_ptr<LoadedModel> modelAt(const std::string& path) {
 std::string drawingOf(const std::string& path, const LoadedModel* loaded) {
     if (!loaded) return missing(fmt::format("{} is not there; say --model MODEL", path));
     if (!loaded->isFit()) return missing(fmt::format("\"kesto check {}\" finds errors", path));
-    if (const std::size_t count = loaded->model().components.size(); count > kDrawable) {
-        return missing(fmt::format("it has {} components, more than the {} that a page can show; see \"kesto draw\"",
-                                   count, kDrawable));
-    }
+    if (loaded->model().components.size() > kDrawable) return {};  // the page shows its groups
     try {
         const std::string svg = renderGraph(networkDot(loaded->model()), "svg");
         const std::size_t begin = svg.find("<svg");  // what stands before it has no place within HTML
@@ -66,8 +60,9 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
     const auto compare = [&](const std::string& path, const std::string& sha256) {
         const std::string now = sha256OfFile(path);
         if (sha256.empty() || now == sha256) return;
-        changes.push_back(path + (now.empty() ? " is no longer there" : " has changed since the run"));
-        std::cerr << "kesto report: warning: " << printable(changes.back()) << '\n';
+        const std::string text = now.empty() ? " is no longer there" : " has changed since the run";
+        changes.push_back(std::filesystem::path(path).filename().string() + text);
+        std::cerr << "kesto report: warning: " << printable(path + text) << '\n';
     };
     if (!std::filesystem::exists(model)) return {};  // reported with the drawing
     compare(model, run.value("model_sha256", ""));
@@ -112,7 +107,13 @@ std::chrono::seconds longestFor(const std::string& folder) {
 }
 
 int makePage(const ReportOptions& options, const StoredResults& stored) {
-    const auto run = nlohmann::json::parse(stored.summary);
+    // Of a large network the rest takes a hundred times as much memory.
+    const nlohmann::json::parser_callback_t wanted = [](int depth, nlohmann::json::parse_event_t event,
+                                                        const nlohmann::json& key) {
+        return depth != 1 || event != nlohmann::json::parse_event_t::key || key == "model" || key == "model_file" ||
+               key == "model_sha256" || key == "inputs";
+    };
+    const auto run = nlohmann::json::parse(stored.summary, wanted);
     const std::string model = options.model.empty() ? run.value("model_file", run.value("model", "")) : options.model;
     const std::string why =
         whyNotOver(options.output, filesRead(options.results, stored, run, model), {&kPageBegins, 1});
@@ -124,7 +125,7 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
         const std::vector<std::string> changes = changesSince(run, model);
         const std::unique_ptr<LoadedModel> loaded = modelAt(model);
         const std::string drawing = drawingOf(model, loaded.get());
-        PageSource source{options.results, stored, nullptr, nullptr, drawing.starts_with("<svg"), changes, {}};
+        PageSource source{options.results, stored, nullptr, nullptr, !drawing.empty(), changes, options.series};
         if (loaded && loaded->isFit()) {
             source.model = &loaded->model();
             source.series = &loaded->series();
@@ -138,8 +139,9 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
     runApart(fmt::format("cannot read {}, which may be broken", read), longestFor(options.results),
              [&] { readingSummary(options.results, write); });
     if (!hasCharts()) {
-        std::cerr << "kesto report: warning: the page has tables but no charts: this command was built without "
-                     "the libraries that draw them, which npm fetches when kesto is built (CMake says why at its start)\n";
+        std::cerr
+            << "kesto report: warning: the page has tables but no charts: this command was built without "
+               "the libraries that draw them, which npm fetches when kesto is built (CMake says why at its start)\n";
     }
     return kGood;
 }

@@ -7,6 +7,9 @@
 
 namespace kesto {
 
+// Networks of more components are drawn by group: nobody can read them, and laying them out takes minutes.
+inline constexpr std::size_t kDrawable = 300;
+
 // The network in Graphviz's language: a box with its ports for each component, groups as clusters, an arrow for each
 // connection, dashed where it carries a demand.
 std::string networkDot(const Model& model);

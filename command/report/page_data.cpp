@@ -20,6 +20,11 @@ std::string textOf(const Json& object, const char* key) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+// Of a path on either system: where the files lay is nobody's business who is handed the page.
+std::string fileName(const std::string& path) {
+    return path.substr(path.find_last_of("/\\") + 1);
+}
+
 const Json& listOf(const Json& object, const char* key) {
     static const Json kEmpty = Json::array();
     const auto found = object.find(key);
@@ -28,7 +33,7 @@ const Json& listOf(const Json& object, const char* key) {
 
 void addHead(const Json& summary, Json& page) {
     const std::string title = textOf(summary, "title");
-    page["title"] = title.empty() ? textOf(summary, "model") : title;
+    page["title"] = title.empty() ? fileName(textOf(summary, "model")) : title;
     for (const char* key :
          {"start", "end", "steps", "steps_run", "days_per_step", "components", "connections", "outcome", "message"}) {
         if (summary.contains(key)) page[key] = summary[key];
@@ -45,6 +50,7 @@ void addWarnings(const Json& summary, Json& page) {
             for (const char* key : {"text", "code", "severity", "accepted", "file", "line", "component"}) {
                 if (given.contains(key) && !given[key].is_null()) row[key] = given[key];
             }
+            if (row.contains("file")) row["file"] = fileName(textOf(row, "file"));
             rows.push_back(std::move(row));
         }
     }
@@ -62,13 +68,14 @@ Json accountOf(const Json& summary) {
     if (given.size() <= kMostRows) return given;
     Json rows = Json::array();
     for (const Json& entry : given) {
-        const auto same = std::find_if(rows.begin(), rows.end(), [&](const Json& row) {
+        auto same = std::find_if(rows.begin(), rows.end(), [&](const Json& row) {
             return row["side"] == entry["side"] && row["kind"] == entry["kind"];
         });
         if (same == rows.end()) {
             rows.push_back({{"side", entry["side"]}, {"kind", entry["kind"]}, {"litres", 0.0}, {"components", 0}});
+            same = rows.end() - 1;
         }
-        Json& row = same == rows.end() ? rows.back() : *same;
+        Json& row = *same;
         if (entry["litres"].is_number()) row["litres"] = row["litres"].get<double>() + entry["litres"].get<double>();
         row["components"] = row["components"].get<int>() + 1;
     }
@@ -97,9 +104,11 @@ Json overviewIn(const PageSource& source) {
 }
 
 Json madeOf(const Json& summary) {
-    Json made{{"version", summary.value("version", KESTO_VERSION)}, {"model", textOf(summary, "model")}};
+    Json made{{"version", summary.value("version", KESTO_VERSION)}, {"model", fileName(textOf(summary, "model"))}};
     if (summary.contains("model_sha256")) made["model_sha256"] = summary["model_sha256"];
-    if (summary.contains("inputs")) made["inputs"] = summary["inputs"];
+    for (const Json& input : listOf(summary, "inputs")) {
+        made["inputs"].push_back({{"file", fileName(textOf(input, "file"))}, {"sha256", textOf(input, "sha256")}});
+    }
     Json options = Json::array();
     const auto add = [&](const char* name, const std::string& text) {
         if (!text.empty()) options.push_back({name, text});
@@ -108,7 +117,7 @@ Json madeOf(const Json& summary) {
         add("--scenario", one.get<std::string>());
     for (const Json& one : listOf(summary, "set"))
         add("--set", one.get<std::string>());
-    add("--states-from", textOf(summary, "states_from"));
+    add("--states-from", fileName(textOf(summary, "states_from")));
     if (summary.value("approximate", false)) add("--approximate", "yes");
     if (!options.empty()) made["options"] = std::move(options);
     return made;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 
 #include "carriers.h"
@@ -81,8 +82,10 @@ class NetworkData {
         Json components = Json::array();
         for (std::size_t i = 0; i < model_.components.size(); ++i) {
             const Component& component = model_.components[i];
-            components.push_back({component.name, typeIndex_.at(component.type->name), std::max(component.group, -1),
-                                  multiplicity_.of(static_cast<int>(i)).greatest});
+            Json row{component.name, typeIndex_.at(component.type->name), std::max(component.group, -1)};
+            const double times = multiplicity_.of(static_cast<int>(i)).greatest;
+            if (times != 1) row.push_back(times);
+            components.push_back(std::move(row));
         }
         return components;
     }
@@ -139,7 +142,7 @@ class NetworkData {
         }
         Json links = Json::array();
         for (const auto& [key, sum] : sums) {
-            links.push_back({key[0], key[1], key[2], sum.litres, sum.count});
+            links.push_back({key[0], key[1], key[2], std::round(sum.litres), sum.count});
         }
         return links;
     }

@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include "page_parts.h"
 #include "stored_series.h"
@@ -13,7 +14,9 @@ namespace kesto {
 
 namespace {
 
-constexpr std::size_t kShown = 50;  // series by day, unless others are asked for
+constexpr std::size_t kPageBytes = 4'500'000;  // of the data; with scripts and pictures less than 5 MB
+constexpr std::size_t kLeastBytes = 500'000;   // for days, whatever else the page holds
+constexpr std::size_t kShown = 50;             // series by day, unless others are asked for
 
 // Sums of flows and of what groups book, means of states and qualities.
 bool addsUp(Quantity quantity) {
@@ -46,8 +49,10 @@ class SeriesData {
   public:
     SeriesData(const PageSource& source, const Json& summary, const Json& overview)
         : source_(source), overview_(overview), stored_(source.folder, source.stored.files) {
-        for (const Json& flow : summary.value("flows", Json::array())) {
-            carries_[flow["name"].get<std::string>()] = flow["carries"].get<std::string>();
+        if (const auto flows = summary.find("flows"); flows != summary.end()) {
+            for (const Json& flow : *flows) {
+                carries_[flow["name"].get<std::string>()] = flow["carries"].get<std::string>();
+            }
         }
         for (const Json& row : overview.value("shown", Json::array())) {
             if (row.value("first", false)) first_.insert(row["name"].get<std::string>());
@@ -59,18 +64,14 @@ class SeriesData {
     }
 
     void addTo(Json& page) {
-        if (stored_.days().empty() && !overview_.contains("sums")) return;
+        if (stored_.days().empty()) return;
         Json list = Json::array();
         for (const Json& sum : overview_.value("sums", Json::array())) {
             list.push_back(rowOfSum(sum));
         }
-        std::size_t shown = 0;
-        if (!stored_.days().empty()) {
-            months_ = monthsOf(stored_.days().front(), stored_.days().size());
-            shown = addDays(page, list);
-        }
-        Json series{{"first", page.value("start", "")}, {"step_days", 1}, {"count", stored_.days().size()}};
-        if (!stored_.days().empty()) series["first"] = toText(stored_.days().front());
+        months_ = monthsOf(stored_.days().front(), stored_.days().size());
+        const std::size_t shown = addDays(page, list);
+        Json series{{"first", toText(stored_.days().front())}, {"step_days", 1}, {"count", stored_.days().size()}};
         series["list"] = std::move(list);
         const std::size_t all = overview_.value("series", std::size_t{0});
         if (all > shown) {
@@ -84,38 +85,43 @@ class SeriesData {
     // Reads what is wanted, and the levels of the stores, in one go. Gives how many series are shown, without
     // qualities.
     std::size_t addDays(Json& page, Json& list) {
-        const std::vector<std::size_t> stores = entriesOfStores(page);
-        std::vector<std::size_t> wanted = choice();
+        const std::size_t used = page.dump(-1, ' ', false, Json::error_handler_t::replace).size();
+        bytes_ = std::max(kLeastBytes, kPageBytes - std::min(kPageBytes, used));
+        const std::vector<std::size_t> wanted = choice(), stores = entriesOfStores(page);
         const std::size_t most = source_.shown.empty() ? kShown : wanted.size();
-        const auto begin = std::min(most, wanted.size());
-        std::vector<std::size_t> now(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(begin));
-        now.insert(now.end(), stores.begin(), stores.end());
-        auto values = stored_.valuesOf(now);
-        std::size_t rows = 0, shown = 0;
-        const auto take = [&](std::size_t entry, const std::vector<float>& days) {
-            if (days.empty()) return;  // nothing was written
-            list.push_back(rowOf(stored_.entries()[entry], days));
-            ++rows;
-            if (!isQuality(stored_.entries()[entry].quantity)) ++shown;
-        };
-        for (std::size_t i = 0; i < begin; ++i) {
-            take(wanted[i], values[i]);
-        }
-        for (std::size_t i = 0; i < stores.size(); ++i) {
-            page["stores"]["list"][i]["days"] = packed(values[begin + i]);
-        }
+        const std::size_t sums = list.size();
+        std::size_t shown = 0, next = 0;
         // Others take the place of those that hold nothing.
-        for (std::size_t next = begin; rows < most && next < wanted.size();) {
-            const std::size_t end = std::min(next + most - rows, wanted.size());
-            now.assign(wanted.begin() + static_cast<std::ptrdiff_t>(next),
-                       wanted.begin() + static_cast<std::ptrdiff_t>(end));
-            values = stored_.valuesOf(now);
-            for (std::size_t i = 0; i < now.size(); ++i) {
-                take(now[i], values[i]);
+        do {
+            const std::size_t end = std::min(next + most - (list.size() - sums), wanted.size());
+            std::vector<std::size_t> now(wanted.begin() + static_cast<std::ptrdiff_t>(next),
+                                         wanted.begin() + static_cast<std::ptrdiff_t>(end));
+            if (next == 0) now.insert(now.end(), stores.begin(), stores.end());
+            const auto values = stored_.valuesOf(now);
+            if (next == 0) addStores(page, {values.end() - static_cast<std::ptrdiff_t>(stores.size()), values.end()});
+            for (std::size_t i = 0; i < end - next; ++i) {
+                if (values[i].empty()) continue;
+                list.push_back(rowOf(stored_.entries()[now[i]], values[i]));
+                if (!isQuality(stored_.entries()[now[i]].quantity)) ++shown;
             }
             next = end;
-        }
+        } while (list.size() - sums < most && next < wanted.size());
         return shown;
+    }
+
+    void addStores(Json& page, const std::vector<std::vector<float>>& values) {
+        const std::size_t half = bytes_ / 2;
+        for (std::size_t i = 0; i < values.size() && bytes_ > half; ++i) {
+            addPacked(page["stores"]["list"][i], values[i]);
+        }
+    }
+
+    // Of a run of a century only a few have their days.
+    void addPacked(Json& row, const std::vector<float>& days) {
+        std::string text = packed(days);
+        if (source_.shown.empty() && text.size() > bytes_) return;
+        bytes_ -= std::min(bytes_, text.size());
+        row["days"] = std::move(text);
     }
 
     std::vector<std::size_t> entriesOfStores(const Json& page) const {
@@ -134,6 +140,7 @@ class SeriesData {
         std::vector<std::size_t> chosen;
         const auto& entries = stored_.entries();
         if (!source_.shown.empty()) {
+            expectKnown();
             for (std::size_t i = 0; i < entries.size(); ++i) {
                 if (isAsked(entries[i])) chosen.push_back(i);
             }
@@ -150,15 +157,29 @@ class SeriesData {
     }
 
     // As of --record: "all", or names of series, or of components, which stand for all of theirs.
-    bool isAsked(const SeriesEntry& entry) const {
-        const auto is = [&](const std::string& asked) {
-            return asked == "all" || asked == entry.of || asked == entry.name() ||
-                   asked == entry.of.substr(0, entry.of.find(':'));
-        };
-        return std::any_of(source_.shown.begin(), source_.shown.end(), is);
+    static bool isMeant(const SeriesEntry& entry, const std::string& asked) {
+        return asked == "all" || asked == entry.of || asked == entry.name() ||
+               asked == entry.of.substr(0, entry.of.find(':'));
     }
 
-    Json rowOf(const SeriesEntry& entry, const std::vector<float>& given) const {
+    bool isAsked(const SeriesEntry& entry) const {
+        return std::any_of(source_.shown.begin(), source_.shown.end(),
+                           [&](const std::string& asked) { return isMeant(entry, asked); });
+    }
+
+    void expectKnown() const {
+        const auto& entries = stored_.entries();
+        for (const std::string& asked : source_.shown) {
+            const bool isKnown = std::any_of(entries.begin(), entries.end(),
+                                             [&](const SeriesEntry& entry) { return isMeant(entry, asked); });
+            if (isKnown) continue;
+            throw std::runtime_error(fmt::format(
+                "--series {}: the results hold no series of this name; expected all, a component, or a name such as {}",
+                asked, entries.empty() ? "tank:overflow" : entries.front().name()));
+        }
+    }
+
+    Json rowOf(const SeriesEntry& entry, const std::vector<float>& given) {
         std::vector<float> values = given;
         constexpr float kAbsent = -1.0F;  // a signal without quality
         if (isQuality(entry.quantity))
@@ -177,7 +198,7 @@ class SeriesData {
         row["unit"] = entry.unit;
         row["sum"] = addsUp(entry.quantity);
         row["months"] = packed(byMonth(values, months_, addsUp(entry.quantity)));
-        row["days"] = packed(values);
+        addPacked(row, values);
         if (!isQuality(entry.quantity) && first_.contains(entry.name())) row["first_shown"] = true;
         return row;
     }
@@ -213,6 +234,7 @@ class SeriesData {
     std::set<std::string> first_;
     std::map<std::pair<bool, std::string>, std::size_t> byName_;  // entries, qualities apart
     std::vector<std::uint8_t> months_;                            // of each day
+    std::size_t bytes_ = 0;                                       // that are left for days
 };
 
 }  // namespace

@@ -113,10 +113,11 @@ std::optional<double> capacityOf(const Recorded& recorded, int component) {
 }
 
 StoreOverview storeOf(const Recorded& recorded, const State& state, int component) {
-    StoreOverview store{component, state.unit, capacityOf(recorded, component), 0, 0};
     const auto largest = static_cast<double>(*std::max_element(state.values, state.values + recorded.steps()));
-    const double whole = store.capacity ? *store.capacity : largest;
-    const auto empty = static_cast<float>(kLeast * whole), full = static_cast<float>((1 - kLeast) * whole);
+    const std::optional<double> capacity = capacityOf(recorded, component);
+    const double whole = capacity.value_or(largest);
+    StoreOverview store{component, state.unit, capacity, kLeast * whole, (1 - kLeast) * whole};
+    const auto empty = static_cast<float>(store.emptyBelow), full = static_cast<float>(store.fullFrom);
     std::size_t emptyDays = 0, fullDays = 0;
     for (std::size_t step = 0; step < recorded.steps(); ++step) {
         emptyDays += state.values[step] <= empty ? 1U : 0U;

@@ -25,8 +25,9 @@ struct OverviewRow {
 struct StoreOverview {
     int component;
     std::string_view unit;
-    std::optional<double> capacity;    // in this unit
-    double emptyShare, fullShare = 0;  // of the days; full where the capacity is known
+    std::optional<double> capacity;        // in this unit
+    double emptyBelow, fullFrom;           // levels; full where the capacity is known
+    double emptyShare = 0, fullShare = 0;  // of the days
 };
 
 // The sum of one output, or the mean of the storages, of all components of a type, or of those in a group.

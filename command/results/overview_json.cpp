@@ -83,7 +83,11 @@ Json storesOf(const Overview& overview) {
         if (component.group >= 0) row["group"] = overview.model->groups[at(component.group)].name;
         if (store.capacity && std::isfinite(*store.capacity)) row["capacity"] = *store.capacity;
         row["empty_share"] = store.emptyShare;
-        if (store.capacity) row["full_share"] = store.fullShare;
+        row["empty_below"] = store.emptyBelow;
+        if (store.capacity) {
+            row["full_share"] = store.fullShare;
+            row["full_from"] = store.fullFrom;
+        }
         list.push_back(std::move(row));
     }
     Json stores{{"list", std::move(list)}};

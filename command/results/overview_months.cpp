@@ -113,7 +113,8 @@ class MonthRows {
             areSourcesKnown_ && !served_.empty() && std::abs(totalOf(served_) - others) <= kNear * others;
         if (areAll && sourceCount_ <= kMostSources) {
             for (Source& source : sources_) {
-                row(recorded_.component(source.component).name, "store", source.served);
+                const bool isStore = recorded_.type(source.component).balance.stored != Stored::nothing;
+                row(recorded_.component(source.component).name, isStore ? "store" : "source", source.served);
             }
             return;
         }
@@ -124,7 +125,7 @@ class MonthRows {
         const bool isOneType = areAll && std::all_of(sources_.begin(), sources_.end(), [&](const Source& source) {
                                    return &recorded_.type(source.component) == &recorded_.type(lastSource_);
                                });
-        row(isOneType ? pluralOf(recorded_.type(lastSource_)) : "Other sources", "store", rest);
+        row(isOneType ? pluralOf(recorded_.type(lastSource_)) : "Other sources", isOneType ? "store" : "other", rest);
     }
 
     void addServed() {

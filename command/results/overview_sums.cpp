@@ -1,6 +1,7 @@
 #include <map>
 #include <tuple>
 
+#include "fields.h"
 #include "month_terms.h"
 #include "overview_parts.h"
 
@@ -24,6 +25,9 @@ class Sums {
     Sums(const Recorded& recorded, const Results& results, const Multiplicity& multiplicity, const RunMonths& months)
         : recorded_(recorded), multiplicity_(multiplicity), months_(months) {
         for (int i = 0; i < recorded.components(); ++i) {
+            // A litre passes one junction after the other: a sum of them says nothing.
+            const Field field = fieldOf(recorded.type(i));
+            if (field == Field::routing || field == Field::quality) continue;
             for (int port = 1; port <= recorded.outputs(i); ++port) {
                 addFlow(i, port);
             }

@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include "files.h"
-#include "results_reader.h"
 #include "run_apart.h"
+#include "stored_series.h"
 
 namespace kesto {
 
@@ -21,21 +21,27 @@ using Json = nlohmann::json;
 constexpr std::chrono::minutes kLongest{10};
 
 // As text, from the process that reads: values by their bits, since they need not be numbers.
-std::string textOf(const ReadResults& results, Day day) {
-    const auto found = std::find(results.days.begin(), results.days.end(), day);
-    const auto step = static_cast<std::size_t>(found - results.days.begin());
-    Json states = Json::array();
-    const auto add = [&](SeriesKind kind, const std::vector<NamedSeries>& list) {
-        for (const NamedSeries& series : list) {
-            if (step >= series.values.size()) continue;
-            states.push_back({kind, series.name, series.unit, std::bit_cast<std::uint32_t>(series.values[step])});
+std::string textOf(const StoredSeries& stored, Day day) {
+    const std::vector<Day>& days = stored.days();
+    const auto found = std::find(days.begin(), days.end(), day);
+    const auto step = static_cast<std::size_t>(found - days.begin());
+    std::vector<std::size_t> wanted;
+    for (const Quantity quantity : {Quantity::storage, Quantity::storeQuality}) {
+        for (std::size_t i = 0; i < stored.entries().size(); ++i) {
+            if (stored.entries()[i].quantity == quantity) wanted.push_back(i);
         }
-    };
-    add(SeriesKind::storage, results.storages);
-    add(SeriesKind::quality, results.storeQualities);
+    }
+    const std::vector<std::vector<float>> values = stored.valuesOf(wanted);
+    Json states = Json::array();
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const SeriesEntry& entry = stored.entries()[wanted[i]];
+        const SeriesKind kind = entry.quantity == Quantity::storage ? SeriesKind::storage : SeriesKind::quality;
+        if (step >= values[i].size()) continue;
+        states.push_back({kind, entry.of, entry.unit, std::bit_cast<std::uint32_t>(values[i][step])});
+    }
     Json held = Json::array();
-    if (!results.days.empty()) held = {results.days.front(), results.days.back()};
-    return Json{{"held", held}, {"has_day", found != results.days.end()}, {"states", states}}.dump(
+    if (!days.empty()) held = {days.front(), days.back()};
+    return Json{{"held", held}, {"has_day", found != days.end()}, {"states", states}}.dump(
         -1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -43,12 +49,14 @@ std::string textOf(const ReadResults& results, Day day) {
 
 StoredStates readStatesOf(Day day, const std::string& folder) {
     const StoredResults stored = storedResults(folder);
-    const WrittenFile* const file = statesFile(stored.files);
+    const WrittenFile* const netcdf = find(stored.files, "results.nc");
+    const WrittenFile* const file = netcdf ? netcdf : find(stored.files, "states.csv");
+    const std::vector<WrittenFile> files = file ? std::vector{*file} : std::vector<WrittenFile>();
     StoredStates result;
     result.file = file ? joined(folder, file->name) : folder;
     // The NetCDF library crashes on some files that are broken, and goes round in others for ever.
     const Json read = Json::parse(answerApart(fmt::format("cannot read {}, which may be broken", result.file), kLongest,
-                                              [&] { return textOf(readStates(folder, stored.files), day); }));
+                                              [&] { return textOf(StoredSeries(folder, files), day); }));
     expectUnchanged(folder, stored);
     if (!read.at("held").empty()) result.held = {read.at("held").at(0), read.at("held").at(1)};
     result.hasDay = read.at("has_day");

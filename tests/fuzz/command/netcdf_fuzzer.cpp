@@ -6,21 +6,19 @@
 
 #include "branch_counters.h"
 #include "engine_process.h"
-#include "results_reader.h"
 #include "run_apart.h"
 #include "scratch_folder.h"
+#include "stored_series.h"
 
 namespace {
 
 constexpr const char* kFinding = "a series that is not as long as the run";
 
 void readAll(const std::string& folder) {
-    const kesto::ReadResults results = kesto::readResults(folder, {{"results.nc", 0, ""}});
-    for (const auto* list :
-         {&results.flows, &results.storages, &results.qualities, &results.storeQualities, &results.potentials}) {
-        for (const kesto::NamedSeries& one : *list) {
-            if (one.values.size() != results.days.size()) throw std::runtime_error(kFinding);
-        }
+    const kesto::StoredSeries stored(folder, {{"results.nc", 0, ""}});
+    for (std::size_t i = 0; i < stored.entries().size(); ++i) {
+        const std::size_t count = stored.valuesOf({i}).front().size();
+        if (count != 0 && count != stored.days().size()) throw std::runtime_error(kFinding);
     }
 }
 
