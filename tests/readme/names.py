@@ -129,7 +129,7 @@ def check_clang_tidy():
 
 everything_but_pages = "\n".join(
     read(name) for name in tracked
-    if name and not name.endswith(".md") and re.search(r"(^|/)(CMake[^/]*|test|demo|run|\w+\.(cmake|py|cpp|h|json))$", name)
+    if name and not name.endswith(".md") and re.search(r"(^|/)(CMake[^/]*|test|demo|run|\w+\.(cmake|py|cpp|h|json|mjs))$", name)
     and (root / name).is_file())
 known = {option for name in SCRIPTS for option in re.findall(r"--[a-z][a-z-]*", read(name))}
 if kesto:

@@ -33,7 +33,7 @@ function side(title, rows) {
   const chosen = unitFor("L", Math.max(largestOf(sums.map(one => one.litres)), Math.abs(total)));
   const lines = sums.map(one => [words(one.kind), one.components > 1 ? `${number(one.components)} components` : named(one.name ?? ""), told(one.litres, "L", chosen)]);
   const last = ["together", "", told(total, "L", chosen)];
-  last.className = "total";
+  last.className = "sum";
   return make("div", {}, make("h3", { textContent: `${title} [${chosen.unit}]` }),
     table(title, [{ title: "kind" }, { title: "component" }, { title: chosen.unit, number: true }], [...lines, last]));
 }
@@ -93,7 +93,8 @@ export function balanceSection(data) {
   const booked = potentials.filter(row => row.total);
   if (booked.length) body.push(opened("Potentials of the groups", () => potentialRows(booked)));
   if (!body.length) return null;
-  return { id: "balance", title: "Balance", body, note: "What came into the network and what left it over the whole period; point at a figure for its exact value." };
+  return { id: "balance", title: "Balance", body, note: "What came into the network and what left it over the whole period.",
+           how: "Point at a figure for its exact value." };
 }
 
 export function writeMade({ made }) {

@@ -52,7 +52,7 @@ function figureTables(data, rows) {
   for (let from = 0; from === 0 || from < others.length; from += kAcross) {
     const shown = [0, ...others.slice(from, from + kAcross)];
     tables.push(table("Figures of the runs", [{ title: "figure" }, { title: "unit" }, ...shown.map(at => ({ title: data.runs[at].name, number: true }))],
-      rows.map(row => [make("span", { title: row.meaning }, named(row.label ?? row.name)), unitFor(row.unit, largestOf(row.values)).unit, ...shown.map(at => figureCell(row, at))])));
+      rows.map(row => [make("span", {}, named(row.label ?? row.name), row.meaning ? make("span", { className: "aside-text", textContent: row.meaning }) : null), unitFor(row.unit, largestOf(row.values)).unit, ...shown.map(at => figureCell(row, at))])));
   }
   return tables;
 }
@@ -167,7 +167,8 @@ class SweepChart {
     const varies = list => list.findIndex(one => new Set(one.values).size > 1);
     this.x = Math.max(0, varies(sweep.keys));
     this.y = Math.max(0, varies(sweep.figures));
-    this.by = -1;
+    // Lines of the sizing curve for each value of another key, where a reader can tell them apart.
+    this.by = sweep.keys.findIndex((key, i) => i !== this.x && new Set(key.values).size > 1 && new Set(key.values).size <= kSeriesColours.length);
     this.host = make("div", { className: "chart", role: "img" });
     this.keys = make("ul", { className: "keys" });
     this.when = make("p", { className: "note when" });
@@ -190,7 +191,7 @@ class SweepChart {
     this.members = order;
     const once = by || new Set(order.map(i => axis.places[i])).size === order.length;
     this.plot = lines(this.host, { width, height: 320, x: order.map(i => axis.places[i] / factor.factor),
-      xLabel: `${x.name}${factor.unit ? ` [${factor.unit}]` : ""}`, yLabel: chosen.unit ? `[${chosen.unit}]` : "value", points: !once || order.length > 60,
+      xLabel: `${x.name}${factor.unit ? ` [${factor.unit}]` : ""}`, yLabel: `${y.name}${chosen.unit ? ` [${chosen.unit}]` : ""}`, points: !once, marks: order.length <= 60, xNames: axis.names,
       series: groups.map((name, g) => ({ label: y.name, colour: kSeriesColours[g], values: order.map(i => name === null || String(by.values[i]) === name ? y.values[i] / chosen.factor : null) })),
       span: true, onPoint: at => this.point(at ?? null) });
     this.host.setAttribute("aria-label", `${y.name} by ${x.name}, ${order.length} members.`);
@@ -229,7 +230,7 @@ export function sweepSection({ sweep }) {
   });
   const controls = make("div", { className: "controls" }, pick("Across", [...names(sweep.keys), ...names(sweep.figures).map(([i, name]) => [String(Number(i) + sweep.keys.length), name])], chart.x, at => { chart.x = at; }),
     pick("Up", names(sweep.figures), chart.y, at => { chart.y = at; }),
-    sweep.keys.length > 1 ? pick("Colours", [["-1", "none"], ...names(sweep.keys)], -1, at => { chart.by = at; }) : null);
+    sweep.keys.length > 1 ? pick("Colours", [["-1", "none"], ...names(sweep.keys)], chart.by, at => { chart.by = at; }) : null);
   return { ...head, body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host)],
     ready: () => {
       redraw = drawn(chart.host, width => chart.draw(width));

@@ -28,7 +28,11 @@ export function svg(tag, attributes = {}, ...children) {
 }
 
 // A name of the model: it may be in any script, and must not turn round what follows.
-export const named = text => make("bdi", { textContent: text });
+// A long one breaks where its parts meet.
+export function named(text) {
+  const parts = String(text).split(/(?<=[:_/.])(?=[^\s:_/.])/);
+  return make("bdi", {}, ...parts.flatMap((part, i) => i ? [make("wbr"), part] : [part]));
+}
 
 // A list that is opened with a click, and filled only then.
 export function opened(title, fill) {

@@ -71,5 +71,8 @@ function card(one) {
 
 export function cardSection(data) {
   if (!data.cards?.length) return null;
-  return { id: "figures", title: "Key figures", quiet: true, body: [make("dl", { className: "cards" }, ...data.cards.map(card))] };
+  const cards = make("dl", { className: "cards" }, ...data.cards.map(card)), count = data.cards.length;
+  // Rows of the same length, as far as the window has room.
+  cards.style.setProperty("--across", String(count <= 4 ? count : Math.ceil(count / 2)));
+  return { id: "figures", title: "Key figures", quiet: true, body: [cards] };
 }

@@ -30,7 +30,7 @@ function range(_, low, high) {
 }
 
 // `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
-export function lines(host, { width, height, x, series, yLabel, xLabel, logarithmic, points, span, key, within, onZoom, onPoint }) {
+export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, logarithmic, points, span, key, within, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
@@ -40,7 +40,7 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, logarith
     cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
     scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range } },
     axes: [
-      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18 } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
+      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18, ...(xNames ? { values: (_, places) => places.map(place => xNames[place] ?? "") } : {}) } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
         ? values.map(value => value === null ? "" : String(Number(value.toPrecision(2)))) : tickTexts(values),
         size: (_, texts) => Math.ceil(Math.max(24, ...(texts ?? []).map(text => widthOf(text ?? "")))) + 16 },
@@ -49,7 +49,7 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, logarith
       label: one.label, stroke: colour(one.colour), width: one.width ?? 1.6, dash: one.dash, spanGaps: Boolean(span),
       fill: one.fill ? `${colour(one.colour)}22` : undefined,
       paths: points ? () => null : one.stepped ? uPlot.paths.stepped({ align: 1 }) : undefined,
-      points: { show: points || one.values.length < 4, size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
+      points: { show: points || marks || one.values.length < 4, size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
     }))],
     hooks: {
       setScale: [(chart, scale) => scale === "x" && onZoom?.(chart.scales.x.min, chart.scales.x.max, chart)],

@@ -101,8 +101,8 @@ export function monthSection({ months }) {
   const colours = coloursOf(series);
   const note = make("span", {});
   const host = make("div", { className: "chart" });
-  const body = [legend(series.map((one, i) => ({ label: one.label, colour: colours[i] }))),
-                figure("What was used in each month, by source.", host), opened("As a table", () => monthTable(kept))];
+  const keys = legend(series.map((one, i) => ({ label: one.label, colour: colours[i] })));
+  const body = [figure("What was used in each month, by source.", keys, host), opened("As a table", () => monthTable(kept))];
   const draw = width => {
     const { drawing, unit, yearly } = picture(kept, colours, width, months.unit);
     note.textContent = `What was used, in ${unit} ${yearly ? "a year" : "a month"}, by where it came from.`;
@@ -137,5 +137,5 @@ export function yearSection({ years }) {
   if (years.whole?.some(whole => whole === false)) {
     body.push(make("p", { className: "note", textContent: "* Only a part of this year was run." }));
   }
-  return { id: "years", title: "Year by year", note: "Sums of each year; point at a figure for all of its digits.", body };
+  return { id: "years", title: "Year by year", note: "Sums of each year.", how: "Point at a figure for its exact value.", body };
 }

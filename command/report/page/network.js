@@ -52,8 +52,8 @@ class NetworkSection {
     const tools = make("div", { className: "finder screen" }, search, this.results, this.details);
     const large = this.drawing && graph.components.length > kPrintable && canLayOut() && graph.boxes().length > 1;
     this.printed = large ? make("div", { className: "paper boxes-paper" }) : null;
-    const stage = make("div", { className: `stage${large ? " not-paper" : ""}` }, make("div", { className: "controls screen" }, views, this.path), this.view.node, this.list);
-    const key = make("p", { className: "note" }, "Solid lines carry water, dashed lines a demand.");
+    const stage = make("div", { className: `stage${large ? " not-paper" : ""}` }, make("div", { className: "controls screen" }, views, this.path, this.view.zoomButtons), this.view.node, this.list);
+    const key = make("p", { className: "note screen" }, "Solid lines carry water, dashed lines a demand.");
     return [make("div", { className: "split network" }, tools, figure("The network: solid lines carry water, dashed lines a demand.", stage, this.printed, key)),
             opened("Components as a list", () => this.componentTable())];
   }
@@ -76,8 +76,6 @@ class NetworkSection {
     byAddress();
     if (address.component && !address.series) this.view.node.scrollIntoView({ block: "center" });
     onAddress(byAddress);
-    if (!address.component) this.details.append(make("p", { className: "note", textContent: this.drawing
-      ? "Click a component for its values, figures and series." : "Click a box to open it, a component for its values, figures and series." }));
   }
 
   trail(...steps) {
@@ -250,10 +248,10 @@ class NetworkSection {
       make("p", { className: "note", textContent: about.filter(text => text).join(", ") }),
       make("div", { className: "controls" },
         own.length && canDraw() ? button(own.length === 1 ? "Show its series" : `Show its ${number(Math.min(kMostShown, own.length))} series`, () => showSeries(own)) : null,
-        this.drawing && canLayOut() ? button("Neighbourhood", () => this.showNear(index)) : null,
-        this.drawing && this.view.drawing !== this.drawing ? button("Back to the drawing", () => { this.showDrawing(); this.mark(index); }) : null),
+        this.drawing && canLayOut() && this.view.drawing === this.drawing ? button("Neighbourhood", () => { this.showNear(index); this.showDetails(index); }) : null,
+        this.drawing && this.view.drawing !== this.drawing ? button("Back to the drawing", () => { this.showDrawing(); this.choose(index); }) : null),
       ...(known.figures?.length ? [make("h4", { textContent: "Figures" }), make("dl", { className: "pairs" }, ...known.figures.flatMap(([key, value, unit]) =>
-        [make("dt", { textContent: key }), make("dd", { textContent: amount(value, unit), title: hides(value, unit) })]))] : []),
+        [make("dt", { textContent: key.replaceAll("_", " ") }), make("dd", { textContent: amount(value, unit), title: hides(value, unit) })]))] : []),
       ...(known.values?.length ? [make("h4", { textContent: "Values" }), make("dl", { className: "pairs" }, ...known.values.flatMap(([key, text]) =>
         [make("dt", { textContent: key }), make("dd", {}, named(String(text)))]))] : []),
       ...ends("Gets from", links.filter(link => link[2] === index), 0, 3, 1), ...ends("Sends to", links.filter(link => link[0] === index), 2, 1, 3),
@@ -277,6 +275,6 @@ export function networkSection({ network }) {
   }
   const section = new NetworkSection(network);
   return { id: "network", title: "Network", body: section.body(), ready: () => section.ready(),
-    note: section.drawing ? "Drag to pan, Ctrl and the wheel to zoom; click a component for its values, figures and series."
-      : "A box for each group, with what flows between them; click one to open it, or search for a component." };
+    note: section.drawing ? "The components, with their ports and groups, and what flows between them." : "The groups, with what they hold and what flows between them.",
+    how: "Drag to pan; Ctrl and the wheel zoom. Click a box to open it, a component for its values, figures and series." };
 }

@@ -38,14 +38,16 @@ export function boxPicture(nodes, edges, { down = false, said }) {
   const { width, height } = graph.graph();
   const drawing = svg("svg", { viewBox: `0 0 ${Math.ceil(width)} ${Math.ceil(height)}`, class: "boxes", role: "img", "aria-label": said },
     svg("defs", {}, arrowHead(false), arrowHead(true)));
+  const labels = svg("g", { class: "amounts" });  // above all lines
   for (const id of graph.edges()) {
     const edge = graph.edge(id);
     const line = svg("g", { class: edge.demand ? "edge demand" : "edge" },
       svg("path", { d: curve(edge.points), "stroke-width": edge.stroke ?? 1.5, "marker-end": `url(#${edge.demand ? "to-demand" : "to-water"})` }));
-    if (edge.label) line.append(svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
+    if (edge.label) labels.append(svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
     if (edge.hint) hinted(line, () => edge.hint);
     drawing.append(line);
   }
+  drawing.append(labels);
   for (const id of graph.nodes()) {
     const node = graph.node(id);
     const left = node.x - node.width / 2, top = node.y - node.height / 2;

@@ -10,7 +10,7 @@ export class View {
     this.zoomButtons = make("div", { className: "zoom screen", role: "group", "aria-label": "Zoom" },
       button("+", () => this.zoom(1 / kStep), { "aria-label": "Zoom in" }), button("−", () => this.zoom(kStep), { "aria-label": "Zoom out" }),
       button("Fit", () => this.fit()));
-    this.node = make("div", { className: "viewport" }, this.frame, this.zoomButtons);
+    this.node = make("div", { className: "viewport" }, this.frame);
     this.frame.addEventListener("wheel", event => this.wheel(event), { passive: false });
     this.frame.addEventListener("keydown", event => this.key(event));
     this.frame.addEventListener("pointerdown", event => this.grab(event));

@@ -37,7 +37,7 @@ export function returning(nodes, links) {
 
 // Mean of a year where there is one, in one unit for the whole picture.
 export function scaleOf(paths) {
-  const perYear = paths.years >= 1;
+  const perYear = paths.years > 0.99;
   const share = perYear ? 1 / paths.years : 1;
   const most = largestOf(paths.nodes.map(node => node.litres)) * share;
   const chosen = unitFor("L", most);
@@ -81,7 +81,7 @@ class Picture {
     this.columns = 1 + Math.max(...nodes.map(node => node.layer));
     const layer = new Map(nodes.map(node => [node.id, node.layer]));
     this.beside = width >= 720;
-    const font = this.beside ? 13 : 12;
+    const font = this.beside ? 13 : 11.5;
     const widest = side => Math.min(kSide, Math.ceil(Math.max(...this.nodes.filter(node => layer.get(node.id) === side)
       .flatMap(node => [node.label, this.scale.text(this.amountOf(node))]).map(text => widthOf(text, font)))) + kGap + 4);
     if (this.beside) {
@@ -172,7 +172,7 @@ class Picture {
     const middle = (node.y0 + node.y1) / 2;
     return svg("g", { class: "label", "text-anchor": outside ? "end" : "start" }, svg("title", {}, node.label), ...lines.map((line, i) =>
       svg("text", { x, y: middle + (i - (lines.length - 1) / 2) * kLine + 4, class: line.name ? "name" : "amount",
-                    "font-size": (this.beside ? 13 : 12) - (line.name ? 0 : 1) }, line.text)));
+                    "font-size": (this.beside ? 13 : 11.5) - (line.name ? 0 : 1) }, line.text)));
   }
 
   said() {
@@ -190,9 +190,10 @@ function linkTable(paths) {
     [label.get(link.from), label.get(link.to), scale.text(link.litres), hides(link.litres, "L")]));
 }
 
-export function sankeySection({ paths, start, end }) {
-  if (!paths?.links?.some(link => link.litres > 0)) return null;
-  const perYear = paths.years >= 1;
+export function sankeySection({ paths: given, days, start, end }) {
+  if (!given?.links?.some(link => link.litres > 0)) return null;
+  const paths = { years: days / 365.25, ...given };
+  const perYear = paths.years > 0.99;
   const note = `${perYear ? "Mean of a year" : "Sum of the period"}, ${start} to ${end}. The width of a band is its volume; ` +
     "the account closes, nothing is left out.";
   if (typeof d3 === "undefined") {

@@ -69,7 +69,7 @@ class SeriesSection {
       const box = make("input", { type: "checkbox", checked: this.shown.includes(one), disabled: full && !this.shown.includes(one) });
       box.onchange = () => this.toggle(one);
       return make("li", {}, make("label", {}, box, named(one.name),
-        make("span", { className: "total", title: hides(summed(one), one.unit), textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}${hasDays(one) ? "" : ", no days"}` })));
+        make("span", { className: "total", title: hides(summed(one), one.unit), textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}${hasDays(one) ? "" : ", months only"}` })));
     }));
     const omitted = data.series.omitted ? ` ${data.series.omitted_note || `${number(data.series.omitted)} more are in the results.`}` : "";
     this.status.textContent = (found.length > kListed ? `The first ${kListed} of ${number(found.length)}: search for others.`
@@ -208,8 +208,9 @@ export function showSeries(list) {
 export function seriesSection() {
   if (!all.length) return null;
   const head = { id: "series", title: "All series",
-    note: "Choose up to eight; demands are dashed. Drag over the chart to zoom, double-click to see all days. The address of the page remembers what is shown." };
-  if (!canDraw()) return { ...head, note: "Totals and means of the whole period.", body: [noCharts(), ...totals()] };
+    note: "Any flow, storage, quality or potential over time; demands are dashed.",
+    how: "Choose up to eight. Drag over the chart to zoom, double-click to see all days. The address of the page remembers what is shown." };
+  if (!canDraw()) return { ...head, how: "", note: "Totals and means of the whole period.", body: [noCharts(), ...totals()] };
   section = new SeriesSection();
   return { ...head, body: section.body(), ready: () => section.ready() };
 }

@@ -15,7 +15,8 @@ import { figureSection, overlaySection, runSection, sweepSection, writeCompareHe
 function put(section) {
   const heading = make("h2", { textContent: section.title, id: `${section.id}-title`, className: section.quiet ? "hidden" : "" });
   byId("main").append(make("section", { id: section.id, "aria-labelledby": heading.id, className: section.quiet ? "quiet" : "" }, heading,
-    section.note ? make("p", { className: "note under" }, section.note) : null, ...section.body));
+    section.note ? make("p", { className: "note under" }, section.note, section.how ? make("span", { className: "screen", textContent: ` ${section.how}` }) : null) : null,
+    ...section.body));
 }
 
 function contents(sections) {
@@ -33,7 +34,8 @@ function contents(sections) {
 function runSections() {
   const warnings = allWarnings(data);
   writeHead(data, warnings);
-  const period = { start: longDay(dayOf(data.start)), end: longDay(dayOf(data.end)) };
+  const days = data.steps_run * (data.days_per_step ?? 1);
+  const period = { days, start: longDay(dayOf(data.start)), end: longDay(dayOf(data.start) + Math.max(0, days - 1)) };
   return [warningSection(data, warnings), cardSection(data), sankeySection({ paths: data.paths, ...period }), monthSection(data), yearSection(data),
           storeSection(data), networkSection(data), seriesSection(), balanceSection(data)];
 }

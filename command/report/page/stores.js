@@ -54,7 +54,10 @@ function strips(store, host) {
     for (let more = 0; more < step; ++more) {
       const [year, at] = placeOf(first + i * step + more);
       const image = images.get(year);
-      if (image) image.data.set([...tint, 255], 4 * at);
+      if (!image) continue;
+      image.data.set([...tint, 255], 4 * at);
+      // A year without a leap day shows the day before it twice, rather than a gap.
+      if (at === 58) image.data.set([...tint, 255], 4 * 59);
     }
   });
   for (const [year, canvas] of rows) canvas.getContext("2d").putImageData(images.get(year), 0, 0);
@@ -62,8 +65,7 @@ function strips(store, host) {
     const box = canvas.getBoundingClientRect();
     const at = Math.floor((event.clientX - box.left) / box.width * 366);
     const start = firstDayOf(year * 12), leap = firstDayOf(year * 12 + 12) - start === 366;
-    if (!leap && at === 59) return null;
-    const day = start + at - (!leap && at > 59 ? 1 : 0);
+    const day = start + at - (!leap && at >= 59 ? 1 : 0);
     const value = values[Math.floor((day - first) / step)];
     return value === undefined || value === null ? null : [longDay(day), exact(value, store.unit), store.capacity ? `${percent(value / store.capacity)} full` : ""];
   };

@@ -8,7 +8,7 @@ const kWords = { d: ["day", "days"], day: ["day", "days"], days: ["day", "days"]
 
 // The unit for amounts up to `largest`: { unit, factor }, by which amounts are divided.
 export function unitFor(unit, largest) {
-  let found = { unit: unit === "1" ? "" : unit ?? "", factor: 1 };
+  let found = { unit: unit === "1" || unit === "-" ? "" : unit ?? "", factor: 1 };
   for (const [from, name, factor = from] of kUnits[unit] ?? []) {
     if (Math.abs(largest) >= from) found = { unit: name, factor };
   }
@@ -45,7 +45,7 @@ export function amount(value, unit) {
 export function exact(value, unit) {
   if (value === null || value === undefined) return "no value";
   const text = value.toLocaleString("en", { maximumSignificantDigits: 12 });
-  return unit && unit !== "1" ? `${text} ${unit}` : text;
+  return unit && unit !== "1" && unit !== "-" ? `${text} ${unit}` : text;
 }
 
 export function percent(share) {

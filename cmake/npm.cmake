@@ -1,0 +1,40 @@
+# fetch_with_npm(FOLDER PACKAGE WHY): fetches what the lock file of FOLDER names into node_modules of the current build folder.
+# WHY is empty when PACKAGE, one of them, is there. What was fetched for this lock file stays.
+find_program(KESTO_NPM npm)
+
+function(fetch_with_npm folder package why)
+    set(${why} "" PARENT_SCOPE)
+    set(here ${CMAKE_CURRENT_BINARY_DIR})
+    set(fetched ${here}/fetched-package-lock.json)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${folder}/package-lock.json)
+    if(EXISTS ${here}/node_modules/${package} AND EXISTS ${fetched})
+        file(SHA256 ${fetched} before)
+        file(SHA256 ${folder}/package-lock.json now)
+        if(before STREQUAL now)
+            return()
+        endif()
+    endif()
+    if(NOT KESTO_NPM)
+        set(${why} "npm was not found (Debian: apt-get install npm)" PARENT_SCOPE)
+        return()
+    endif()
+    message(STATUS "Fetching ${package} and what goes with it with npm")
+    file(COPY ${folder}/package.json ${folder}/package-lock.json DESTINATION ${here})
+    execute_process(
+        COMMAND ${KESTO_NPM} ci --ignore-scripts --no-audit --no-fund --prefer-offline
+                --fetch-retries=1 --fetch-retry-mintimeout=1000
+        WORKING_DIRECTORY ${here}
+        RESULT_VARIABLE status OUTPUT_QUIET ERROR_VARIABLE errors)
+    if(status EQUAL 0 AND EXISTS ${here}/node_modules/${package})
+        file(COPY_FILE ${folder}/package-lock.json ${fetched})
+        return()
+    endif()
+    set(code "no reason given")
+    if(errors MATCHES "code ([A-Z][A-Z_0-9]+)")
+        set(code ${CMAKE_MATCH_1})
+    endif()
+    if(code MATCHES "CERT")
+        string(APPEND code "; npm_config_cafile=FILE in the environment tells npm whose certificates to trust")
+    endif()
+    set(${why} "\"npm ci\" could not fetch ${package} (${code})" PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,36 @@
+// Names that look like markup, in other scripts, or longer than a window; and a run that stopped.
+import assert from "node:assert/strict";
+import { test } from "node:test";
+import { looksRight, withBrowser } from "./browser.mjs";
+import { charts, failed, hostile, hostileNames } from "./runs.mjs";
+
+test("hostile names are text", () => withBrowser(async browser => {
+  const file = hostileNames();
+  await looksRight(browser, file);
+  const tab = await browser.open(file);
+  assert.equal(await tab.text("h1"), `${hostile[0]} ${hostile[4]}`);
+  assert.equal((await tab.page.$$("main img, main script, header script")).length, 0);
+  if (charts) {
+    await tab.page.type("#series input[type=search]", hostile[1]);
+    assert.ok((await tab.texts("#series .items bdi")).length > 0);
+    await tab.run(() => document.querySelector("#series .items input").click());
+    await tab.page.type("#network input[type=search]", hostile[4].slice(0, 12));
+    await tab.run(() => document.querySelector("#network .found button").click());
+    await tab.settle();
+    assert.equal(await tab.text("#network .details h3"), hostile[4]);
+    const again = await browser.open(file, { hash: await tab.run(() => location.hash) });
+    assert.equal(await again.text("#network .details h3"), hostile[4]);
+    await again.close();
+  }
+  await tab.fits();
+  await tab.close();
+}));
+
+test("a run that stopped says so first", () => withBrowser(async browser => {
+  const file = failed();
+  await looksRight(browser, file, { all: [480, 2560] });
+  const tab = await browser.open(file);
+  assert.match(await tab.text("#alarm"), /^The run did not finish\. It ran 2 of 5 steps; what follows is of these\. .*intake/);
+  assert.match(await tab.text("#lead"), /did not finish/);
+  await tab.close();
+}));

@@ -1,0 +1,53 @@
+// The flow diagram: whatever the names and the width, no two labels touch.
+import assert from "node:assert/strict";
+import { test } from "node:test";
+import { widths, withBrowser } from "./browser.mjs";
+import { changed, charts, hostile, house } from "./runs.mjs";
+
+const skip = !charts, file = house();
+
+const node = (id, label, kind) => ({ id, label, kind, components: 1 });
+const link = (from, to, litres) => ({ from, to, litres });
+
+function withPaths(name, nodes, links) {
+  for (const one of nodes) {
+    const sum = side => links.reduce((total, each) => total + (each[side] === one.id ? each.litres : 0), 0);
+    one.litres = Math.max(sum("from"), sum("to"));
+  }
+  return changed(file, name, data => { data.paths = { years: 4, nodes, links }; });
+}
+
+async function apart(page) {
+  await withBrowser(async browser => {
+    const tab = await browser.open(page, { width: widths[0] });
+    for (const width of widths) {
+      await tab.resize(width);
+      await tab.labelsStandApart();
+      await tab.fits();
+    }
+    await tab.close();
+  });
+}
+
+test("names of any length and script, and many small sinks", { skip }, async () => {
+  const sinks = hostile.map((label, i) => node(`sink${i}`, label, "sink"));
+  await apart(withPaths("many-sinks", [node("mains", hostile[4], "source"), node("rain", hostile[8], "source"), node("tank", hostile[7], "store"),
+    node("use", hostile[2], "use"), ...sinks],
+  [link("mains", "use", 4e5), link("rain", "tank", 2e5), link("tank", "use", 1e5), link("tank", "sink0", 1e5), ...sinks.map((one, i) => link("use", one.id, i ? 3 ** i : 4.9e5))]));
+});
+
+test("water that is used again returns beneath", { skip }, async () => {
+  const page = withPaths("reuse", [node("mains", "Mains", "source"), node("use", "Office", "use"), node("works", "Greywater plant", "works"),
+    node("tank", "Tank of treated water", "store"), node("sewer", "Sewer", "sink")],
+  [link("mains", "use", 3e5), link("use", "works", 2e5), link("works", "tank", 1.9e5), link("tank", "use", 1.8e5), link("use", "sewer", 2.8e5),
+   link("works", "sewer", 1e4), link("tank", "sewer", 1e4)]);
+  await apart(page);
+  await withBrowser(async browser => {
+    const tab = await browser.open(page);
+    assert.equal((await tab.page.$$("#paths .band")).length, 7);
+    await tab.picture("reuse");
+    await tab.close();
+  });
+});
+
+test("one source, one sink", { skip }, () => apart(withPaths("one-link", [node("a", "Rain", "source"), node("b", "River", "sink")], [link("a", "b", 12)])));
