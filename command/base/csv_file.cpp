@@ -41,7 +41,7 @@ std::string csvCell(std::string_view text) {
 
 std::optional<CsvFile> CsvFile::read(const std::string& path, const Place& named, Diagnostics& diagnostics) {
     std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
+    if (std::filesystem::is_directory(pathOf(path), error)) {
         diagnostics.error("bad-table", named, fmt::format("{} is a folder; expected a CSV file", path));
         return std::nullopt;
     }

@@ -2,9 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <random>
@@ -16,15 +15,15 @@ namespace kesto {
 
 namespace {
 
-[[noreturn]] void fail(std::string_view what, const std::string& path, int error) {
-    throw std::runtime_error(fmt::format("cannot {} {}: {}", what, path, std::strerror(error)));
+[[noreturn]] void fail(std::string_view what, const std::string& path, const std::error_code& error) {
+    throw std::runtime_error(fmt::format("cannot {} {}: {}", what, path, reasonOf(error)));
 }
 
 struct Close {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-std::string_view nameOf(std::filesystem::file_type type) {
+std::string_view kindOf(std::filesystem::file_type type) {
     switch (type) {
         case std::filesystem::file_type::directory:
             return "a folder";
@@ -37,29 +36,40 @@ std::string_view nameOf(std::filesystem::file_type type) {
     }
 }
 
-// The system's number of what went wrong; 0: nothing did.
-int writeAll(const std::string& path, std::string_view text) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) return errno;
+std::error_code writeAll(const std::string& path, std::string_view text) {
+    std::FILE* file = openFile(path, "wb");
+    if (!file) return lastError();
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    const int error = written ? 0 : errno;
+    const std::error_code error = written ? std::error_code() : lastError();
     // What is buffered may meet the full disk only now.
-    if (std::fclose(file) != 0 && error == 0) return errno;
+    if (std::fclose(file) != 0 && !error) return lastError();
     return error;
 }
 
 }  // namespace
 
+std::filesystem::path pathOf(std::string_view name) {
+    // Text in bytes of unsaid encoding would be none of UTF-8 on Windows.
+    const auto* const begin = reinterpret_cast<const char8_t*>(name.data());
+    return {begin, begin + name.size()};
+}
+
+std::string nameOf(const std::filesystem::path& path) {
+    std::string name = path.string();
+    if (std::filesystem::path::preferred_separator != '/') std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
+}
+
 std::size_t expectRegular(const std::string& path) {
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (error) fail("read", path, error.value());
+    const std::filesystem::file_status status = std::filesystem::status(pathOf(path), error);
+    if (error) fail("read", path, error);
     if (status.type() != std::filesystem::file_type::regular) {
         throw std::runtime_error(
-            fmt::format("cannot read {}: it is {}; expected a regular file", path, nameOf(status.type())));
+            fmt::format("cannot read {}: it is {}; expected a regular file", path, kindOf(status.type())));
     }
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error) fail("read", path, error.value());
+    const std::uintmax_t size = std::filesystem::file_size(pathOf(path), error);
+    if (error) fail("read", path, error);
     return size;
 }
 
@@ -68,45 +78,45 @@ std::string readFile(const std::string& path, std::size_t largest) {
         throw std::runtime_error(fmt::format("cannot read {}: it has {} MB; expected at most {} MB", path,
                                              size / 1'000'000, largest / 1'000'000));
     }
-    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
-    if (!file) fail("read", path, errno);
+    const std::unique_ptr<std::FILE, Close> file(openFile(path, "rb"));
+    if (!file) fail("read", path, lastError());
     std::string text;
     char buffer[1 << 16];
     while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get()))
         text.append(buffer, count);
-    if (std::ferror(file.get())) fail("read", path, errno);
+    if (std::ferror(file.get())) fail("read", path, lastError());
     return text;
 }
 
 void writeFile(const std::string& path, std::string_view text) {
-    if (const int error = writeAll(path, text)) fail("write", path, error);
+    if (const std::error_code error = writeAll(path, text)) fail("write", path, error);
 }
 
 void replaceFile(const std::string& path, std::string_view text) {
     namespace fs = std::filesystem;
-    if (fs::exists(path) && !fs::is_regular_file(path)) return writeFile(path, text);
-    const std::string aside =
-        (fs::path(path).parent_path() / fmt::format(".kesto-{:08x}", std::random_device()())).string();
-    int error = writeAll(aside, text);
-    if (error == 0) error = syncToDisk(aside).value();
-    std::error_code failure;
-    if (error == 0) fs::rename(aside, path, failure);
-    if (error == 0 && !failure) return;
+    if (fs::exists(pathOf(path)) && !fs::is_regular_file(pathOf(path))) return writeFile(path, text);
+    const std::string aside = nameOf(pathOf(path).parent_path() / fmt::format(".kesto-{:08x}", std::random_device()()));
+    std::error_code error = writeAll(aside, text);
+    if (!error) error = syncToDisk(aside);
+    if (!error) error = moveFile(aside, path);
+    if (!error) return;
     std::error_code ignored;
-    fs::remove(aside, ignored);
-    fail("write", path, error != 0 ? error : failure.value());
+    fs::remove(pathOf(aside), ignored);
+    fail("write", path, error);
 }
 
 void makeFolder(const std::string& path) {
     std::error_code error;
-    std::filesystem::create_directories(path, error);
-    if (error) fail("make the folder", path, error.value());
-    if (!std::filesystem::is_directory(path)) fail("write into", path, ENOTDIR);
-    if (const std::error_code denied = writeAccess(path)) fail("write into", path, denied.value());
+    std::filesystem::create_directories(pathOf(path), error);
+    if (error) fail("make the folder", path, error);
+    if (!std::filesystem::is_directory(pathOf(path))) {
+        fail("write into", path, std::make_error_code(std::errc::not_a_directory));
+    }
+    if (const std::error_code denied = writeAccess(path)) fail("write into", path, denied);
 }
 
 std::string joined(const std::string& folder, std::string_view name) {
-    return (std::filesystem::path(folder) / name).string();
+    return nameOf(pathOf(folder) / pathOf(name));
 }
 
 }  // namespace kesto

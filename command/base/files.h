@@ -2,10 +2,15 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace kesto {
+
+// Names are UTF-8 everywhere in the command, with `/` between folders; these make them the system's, and back.
+std::filesystem::path pathOf(std::string_view name);
+std::string nameOf(const std::filesystem::path& path);
 
 // What is larger is refused before it is read: it would take all memory, and is hardly meant.
 inline constexpr std::size_t kLargestModel = 256'000'000;    // bytes; a million components

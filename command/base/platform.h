@@ -14,6 +14,19 @@ namespace kesto {
 // Columns of the terminal that shows what is written there; 0 when there is none, or one that cannot erase a line.
 int terminalColumns(std::FILE* stream);
 
+// std::fopen for a name in UTF-8; null when it fails.
+std::FILE* openFile(const std::string& path, const char* mode);
+
+// Why the C library has just failed; what a person reads of it: "No such file or directory".
+std::error_code lastError();
+std::string reasonOf(const std::error_code& error);
+
+// Gives a file another name in one step; what had that name is gone.
+std::error_code moveFile(const std::string& from, const std::string& to);
+
+// No error when another file can take the place of this one, which exists.
+std::error_code replaceAccess(const std::string& path);
+
 // No error when files can be made in the folder.
 std::error_code writeAccess(const std::string& folder);
 

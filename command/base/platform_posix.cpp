@@ -53,10 +53,6 @@ std::string readAll(std::FILE* file) {
     return text;
 }
 
-std::error_code lastError() {
-    return {errno, std::generic_category()};
-}
-
 // True when the name still leads to the file that was opened, which whoever held it before may have removed.
 bool isStillAt(const std::string& path, int file) {
     struct stat opened {
@@ -119,6 +115,29 @@ int terminalColumns(std::FILE* stream) {
     if (isatty(fileno(stream)) != 1 || !kind || !*kind || std::strcmp(kind, "dumb") == 0) return 0;
     winsize size{};
     return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
+
+std::FILE* openFile(const std::string& path, const char* mode) {
+    return std::fopen(path.c_str(), mode);
+}
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+std::string reasonOf(const std::error_code& error) {
+    return error.message();
+}
+
+std::error_code moveFile(const std::string& from, const std::string& to) {
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    return error;
+}
+
+// It is the folder that must be written to; what has the file open keeps it.
+std::error_code replaceAccess(const std::string&) {
+    return {};
 }
 
 std::error_code writeAccess(const std::string& folder) {

@@ -37,7 +37,7 @@ std::string pictureOf(const std::string& dot, const std::string& format) {
 }  // namespace
 
 int drawCommand(const DrawOptions& options) {
-    std::string format = std::filesystem::path(options.output).extension().string();
+    std::string format = nameOf(pathOf(options.output).extension());
     std::transform(format.begin(), format.end(), format.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (!format.empty()) format.erase(0, 1);

@@ -110,7 +110,7 @@ int newCommand(const NewOptions& options) {
     const std::string model = joined(options.folder, "model.toml"), data = joined(options.folder, "weather.csv");
     const std::string schema = joined(options.folder, kSchema);
     for (const std::string& path : {model, data, schema}) {
-        if (!std::filesystem::exists(path)) continue;
+        if (!std::filesystem::exists(pathOf(path))) continue;
         std::cerr << fmt::format("kesto new: error: {} is there already\n", printable(path));
         return kBadModel;
     }

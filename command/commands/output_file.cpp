@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "files.h"
+
 namespace kesto {
 
 namespace {
@@ -16,7 +18,7 @@ namespace fs = std::filesystem;
 // Without regard to case, as the type of a page is written.
 bool beginsWith(const std::string& path, std::string_view beginning) {
     std::string found(beginning.size(), '\0');
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     file.read(found.data(), static_cast<std::streamsize>(found.size()));
     const auto isSame = [](char a, char b) {
         return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
@@ -29,16 +31,19 @@ bool beginsWith(const std::string& path, std::string_view beginning) {
 std::string whyNotOver(const std::string& path, const std::vector<std::string>& reads,
                        std::span<const std::string_view> beginnings) {
     std::error_code error;
-    const fs::file_type named = fs::symlink_status(path, error).type(), type = fs::status(path, error).type();
+    const fs::file_type named = fs::symlink_status(pathOf(path), error).type(),
+                        type = fs::status(pathOf(path), error).type();
     if (named == fs::file_type::symlink && (type == fs::file_type::regular || type == fs::file_type::not_found)) {
         return fmt::format("{} is a symbolic link, which is not followed; give the name of a file", path);
     }
     if (type != fs::file_type::regular) return {};
-    const auto isRead = [&](const std::string& read) { return fs::equivalent(path, read, error) && !error; };
+    const auto isRead = [&](const std::string& read) {
+        return fs::equivalent(pathOf(path), pathOf(read), error) && !error;
+    };
     if (std::any_of(reads.begin(), reads.end(), isRead)) {
         return fmt::format("{} is a file that this command reads; give another name", path);
     }
-    if (fs::file_size(path, error) == 0) return {};
+    if (fs::file_size(pathOf(path), error) == 0) return {};
     const auto isAlike = [&](std::string_view beginning) { return beginsWith(path, beginning); };
     if (std::any_of(beginnings.begin(), beginnings.end(), isAlike)) return {};
     return fmt::format("{} is there already and is nothing that this command has written; give another name", path);

@@ -31,7 +31,7 @@ std::string missing(const std::string& why) {
 
 // The model of a run, where it can still be had.
 std::unique_ptr<LoadedModel> modelAt(const std::string& path) {
-    return std::filesystem::exists(path) ? std::make_unique<LoadedModel>(path) : nullptr;
+    return std::filesystem::exists(pathOf(path)) ? std::make_unique<LoadedModel>(path) : nullptr;
 }
 
 // A page without its drawing is still worth having.
@@ -50,7 +50,7 @@ std::string drawingOf(const std::string& path, const LoadedModel* loaded) {
 
 // The summary has it relative to the model's folder, or absolute.
 std::string inputPath(const std::string& model, const nlohmann::json& input) {
-    return (std::filesystem::path(model).parent_path() / input.value("file", "")).string();
+    return nameOf(pathOf(model).parent_path() / pathOf(input.value("file", "")));
 }
 
 // Which of the files that were run hold something else now. What an earlier version did not note is not
@@ -64,7 +64,7 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
         changes.push_back(std::filesystem::path(path).filename().string() + text);
         std::cerr << "kesto report: warning: " << printable(path + text) << '\n';
     };
-    if (!std::filesystem::exists(model)) return {};  // reported with the drawing
+    if (!std::filesystem::exists(pathOf(model))) return {};  // reported with the drawing
     compare(model, run.value("model_sha256", ""));
     for (const nlohmann::json& input : run.value("inputs", nlohmann::json::array())) {
         compare(inputPath(model, input), input.value("sha256", ""));
@@ -99,7 +99,7 @@ auto readingSummary(const std::string& folder, const Work& work) {
 std::chrono::seconds longestFor(const std::string& folder) {
     std::uintmax_t bytes = 0;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    for (const auto& entry : std::filesystem::directory_iterator(pathOf(folder), error)) {
         const std::uintmax_t size = entry.file_size(error);
         if (!error) bytes += size;
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "files.h"
 #include "number_format.h"
 #include "reader_parts.h"
 
@@ -197,8 +198,8 @@ void assignToAll(Model& model, SeriesKind kind, SourceIndex source) {
 }  // namespace
 
 std::string pathBeside(const std::string& modelPath, const std::string& file) {
-    const std::filesystem::path path(file), folder = std::filesystem::path(modelPath).parent_path();
-    return path.is_absolute() || folder.empty() ? file : (folder / path).lexically_normal().string();
+    const std::filesystem::path path = pathOf(file), folder = pathOf(modelPath).parent_path();
+    return path.is_absolute() || folder.empty() ? file : nameOf((folder / path).lexically_normal());
 }
 
 int Reading::addTable(const PlacedText& file, const std::string& timeColumn) {

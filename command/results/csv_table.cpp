@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -13,6 +12,8 @@
 #include <cstring>
 #include <stdexcept>
 #include <thread>
+
+#include "platform.h"
 
 namespace kesto {
 
@@ -135,8 +136,8 @@ bool writeRows(std::FILE* file, std::size_t steps, const std::function<std::stri
 
 void writeCsvTable(const std::string& path, std::size_t steps, const std::function<std::string(std::size_t)>& dateOf,
                    const std::vector<CsvColumn>& columns) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(errno)));
+    std::FILE* file = openFile(path, "wb");
+    if (!file) throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(lastError())));
     std::string header = "date";
     for (const CsvColumn& column : columns) {
         header += "," + column.header;
@@ -144,9 +145,9 @@ void writeCsvTable(const std::string& path, std::size_t steps, const std::functi
     header += '\n';
     bool isGood = std::fwrite(header.data(), 1, header.size(), file) == header.size();
     isGood = isGood && writeRows(file, steps, dateOf, columns);
-    int error = isGood ? 0 : errno;
-    if (std::fclose(file) != 0 && error == 0) error = errno;
-    if (error != 0) throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(error)));
+    std::error_code error = isGood ? std::error_code() : lastError();
+    if (std::fclose(file) != 0 && !error) error = lastError();
+    if (error) throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
 }
 
 }  // namespace kesto

@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void fail(const std::string& path, const std::error_code& error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path, error.message()));
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
 }
 
 // A run that ends meanwhile may remove the hidden folder between two calls.
@@ -22,11 +22,11 @@ std::unique_ptr<FileLock> lockIn(const std::string& hidden) {
     constexpr int kTries = 100;
     for (int i = 0;; ++i) {
         std::error_code error;
-        fs::create_directory(hidden, error);
+        fs::create_directory(pathOf(hidden), error);
         if (error) fail(hidden, error);
         try {
             // A link to a folder elsewhere is not followed.
-            if (fs::symlink_status(hidden).type() == fs::file_type::symlink) {
+            if (fs::symlink_status(pathOf(hidden)).type() == fs::file_type::symlink) {
                 fail(hidden, std::make_error_code(std::errc::not_a_directory));
             }
             return std::make_unique<FileLock>(joined(hidden, kLockFile));

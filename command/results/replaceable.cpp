@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "files.h"
+#include "platform.h"
 
 namespace kesto {
 
@@ -14,15 +15,20 @@ void expectReplaceable(const std::string& folder, const std::vector<std::string>
     namespace fs = std::filesystem;
     for (const std::string& name : names) {
         const std::string path = joined(folder, name);
-        if (fs::symlink_status(path).type() == fs::file_type::not_found) continue;
+        if (fs::symlink_status(pathOf(path)).type() == fs::file_type::not_found) continue;
         for (const std::string& input : inputs) {
             std::error_code error;
-            if (!fs::equivalent(path, input, error) || error) continue;
+            if (!fs::equivalent(pathOf(path), pathOf(input), error) || error) continue;
             throw NotReplaceable(
                 "over-input",
                 fmt::format("results would be written over {}, which the {} reads; choose another folder", path, kind));
         }
-        if (isOurs(name)) continue;
+        if (isOurs(name)) {
+            if (const std::error_code error = replaceAccess(path)) {
+                throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
+            }
+            continue;
+        }
         throw NotReplaceable(
             "not-results", fmt::format("{} is no file that a {} has left here, and would be replaced; move it away, or "
                                        "choose another folder",

@@ -19,7 +19,7 @@ class NotReplaceable : public std::runtime_error {
 };
 
 // Throws NotReplaceable where a file of one of the names stands in the folder that is one of the `inputs`, or is not
-// ours. `kind` names what writes there, as in "a run".
+// ours, or std::runtime_error where another program keeps hold of it. `kind` names what writes there, as in "a run".
 void expectReplaceable(const std::string& folder, const std::vector<std::string>& names,
                        const std::vector<std::string>& inputs, const std::function<bool(const std::string&)>& isOurs,
                        std::string_view kind);

@@ -58,7 +58,7 @@ ResultsFolder::ResultsFolder(const std::string& path, const ResultsFormat& forma
 void ResultsFolder::readSummary() {
     old_.clear();
     const std::string path = joined(path_, kSummaryFile);
-    if (fs::symlink_status(path).type() != fs::file_type::regular) return;
+    if (fs::symlink_status(pathOf(path)).type() != fs::file_type::regular) return;
     const std::string text = readFile(path, kLargestSummary);
     auto files = filesOf(text);
     if (!files) return;
@@ -105,7 +105,7 @@ std::vector<WrittenFile> ResultsFolder::stage(const Results& results, const Eval
     }
     std::vector<WrittenFile> files;
     for (const std::string& path : paths) {
-        files.push_back(fileAt(folder, fs::path(path).filename().string()));
+        files.push_back(fileAt(folder, nameOf(pathOf(path).filename())));
     }
     staging_->complete(files, summaryJson(results, evaluation, files));
     return files;

@@ -7,6 +7,7 @@
 
 #include "files.h"
 #include "folder_lock.h"
+#include "platform.h"
 
 namespace kesto {
 
@@ -21,7 +22,7 @@ constexpr std::string_view kMark =
     "Run the model again.\n";
 
 [[noreturn]] void fail(const std::string& path, const std::error_code& error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path, error.message()));
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
 }
 
 }  // namespace
@@ -37,7 +38,7 @@ Staging::~Staging() {
     }
     lock_.reset();
     std::error_code ignored;
-    fs::remove(path_, ignored);  // only when it is empty
+    fs::remove(pathOf(path_), ignored);  // only when it is empty
 }
 
 bool Staging::isMarked(const std::string& folder) {
@@ -49,7 +50,7 @@ std::vector<WrittenFile> Staging::unfinished() const {
     if (!isMarked(folder_)) return {};
     for (const std::string& folder : {path_, folder_}) {
         const std::string summary = joined(folder, kSummaryFile);
-        if (!fs::is_regular_file(fs::symlink_status(summary))) continue;
+        if (!fs::is_regular_file(fs::symlink_status(pathOf(summary)))) continue;
         if (auto files = filesOf(readFile(summary, kLargestSummary))) return *files;
     }
     return {};
@@ -69,7 +70,7 @@ void Staging::complete(const std::vector<WrittenFile>& files, const std::string&
 void Staging::moveIntoPlace(const std::vector<WrittenFile>& files, const std::vector<WrittenFile>& old) {
     if (move(kMarkFile, std::string(kStoppedFile))) sync(folder_);
     for (const WrittenFile& file : old) {
-        if (file.name != kStoppedFile && !find(files, file.name)) fs::remove(joined(folder_, file.name));
+        if (file.name != kStoppedFile && !find(files, file.name)) fs::remove(pathOf(joined(folder_, file.name)));
     }
     for (const WrittenFile& file : files) {
         if (file.name != kStoppedFile) move(file.name, file.name);
@@ -77,7 +78,7 @@ void Staging::moveIntoPlace(const std::vector<WrittenFile>& files, const std::ve
     sync(folder_);
     if (move(std::string(kSummaryFile), std::string(kSummaryFile))) sync(folder_);
     if (!find(files, kStoppedFile)) {
-        fs::remove(joined(folder_, kStoppedFile));
+        fs::remove(pathOf(joined(folder_, kStoppedFile)));
     } else {
         move(std::string(kStoppedFile), std::string(kStoppedFile));
     }
@@ -85,14 +86,13 @@ void Staging::moveIntoPlace(const std::vector<WrittenFile>& files, const std::ve
 }
 
 void Staging::clear() {
-    for (const fs::directory_entry& entry : fs::directory_iterator(path_)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(pathOf(path_))) {
         if (entry.path().filename() != kLockFile && !fs::is_directory(entry.symlink_status())) fs::remove(entry.path());
     }
 }
 
 bool Staging::move(const std::string& name, const std::string& to) const {
-    std::error_code error;
-    fs::rename(joined(path_, name), joined(folder_, to), error);
+    const std::error_code error = moveFile(joined(path_, name), joined(folder_, to));
     if (error == std::errc::no_such_file_or_directory) return false;
     if (error) fail(joined(folder_, to), error);
     return true;

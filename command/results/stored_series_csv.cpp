@@ -23,7 +23,7 @@ class Lines {
   public:
     explicit Lines(std::string path) : path_(std::move(path)) {
         expectRegular(path_);
-        file_ = std::fopen(path_.c_str(), "rb");
+        file_ = openFile(path_, "rb");
         if (!file_) throw std::runtime_error(fmt::format("cannot read {}: {}", path_, std::strerror(errno)));
     }
     ~Lines() { std::fclose(file_); }

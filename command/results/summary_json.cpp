@@ -5,6 +5,7 @@
 
 #include "diagnostics_json.h"
 #include "evaluation_json.h"
+#include "files.h"
 #include "read_options.h"
 #include "summary.h"
 
@@ -39,7 +40,7 @@ Json potentialsOf(const Results& results) {
 // The files under the names that the model has for them: relative to its folder, or absolute.
 Json inputsOf(const Results& results) {
     Json inputs = Json::array();
-    std::string folder = std::filesystem::path(results.model->path).parent_path().string();
+    std::string folder = nameOf(pathOf(results.model->path).parent_path());
     if (!folder.empty()) folder += '/';
     for (std::size_t i = 1; i < results.inputs.size(); ++i) {
         const InputFile& input = results.inputs[i];
@@ -59,7 +60,7 @@ void addReadOptions(const Results& results, Json& summary) {
 }
 
 std::string absolutePath(const std::string& path) {
-    return std::filesystem::absolute(path).string();
+    return nameOf(std::filesystem::absolute(pathOf(path)));
 }
 
 std::string toText(const Json& json) {

@@ -43,7 +43,7 @@ bool isUnchanged(const std::string& folder, const WrittenFile& file) {
 // A run that is stopped while it moves its files leaves a mark that the summary does not know.
 void expectNoOtherMark(const std::string& folder, const std::vector<WrittenFile>& files) {
     const WrittenFile* listed = find(files, kStoppedFile);
-    const bool stands = fs::symlink_status(joined(folder, kStoppedFile)).type() != fs::file_type::not_found;
+    const bool stands = fs::symlink_status(pathOf(joined(folder, kStoppedFile))).type() != fs::file_type::not_found;
     if (!stands || (listed && isUnchanged(folder, *listed))) return;
     refuse(folder, fmt::format("{} says that a run was stopped while it wrote", kStoppedFile));
 }
@@ -89,13 +89,13 @@ const WrittenFile* find(const std::vector<WrittenFile>& files, std::string_view 
 
 bool isThere(const std::string& folder, const WrittenFile& file) {
     std::error_code error;
-    const std::string path = joined(folder, file.name);
+    const fs::path path = pathOf(joined(folder, file.name));
     return fs::symlink_status(path, error).type() == fs::file_type::regular && fs::file_size(path, error) == file.bytes;
 }
 
 WrittenFile fileAt(const std::string& folder, const std::string& name) {
     const std::string path = joined(folder, name);
-    return {name, fs::file_size(path), sha256OfFile(path)};
+    return {name, fs::file_size(pathOf(path)), sha256OfFile(path)};
 }
 
 StoredResults storedResults(const std::string& folder) {
@@ -108,7 +108,7 @@ StoredResults storedResults(const std::string& folder) {
     expectNoOtherMark(folder, *files);
     for (const WrittenFile& file : *files) {
         if (isUnchanged(folder, file)) continue;
-        const bool isGone = fs::symlink_status(joined(folder, file.name)).type() == fs::file_type::not_found;
+        const bool isGone = fs::symlink_status(pathOf(joined(folder, file.name))).type() == fs::file_type::not_found;
         refuse(folder,
                file.name + (isGone ? " is no longer there" : " is not the file that the run of summary.json wrote"));
     }

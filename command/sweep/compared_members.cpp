@@ -76,7 +76,7 @@ class Members {
         const std::size_t row = found->second;
         ComparedRun run{.name = fmt::format("{} member {}", folder_, member),
                         .title = keysOf(row),
-                        .model = std::filesystem::absolute(json_.at("model").get<std::string>()).string(),
+                        .model = nameOf(std::filesystem::absolute(pathOf(json_.at("model").get<std::string>()))),
                         .modelSha256 = json_.at("made_of").at("inputs").at(0).at("sha256"),
                         .start = "",
                         .end = "",
@@ -136,7 +136,7 @@ std::vector<std::size_t> parseMembers(const std::string& text) {
 
 bool isSweep(const std::string& folder) {
     std::error_code error;
-    return std::filesystem::exists(joined(folder, std::string(kMembersFile)), error);
+    return std::filesystem::exists(pathOf(joined(folder, std::string(kMembersFile))), error);
 }
 
 ComparedMembers readComparedMembers(const std::string& folder, const std::vector<std::size_t>& members,

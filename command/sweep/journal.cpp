@@ -3,13 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "files.h"
+#include "platform.h"
 
 namespace kesto {
 
@@ -20,8 +21,8 @@ using Json = nlohmann::ordered_json;
 // What a line tells of, its first character.
 constexpr char kColumns = 'c', kMember = 'm', kPart = 'p';
 
-[[noreturn]] void fail(const std::string& path, int error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path, std::strerror(error)));
+[[noreturn]] void fail(const std::string& path, const std::error_code& error) {
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
 }
 
 std::vector<std::string_view> fieldsOf(std::string_view line) {
@@ -67,11 +68,11 @@ MemberColumns columnsIn(const std::vector<std::string_view>& fields) {
 Journal::Journal(const std::string& path, const std::string& madeOf, std::size_t first, std::size_t last)
     : path_(path), first_(first), lines_(last - first + 1) {
     const bool goesOn = takeUp(madeOf);
-    file_.reset(std::fopen(path.c_str(), goesOn ? "r+b" : "wb"));
-    if (!file_) fail(path, errno);
+    file_.reset(openFile(path, goesOn ? "r+b" : "wb"));
+    if (!file_) fail(path, lastError());
     if (goesOn) {
         // Behind the last whole line; what a killed process has left of another is written over.
-        std::filesystem::resize_file(path, end_);
+        std::filesystem::resize_file(pathOf(path), end_);
         std::fseek(file_.get(), 0, SEEK_END);
     } else {
         append(madeOf + "\n");
@@ -79,7 +80,7 @@ Journal::Journal(const std::string& path, const std::string& madeOf, std::size_t
 }
 
 std::optional<std::string> Journal::madeOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     std::string line;
     if (!std::getline(file, line) || file.eof()) return std::nullopt;
     return line;
@@ -87,7 +88,7 @@ std::optional<std::string> Journal::madeOf(const std::string& path) {
 
 // False where the file is none that the sweep can go on with.
 bool Journal::takeUp(const std::string& madeOf) {
-    std::ifstream file(path_, std::ios::binary);
+    std::ifstream file(pathOf(path_), std::ios::binary);
     std::string line;
     if (!std::getline(file, line) || file.eof() || line != madeOf) return false;
     end_ = line.size() + 1;
@@ -114,7 +115,7 @@ void Journal::take(std::string_view line, std::uint64_t begin) {
 
 void Journal::append(const std::string& line) {
     if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size() || std::fflush(file_.get()) != 0) {
-        fail(path_, errno);
+        fail(path_, lastError());
     }
     end_ += line.size();
 }
@@ -144,7 +145,7 @@ void Journal::addPart(const WrittenFile& part) {
 Journal::Row Journal::read(std::size_t member) const {
     const Line& at = lines_[member - first_];
     std::string line(at.length, ' ');
-    if (!reader_.is_open()) reader_.open(path_, std::ios::binary);
+    if (!reader_.is_open()) reader_.open(pathOf(path_), std::ios::binary);
     reader_.seekg(static_cast<std::streamoff>(at.begin));
     if (!reader_.read(line.data(), at.length)) throw std::runtime_error(fmt::format("cannot read {}", path_));
     const std::vector<std::string_view> fields = fieldsOf(line);

@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "csv_file.h"
+#include "files.h"
 #include "number_format.h"
 
 namespace kesto {
@@ -113,7 +114,7 @@ SweepSummary writeMembersTable(const std::string& path, const MemberCells& given
     const std::vector<MemberColumn>& columns = summary.columns.all;
     std::map<std::string, std::size_t> outcomes;
     std::vector<std::vector<double>> values(isLimited(columns.size(), slice) ? summary.columns.key : columns.size());
-    std::ofstream file(path, std::ios::binary);
+    std::ofstream file(pathOf(path), std::ios::binary);
     file << "member";
     for (const std::string& key : given.keys) {
         file << ',' << csvCell(key);

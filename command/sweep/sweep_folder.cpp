@@ -22,11 +22,11 @@ constexpr const char* kJournal = "journal";
 
 void moveTo(const std::string& from, const std::string& to) {
     if (const std::error_code error = syncToDisk(from)) {
-        throw std::runtime_error(fmt::format("cannot write {}: {}", from, error.message()));
+        throw std::runtime_error(fmt::format("cannot write {}: {}", from, reasonOf(error)));
     }
-    std::error_code error;
-    fs::rename(from, to, error);
-    if (error) throw std::runtime_error(fmt::format("cannot write {}: {}", to, error.message()));
+    if (const std::error_code error = moveFile(from, to)) {
+        throw std::runtime_error(fmt::format("cannot write {}: {}", to, reasonOf(error)));
+    }
 }
 
 std::string listed(const Json& value) {
@@ -60,7 +60,7 @@ std::string changedOptions(const Json& mine, const Json& other) {
 }  // namespace
 
 Json madeOf(const std::vector<std::string>& files, const Design& design, const Json& options, const Slice& slice) {
-    std::string folder = fs::path(files.front()).parent_path().string();
+    std::string folder = nameOf(pathOf(files.front()).parent_path());
     if (!folder.empty()) folder += '/';
     Json inputs = Json::array();
     for (const std::string& path : files) {
@@ -82,7 +82,7 @@ SweepFolder::Hidden::Hidden(const std::string& folder) : path(joined(folder, kHi
 SweepFolder::Hidden::~Hidden() {
     lock.reset();
     std::error_code ignored;
-    fs::remove(path, ignored);
+    fs::remove(pathOf(path), ignored);
 }
 
 SweepFolder::SweepFolder(const std::string& path, Json madeOf, const Slice& slice,
@@ -115,7 +115,7 @@ WrittenFile SweepFolder::fileAside(const std::string& name) const {
 // What an earlier sweep has left, finished or not.
 void SweepFolder::readEarlier() {
     const std::string path = joined(path_, kMembersFile);
-    if (fs::symlink_status(path).type() == fs::file_type::regular) {
+    if (fs::symlink_status(pathOf(path)).type() == fs::file_type::regular) {
         const std::string text = readFile(path, kLargestSummary);
         try {
             const Json json = Json::parse(text);
@@ -174,9 +174,9 @@ bool SweepFolder::isOurs(const std::string& name) const {
 
 void SweepFolder::removeEarlier() {
     for (const WrittenFile& file : old_) {
-        if (isThere(path_, file)) fs::remove(joined(path_, file.name));
+        if (isThere(path_, file)) fs::remove(pathOf(joined(path_, file.name)));
     }
-    for (const fs::directory_entry& entry : fs::directory_iterator(hidden_.path)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(pathOf(hidden_.path))) {
         if (entry.path().filename() != kLockFile && !fs::is_directory(entry.symlink_status())) fs::remove(entry.path());
     }
     finished_.reset();
@@ -185,7 +185,7 @@ void SweepFolder::removeEarlier() {
 // A part that was written and not yet moved is moved now.
 void SweepFolder::takeUpParts() {
     for (const WrittenFile& part : journal_->parts()) {
-        if (!isThere(path_, part) && fs::exists(aside(part.name))) movePart(part.name);
+        if (!isThere(path_, part) && fs::exists(pathOf(aside(part.name)))) movePart(part.name);
     }
 }
 
@@ -208,7 +208,7 @@ void SweepFolder::finish(const Json& members) {
     moveTo(aside(std::string(kMembersTable)), joined(path_, kMembersTable));
     replaceFile(joined(path_, kMembersFile), members.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     journal_.reset();
-    fs::remove(inHidden(kJournal));
+    fs::remove(pathOf(inHidden(kJournal)));
     finished_ = members;
 }
 

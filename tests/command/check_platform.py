@@ -7,7 +7,7 @@ import pathlib
 import re
 import sys
 
-LIBRARIES = ("fmt/", "netcdf.h", "nettle/", "toml++/")
+LIBRARIES = ("fmt/", "netcdf.h", "toml++/")
 SYSTEM_SOURCE = re.compile(r"_(posix|windows)\.cpp$")
 
 
