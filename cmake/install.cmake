@@ -20,6 +20,8 @@ install(FILES ${PROJECT_BINARY_DIR}/kesto.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}
 
 if(TARGET kesto)
     install(TARGETS kesto)
+endif()
+if(TARGET kesto_netcdf)
     install(TARGETS kesto_netcdf LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/kesto)
 endif()
 file(GLOB man_pages CONFIGURE_DEPENDS command/commands/*.1)

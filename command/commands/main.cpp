@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "diagnostics.h"
 #include "display.h"
+#include "engine_process.h"
 
 namespace {
 
@@ -58,6 +59,7 @@ void refuseEmpty(CLI::App& command) {
 int runCommandLine(int argc, char** argv) {
     CLI::App app{"KESTO: simulates the urban water cycle of a model, day by day"};
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // "/share/model.toml" is a path there, too
     app.set_version_flag("--version", "kesto " KESTO_VERSION);
 
     kesto::RunOptions run;
@@ -208,7 +210,7 @@ int runCommandLine(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int status = runCommandLine(argc, argv);
+    const int status = kesto::startProgram(argc, argv, runCommandLine);
     if (status != kesto::kRunFailed) return status;
     // On a full disk the NetCDF library is left with a file that it cannot close; its exit handler would crash on it.
     std::cout.flush();

@@ -95,6 +95,10 @@ class ChildProcess {
     std::string received_, errors_, fault_;
 };
 
+// What main() does: runs the program, with its arguments in UTF-8. Where the system cannot copy a process, a child
+// begins here, too.
+int startProgram(int argc, char** argv, int (*program)(int argc, char** argv));
+
 // Gives memory of this process back to the system: nothing reads it any more, though it is not freed. May be called
 // from `keep`.
 void giveBack(void* memory, std::size_t bytes);

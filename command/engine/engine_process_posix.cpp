@@ -246,6 +246,10 @@ void keepFreeMemory() {
     mallopt(M_TOP_PAD, 1 << 20);
 }
 
+int startProgram(int argc, char** argv, int (*program)(int argc, char** argv)) {
+    return program(argc, argv);
+}
+
 void useUtc() {
     setenv("TZ", "UTC", 1);
     tzset();
