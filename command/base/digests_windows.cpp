@@ -56,11 +56,11 @@ void Sha256::add(std::string_view text) {
     }
 }
 
-std::string Sha256::text() {
+std::array<unsigned char, 32> Sha256::digest() {
     std::array<unsigned char, 32> digest{};
     expect(BCryptFinishHash(state_->hash, digest.data(), static_cast<ULONG>(digest.size()), 0));
     state_->begin();
-    return hexadecimal(digest);
+    return digest;
 }
 
 std::string base64(std::span<const unsigned char> bytes) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "files.h"
+#include "platform.h"
 #include "stored_series_files.h"
 
 namespace kesto {
@@ -24,7 +25,7 @@ class Lines {
     explicit Lines(std::string path) : path_(std::move(path)) {
         expectRegular(path_);
         file_ = openFile(path_, "rb");
-        if (!file_) throw std::runtime_error(fmt::format("cannot read {}: {}", path_, std::strerror(errno)));
+        if (!file_) throw std::runtime_error(fmt::format("cannot read {}: {}", path_, reasonOf(lastError())));
     }
     ~Lines() { std::fclose(file_); }
     Lines(const Lines&) = delete;
@@ -56,7 +57,7 @@ class Lines {
         const std::size_t got = std::fread(buffer_.data() + had, 1, kBlock, file_);
         buffer_.resize(had + got);
         if (std::ferror(file_))
-            throw std::runtime_error(fmt::format("cannot read {}: {}", path_, std::strerror(errno)));
+            throw std::runtime_error(fmt::format("cannot read {}: {}", path_, reasonOf(lastError())));
         if (got == 0 && had > 0) throw std::runtime_error(fmt::format("{}: the last line has no end", path_));
         return got > 0;
     }
