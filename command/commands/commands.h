@@ -74,6 +74,7 @@ struct SweepOptions {
     std::string output;             // folder
     ReadOptions read;
     std::string record = "none";    // or a list of outputs, or all
+    std::string format;             // of that: netcdf or csv; empty: netcdf, where this command has it
     std::string every = "day";      // or month, or year: of what is recorded
     std::string figures = "key";    // or all: of components, too
     std::string members;            // as in 1-500; empty: all

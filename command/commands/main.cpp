@@ -134,6 +134,9 @@ int runCommandLine(int argc, char** argv) {
     sweepCommand->add_flag("--scenarios", sweep.scenarios, "Run the model and each of its scenarios");
     sweepCommand->add_option("--record", sweep.record,
                              "Outputs to record: none (default), all, or a list such as tank:overflow,roof");
+    sweepCommand
+        ->add_option("--format", sweep.format, "Format of what is recorded: netcdf (default, but on Windows) or csv")
+        ->check(CLI::IsMember({"csv", "netcdf"}));
     sweepCommand->add_option("--every", sweep.every, "What is recorded: each day (default), month or year")
         ->check(CLI::IsMember({"day", "month", "year"}));
     sweepCommand->add_option("--figures", sweep.figures, "Figures: key (default), or all, of each component")

@@ -14,6 +14,7 @@
 #include "model_reader.h"
 #include "platform.h"
 #include "progress_bar.h"
+#include "results_netcdf.h"
 #include "summary_json.h"
 #include "sweep_join.h"
 #include "sweep_part.h"
@@ -79,7 +80,7 @@ class Sweep {
         InterruptGuard guard;
         try {
             if (!check(guard)) return guard.passOn(), refuse(kBadModel);
-            SweepParts parts(input_->shape ? &*input_->shape : nullptr, slice_, attributes());
+            SweepParts parts(input_->shape ? &*input_->shape : nullptr, slice_, attributes(), format());
             SweepFolder folder(options_.output, madeOf(inputs_, input_->design, optionsJson(), slice_), slice_,
                                filesRead(), parts.names(), options_.restart);
             diagnostics_.print(std::cerr, options_.quiet);
@@ -124,7 +125,7 @@ class Sweep {
         checkMember(*input_, slice_.first, first, files);
         diagnostics_.acceptAs(first);
         if (options_.record != "none") {
-            requireParts();
+            requireParts(format());
             input_->shape = shapeOf(*input_, slice_.first);
         }
         ProgressBar bar(!options_.quiet, "members checked");
@@ -149,12 +150,19 @@ class Sweep {
         return std::min(options_.jobs > 0 ? options_.jobs : cores, slice_.size());
     }
 
+    PartFormat format() const {
+        const bool isCsv = options_.format.empty() ? !hasNetcdf() : options_.format == "csv";
+        return isCsv ? PartFormat::csv : PartFormat::netcdf;
+    }
+
     Json optionsJson() const {
         const ReadOptions& read = options_.read;
-        return {{"scenario", read.scenarios}, {"set", read.set},
-                {"from", read.from},          {"to", read.to},
-                {"accept", read.accept},      {"record", options_.record},
-                {"every", options_.every},    {"figures", options_.figures}};
+        Json options{{"scenario", read.scenarios}, {"set", read.set},
+                     {"from", read.from},          {"to", read.to},
+                     {"accept", read.accept},      {"record", options_.record},
+                     {"every", options_.every},    {"figures", options_.figures}};
+        if (input_->shape && format() == PartFormat::csv) options["format"] = "csv";
+        return options;
     }
 
     SweepAttributes attributes() const {

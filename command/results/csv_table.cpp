@@ -20,6 +20,7 @@ namespace kesto {
 namespace {
 
 constexpr std::size_t kLongest = 16;          // a comma and "-1.00000685e-36"
+constexpr std::size_t kBeginCells = 2;        // that the text at the beginning of a row may take
 constexpr std::size_t kTileSteps = 16;        // of a column's values two lines of the cache
 constexpr std::size_t kBlockBytes = 4 << 20;  // of text that one thread makes at a time
 constexpr std::size_t kEntries = 1 << 13;
@@ -69,15 +70,15 @@ class Digits {
 // Text of consecutive rows.
 class Block {
   public:
-    void make(std::size_t first, std::size_t end, const std::function<std::string(std::size_t)>& dateOf,
+    void make(std::size_t first, std::size_t end, const std::function<std::string(std::size_t)>& beginOf,
               const std::vector<CsvColumn>& columns) {
-        text_.resize((end - first) * ((columns.size() + 1) * kLongest));
+        text_.resize((end - first) * ((columns.size() + kBeginCells) * kLongest));
         tile_.resize(kTileSteps * columns.size());
         char* to = text_.data();
         for (std::size_t step = first; step < end; ++step) {
             if ((step - first) % kTileSteps == 0) fill(step, std::min(kTileSteps, end - step), columns);
-            const std::string date = dateOf(step);
-            to = std::copy(date.begin(), date.end(), to);
+            const std::string text = beginOf(step);
+            to = std::copy(text.begin(), text.end(), to);
             const float* const row = &tile_[(step - first) % kTileSteps * columns.size()];
             for (std::size_t i = 0; i < columns.size(); ++i) {
                 to = digits_.append(to, row[i]);
@@ -107,9 +108,9 @@ class Block {
 };
 
 // Blocks of rows on all cores, written in their order.
-bool writeRows(std::FILE* file, std::size_t steps, const std::function<std::string(std::size_t)>& dateOf,
+bool writeRows(std::FILE* file, std::size_t steps, const std::function<std::string(std::size_t)>& beginOf,
                const std::vector<CsvColumn>& columns) {
-    const std::size_t rowBytes = (columns.size() + 1) * kLongest;
+    const std::size_t rowBytes = (columns.size() + kBeginCells) * kLongest;
     const std::size_t rows = std::max(kTileSteps, kBlockBytes / rowBytes / kTileSteps * kTileSteps);
     const std::size_t most = std::max(1U, std::thread::hardware_concurrency());
     std::vector<Block> blocks(std::min(most, (steps + rows - 1) / rows));
@@ -118,7 +119,7 @@ bool writeRows(std::FILE* file, std::size_t steps, const std::function<std::stri
         std::vector<std::jthread> threads;
         const auto make = [&](std::size_t i) {
             const std::size_t begin = std::min(first + i * rows, steps);
-            blocks[i].make(begin, std::min(begin + rows, steps), dateOf, columns);
+            blocks[i].make(begin, std::min(begin + rows, steps), beginOf, columns);
         };
         for (std::size_t i = 1; i < blocks.size(); ++i) {
             threads.emplace_back(make, i);
@@ -134,17 +135,17 @@ bool writeRows(std::FILE* file, std::size_t steps, const std::function<std::stri
 
 }  // namespace
 
-void writeCsvTable(const std::string& path, std::size_t steps, const std::function<std::string(std::size_t)>& dateOf,
-                   const std::vector<CsvColumn>& columns) {
+void writeCsvTable(const std::string& path, std::size_t steps, const std::function<std::string(std::size_t)>& beginOf,
+                   const std::vector<CsvColumn>& columns, const std::string& begin) {
     std::FILE* file = openFile(path, "wb");
     if (!file) throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(lastError())));
-    std::string header = "date";
+    std::string header = begin;
     for (const CsvColumn& column : columns) {
         header += "," + column.header;
     }
     header += '\n';
     bool isGood = std::fwrite(header.data(), 1, header.size(), file) == header.size();
-    isGood = isGood && writeRows(file, steps, dateOf, columns);
+    isGood = isGood && writeRows(file, steps, beginOf, columns);
     std::error_code error = isGood ? std::error_code() : lastError();
     if (std::fclose(file) != 0 && !error) error = lastError();
     if (error) throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));

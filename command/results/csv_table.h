@@ -13,8 +13,8 @@ struct CsvColumn {
     std::size_t stride = 1;  // floats from one step to the next
 };
 
-// Writes a file whose first column is `dateOf` each step. Throws std::runtime_error.
-void writeCsvTable(const std::string& path, std::size_t steps, const std::function<std::string(std::size_t)>& dateOf,
-                   const std::vector<CsvColumn>& columns);
+// Writes a file whose rows begin with `beginOf` each step, under the header `begin`. Throws std::runtime_error.
+void writeCsvTable(const std::string& path, std::size_t steps, const std::function<std::string(std::size_t)>& beginOf,
+                   const std::vector<CsvColumn>& columns, const std::string& begin = "date");
 
 }  // namespace kesto

@@ -39,6 +39,12 @@ struct NetcdfLibrary {
     decltype(&nc_put_vara_float) put_vara_float;
 };
 
+#ifdef KESTO_MODULES
+inline constexpr bool kHasNetcdf = true;
+#else
+inline constexpr bool kHasNetcdf = false;  // only its header was there
+#endif
+
 // Throws std::runtime_error when it cannot be loaded.
 const NetcdfLibrary& netcdf();
 

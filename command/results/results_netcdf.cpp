@@ -233,6 +233,10 @@ std::string potentialVariable(const PotentialInfo& potential, std::string_view u
     return std::string(potential.name) + (unit == potential.unit ? "" : "_depth");
 }
 
+bool hasNetcdf() {
+    return kHasNetcdf;
+}
+
 void requireNetcdf() {
     netcdf();
 }

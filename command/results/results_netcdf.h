@@ -15,6 +15,7 @@ std::string writeNetcdf(const Results& results, const Evaluation& evaluation, in
 
 // Throws std::runtime_error when the NetCDF library cannot be loaded.
 void requireNetcdf();
+bool hasNetcdf();  // this command, by the way it was built
 
 // Variable of a potential that is booked in this unit: depths, as of soil, stand apart from volumes.
 std::string potentialVariable(const PotentialInfo& potential, std::string_view unit);

@@ -14,6 +14,7 @@
 #include "netcdf_file.h"
 #include "results_netcdf.h"
 #include "run_apart.h"
+#include "sweep_csv.h"
 
 namespace kesto {
 
@@ -152,12 +153,12 @@ std::size_t membersPerPart(const SweepShape& shape) {
     return std::min(kMostMembers, std::bit_floor(std::max<std::size_t>(kMostBytes / bytes, 1)));
 }
 
-void requireParts() {
-    runApart("cannot write parts", kLongest, requireNetcdf);
+void requireParts(PartFormat format) {
+    if (format == PartFormat::netcdf) runApart("cannot write parts", kLongest, requireNetcdf);
 }
 
-std::string partName(std::size_t number) {
-    return fmt::format("part-{:05}.nc", number);
+std::string partName(std::size_t number, PartFormat format) {
+    return fmt::format("part-{:05}.{}", number, format == PartFormat::csv ? "csv" : "nc");
 }
 
 SweepPart::SweepPart(const SweepShape& shape, std::size_t first, std::size_t count)
@@ -189,6 +190,16 @@ void SweepPart::write(const std::string& path, const SweepAttributes& attributes
     runApart(fmt::format("cannot write {}", path), kLongest, [&] {
         keepNothingMore();
         Writer(shape_, path, compression, first_, count()).write(attributes, values_);
+    });
+}
+
+void SweepPart::writeCsv(const std::string& path) const {
+    if (!isComplete()) throw std::logic_error("a part that lacks members");
+    const std::size_t periods = shape_.periods.size();
+    writeSweepCsv(path, shape_, first_, count(), [&](std::size_t row, std::size_t member) {
+        const std::size_t group = member / kMembersOfChunk * kMembersOfChunk;
+        const std::size_t members = std::min(kMembersOfChunk, count() - group);
+        return values_.data() + group * shape_.values() + (row * members + member - group) * periods;
     });
 }
 

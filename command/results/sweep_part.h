@@ -1,8 +1,8 @@
-// A part of what the members of a sweep have recorded, as NetCDF: part-00000.nc and so on.
+// A part of what the members of a sweep have recorded, as NetCDF, part-00000.nc and so on, or as CSV.
 //
-// Variables are those of results.nc with the member as first dimension: (member, flow, time). Chunks hold 64 members of
-// one flow, all days: other shapes take minutes to write where this takes seconds, and a member is read as fast. The
-// same members give the same bytes, in whatever order they were set.
+// In NetCDF variables are those of results.nc with the member as first dimension: (member, flow, time). Chunks hold 64
+// members of one flow, all days: other shapes take minutes to write where this takes seconds, and a member is read as
+// fast. The same members give the same bytes, in whatever order they were set.
 #pragma once
 
 #include <cstddef>
@@ -20,11 +20,13 @@ inline constexpr std::size_t kMembersOfChunk = 64;
 // Parts begin where their number times this many members of the whole design come before them.
 std::size_t membersPerPart(const SweepShape& shape);
 
-// Throws std::runtime_error when parts cannot be written since there is no NetCDF library.
-void requireParts();
+enum class PartFormat { netcdf, csv };
 
-// "part-00003.nc"
-std::string partName(std::size_t number);
+// Throws std::runtime_error when parts cannot be written since there is no NetCDF library.
+void requireParts(PartFormat format);
+
+// "part-00003.nc", "part-00003.csv"
+std::string partName(std::size_t number, PartFormat format);
 
 // Global attributes, by name.
 using SweepAttributes = std::vector<std::pair<std::string, std::string>>;
@@ -47,6 +49,7 @@ class SweepPart {
     // std::runtime_error. A process of its own writes: the NetCDF library in this one would double what each member
     // costs to fork.
     void write(const std::string& path, const SweepAttributes& attributes, int compression = 1) const;
+    void writeCsv(const std::string& path) const;
 
   private:
     const SweepShape& shape_;

@@ -11,6 +11,7 @@
 #include "csv_file.h"
 #include "files.h"
 #include "number_format.h"
+#include "sweep_csv.h"
 #include "sweep_folder.h"
 #include "sweep_part_reader.h"
 #include "sweep_summary.h"
@@ -137,6 +138,15 @@ std::map<std::string, std::vector<const SliceResults*>> partsOf(const std::vecto
 }
 
 void joinPart(const std::string& name, const std::vector<const SliceResults*>& slices, SweepFolder& folder) {
+    if (name.ends_with(".csv")) {
+        std::vector<std::string> paths;
+        for (const SliceResults* slice : slices) {
+            paths.push_back(joined(slice->folder, name));
+        }
+        joinSweepCsv(paths, folder.aside(name));
+        folder.addPart(name);
+        return;
+    }
     std::vector<std::unique_ptr<SweepPartReader>> readers;
     std::size_t count = 0;
     for (const SliceResults* slice : slices) {

@@ -10,8 +10,9 @@ constexpr std::size_t kMostOpen = 2;
 
 }  // namespace
 
-SweepParts::SweepParts(const SweepShape* shape, const Slice& slice, const SweepAttributes& attributes)
-    : shape_(shape), slice_(slice), attributes_(attributes) {
+SweepParts::SweepParts(const SweepShape* shape, const Slice& slice, const SweepAttributes& attributes,
+                       PartFormat format)
+    : shape_(shape), slice_(slice), attributes_(attributes), format_(format) {
     if (shape) perPart_ = membersPerPart(*shape);
 }
 
@@ -22,7 +23,7 @@ Slice SweepParts::membersOf(std::size_t part) const {
 std::vector<std::string> SweepParts::names() const {
     std::vector<std::string> names;
     for (std::size_t part = partOf(slice_.first); shape_ && part <= partOf(slice_.last); ++part) {
-        names.push_back(partName(part));
+        names.push_back(partName(part, format_));
     }
     return names;
 }
@@ -30,7 +31,7 @@ std::vector<std::string> SweepParts::names() const {
 void SweepParts::forgetUnwritten(SweepFolder& folder) const {
     if (!shape_) return;
     for (std::size_t part = partOf(slice_.first); part <= partOf(slice_.last); ++part) {
-        if (folder.hasPart(partName(part))) continue;
+        if (folder.hasPart(partName(part, format_))) continue;
         const Slice members = membersOf(part);
         for (std::size_t member = members.first; member <= members.last; ++member) {
             folder.journal().forget(member);
@@ -60,8 +61,12 @@ void SweepParts::take(std::size_t member, std::span<const float> values, SweepFo
 }
 
 void SweepParts::write(std::size_t part, SweepFolder& folder) {
-    const std::string name = partName(part);
-    open_.at(part).write(folder.aside(name), attributes_);
+    const std::string name = partName(part, format_);
+    if (format_ == PartFormat::csv) {
+        open_.at(part).writeCsv(folder.aside(name));
+    } else {
+        open_.at(part).write(folder.aside(name), attributes_);
+    }
     open_.erase(part);
     folder.addPart(name);
 }

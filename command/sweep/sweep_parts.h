@@ -15,7 +15,7 @@ namespace kesto {
 class SweepParts {
   public:
     // Without a shape nothing is recorded.
-    SweepParts(const SweepShape* shape, const Slice& slice, const SweepAttributes& attributes);
+    SweepParts(const SweepShape* shape, const Slice& slice, const SweepAttributes& attributes, PartFormat format);
 
     // The names of all parts of the slice.
     std::vector<std::string> names() const;
@@ -38,6 +38,7 @@ class SweepParts {
     const SweepShape* shape_;
     Slice slice_;
     SweepAttributes attributes_;
+    PartFormat format_;
     std::size_t perPart_ = 1;
     std::map<std::size_t, SweepPart> open_;
 };

@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 
+#include "sweep_csv.h"
 #include "sweep_part_reader.h"
 
 namespace kesto {
@@ -124,7 +126,36 @@ TEST(SweepPart, HasAtMost256MembersAnd256Megabytes) {
     // 21 rows of 40,000 days: 3.36 MB a member.
     EXPECT_EQ(membersPerPart(shapeOf(10, 0, 39'999)), 64U);
     EXPECT_EQ(membersPerPart(shapeOf(4000, 0, 39'999)), 1U);
-    EXPECT_EQ(partName(12), "part-00012.nc");
+    EXPECT_EQ(partName(12, PartFormat::netcdf), "part-00012.nc");
+    EXPECT_EQ(partName(12, PartFormat::csv), "part-00012.csv");
+}
+
+TEST(SweepPart, IsCsvToo) {
+    const SweepShape shape = shapeOf(1, 0, 1);
+    SweepPart part(shape, 3, 66);
+    for (std::size_t member = 3; member <= 68; ++member) {
+        Values values(shape.values());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = static_cast<float>(1000 * member + i);
+        }
+        part.set(member, values);
+    }
+    const std::string path = pathOf("part.csv"), whole = pathOf("whole.csv");
+    part.writeCsv(path);
+    const std::string text = bytesOf(path);
+    const std::size_t rows = shape.rows();
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1 + 66 * 2);
+    EXPECT_TRUE(text.starts_with("member,date,"));
+    // Of the last member, in the second group of 64, the second day: a value of each row.
+    std::string last = "68,1970-01-02";
+    for (std::size_t row = 0; row < rows; ++row) {
+        last += ',' + std::to_string(68000 + 2 * row + 1);
+    }
+    EXPECT_TRUE(text.ends_with(last + '\n')) << text.substr(text.size() - 200);
+
+    joinSweepCsv({path, path}, whole);
+    const std::string header = text.substr(0, text.find('\n') + 1);
+    EXPECT_EQ(bytesOf(whole), text + text.substr(header.size()));
 }
 
 TEST(SweepPart, RefusesOtherFiles) {
