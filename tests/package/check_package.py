@@ -149,6 +149,20 @@ def installed_python(prefix):
     print("Python: runs")
 
 
+def windows_section(prefix, folder, emulator):
+    """README's commands for Windows, to the letter, with the package's bin on PATH."""
+    section = re.search(r"^## On Windows$.*?```bat\n(.*?)```", (prefix / "share/kesto/README.md").read_text(), re.MULTILINE | re.DOTALL)
+    environment = {**os.environ, "WINEPATH": f"Z:{prefix / 'bin'}".replace("/", "\\")}
+    for line in section[1].splitlines():
+        run(emulator, "cmd", "/c", line, cwd=folder, env=environment)
+    if not (folder / "results/flows.csv").stat().st_size or b"uPlot" not in (folder / "report.html").read_bytes():
+        sys.exit("README's commands left no results, or a page without charts")
+    print(f"README on Windows: {len(section[1].splitlines())} commands run")
+    schema = (prefix / "share/kesto/kesto.schema.json").read_bytes()
+    if schema != subprocess.run([emulator, prefix / "bin/kesto.exe", "schema"], capture_output=True, check=True).stdout:
+        sys.exit("kesto.schema.json is not what the command prints")
+
+
 def installed_command(prefix, folder):
     model = prefix / "share/kesto/examples/rainwater-house/model.toml"
     output = run(prefix / "bin/kesto", "run", model, "-o", folder / "results")
@@ -192,8 +206,10 @@ def main():
             installed_command(prefix, folders[3])
         else:
             prefix, remove = unpack_zip(package, folders[1])
-            expect_files(prefix, common + ["bin/KESTO.dll", "lib/libKESTO.dll.a", "lib/KESTO.def"])
+            expect_files(prefix, common + ["bin/KESTO.dll", "bin/kesto.exe", "lib/libKESTO.dll.a", "lib/KESTO.def", "share/kesto/README.md",
+                                           "share/kesto/docs/guide/windows.md", "share/kesto/hosts/c/host.c", "share/kesto/kesto.schema.json"])
             check_links(prefix / "share/kesto")
+            windows_section(prefix, folders[3], arguments.emulator)
         consumer(prefix, folders[2], arguments.toolchain, arguments.emulator)
         remove()
         if arguments.kind == "deb" and prefix.exists():

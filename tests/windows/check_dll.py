@@ -54,4 +54,5 @@ def main(dll, import_library, objdump, nm, version):
     sys.exit("\n".join(wrong) or 0)
 
 
-main(*sys.argv[1:])
+if __name__ == "__main__":
+    main(*sys.argv[1:])
