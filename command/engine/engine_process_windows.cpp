@@ -56,6 +56,7 @@ struct Shared {
 // What a child is told by the memory that it gets a copy of.
 struct Root {
     std::vector<Shared> shared;
+    std::vector<HANDLE> bells;
     const ChildWork* work = nullptr;
     HANDLE answer = nullptr;  // the end of a pipe that the child writes to
     HANDLE stop = nullptr;    // an event
@@ -77,14 +78,15 @@ HANDLE makeSection(std::size_t bytes) {
 // In the child --------------------------------------------------------------------------------------------------------
 
 LONG keeping = 0;  // 1 once there is nothing to keep, or somebody keeps it
-HANDLE firstThread = nullptr;
+HANDLE firstThread = nullptr, stopEvent = nullptr;
+const ChildWork* childWork = nullptr;
 
 bool mayKeep() {
     return InterlockedExchange(&keeping, 1) == 0;
 }
 
 [[noreturn]] void keepResultsAndDie(UINT status) {
-    if (mayKeep() && root().work->keep) root().work->keep();
+    if (mayKeep() && childWork && childWork->keep) childWork->keep();
     endProcess(status);
 }
 
@@ -110,13 +112,13 @@ LONG WINAPI keepAtFault(EXCEPTION_POINTERS* fault) {
 
 // Keeps the results while the thread that makes them stands still, wherever it is.
 DWORD WINAPI waitForStop(void*) {
-    WaitForSingleObject(root().stop, INFINITE);
+    WaitForSingleObject(stopEvent, INFINITE);
     if (!mayKeep()) return 0;
     SuspendThread(firstThread);
     CONTEXT context{};
     context.ContextFlags = CONTEXT_CONTROL;
     GetThreadContext(firstThread, &context);  // returns once it stands still
-    if (root().work->keep) root().work->keep();
+    if (childWork->keep) childWork->keep();
     endProcess(kAborted);
 }
 
@@ -129,13 +131,16 @@ bool writeAll(HANDLE pipe, std::string_view bytes) {
 }
 
 int doWork(void*) {
-    const ChildWork& work = *root().work;
-    if (!work.leavesStopping) {
+    // Where it starts a child of its own, the root is for that one.
+    const HANDLE answer = root().answer;
+    childWork = root().work;
+    stopEvent = root().stop;
+    if (!childWork->leavesStopping) {
         DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &firstThread, 0, FALSE,
                         DUPLICATE_SAME_ACCESS);
         CreateThread(nullptr, 0, waitForStop, nullptr, 0, nullptr);
     }
-    endProcess(writeAll(root().answer, work.run()) ? 0 : kNoAnswer);
+    endProcess(writeAll(answer, childWork->run()) ? 0 : kNoAnswer);
 }
 
 std::uintptr_t numberIn(const wchar_t* text) {
@@ -245,6 +250,7 @@ HANDLE copyOf(const CopiedRange& range) {
 // Without a console: Ctrl-C is the business of the parent, which tells it.
 HANDLE startChild(HANDLE section, const CopiedRange& range, HANDLE errors) {
     std::vector<HANDLE> handles{section, root().answer, root().stop, errors};
+    handles.insert(handles.end(), root().bells.begin(), root().bells.end());
     for (const Shared& one : root().shared) {
         handles.push_back(one.section);
     }
@@ -337,6 +343,37 @@ void giveBack(void* memory, std::size_t bytes) {
     }
 }
 
+namespace {
+
+// Handles of the system have 32 bits that count.
+HANDLE handleOf(int number) {
+    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(number));
+}
+
+}  // namespace
+
+// A semaphore that counts the rings.
+Bell::Bell() {
+    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    const HANDLE bell = CreateSemaphoreW(&inherited, 0, MAXLONG, nullptr);
+    if (!bell) fail("open an event");
+    handle_ = static_cast<int>(reinterpret_cast<std::intptr_t>(bell));
+    root().bells.push_back(bell);
+}
+
+Bell::~Bell() {
+    std::erase(root().bells, handleOf(handle_));
+    CloseHandle(handleOf(handle_));
+}
+
+void Bell::ring() {
+    ReleaseSemaphore(handleOf(handle_), 1, nullptr);
+}
+
+void Bell::wait() {
+    WaitForSingleObject(handleOf(handle_), INFINITE);
+}
+
 struct ChildProcess::System {
     HANDLE child = nullptr;  // null: it has been waited for
     HANDLE stop = nullptr;
@@ -373,12 +410,13 @@ ChildProcess::~ChildProcess() {
 bool ChildProcess::wait(int milliseconds) {
     constexpr DWORD kOften = 10;  // ms: what is in the pipes waits for so long
     if (!system_->child) return false;
-    const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(milliseconds);
+    const ULONGLONG begin = GetTickCount64();
     for (;;) {
         system_->errors.read(errors_);
         system_->answer.read(received_);
-        const ULONGLONG now = GetTickCount64();
-        const DWORD left = now < end ? static_cast<DWORD>(end - now) : 0;
+        const ULONGLONG passed = GetTickCount64() - begin;
+        const auto most = milliseconds == kForever ? INFINITE : static_cast<ULONGLONG>(milliseconds);
+        const DWORD left = passed < most ? static_cast<DWORD>(most - passed) : 0;
         if (WaitForSingleObject(system_->child, std::min(left, kOften)) == WAIT_OBJECT_0) {
             collect();
             return false;
@@ -387,16 +425,19 @@ bool ChildProcess::wait(int milliseconds) {
     }
 }
 
-void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, int milliseconds) {
+void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, Bell& bell, int milliseconds) {
     constexpr std::size_t kMost = MAXIMUM_WAIT_OBJECTS;
     constexpr DWORD kOften = 10;  // ms, where there are more
-    std::vector<HANDLE> waiting;
+    const HANDLE rings = handleOf(bell.handle_);
+    std::vector<HANDLE> waiting{rings};
     for (const ChildProcess* child : children) {
         if (child->system_->child) waiting.push_back(child->system_->child);
     }
     const bool isAll = waiting.size() <= kMost;
     WaitForMultipleObjects(static_cast<DWORD>(std::min(waiting.size(), kMost)), waiting.data(), FALSE,
                            isAll ? static_cast<DWORD>(milliseconds) : kOften);
+    while (WaitForSingleObject(rings, 0) == WAIT_OBJECT_0) {
+    }
 }
 
 void ChildProcess::stop() {
@@ -453,6 +494,9 @@ int startProgram(int, char**, int (*program)(int argc, char** argv)) {
     SetConsoleOutputCP(page);
     return status;
 }
+
+// It always does.
+void keepFreeMemory() {}
 
 void useUtc() {
     _putenv("TZ=UTC");

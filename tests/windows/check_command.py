@@ -54,9 +54,9 @@ def files(folder):
     return found
 
 
-def long_model(folder, years=120, tanks=120):
+def long_model(folder, years=60, tanks=250):
     """That runs for some seconds."""
-    text = f"kesto_model = 1\n[simulation]\nstart = 1900-01-01\nend = {1900 + years - 1}-12-31\n[groups.g]\nrainfall = 2\n"
+    text = f"kesto_model = 1\n[simulation]\nstart = 1970-01-01\nend = {1970 + years - 1}-12-31\n[groups.g]\nrainfall = 2\n"
     text += "[brands.roof]\nevaporation_fraction = 0.1\n"
     for i in range(tanks):
         text += (f'[[components]]\nname = "roof{i}"\ntype = "impervious_surface"\ngroup = "g"\nbrand = "roof"\nsize = 10\n'
@@ -177,20 +177,21 @@ class Same(Case):
 
 
 class Files(Case):
-    def run_in(self, folder, *arguments):
+    def run_in(self, folder):
         folder.mkdir(parents=True, exist_ok=True)
-        done = windows("new", "Gründach für Zürich", cwd=folder)
+        created = folder / "Gründach für Zürich"
+        done = windows("new", created)
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         self.assertIn("Gründach für Zürich/model.toml", done.stdout.decode())
         results = folder / "Ergebnisse 雨"
         for _ in range(2):  # the second takes the place of the first
-            done = windows("run", "-q", "Gründach für Zürich/model.toml", "-o", results.name, *arguments, cwd=folder)
+            done = windows("run", "-q", created / "model.toml", "-o", results)
             self.assertEqual((done.returncode, done.stderr), (0, b""))
         self.assertTrue((results / "flows.csv").stat().st_size)
         self.assertEqual([path.name for path in results.iterdir() if path.name.startswith(".")], [])
-        done = windows("report", results.name, "-o", "Seite ü.html", cwd=folder)
+        done = windows("report", results, "-o", folder / "Seite ü.html")
         self.assertEqual(done.returncode, 0, done.stderr)
-        done = windows("sweep", "-q", "Gründach für Zürich/model.toml", "--vary", "tank.size=100,200", "-o", "Läufe", cwd=folder)
+        done = windows("sweep", "-q", created / "model.toml", "--vary", "tank.size=100,200", "-o", folder / "Läufe")
         self.assertEqual((done.returncode, done.stderr), (0, b""))
 
     def test_umlauts_and_blanks(self):
@@ -230,10 +231,6 @@ class Files(Case):
         model = ROOT / "docs/components/examples/tank.toml"
         self.assertEqual(windows("run", "-q", model, "-o", out).returncode, 0)
         before = files(out)
-        holder = subprocess.Popen([OPTIONS.wine, "cmd", "/c", "more > NUL & pause < NUL"], stdin=subprocess.PIPE,
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        holder.kill()
-        holder.wait()
         # A shell whose output goes to the file holds it open.
         holder = subprocess.Popen([OPTIONS.wine, "cmd", "/c", f"more >> Z:{out}/flows.csv"], stdin=subprocess.PIPE)
         try:
@@ -252,8 +249,12 @@ class Ends(Case):
         long_model(self.folder)
         started = subprocess.Popen(command("run", "-q", "model.toml", "-o", "out", *arguments), cwd=self.folder,
                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.addCleanup(started.wait)
-        self.addCleanup(started.kill)
+
+        def end():
+            started.kill()
+            started.communicate()
+
+        self.addCleanup(end)
         return started
 
     def until_it_computes(self, started):
