@@ -61,7 +61,7 @@ std::vector<std::string> changesSince(const nlohmann::json& run, const std::stri
         const std::string now = sha256OfFile(path);
         if (sha256.empty() || now == sha256) return;
         const std::string text = now.empty() ? " is no longer there" : " has changed since the run";
-        changes.push_back(std::filesystem::path(path).filename().string() + text);
+        changes.push_back(nameOf(pathOf(path).filename()) + text);
         std::cerr << "kesto report: warning: " << printable(path + text) << '\n';
     };
     if (!std::filesystem::exists(pathOf(model))) return {};  // reported with the drawing
