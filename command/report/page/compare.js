@@ -35,14 +35,16 @@ export function runSection(data) {
 
 function figureCell(row, at) {
   const value = row.values[at], first = row.values[0];
-  const chosen = unitFor(row.unit, largestOf(row.values)), digits = digitsFor(largestOf(row.values) / chosen.factor);
+  const chosen = unitFor(row.unit, largestOf(row.values)), digits = chosen.unit === "%" ? 1 : digitsFor(largestOf(row.values) / chosen.factor);
   const whole = chosen.factor === 1 && row.values.every(one => Number.isInteger(one ?? 0));
   const text = one => number(one / chosen.factor, whole ? 0 : digits);
   if (value === null || value === undefined) return "–";
   const cell = make("span", { title: hides(value, row.unit) }, text(value));
   if (at && first !== null && first !== undefined) {
     const difference = value - first, share = first ? ` (${difference > 0 ? "+" : ""}${number(100 * difference / Math.abs(first), 1)} %)` : "";
-    cell.append(make("span", { className: "difference", textContent: difference === 0 ? "same" : `${difference > 0 ? "+" : ""}${text(difference)}${share}` }));
+    const told = `${difference > 0 ? "+" : ""}${text(difference)}`;
+    // Of shares in per cent the difference is in points.
+    cell.append(make("span", { className: "difference", textContent: difference === 0 ? "same" : chosen.unit === "%" ? `${told} points` : `${told}${share}` }));
   }
   return cell;
 }

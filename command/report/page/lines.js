@@ -6,9 +6,11 @@ import { shortMonths } from "./days.js";
 const kDay = 86400;
 
 function timeTexts(_, splits, __, ___, step) {
-  let year = null;
+  let year = null, before = null;
   return splits.map(second => {
-    if (second === null) return "";
+    // Within a day there is nothing to name.
+    if (second === null || Math.floor(second / kDay) === before) return "";
+    before = Math.floor(second / kDay);
     const date = new Date(second * 1000), now = date.getUTCFullYear();
     const first = now !== year;
     year = now;

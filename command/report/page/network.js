@@ -11,6 +11,7 @@ import { showSeries } from "./series.js";
 import { amount, hides, number } from "./units.js";
 
 const kFound = 20, kInside = 120, kListed = 60, kPrintable = 60;
+const kPaper = { width: 680, height: 760 };
 const kReadable = 0.4;  // of its size, to which a drawing may shrink and still be read
 
 const canLayOut = () => typeof dagre !== "undefined";
@@ -66,7 +67,7 @@ class NetworkSection {
     else if (canLayOut() && this.graph.components.length) this.showGroup(this.graph.group(0));
     else this.view.node.hidden = true;
     if (this.printed) addEventListener("beforeprint", () => {
-      this.printed.childNodes.length || this.printed.append(this.groupPicture(true));
+      this.printed.childNodes.length || this.printed.append(this.groupPicture(kPaper));
     });
     const byAddress = () => {
       if (!address.component) return;
@@ -89,7 +90,11 @@ class NetworkSection {
     this.view.show(this.drawing);
   }
 
-  groupPicture(down) {
+  room() {
+    return { width: this.view.frame.clientWidth || 800, height: 700 };
+  }
+
+  groupPicture(room) {
     const { graph } = this, boxes = graph.boxes(), links = graph.boxLinks();
     const most = Math.max(...links.map(link => link.litres), 1);
     return boxPicture(boxes.map((box, id) => ({ id, family: "group", onclick: () => this.view.moved || this.openBox(box),
@@ -99,7 +104,7 @@ class NetworkSection {
       width: link.demand ? 1.5 : 1.2 + 3.5 * Math.sqrt(link.litres / most),
       hint: [`${boxes[link.from].name} → ${boxes[link.to].name}`, `${link.demand ? "demand, " : ""}${amount(link.litres, "L")} in all`,
              `${number(link.count)} ${link.count === 1 ? "link" : "links"}`] })),
-    { down, said: `Groups and what flows between them: ${boxes.map(box => box.name).slice(0, 12).join(", ")}.` });
+    { room, said: `Groups and what flows between them: ${boxes.map(box => box.name).slice(0, 12).join(", ")}.` });
   }
 
   showGroups() {
@@ -107,7 +112,7 @@ class NetworkSection {
     this.trail(["All groups"]);
     this.list.replaceChildren();
     this.view.node.hidden = false;
-    this.view.show(this.groupPicture(this.view.frame.clientWidth < 700));
+    this.view.show(this.groupPicture(this.room()));
   }
 
   openBox(box) {
@@ -178,7 +183,7 @@ class NetworkSection {
   picture(nodes, edges, said) {
     this.list.replaceChildren();
     this.view.node.hidden = false;
-    this.view.show(boxPicture(nodes, edges, { down: this.view.frame.clientWidth < 600, said }));
+    this.view.show(boxPicture(nodes, edges, { room: this.room(), said }));
   }
 
   showNear(index) {

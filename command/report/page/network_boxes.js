@@ -27,7 +27,7 @@ function arrowHead(demand) {
 }
 
 // `nodes`: [{ id, lines, family, faint, onclick, hint }], `edges`: [{ from, to, demand, label, width, hint }].
-export function boxPicture(nodes, edges, { down = false, said }) {
+function laidOut(nodes, edges, down, said) {
   const graph = new dagre.graphlib.Graph({ multigraph: true });
   graph.setGraph({ rankdir: down ? "TB" : "LR", nodesep: 16, ranksep: 46, edgesep: 12, marginx: 12, marginy: 12 });
   graph.setDefaultEdgeLabel(() => ({}));
@@ -43,7 +43,7 @@ export function boxPicture(nodes, edges, { down = false, said }) {
     const edge = graph.edge(id);
     const line = svg("g", { class: edge.demand ? "edge demand" : "edge" },
       svg("path", { d: curve(edge.points), "stroke-width": edge.stroke ?? 1.5, "marker-end": `url(#${edge.demand ? "to-demand" : "to-water"})` }));
-    if (edge.label) labels.append(svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
+    if (edge.label) labels.append(svg("rect", { x: edge.x - edge.width / 2 + 2, y: edge.y - 7, width: edge.width - 4, height: 14, rx: 3 }), svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
     if (edge.hint) hinted(line, () => edge.hint);
     drawing.append(line);
   }
@@ -61,4 +61,11 @@ export function boxPicture(nodes, edges, { down = false, said }) {
   }
   drawing.full = { x: 0, y: 0, width: Math.ceil(width), height: Math.ceil(height) };
   return drawing;
+}
+
+// Down or to the right, whichever can be larger in the room there is.
+export function boxPicture(nodes, edges, { room, said }) {
+  const scale = drawing => Math.min(room.width / drawing.full.width, room.height / drawing.full.height);
+  const [right, down] = [false, true].map(way => laidOut(nodes, edges, way, said));
+  return scale(down) > scale(right) * 1.1 ? down : right;
 }

@@ -4,7 +4,7 @@ import { colour, drawn, hinted } from "./chart.js";
 import { data, unpacked } from "./data.js";
 import { dayOf, longDay, monthOfDay, shortMonths, firstDayOf, yearOfMonth } from "./days.js";
 import { canDraw, lines } from "./lines.js";
-import { amount, exact, hides, largestOf, percent, unitFor } from "./units.js";
+import { amount, exact, hides, largestOf, number, percent, unitFor } from "./units.js";
 
 const kShown = 12;
 
@@ -88,7 +88,7 @@ export function storeSection({ stores }) {
   const list = stores?.list ?? [];
   if (!list.length) return null;
   const body = [storeTable(list)];
-  if (stores.more) body.push(make("p", { className: "note", textContent: `The ${list.length} largest stores; ${stores.more} more are in the results.` }));
+  if (stores.more) body.push(make("p", { className: "note", textContent: `The ${list.length} largest stores; ${number(stores.more)} more are in the results.` }));
   const shown = list.filter(store => store.days).slice(0, kShown);
   const section = { id: "stores", title: list.length === 1 ? "The store" : "Stores", body,
     note: "How full each is over time, and on which share of the days it is empty or full." };

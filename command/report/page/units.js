@@ -8,6 +8,7 @@ const kWords = { d: ["day", "days"], day: ["day", "days"], days: ["day", "days"]
 
 // The unit for amounts up to `largest`: { unit, factor }, by which amounts are divided.
 export function unitFor(unit, largest) {
+  if (unit === "-" && Math.abs(largest) <= 1) return { unit: "%", factor: 0.01 };  // a share
   let found = { unit: unit === "1" || unit === "-" ? "" : unit ?? "", factor: 1 };
   for (const [from, name, factor = from] of kUnits[unit] ?? []) {
     if (Math.abs(largest) >= from) found = { unit: name, factor };
@@ -39,7 +40,7 @@ export function number(value, digits) {
 export function amount(value, unit) {
   if (value === null || value === undefined) return "–";
   const chosen = unitFor(unit, value);
-  return `${number(value / chosen.factor)}${chosen.unit ? ` ${chosen.unit}` : ""}`;
+  return `${number(value / chosen.factor, chosen.unit === "%" ? 1 : undefined)}${chosen.unit ? ` ${chosen.unit}` : ""}`;
 }
 
 export function exact(value, unit) {
