@@ -30,6 +30,32 @@ export const house = () => page("house", path.join(kExamples, "rainwater-house/m
 export const town = () => page("town", path.join(kExamples, "town/model.toml"));
 export const office = () => page("office", path.join(kExamples, "office-greywater/model.toml"));
 
+const houses = (name, set) => {
+  const results = path.join(folder, name);
+  const ran = kesto("run", path.join(kExamples, "rainwater-house/model.toml"), "-q", "-o", results, "--set", set);
+  assert.equal(ran.status, 0, ran.said);
+  return results;
+};
+
+// Four sizes of the tank, side by side.
+export function comparison() {
+  const runs = ["1", "2", "5", "0.5"].map(size => houses(`tank of ${size} m3`, `tank.size=${size} m3`)), file = path.join(folder, "comparison.html");
+  const made = kesto("compare", ...runs, "-o", file);
+  assert.equal(made.status, 0, made.said);
+  return file;
+}
+
+// Eight sizes of the tank under three roofs.
+export function sweep() {
+  const results = path.join(folder, "sweep"), file = path.join(folder, "sweep.html");
+  const ran = kesto("sweep", path.join(kExamples, "rainwater-house/model.toml"), "--vary", "tank.size=500,1000,1500,2000,3000,4000,5000,8000",
+    "--vary", "roof.size=40,60,100", "-o", results);
+  assert.equal(ran.status, 0, ran.said);
+  const made = kesto("compare", results, "-o", file);
+  assert.equal(made.status, 0, made.said);
+  return file;
+}
+
 // The page with other data: as what a command could give that no example does.
 export function changed(file, name, change) {
   const text = fs.readFileSync(file, "utf8");

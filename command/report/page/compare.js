@@ -1,5 +1,5 @@
 // Runs side by side: figures with differences to the first, charts that overlay them, and the figures of a sweep by its keys.
-import { button, byId, choice, figure, make, named, svg, table } from "./dom.js";
+import { button, byId, choice, figure, make, named, opened, svg, table } from "./dom.js";
 import { drawn } from "./chart.js";
 import { kSeriesColours } from "./colours.js";
 import { unpacked } from "./data.js";
@@ -15,7 +15,8 @@ const kDashes = [undefined, [8, 4], [2, 3], [10, 3, 2, 3]];
 const look = i => ({ colour: kSeriesColours[i % kSeriesColours.length], dash: kDashes[Math.floor(i / kSeriesColours.length) + (i % 2)] });
 
 export function writeCompareHead(data) {
-  byId("lead").textContent = data.runs.length ? `${data.runs.length} runs; differences are to the first, ${data.runs[0].name}` : "A sweep";
+  byId("lead").textContent = data.runs.length ? `${data.runs.length} runs; differences are to the first, ${data.runs[0].name}`
+    : `A sweep of ${number(data.sweep?.keys?.[0]?.values.length ?? 0)} members over ${(data.sweep?.keys ?? []).map(key => key.name).join(", ")}`;
   const stopped = data.runs.filter(run => run.outcome && run.outcome !== "finished");
   if (stopped.length) {
     byId("alarm").hidden = false;
@@ -37,11 +38,11 @@ function figureCell(row, at) {
   const value = row.values[at], first = row.values[0];
   const chosen = unitFor(row.unit, largestOf(row.values)), digits = chosen.unit === "%" ? 1 : digitsFor(largestOf(row.values) / chosen.factor);
   const whole = chosen.factor === 1 && row.values.every(one => Number.isInteger(one ?? 0));
-  const text = one => number(one / chosen.factor, whole ? 0 : digits);
+  const text = one => number(one / chosen.factor, whole || one === 0 ? 0 : digits);
   if (value === null || value === undefined) return "–";
   const cell = make("span", { title: hides(value, row.unit) }, text(value));
   if (at && first !== null && first !== undefined) {
-    const difference = value - first, share = first ? ` (${difference > 0 ? "+" : ""}${number(100 * difference / Math.abs(first), 1)} %)` : "";
+    const difference = value - first, share = first && Math.abs(difference) < 10 * Math.abs(first) ? ` (${difference > 0 ? "+" : ""}${number(100 * difference / Math.abs(first), 1)} %)` : "";
     const told = `${difference > 0 ? "+" : ""}${text(difference)}`;
     // Of shares in per cent the difference is in points.
     cell.append(make("span", { className: "difference", textContent: difference === 0 ? "same" : chosen.unit === "%" ? `${told} points` : `${told}${share}` }));
@@ -168,13 +169,23 @@ class SweepChart {
     this.sweep = sweep;
     const varies = list => list.findIndex(one => new Set(one.values).size > 1);
     this.x = Math.max(0, varies(sweep.keys));
-    this.y = Math.max(0, varies(sweep.figures));
     // Lines of the sizing curve for each value of another key, where a reader can tell them apart.
     this.by = sweep.keys.findIndex((key, i) => i !== this.x && new Set(key.values).size > 1 && new Set(key.values).size <= kSeriesColours.length);
+    this.y = Math.max(0, sweep.figures.findIndex(figure => this.depends(figure)));
     this.host = make("div", { className: "chart", role: "img" });
     this.keys = make("ul", { className: "keys" });
     this.when = make("p", { className: "note when" });
-    this.other = null;
+  }
+
+  // Members that differ in what stands across alone have other figures.
+  depends(figure) {
+    const { keys } = this.sweep, seen = new Map();
+    return figure.values.some((value, i) => {
+      const others = JSON.stringify(keys.filter((_, k) => k !== this.x).map(key => key.values[i]));
+      if (seen.has(others)) return seen.get(others) !== value;
+      seen.set(others, value);
+      return false;
+    });
   }
 
   axis(at) {
@@ -191,11 +202,13 @@ class SweepChart {
     this.keys.replaceChildren(...(by ? groups.map((name, i) => make("li", {}, svg("svg", { width: 14, height: 12, "aria-hidden": "true" },
       svg("circle", { cx: 7, cy: 6, r: 5, fill: `var(${kSeriesColours[i]})` })), named(`${by.name} = ${name}`))) : []));
     this.members = order;
+    // The chart wants a place of its own for each member: those with the same value stand next to nothing apart.
+    const apart = 1e-9 * ((axis.places[order[order.length - 1]] - axis.places[order[0]]) / factor.factor || 1);
     const once = by || new Set(order.map(i => axis.places[i])).size === order.length;
-    this.plot = lines(this.host, { width, height: 320, x: order.map(i => axis.places[i] / factor.factor),
+    this.plot = lines(this.host, { width, height: 320, x: order.map((i, k) => axis.places[i] / factor.factor + k * apart),
       xLabel: `${x.name}${factor.unit ? ` [${factor.unit}]` : ""}`, yLabel: `${y.name}${chosen.unit ? ` [${chosen.unit}]` : ""}`, points: !once, marks: order.length <= 60, xNames: axis.names,
       series: groups.map((name, g) => ({ label: y.name, colour: kSeriesColours[g], values: order.map(i => name === null || String(by.values[i]) === name ? y.values[i] / chosen.factor : null) })),
-      span: true, onPoint: at => this.point(at ?? null) });
+      span: true, curve: true, onPoint: at => this.point(at ?? null) });
     this.host.setAttribute("aria-label", `${y.name} by ${x.name}, ${order.length} members.`);
     this.point(null);
   }
@@ -233,7 +246,7 @@ export function sweepSection({ sweep }) {
   const controls = make("div", { className: "controls" }, pick("Across", [...names(sweep.keys), ...names(sweep.figures).map(([i, name]) => [String(Number(i) + sweep.keys.length), name])], chart.x, at => { chart.x = at; }),
     pick("Up", names(sweep.figures), chart.y, at => { chart.y = at; }),
     sweep.keys.length > 1 ? pick("Colours", [["-1", "none"], ...names(sweep.keys)], chart.by, at => { chart.by = at; }) : null);
-  return { ...head, body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host)],
+  return { ...head, body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host), opened("As a table", () => memberTable(sweep))],
     ready: () => {
       redraw = drawn(chart.host, width => chart.draw(width));
       redraw();

@@ -80,14 +80,15 @@ export function switcher(label, options, value, onchange) {
 }
 
 // A table that scrolls within itself where it is too wide. `columns`: [{ title, number, unit }]; cells are text, numbers or nodes.
-export function table(caption, columns, rows, properties = {}) {
+export function table(caption, columns, rows) {
   const cell = (tag, content, column, more) => {
     const node = make(tag, { className: column.number ? "number" : "", ...more });
     node.append(content ?? "");
     return node;
   };
-  const made = make("table", { className: properties.className ?? "" },
-    make("caption", { className: properties.showCaption ? "" : "hidden", textContent: caption }),
+  // A short one is not divided between sheets of paper.
+  const made = make("table", { className: rows.length <= 15 ? "short" : "" },
+    make("caption", { className: "hidden", textContent: caption }),
     make("thead", {}, make("tr", {}, ...columns.map(column => cell("th", column.title, column, { scope: "col" })))),
     make("tbody", {}, ...rows.map(row => make("tr", { className: row.className ?? "" }, ...row.map((content, i) =>
       i === 0 ? cell("th", content, columns[i], { scope: "row" }) : cell("td", content, columns[i]))))));
@@ -99,7 +100,7 @@ export function scrolled(node, label) {
   const host = make("div", { className: "scrolled" }, node);
   const look = () => {
     if (host.scrollWidth > host.clientWidth + 1) {
-      assigned(host, { tabIndex: 0, role: "region", "aria-label": label });
+      assigned(host, { tabIndex: 0, role: "region", "aria-label": `${label}, wider than its place` });
     } else {
       for (const name of ["tabindex", "role", "aria-label"]) host.removeAttribute(name);
     }

@@ -31,18 +31,25 @@ function range(_, low, high) {
   return [low >= 0 ? 0 : low - room, high + room];
 }
 
+// The shape of a curve, wherever zero is.
+function close(_, low, high) {
+  if (low === null || high === null || low === high || low < 0.3 * high) return range(_, low, high);
+  const room = (high - low) * 0.08;
+  return [low - room, high + room];
+}
+
 // `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
-export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, logarithmic, points, span, key, within, onZoom, onPoint }) {
+export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, within, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
-    width, height, padding: [10, 14, 0, 0],
+    width, height, padding: [10, xLabel ? 34 : 14, 0, 0],
     tzDate: second => uPlot.tzDate(new Date(second * 1000), "Etc/UTC"),
     legend: { show: false },
     cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
-    scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range } },
+    scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
     axes: [
-      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18, ...(xNames ? { values: (_, places) => places.map(place => xNames[place] ?? "") } : {}) } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
+      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18, ...(xNames ? { values: (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "") } : {}) } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
         ? values.map(value => value === null ? "" : String(Number(value.toPrecision(2)))) : tickTexts(values),
         size: (_, texts) => Math.ceil(Math.max(24, ...(texts ?? []).map(text => widthOf(text ?? "")))) + 16 },
