@@ -54,6 +54,7 @@ struct DrawOptions {
     ReadOptions read;
     std::string model;
     std::string output;  // its ending says the format
+    bool all = false;    // each component, however many there are
 };
 
 struct CompareOptions {

@@ -34,6 +34,15 @@ std::string pictureOf(const std::string& dot, const std::string& format) {
     }
 }
 
+std::string graphOf(const Model& model, bool all) {
+    const std::size_t count = model.components.size();
+    if (all || count <= kDrawable) return networkDot(model);
+    std::cerr << fmt::format(
+        "kesto draw: note: {} components are drawn by group; --all draws each of them, which can take minutes\n",
+        withThousands(count));
+    return groupsDot(model);
+}
+
 }  // namespace
 
 int drawCommand(const DrawOptions& options) {
@@ -57,7 +66,7 @@ int drawCommand(const DrawOptions& options) {
         std::cerr << fmt::format("kesto draw: error: {}\n", printable(why));
         return kBadModel;
     }
-    replaceFile(options.output, pictureOf(networkDot(loaded.model()), format));
+    replaceFile(options.output, pictureOf(graphOf(loaded.model(), options.all), format));
     return kGood;
 }
 

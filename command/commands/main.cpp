@@ -119,6 +119,7 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* drawCommand = app.add_subcommand("draw", "Draw the network of a model (needs Graphviz)");
     drawCommand->add_option("model", draw.model, "Model file (TOML)")->required();
     drawCommand->add_option("-o,--output", draw.output, "Picture: NAME.svg, .png, .pdf or, as text, .dot")->required();
+    drawCommand->add_flag("--all", draw.all, "Draw each component, also of a network of more than 300");
     addReadOptions(*drawCommand, draw.read);
 
     kesto::SweepOptions sweep;

@@ -14,6 +14,10 @@ inline constexpr std::size_t kDrawable = 300;
 // connection, dashed where it carries a demand.
 std::string networkDot(const Model& model);
 
+// The same by group: a box for each with its components by type, or for all that are alike, and an arrow for all
+// connections from one to another. Of 40 boxes and 200 arrows at most.
+std::string groupsDot(const Model& model);
+
 // What Graphviz's `dot` makes of a graph, as "svg", "png", "pdf" or another of its formats. Throws when the program is
 // missing or fails.
 std::string renderGraph(const std::string& dot, const std::string& format);

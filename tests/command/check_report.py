@@ -90,6 +90,34 @@ class Pictures(unittest.TestCase):
         self.assertEqual(sum("dashed" in arrow for arrow in arrows), 9)
         self.assertFalse(re.search(r'#[0-9a-f]{3}"', text), "Graphviz takes colours of three digits for black")
 
+    # Three kinds of groups, and junctions of none, in 1,000 groups; then as many groups of which no two are alike.
+    def test_large_networks_are_drawn_by_group(self):
+        text = "kesto_model = 1\n[simulation]\nstart = 2012-01-01\nend = 2012-01-01\n[brands.b]\nvolume_per_use = 1\n"
+        for n in range(1000):
+            text += f"[groups.g{n}]\noccupancy = 1\nuses = [1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0]\ndemand_fluctuation = 1\n"
+        for n in range(1000):
+            for i in range(1 + n % 3):
+                text += (f'[[components]]\nname = "a{n}.{i}"\ntype = "appliance"\nkind = 1\ngroup = "g{n}"\nbrand = "b"\n'
+                         f'[[components]]\nname = "j{n}.{i}"\ntype = "junction"\n'
+                         f'[[connections]]\nfrom = "a{n}.{i}:wastewater"\nto = "j{n}.{i}"\n')
+        model = self.folder / "large.toml"
+        model.write_text(text)
+        drawn = kesto("draw", str(model), "-o", str(self.folder / "net.dot"))
+        self.assertEqual(drawn.returncode, 0, drawn.stderr)
+        self.assertIn("3,998 components are drawn by group; --all draws each", drawn.stderr)
+        dot = (self.folder / "net.dot").read_text()
+        self.assertEqual(re.findall(r"<b>(.*?)</b>", dot),
+                         ["g0 and 333 alike", "g1 and 332 alike", "g2 and 332 alike", "without a group"])
+        self.assertIn("1,999 junction", dot)
+        self.assertEqual(re.findall(r'label=" ([\d,]+)"', dot), ["999", "666", "334"])
+        self.assertEqual(kesto("draw", str(model), "-o", str(self.folder / "net.svg")).returncode, 0)
+        self.assertEqual(kesto("draw", str(model), "--all", "-o", str(self.folder / "all.dot")).returncode, 0)
+        self.assertEqual(len(re.findall(r"^c\d+ \[", (self.folder / "all.dot").read_text(), re.M)), 3998)
+        model.write_text(re.sub(r'group = "g(\d+)"', lambda g: f'group = "g{int(g[1]) // 3 if int(g[1]) < 300 else g[1]}"',
+                                text))
+        self.assertEqual(kesto("draw", str(model), "-o", str(self.folder / "net.dot")).returncode, 0)
+        self.assertLessEqual(len(re.findall(r"^b\d+ \[", (self.folder / "net.dot").read_text(), re.M)), 40)
+
     def test_formats(self):
         for ending, begin in ("svg", b"<?xml"), ("png", b"\x89PNG"), ("pdf", b"%PDF"):
             path = self.folder / f"net.{ending}"
