@@ -157,7 +157,7 @@ Json pageData(const PageSource& source) {
     for (const char* key : {"paths", "months", "years", "stores"}) {
         if (overview.contains(key)) page[key] = overview[key];
     }
-    if (source.model) page["network"] = networkOf(source, summary);
+    if (source.model) page["network"] = networkOf(source, summary, overview);
     addSeries(source, summary, overview, page);
     if (Json account = accountOf(summary); !account.empty()) page["account"] = std::move(account);
     addRows(

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <set>
 
 #include "carriers.h"
 #include "fields.h"
@@ -14,7 +15,8 @@ namespace kesto {
 
 namespace {
 
-constexpr std::size_t kListed = 300;  // connections of larger networks are packed
+constexpr std::size_t kDetailed = 100;  // components of larger networks with their values and figures
+constexpr std::size_t kListed = 300;    // connections of larger networks are packed
 
 std::string shown(double value) {
     return fmt::format("{:.6g}", value);
@@ -31,17 +33,17 @@ class NetworkData {
         }
     }
 
-    Json take(bool isDrawn, const Json& summary) {
+    Json take(bool isDrawn, const Json& summary, const Json& overview) {
         Json network{{"drawing", isDrawn}};
         network["types"] = types();
         network["groups"] = groups();
         network["components"] = components();
         if (model_.components.size() <= kListed) {
             network["links"] = links();
-            network["details"] = details(summary);
         } else {
             network["packed_links"] = packedLinks();
         }
+        network["details"] = details(summary, overview);
         network["group_links"] = groupLinks();
         return network;
     }
@@ -147,8 +149,8 @@ class NetworkData {
         return links;
     }
 
-    Json details(const Json& summary) const {
-        Json details = Json::object();
+    // Of all components of a small network; else of those whose series the page has, and of some that have figures.
+    Json details(const Json& summary, const Json& overview) const {
         std::map<std::string, Json, std::less<>> figures;
         if (const auto rows = summary.find("figures"); rows != summary.end()) {
             for (const Json& row : *rows) {
@@ -158,9 +160,21 @@ class NetworkData {
                 figures[name.substr(0, dot)].push_back({name.substr(dot + 1), row["value"], row["unit"]});
             }
         }
-        for (std::size_t i = 0; i < model_.components.size(); ++i) {
-            Json detail{{"values", valuesOf(static_cast<int>(i))}};
-            const auto found = figures.find(model_.components[i].name);
+        std::set<int> wanted;
+        for (const Json& row : overview.value("shown", Json::array())) {
+            const std::string name = row["name"].get<std::string>();
+            wanted.insert(model_.findComponent(name.substr(0, name.find(':'))));
+        }
+        for (int i = 0; i < static_cast<int>(model_.components.size()); ++i) {
+            const bool isSmall = model_.components.size() <= kListed;
+            if (isSmall || (wanted.size() < kDetailed && figures.contains(model_.components[at(i)].name)))
+                wanted.insert(i);
+        }
+        wanted.erase(-1);  // potentials are of groups
+        Json details = Json::object();
+        for (const int i : wanted) {
+            Json detail{{"values", valuesOf(i)}};
+            const auto found = figures.find(model_.components[at(i)].name);
             if (found != figures.end()) detail["figures"] = found->second;
             details[std::to_string(i)] = std::move(detail);
         }
@@ -198,8 +212,8 @@ class NetworkData {
 
 }  // namespace
 
-Json networkOf(const PageSource& source, const Json& summary) {
-    return NetworkData(source, summary).take(source.isDrawn, summary);
+Json networkOf(const PageSource& source, const Json& summary, const Json& overview) {
+    return NetworkData(source, summary).take(source.isDrawn, summary, overview);
 }
 
 }  // namespace kesto

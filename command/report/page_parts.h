@@ -18,7 +18,7 @@ inline constexpr std::size_t kMostRows = 300;
 Json cardsOf(const Json& summary, const Json& overview);
 
 // Components, connections and groups of the model.
-Json networkOf(const PageSource& source, const Json& summary);
+Json networkOf(const PageSource& source, const Json& summary, const Json& overview);
 
 // Sums of groups and types by month, the series that are shown by day, and the level of each store that the page has.
 void addSeries(const PageSource& source, const Json& summary, const Json& overview, Json& page);

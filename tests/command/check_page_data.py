@@ -300,6 +300,10 @@ class PageData(unittest.TestCase):
                 self.assertEqual(data["series"]["omitted"], self.series_in_files() - len(shown))
                 self.assertEqual(len(data["network"]["components"]), 10002)
                 links = struct.unpack(f"<{3 * 12001}i", base64.b64decode(data["network"]["packed_links"]))
+                self.assertLessEqual(len(data["network"]["details"]), 100)
+                tank = [int(number) for number in data["network"]["details"] if int(number) % 5 == 4][0]
+                values = dict(data["network"]["details"][str(tank)]["values"])
+                self.assertEqual(values["size"], f"{300 + (tank - 4) // 5} L")
                 self.assertEqual(links[:6], (0, 1, 1 + 4 * 1, 2, 4, 2 + 4 * 2 + 16))
                 self.assertLessEqual(len(data["figures"]) + len(data["account"]) + len(data["potentials"]), 900)
                 if os.name != "nt":
