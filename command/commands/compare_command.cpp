@@ -1,38 +1,53 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <stdexcept>
 
 #include "commands.h"
+#include "compare_page.h"
 #include "compared_members.h"
 #include "comparison.h"
 #include "display.h"
 #include "files.h"
 #include "load.h"
+#include "model_reader.h"
 #include "output_file.h"
+#include "run_apart.h"
 #include "side_run.h"
 
 namespace kesto {
 
 namespace {
 
+constexpr std::size_t kMostRuns = 12;      // on a page
+constexpr std::size_t kMostPoints = 5000;  // of a sweep, likewise
+
+// The ending says what is written: a page, or else a table.
+bool isPage(const std::string& output) {
+    const std::string ending = nameOf(pathOf(output).extension());
+    return ending == ".html" || ending == ".htm";
+}
+
 // Runs a model with a scenario, or without one; nothing where it cannot be run, which is reported.
-std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, const std::string& scenario) {
+std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, const std::string& scenario,
+                                 bool isForPage) {
     if (!scenario.empty()) read.scenarios.push_back(scenario);
     LoadedModel loaded(path, read);
     loaded.diagnostics().print(std::cerr, true);
     if (!loaded.isFit()) return std::nullopt;
     const Model& model = loaded.model();
     ComparedRun run;
-    runBeside(loaded, [&](const Results& results, const Evaluation& evaluation) {
+    runBeside(loaded, isForPage, [&](const Results& results, const Evaluation& evaluation) {
         run = comparedRun(model.path, results, evaluation);
     });
     for (const Scenario& one : model.scenarios) {
         if (one.name != scenario) continue;
         run.name = scenario;
+        run.set = {"--scenario " + scenario};
         if (!one.title.empty()) run.title = one.title;
     }
     return run;
@@ -52,7 +67,7 @@ std::optional<std::vector<ComparedRun>> runScenarios(const CompareOptions& optio
     }
     std::vector<ComparedRun> runs;
     for (const std::string& name : names) {
-        auto run = runOf(path, options.read, name);
+        auto run = runOf(path, options.read, name, isPage(options.output));
         if (!run) return std::nullopt;
         runs.push_back(std::move(*run));
     }
@@ -116,24 +131,72 @@ bool isGood(const CompareOptions& options) {
     return !wrong;
 }
 
+// What the command reads, over none of which it writes.
+std::vector<std::string> filesRead(const CompareOptions& options) {
+    std::vector<std::string> files = options.runs;
+    for (const std::string& run : options.runs) {
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(pathOf(run), error)) {
+            files.push_back(nameOf(entry.path()));
+        }
+    }
+    if (!options.scenarios) return files;
+    Diagnostics ignored;
+    if (const auto model = readModel(options.runs.front(), ignored, options.read)) {
+        const std::vector<std::string> inputs = inputPaths(*model);
+        files.insert(files.end(), inputs.begin(), inputs.end());
+    }
+    return files;
+}
+
+std::string whyNotTo(const CompareOptions& options) {
+    constexpr std::string_view kTable = "figure,unit,", kPage = "<!doctype html";
+    if (options.output.empty()) return {};
+    return whyNotOver(options.output, filesRead(options), {isPage(options.output) ? &kPage : &kTable, 1});
+}
+
+// Broken results may crash the library that reads them.
+void writePage(const CompareOptions& options, std::vector<ComparedRun> runs) {
+    const auto sweep = std::find_if(options.runs.begin(), options.runs.end(), isSweep);
+    const bool hasSweep = sweep != options.runs.end() && !options.scenarios;
+    if (hasSweep && options.runs.size() == 1 && options.members.empty()) runs.clear();
+    if (runs.size() > kMostRuns) {
+        throw std::runtime_error(fmt::format("a page shows {} runs at most, and these are {}", kMostRuns, runs.size()));
+    }
+    std::chrono::seconds longest(0);
+    for (const std::string& run : options.runs) {
+        longest += longestReading(run);
+    }
+    runApart("cannot read the results, which may be broken", longest, [&] {
+        std::optional<ComparedSweep> compared;
+        if (hasSweep) compared = readComparedSweep(*sweep, kMostPoints);
+        replaceFile(options.output, comparePage(compare(runs, true), compared ? &*compared : nullptr));
+    });
+}
+
 }  // namespace
 
 int compareCommand(const CompareOptions& options) {
     if (!isGood(options)) return kBadModel;
-    if (!options.output.empty()) {
-        constexpr std::string_view kBegins = "figure,unit,";
-        if (const std::string why = whyNotOver(options.output, options.runs, {&kBegins, 1}); !why.empty()) {
-            std::cerr << fmt::format("kesto compare: error: {}\n", printable(why));
-            return kBadModel;
-        }
-    }
+    const auto refuse = [](const std::string& why) {
+        std::cerr << fmt::format("kesto compare: error: {}\n", printable(why));
+        return kBadModel;
+    };
+    if (const std::string why = whyNotTo(options); !why.empty()) return refuse(why);
     auto runs = options.scenarios ? runScenarios(options) : readRuns(options);
     if (!runs) return kBadModel;
+    if (isPage(options.output)) {
+        try {
+            writePage(options, *runs);
+        } catch (const std::exception& error) {
+            return refuse(error.what());
+        }
+    }
     const Comparison comparison = compare(std::move(*runs), options.all);
     for (const std::string& warning : comparison.warnings) {
         std::cerr << "kesto compare: warning: " << printable(warning) << '\n';
     }
-    if (!options.output.empty()) replaceFile(options.output, toCsv(comparison));
+    if (!options.output.empty() && !isPage(options.output)) replaceFile(options.output, toCsv(comparison));
     std::cout << (options.json ? toJson(comparison) : toText(comparison));
     return kGood;
 }

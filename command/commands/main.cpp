@@ -161,7 +161,8 @@ int runCommandLine(int argc, char** argv) {
     compareCommand->add_option("--members", compare.members,
                                "Members of sweeps, as in 1,5,9-12; default: the first six");
     compareCommand->add_flag("--all", compare.all, "Show figures that are the same in all runs, too");
-    compareCommand->add_option("-o,--output", compare.output, "Table to write (CSV)");
+    compareCommand->add_option("-o,--output", compare.output,
+                               "File to write: NAME.html, a page with charts, or a table (CSV)");
     compareCommand->add_flag("--json", compare.json, "Print the comparison as JSON");
     addReadOptions(*compareCommand, compare.read);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 
@@ -47,6 +48,16 @@ std::string whyNotOver(const std::string& path, const std::vector<std::string>& 
     const auto isAlike = [&](std::string_view beginning) { return beginsWith(path, beginning); };
     if (std::any_of(beginnings.begin(), beginnings.end(), isAlike)) return {};
     return fmt::format("{} is there already and is nothing that this command has written; give another name", path);
+}
+
+std::chrono::seconds longestReading(const std::string& folder) {
+    std::uintmax_t bytes = 0;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(pathOf(folder), error)) {
+        const std::uintmax_t size = entry.file_size(error);
+        if (!error) bytes += size;
+    }
+    return std::chrono::seconds(60 + bytes / 1'000'000);
 }
 
 }  // namespace kesto

@@ -1,6 +1,7 @@
 // The one file that a command writes after -o.
 #pragma once
 
+#include <chrono>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,5 +13,9 @@ namespace kesto {
 // only when it begins like one that the command writes, whatever it is called: not over a model, a series or results.
 std::string whyNotOver(const std::string& path, const std::vector<std::string>& reads,
                        std::span<const std::string_view> beginnings);
+
+// How long reading results may take: a minute, and a second for each megabyte of the folder, many times what good ones
+// do.
+std::chrono::seconds longestReading(const std::string& folder);
 
 }  // namespace kesto

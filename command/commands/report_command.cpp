@@ -1,7 +1,5 @@
 #include <fmt/format.h>
 
-#include <chrono>
-#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -95,17 +93,6 @@ auto readingSummary(const std::string& folder, const Work& work) {
     }
 }
 
-// A minute, and a second for each megabyte: many times what good results take.
-std::chrono::seconds longestFor(const std::string& folder) {
-    std::uintmax_t bytes = 0;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(pathOf(folder), error)) {
-        const std::uintmax_t size = entry.file_size(error);
-        if (!error) bytes += size;
-    }
-    return std::chrono::seconds(60 + bytes / 1'000'000);
-}
-
 int makePage(const ReportOptions& options, const StoredResults& stored) {
     // Of a large network the rest takes a hundred times as much memory.
     const nlohmann::json::parser_callback_t wanted = [](int depth, nlohmann::json::parse_event_t event,
@@ -136,7 +123,7 @@ int makePage(const ReportOptions& options, const StoredResults& stored) {
     };
     // HDF5 crashes on some files that are broken, and goes round in others for ever.
     const std::string read = find(stored.files, "results.nc") ? joined(options.results, "results.nc") : options.results;
-    runApart(fmt::format("cannot read {}, which may be broken", read), longestFor(options.results),
+    runApart(fmt::format("cannot read {}, which may be broken", read), longestReading(options.results),
              [&] { readingSummary(options.results, write); });
     if (!hasCharts()) {
         std::cerr

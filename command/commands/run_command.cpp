@@ -140,7 +140,7 @@ class Run {
         };
         if (!other.isFit()) return refuse(other.diagnostics().firstError()->text);
         std::string failure;
-        runBeside(other, [&](const Results& results, const Evaluation& evaluation) {
+        runBeside(other, false, [&](const Results& results, const Evaluation& evaluation) {
             failure = failureOf(results);
             baseline_ = evaluation.costs;
         });
@@ -233,8 +233,8 @@ class Run {
         reportFailure(results, diagnostics_);
         if (results.run.message.starts_with("Cannot allocate memory")) reportMemory();
         checkResults(results, diagnostics_);
-        Evaluation evaluation = evaluate(results, needs_, loaded_.series(), baseline_ ? &*baseline_ : nullptr,
-                                         folder_ ? &asked_ : nullptr);
+        Evaluation evaluation =
+            evaluate(results, needs_, loaded_.series(), baseline_ ? &*baseline_ : nullptr, folder_ ? &asked_ : nullptr);
         evaluation.showsBalance = options_.balance;
         checkAccount(results, evaluation.account, diagnostics_);
         if (options_.balance || options_.strict) checkBalance(results, evaluation.balance, diagnostics_);

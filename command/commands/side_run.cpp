@@ -6,12 +6,14 @@
 
 namespace kesto {
 
-void runBeside(LoadedModel& loaded, const std::function<void(const Results&, const Evaluation&)>& look) {
+void runBeside(LoadedModel& loaded, bool isOverseen,
+               const std::function<void(const Results&, const Evaluation&)>& look) {
     const Model& model = loaded.model();
     const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
     Record record(model, loaded.series(), needs.plan);
     const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
-    look(results, evaluate(results, needs, loaded.series()));
+    const std::vector<OutputPort> kept;
+    look(results, evaluate(results, needs, loaded.series(), nullptr, isOverseen ? &kept : nullptr));
 }
 
 }  // namespace kesto

@@ -12,6 +12,8 @@ struct Evaluation;
 struct Results;
 
 // Runs a model that is fit to be run, without recording more than its account needs, and has what it left looked at.
-void runBeside(LoadedModel& loaded, const std::function<void(const Results&, const Evaluation&)>& look);
+// With `isOverseen` the evaluation has an overview.
+void runBeside(LoadedModel& loaded, bool isOverseen,
+               const std::function<void(const Results&, const Evaluation&)>& look);
 
 }  // namespace kesto

@@ -74,6 +74,7 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
                     .outcome = std::string(toText(results.run.outcome)),
                     .figures = {},
                     .units = {}};
+    if (evaluation.overview) run.overview = toJson(*evaluation.overview);
     for (const Figure& figure : evaluation.figures.rows) {
         run.figures.emplace_back(evaluation.figures.nameOf(figure), figure.value);
         run.units.push_back(evaluation.figures.unitOf(figure));
@@ -95,6 +96,13 @@ ComparedRun readComparedRun(const std::string& folder) {
                         .outcome = text("outcome"),
                         .figures = {},
                         .units = {}};
+        run.folder = folder;
+        for (const auto& scenario : summary.value("scenarios", nlohmann::json::array())) {
+            run.set.push_back("--scenario " + scenario.get<std::string>());
+        }
+        for (const auto& set : summary.value("set", nlohmann::json::array())) {
+            run.set.push_back(set.get<std::string>());
+        }
         for (const auto& row : summary.at("figures")) {
             const auto& value = row.at("value");
             run.figures.emplace_back(row.at("name").get<std::string>(),

@@ -18,6 +18,11 @@ struct ComparedRun {
     std::string outcome;
     std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
     std::vector<std::string> units;                       // of the figures
+
+    // For the page.
+    std::vector<std::string> set = {};  // what it was read with in place of the model's values
+    std::string folder = {};            // of its results; empty: in none
+    std::string overview = {};          // JSON; empty: none
 };
 
 ComparedRun comparedRun(const std::string& name, const Results& results, const Evaluation& evaluation);
@@ -29,6 +34,20 @@ struct ComparedFigure {
     std::string name, unit;
     std::vector<double> values;  // of each run; not a number: it has none
     bool differs() const;
+};
+
+// What members of a sweep were given, and what came of it.
+struct ComparedSweep {
+    struct Key {
+        std::string name, unit;
+        std::vector<std::string> texts;  // by member, as they were given; empty: the model's value
+        std::vector<double> numbers;     // the same; empty: they are none, or in several units
+    };
+    std::string title;
+    std::vector<Key> keys;
+    std::vector<ComparedFigure> figures;  // those that vary; values by member
+    std::vector<std::size_t> members;     // their numbers
+    std::size_t all = 0;                  // members of the sweep
 };
 
 struct Comparison {

@@ -82,7 +82,8 @@ Overview overviewOf(const Recorded& recorded, const Results& results, const RunM
                     const Multiplicity& multiplicity, const ComponentSums& sums, const WaterPaths& paths,
                     const Account& account, const Figures& figures, const std::vector<OutputPort>& kept);
 
-// Writes overview.json into a folder and returns its path.
+// For other programs, in one line. Writes it as overview.json into a folder and returns its path.
+std::string toJson(const Overview& overview);
 std::string writeOverview(const Overview& overview, const std::string& folder);
 
 }  // namespace kesto

@@ -145,9 +145,13 @@ Json overviewJson(const Overview& overview) {
 
 }  // namespace
 
+std::string toJson(const Overview& overview) {
+    return overviewJson(overview).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 std::string writeOverview(const Overview& overview, const std::string& folder) {
     const std::string path = joined(folder, kOverviewFile);
-    writeFile(path, overviewJson(overview).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+    writeFile(path, toJson(overview) + "\n");
     return path;
 }
 

@@ -24,6 +24,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMostListed = 10'000;
+constexpr std::size_t kMostVarying = 200;
 
 std::size_t numberIn(std::string_view text, const std::string& all) {
     std::size_t number = 0;
@@ -84,14 +85,67 @@ class Members {
                         .figures = {},
                         .units = {}};
         for (const MemberColumn& column : columns_) {
-            const auto value = parseNumber(table_.cell(row, need(column.name)));
-            run.figures.emplace_back(column.name, value.value_or(std::numeric_limits<double>::quiet_NaN()));
+            run.figures.emplace_back(column.name, valueAt(row, column.name));
             run.units.push_back(column.unit);
         }
         return run;
     }
 
+    ComparedSweep sweep(std::size_t most) const {
+        ComparedSweep sweep;
+        sweep.title = json_.value("title", "");
+        sweep.all = rows_.size();
+        const std::size_t step = (rows_.size() + most - 1) / most;
+        std::vector<std::size_t> shown;
+        std::size_t number = 0;
+        for (const auto& [member, row] : rows_) {
+            if (number++ % step != 0) continue;
+            sweep.members.push_back(member);
+            shown.push_back(row);
+        }
+        for (const Json& key : json_.at("keys")) {
+            sweep.keys.push_back(keyOf(key.get<std::string>(), shown));
+        }
+        for (const MemberColumn& column : columns_) {
+            ComparedFigure figure{column.name, column.unit, {}};
+            for (const std::size_t row : shown) {
+                figure.values.push_back(valueAt(row, column.name));
+            }
+            if (figure.differs()) sweep.figures.push_back(std::move(figure));
+            if (sweep.figures.size() == kMostVarying) break;
+        }
+        return sweep;
+    }
+
   private:
+    double valueAt(std::size_t row, const std::string& column) const {
+        return parseNumber(table_.cell(row, need(column))).value_or(std::numeric_limits<double>::quiet_NaN());
+    }
+
+    // Numbers where each value is one and all have the same unit.
+    ComparedSweep::Key keyOf(const std::string& name, const std::vector<std::size_t>& rows) const {
+        ComparedSweep::Key key{name, "", {}, {}};
+        std::optional<std::string_view> unit;
+        bool isNumber = true;
+        for (const std::size_t row : rows) {
+            const std::string_view cell = table_.cell(row, need(name));
+            const std::size_t blank = std::min(cell.find(' '), cell.size());
+            const auto number = parseNumber(cell.substr(0, blank));
+            const std::string_view own = cell.substr(std::min(blank + 1, cell.size()));
+            key.texts.emplace_back(cell);
+            key.numbers.push_back(number.value_or(std::numeric_limits<double>::quiet_NaN()));
+            if (cell.empty()) continue;
+            if (!unit) unit = own;
+            isNumber = isNumber && number && own == *unit;
+        }
+        if (isNumber && unit) {
+            key.unit = *unit;
+        } else {
+            key.numbers.clear();
+        }
+        return key;
+    }
+
     std::size_t need(const std::string& column) const {
         if (const auto found = table_.column(column)) return *found;
         throw std::runtime_error(fmt::format("{} has no column \"{}\"", toString(table_.place()), column));
@@ -139,19 +193,33 @@ bool isSweep(const std::string& folder) {
     return std::filesystem::exists(pathOf(joined(folder, std::string(kMembersFile))), error);
 }
 
+namespace {
+
+template <class Read>
+auto readingSweep(const std::string& folder, const Read& read) {
+    try {
+        return read(Members(folder));
+    } catch (const nlohmann::json::exception& error) {
+        throw std::runtime_error(
+            fmt::format("{} is not what a sweep writes: {}", joined(folder, std::string(kMembersFile)), error.what()));
+    }
+}
+
+}  // namespace
+
+ComparedSweep readComparedSweep(const std::string& folder, std::size_t most) {
+    return readingSweep(folder, [&](const Members& sweep) { return sweep.sweep(most); });
+}
+
 ComparedMembers readComparedMembers(const std::string& folder, const std::vector<std::size_t>& members,
                                     std::size_t most) {
-    try {
-        const Members sweep(folder);
+    return readingSweep(folder, [&](const Members& sweep) {
         ComparedMembers compared{{}, sweep.size()};
         for (const std::size_t member : members.empty() ? sweep.first(most) : members) {
             compared.runs.push_back(sweep.run(member));
         }
         return compared;
-    } catch (const nlohmann::json::exception& error) {
-        throw std::runtime_error(
-            fmt::format("{} is not what a sweep writes: {}", joined(folder, std::string(kMembersFile)), error.what()));
-    }
+    });
 }
 
 }  // namespace kesto

@@ -24,4 +24,7 @@ struct ComparedMembers {
 ComparedMembers readComparedMembers(const std::string& folder, const std::vector<std::size_t>& members,
                                     std::size_t most);
 
+// The members by what was varied: all, or so many of them, evenly spaced. Throws likewise.
+ComparedSweep readComparedSweep(const std::string& folder, std::size_t most);
+
 }  // namespace kesto

@@ -3,9 +3,13 @@
 
 usage: check_compare.py KESTO"""
 
+import base64
 import csv
 import json
 import pathlib
+import re
+import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -159,6 +163,101 @@ class Compare(unittest.TestCase):
         self.kesto("run", "-q", "other.toml", "-o", "d")
         self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "d").stderr)
         self.assertIn("No figure differs.", self.kesto("compare", "a", "a").stdout)
+
+    def page(self, name="page.html"):
+        """The data that a page holds."""
+        text = (self.folder / name).read_text()
+        self.assertTrue(text.startswith("<!doctype html>"))
+        self.assertIn("default-src 'none'", text)
+        self.assertNotIn(str(self.folder), text)
+        return json.loads(re.search(r'<script type="application/json" id="data">(.*?)</script>', text, re.S)[1])
+
+    @staticmethod
+    def numbers(packed):
+        return [value for value, in struct.iter_unpack("<f", base64.b64decode(packed))]
+
+    def test_a_page_of_runs(self):
+        (self.folder / "runs").mkdir()
+        for name, *options in ("a",), ("b", "--scenario", "small"), ("c", "--set", "tank.size=30"), ("d", "--format", "netcdf"):
+            self.run_into(f"runs/{name}", *options)
+        done = self.kesto("compare", "runs/a", "runs/b", "runs/c", "runs/d", "-o", "page.html")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        page = self.page()
+        self.assertIs(page["compare"], True)
+        self.assertEqual([(run["name"], run.get("set")) for run in page["runs"]],
+                         [("a", None), ("b", ["--scenario small"]), ("c", ["tank.size=30"]), ("d", None)])
+        figures = {row["name"]: row for row in page["figures"]}
+        self.assertEqual(figures["tank.unmet"]["values"], [16, 0, 16, 16])
+        self.assertEqual(figures["saved_mains"]["values"], [None, 16, 0, 0])
+        self.assertEqual(figures["network.mains"]["meaning"], "demands that no component answers")
+        self.assertIn("network.rain", figures)
+        overlays = {row["label"]: row for row in page["overlays"]}
+        months = overlays["Used: Mains"]
+        self.assertEqual((months["unit"], months["first"], months["sum"]), ("L", "2012-01", True))
+        self.assertEqual([self.numbers(values) for values in months["values"]], [[16], [0], [16], [16]])
+        days = overlays["tank:deficit, by day"]
+        self.assertEqual((days["first"], days["step_days"]), ("2012-01-02", 1))
+        self.assertEqual([self.numbers(values) for values in days["values"]], [[0, 4, 6, 6], [0] * 4, [0, 4, 6, 6], [0, 4, 6, 6]])
+        labels = list(overlays)
+        self.assertLess(labels.index("tank:deficit, by day"), labels.index("rain:demand, by day"), "what differs comes first")
+        self.assertNotIn("sweep", page)
+
+    def test_a_page_of_scenarios(self):
+        done = self.kesto("compare", "model.toml", "--scenarios", "-o", "page.html", "--json")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        page = self.page()
+        self.assertEqual([run["name"] for run in page["runs"]], ["model.toml", "small", "full"])
+        self.assertEqual([run["title"] for run in page["runs"]], ["Tank", "Half the demand", "Tank"])
+        of_page = {row["name"]: row["values"] for row in page["figures"]}
+        for row in json.loads(done.stdout)["figures"]:
+            self.assertEqual(of_page[row["name"]], row["values"])
+        overlays = {row["label"]: row for row in page["overlays"]}
+        self.assertEqual([self.numbers(values) for values in overlays["Used: Mains"]["values"]], [[16], [0], [4]])
+
+    def test_a_page_of_a_sweep(self):
+        (self.folder / "members.csv").write_text("tank.size,rain.demand,asked.demand\n10,4,1 L\n20,,0.002 m3\n30,5,3 L\n")
+        self.sweep("members.csv", "--figures", "all")
+        done = self.kesto("compare", "sweep", "-o", "page.html", "--json")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        page = self.page()
+        self.assertEqual((page["runs"], page["figures"]), ([], []))
+        keys = {key["name"]: key for key in page["sweep"]["keys"]}
+        self.assertEqual(keys["tank.size"], {"name": "tank.size", "unit": "", "values": [10, 20, 30]})
+        self.assertEqual(keys["rain.demand"]["values"], [4, None, 5])
+        self.assertEqual(keys["asked.demand"]["values"], ["1 L", "0.002 m3", "3 L"])
+        self.assertEqual(page["sweep"]["members"], [1, 2, 3])
+        with open(self.folder / "sweep" / "members.csv", newline="") as file:
+            rows = list(csv.DictReader(file))
+        figures = {figure["name"]: figure["values"] for figure in page["sweep"]["figures"]}
+        self.assertEqual(figures["network.used"], [float(row["network.used"]) for row in rows])
+        self.assertNotIn("network.rain", figures)
+        self.assertEqual(self.kesto("compare", "sweep", "--members", "1,3", "-o", "page.html").returncode, 0)
+        page = self.page()
+        self.assertEqual([run["title"] for run in page["runs"]],
+                         ["tank.size=10, rain.demand=4, asked.demand=1 L", "tank.size=30, rain.demand=5, asked.demand=3 L"])
+        self.assertEqual(len(page["sweep"]["members"]), 3)
+
+    def test_a_page_is_never_written_over_something_else(self):
+        self.run_into("a")
+        shutil.copy(self.folder / "model.toml", self.folder / "model.html")
+        shutil.copytree(self.folder / "a", self.folder / "b")
+        (self.folder / "mine.html").write_text("mine")
+        (self.folder / "link.html").symlink_to("a/summary.json")
+        before = {path: path.read_bytes() for path in self.folder.rglob("*") if path.is_file()}
+        for arguments in (["model.html", "--scenarios", "-o", "model.html"], ["a", "b", "-o", "mine.html"],
+                          ["a", "b", "-o", "a/summary.json"], ["a", "b", "-o", "b/flows.csv"], ["a", "b", "-o", "link.html"]):
+            done = self.kesto("compare", *arguments)
+            self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
+            self.assertRegex(done.stderr, "give (another name|the name of a file)")
+        done = self.kesto("compare", *["a"] * 13, "-o", "page.html")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("a page shows 12 runs at most, and these are 13", done.stderr)
+        (self.folder / "b/flows.csv").write_text("cut")
+        done = self.kesto("compare", "a", "b", "-o", "page.html")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("cannot read b: flows.csv is not the file that the run", done.stderr)
+        before[self.folder / "b/flows.csv"] = b"cut"
+        self.assertEqual({path: path.read_bytes() for path in self.folder.rglob("*") if path.is_file()}, before)
 
     def test_what_is_no_run_is_refused(self):
         self.run_into("a")
