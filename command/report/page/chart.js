@@ -22,8 +22,6 @@ export function drawn(host, draw, { least = 280 } = {}) {
   return one.now;
 }
 
-export const isPrinting = () => printing;
-
 function drawAll() {
   for (const one of drawings) if (one.host.isConnected) one.now();
 }

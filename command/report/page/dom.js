@@ -50,9 +50,6 @@ export function figure(caption, ...children) {
   return make("figure", {}, ...children, make("figcaption", { textContent: caption }));
 }
 
-let count = 0;
-export const freshId = stem => `${stem}-${++count}`;
-
 export function button(text, onclick, properties = {}) {
   return make("button", { type: "button", textContent: text, onclick, ...properties });
 }

@@ -1,14 +1,11 @@
 // The network: a drawing or boxes of groups, a search, and what is known of one component.
 import { button, byId, figure, make, named, opened, switcher, table } from "./dom.js";
 import { address, onAddress, remember } from "./address.js";
-import { data } from "./data.js";
 import { Graph, typesText } from "./network_graph.js";
 import { boxPicture } from "./network_boxes.js";
 import { View } from "./network_view.js";
-import { all, kMostShown } from "./series_data.js";
-import { canDraw } from "./lines.js";
-import { showSeries } from "./series.js";
-import { amount, hides, number } from "./units.js";
+import { componentDetails, nameButton } from "./network_details.js";
+import { amount, number } from "./units.js";
 
 const kFound = 20, kInside = 120, kListed = 60, kPrintable = 60;
 const kPaper = { width: 680, height: 760 };
@@ -238,37 +235,15 @@ class NetworkSection {
   }
 
   showDetails(index) {
-    const { graph } = this, [name, , group, times] = graph.components[index], known = graph.details[index] ?? {};
-    const about = [graph.type(index).name, group >= 0 ? `in the group ${graph.groupName(group)}` : "", times > 1 ? `counts ${number(times)} times` : ""];
-    const links = graph.linksOf(index);
-    const ends = (title, list, other, port, otherPort) => list.length ? [make("h4", { textContent: title }), make("ul", { className: "links" },
-      ...list.slice(0, kFound).map(link => make("li", {}, make("span", { className: "port", textContent: link[port] }), " ",
-        button("", () => this.choose(link[other]), { className: "link", "aria-label": graph.name(link[other]) }), make("span", { className: "port", textContent: ` ${link[otherPort]}` }),
-        link[4] ? make("span", { className: "total", textContent: " demand" }) : null,
-        link[5] ? make("span", { className: "total", textContent: ` ${amount(link[5], "L")}`, title: hides(link[5], "L") }) : null)),
-      list.length > kFound ? make("li", { className: "note", textContent: `… and ${number(list.length - kFound)} more` }) : null)] : [];
-    const own = all.filter(one => one.of === index);
-    const body = [
-      make("div", { className: "bar" }, make("h3", {}, named(name)), button("Close", () => this.clear())),
-      make("p", { className: "note", textContent: about.filter(text => text).join(", ") }),
-      make("div", { className: "controls" },
-        own.length && canDraw() ? button(own.length === 1 ? "Show its series" : `Show its ${number(Math.min(kMostShown, own.length))} series`, () => showSeries(own)) : null,
-        this.drawing && canLayOut() && this.view.drawing === this.drawing ? button("Neighbourhood", () => { this.showNear(index); this.showDetails(index); }) : null,
-        this.drawing && this.view.drawing !== this.drawing ? button("Back to the drawing", () => { this.showDrawing(); this.choose(index); }) : null),
-      ...(known.figures?.length ? [make("h4", { textContent: "Figures" }), make("dl", { className: "pairs" }, ...known.figures.flatMap(([key, value, unit]) =>
-        [make("dt", { textContent: key.replaceAll("_", " ") }), make("dd", { textContent: amount(value, unit), title: hides(value, unit) })]))] : []),
-      ...(known.values?.length ? [make("h4", { textContent: "Values" }), make("dl", { className: "pairs" }, ...known.values.flatMap(([key, text]) =>
-        [make("dt", { textContent: key }), make("dd", {}, named(String(text)))]))] : []),
-      ...ends("Gets from", links.filter(link => link[2] === index), 0, 3, 1), ...ends("Sends to", links.filter(link => link[0] === index), 2, 1, 3),
-    ];
-    this.details.replaceChildren(...body);
-    for (const node of this.details.querySelectorAll("button.link")) node.append(named(node.getAttribute("aria-label")));
+    this.details.replaceChildren(...componentDetails(this.graph, index, { choose: other => this.choose(other), close: () => this.clear(),
+      near: canLayOut() && this.view.drawing === this.drawing ? () => { this.showNear(index); this.showDetails(index); } : null,
+      back: this.drawing && this.view.drawing !== this.drawing ? () => { this.showDrawing(); this.choose(index); } : null }));
   }
 
   componentTable() {
     const { graph } = this, kRows = 300;
     return [table("Components", [{ title: "component" }, { title: "type" }, { title: "group" }, { title: "times", number: true }],
-      graph.components.slice(0, kRows).map((component, index) => [named(component[0]), graph.type(index).name, named(component[2] < 0 ? "" : graph.groupName(component[2])),
+      graph.components.slice(0, kRows).map((component, index) => [nameButton(component[0], () => this.choose(index)), graph.type(index).name, named(component[2] < 0 ? "" : graph.groupName(component[2])),
         number(component[3] ?? 1)])), ...(graph.components.length > kRows ? [make("p", { className: "note", textContent: `The first ${kRows} of ${number(graph.components.length)}; the search finds all.` })] : [])];
   }
 }

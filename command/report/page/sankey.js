@@ -10,7 +10,7 @@ const kSide = 180;      // the widest label beside the picture
 const kNarrowest = 84;  // pixels that a column needs for a label
 
 // Links that close a loop, as reuse does: they run back beneath the picture, for the layout knows no loops.
-export function returning(nodes, links) {
+function returning(nodes, links) {
   const after = new Map(nodes.map(node => [node.id, []]));
   links.forEach(link => after.get(link.from)?.push(link));
   const state = new Map(), back = new Set();
@@ -36,7 +36,7 @@ export function returning(nodes, links) {
 }
 
 // Mean of a year where there is one, in one unit for the whole picture.
-export function scaleOf(paths) {
+function scaleOf(paths) {
   const perYear = paths.years > 0.99;
   const share = perYear ? 1 / paths.years : 1;
   const most = largestOf(paths.nodes.map(node => node.litres)) * share;

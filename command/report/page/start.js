@@ -10,7 +10,8 @@ import { storeSection } from "./stores.js";
 import { networkSection } from "./network.js";
 import { seriesSection } from "./series.js";
 import { balanceSection, writeMade } from "./balance.js";
-import { figureSection, overlaySection, runSection, sweepSection, writeCompareHead } from "./compare.js";
+import { figureSection, overlaySection, runSection, writeCompareHead } from "./compare.js";
+import { sweepSection } from "./sweep.js";
 
 function put(section) {
   const heading = make("h2", { textContent: section.title, id: `${section.id}-title`, className: section.quiet ? "hidden" : "" });
