@@ -117,27 +117,41 @@ std::string reasonOf(const std::error_code& error) {
     return error.message();
 }
 
+namespace {
+
 // Those who look into new files, as against viruses, hold them for a moment.
-std::error_code moveFile(const std::string& from, const std::string& to) {
+template <class Try>
+std::error_code withPatience(const Try& attempt) {
     constexpr int kTries = 20;
     constexpr DWORD kWait = 50;  // ms
-    const std::filesystem::path source = pathOf(from), target = pathOf(to);
     for (int i = 0;; ++i) {
-        if (MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return {};
+        if (attempt()) return {};
         const DWORD failure = GetLastError();
-        if (failure != ERROR_SHARING_VIOLATION && failure != ERROR_ACCESS_DENIED) return errorOf(failure);
-        if (i < kTries) {
-            Sleep(kWait);
-            continue;
-        }
-        const std::error_code held = replaceAccess(to);
-        return isHeldElsewhere(held) ? held : errorOf(failure);
+        if ((failure != ERROR_SHARING_VIOLATION && failure != ERROR_ACCESS_DENIED) || i == kTries)
+            return errorOf(failure);
+        Sleep(kWait);
     }
 }
 
+}  // namespace
+
+std::error_code moveFile(const std::string& from, const std::string& to) {
+    const std::filesystem::path source = pathOf(from), target = pathOf(to);
+    const std::error_code error = withPatience([&] {
+        return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    });
+    if (error != std::errc::permission_denied) return error;
+    const std::error_code held = replaceAccess(to);  // a file that is open is told as one without a right
+    return isHeldElsewhere(held) ? held : error;
+}
+
+// It is held alone for a moment, which fails where anybody has it open.
 std::error_code replaceAccess(const std::string& path) {
-    const Handle file(openExisting(path, DELETE));
-    return file.isGood() ? std::error_code() : errorOf(GetLastError());
+    return withPatience([&] {
+        return Handle(
+                   CreateFileW(pathOf(path).c_str(), DELETE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))
+            .isGood();
+    });
 }
 
 std::error_code writeAccess(const std::string& folder) {

@@ -124,9 +124,11 @@ Type greenArea() {
             .usesLatitude = true};
 }
 
-// Thornthwaite, of one square metre.
+// Thornthwaite, of one square metre. C libraries differ in the last digit of a power: in more digits, all give the same
+// double.
 double soilEvaporation(const BalanceStep& s) {
-    const double potential = 16 * std::pow(10 * s.temperature / 60, 1.7) * 12 / 360 * s.timeStep;
+    const auto power = static_cast<double>(std::pow(10 * static_cast<long double>(s.temperature) / 60, 1.7L));
+    const double potential = 16 * power * 12 / 360 * s.timeStep;
     return s.parameter(spec::kEvaporationFactor) * potential;
 }
 

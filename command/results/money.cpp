@@ -33,7 +33,9 @@ std::string withoutBaseline(const Economics& economics, const std::string& why) 
 
 double annuityOf(double capital, double interest, double years) {
     if (interest == 0) return capital / years;
-    return capital * interest / -std::expm1(-years * std::log1p(interest));
+    // C libraries differ in the last digit of these functions: in more digits, all give the same double.
+    const long double rate = interest;
+    return static_cast<double>(capital * rate / -std::expm1(-years * std::log1p(rate)));
 }
 
 double presentValueOf(double payment, double interest, double years) {
