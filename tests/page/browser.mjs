@@ -17,7 +17,8 @@ const kOfTests = /willReadFrequently/;
 
 // All that a minute has room for; with KESTO_TEST_LONG=1 more widths, and each page in the dark.
 export const long = Boolean(process.env.KESTO_TEST_LONG);
-export const widths = long ? [400, 480, 640, 719, 720, 900, 1280, 1749, 1750, 2560] : [400, 480, 720, 1280, 2560];
+export const few = [480, 2560];
+export const widths = long ? [400, 480, 640, 719, 720, 900, 1280, 1749, 1750, 2560] : [400, 480, 1280, 2560];
 
 let shared = null;
 after(() => shared?.close());

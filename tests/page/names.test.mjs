@@ -1,12 +1,12 @@
 // Names that look like markup, in other scripts, or longer than a window; and a run that stopped.
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { looksRight, withBrowser } from "./browser.mjs";
+import { few, long, looksRight, widths, withBrowser } from "./browser.mjs";
 import { charts, failed, hostile, hostileNames } from "./runs.mjs";
 
 test("hostile names are text", () => withBrowser(async browser => {
   const file = hostileNames();
-  await looksRight(browser, file);
+  await looksRight(browser, file, { all: long ? widths : [400, 1280] });
   const tab = await browser.open(file);
   assert.equal(await tab.text("h1"), `${hostile[0]} ${hostile[4]}`);
   assert.equal((await tab.page.$$("main img, main script, header script")).length, 0);
@@ -28,7 +28,7 @@ test("hostile names are text", () => withBrowser(async browser => {
 
 test("a run that stopped says so first", () => withBrowser(async browser => {
   const file = failed();
-  await looksRight(browser, file, { all: [480, 2560] });
+  await looksRight(browser, file, { all: few });
   const tab = await browser.open(file);
   assert.match(await tab.text("#alarm"), /^The run did not finish\. It ran 2 of 5 steps; what follows is of these\. .*intake/);
   assert.match(await tab.text("#lead"), /did not finish/);

@@ -1,7 +1,7 @@
 // The network of a page: the drawing, a component and what is around it, and back.
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { looksRight, withBrowser } from "./browser.mjs";
+import { few, looksRight, withBrowser } from "./browser.mjs";
 import { charts, house, town } from "./runs.mjs";
 
 const small = house(), large = town();
@@ -61,7 +61,7 @@ test("demand and water are told apart without colours", () => withBrowser(async 
 }));
 
 test("the town looks right, and its groups open", () => withBrowser(async browser => {
-  await looksRight(browser, large, { all: [480, 2560] });
+  await looksRight(browser, large, { all: few });
   const tab = await browser.open(large);
   if (charts) {
     await tab.click("Groups", "#network");

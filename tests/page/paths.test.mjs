@@ -20,7 +20,7 @@ function withPaths(name, nodes, links) {
 async function apart(page) {
   await withBrowser(async browser => {
     const tab = await browser.open(page, { width: widths[0] });
-    for (const width of widths) {
+    for (const width of [...widths, 719, 720]) {
       await tab.resize(width);
       await tab.labelsStandApart();
       await tab.fits();

@@ -71,7 +71,7 @@ class SeriesSection {
       return make("li", {}, make("label", {}, box, named(one.name),
         make("span", { className: "total", title: hides(summed(one), one.unit), textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}${hasDays(one) ? "" : ", months only"}` })));
     }));
-    const omitted = data.series.omitted ? ` ${data.series.omitted_note || `${number(data.series.omitted)} more are in the results.`}` : "";
+    const omitted = data.series.omitted ? ` ${data.series.omitted_note?.replace(/\.?$/, ".") || `${number(data.series.omitted)} more are in the results.`}` : "";
     this.status.textContent = (found.length > kListed ? `The first ${kListed} of ${number(found.length)}: search for others.`
       : found.length === 1 ? "1 series." : `${number(found.length)} series.`) +
       (full ? ` Eight are shown, which is the most; leave one out to choose another.` : "") + omitted;
