@@ -149,9 +149,9 @@ std::vector<std::string> namesByDay(const std::vector<ComparedRun>& runs, const 
         for (const Json& shown : overviews[i].value("shown", Json::array())) {
             own.push_back(shown["name"].get<std::string>());
         }
-        if (i == 0) names = std::move(own);
         const std::set<std::string> known(own.begin(), own.end());
-        if (i > 0) std::erase_if(names, [&](const std::string& name) { return !known.contains(name); });
+        if (i == 0) names = std::move(own);
+        std::erase_if(names, [&](const std::string& name) { return !known.contains(name); });
     }
     return names;
 }
