@@ -34,8 +34,9 @@ std::string withoutBaseline(const Economics& economics, const std::string& why) 
 double annuityOf(double capital, double interest, double years) {
     if (interest == 0) return capital / years;
     // C libraries differ in the last digit of these functions: in more digits, all give the same double.
-    const long double rate = interest;
-    return static_cast<double>(capital * rate / -std::expm1(-years * std::log1p(rate)));
+    const auto rate = static_cast<long double>(interest);
+    const long double rest = -std::expm1(-static_cast<long double>(years) * std::log1p(rate));
+    return static_cast<double>(static_cast<long double>(capital) * rate / rest);
 }
 
 double presentValueOf(double payment, double interest, double years) {

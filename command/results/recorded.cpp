@@ -15,13 +15,14 @@ constexpr double kPi = 3.141592653589793;
 // Of a day of the year, counted from 0. C libraries differ in the last digit of these functions: in more digits, all
 // give the same double.
 double insolationOf(double latitude, int day) {
-    const long double phi = latitude / 180 * kPi;
-    const long double angle = 2 * kPi / 365 * day;
+    const auto phi = static_cast<long double>(latitude / 180 * kPi);
+    const auto angle = static_cast<long double>(2 * kPi / 365 * day);
     const long double declination = -0.409L * std::cos(angle + 0.16L);
     const long double sunset = std::acos(-std::tan(phi) * std::tan(declination));
     const long double height =
         sunset * std::sin(phi) * std::sin(declination) + std::cos(phi) * std::cos(declination) * std::sin(sunset);
-    return static_cast<double>(118108.8L / kPi * (1 + 0.034L * std::cos(angle - 0.05L)) * height);
+    return static_cast<double>(static_cast<long double>(118108.8 / kPi) * (1 + 0.034L * std::cos(angle - 0.05L)) *
+                               height);
 }
 
 // Four sums side by side: an addition need not wait for the one before it.

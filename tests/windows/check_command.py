@@ -259,13 +259,13 @@ class Ends(Case):
         self.addCleanup(end)
         return started
 
-    def until_it_computes(self, started):
+    def until_it_computes(self, started, seconds=0.3):
         end = time.monotonic() + 60
         while not any(b"--child-process" in line for line in self.left()):
             self.assertIsNone(started.poll(), "it ended before it could be stopped")
             self.assertLess(time.monotonic(), end)
             time.sleep(0.05)
-        time.sleep(0.3)
+        time.sleep(seconds)
 
     def left(self):
         """Command lines of the processes of kesto.exe in this test's folder."""
@@ -286,17 +286,41 @@ class Ends(Case):
         self.assertEqual(done.returncode, 1)
         self.assertRegex(done.stderr.decode(), r"process \d+ is writing results into out; wait for it, or choose another folder")
 
+    def caught_while_it_computes(self, act, outcome):
+        """A run that `act` has met between the engine's first step and its last, which depends on the machine: what it
+        says, its exit status and its summary."""
+        for tenths in range(1, 20):
+            run = self.start()
+            self.until_it_computes(run, tenths / 10)
+            act(run)
+            errors = run.communicate(timeout=60)[1].decode()
+            path = self.folder / "out" / "summary.json"
+            summary = json.loads(path.read_text()) if path.exists() else {}
+            if summary.get("outcome") == outcome and summary["steps_run"] > 0:
+                self.assertTrue((self.folder / "out" / "STOPPED.txt").exists())
+                rows = (self.folder / "out" / "states.csv").read_bytes().splitlines()
+                self.assertEqual(len(rows), summary["steps_run"] + 1)
+                self.assertEqual(self.left(), [])
+                return errors, run.returncode
+        return self.fail(f"no run was met while it computed; the last said {errors}")
+
     def test_control_c_keeps_what_was_computed(self):
-        run = self.start()
-        self.until_it_computes(run)
-        run.send_signal(signal.SIGINT)
-        errors = run.communicate(timeout=60)[1].decode()
-        self.assertEqual(run.returncode, CONTROL_C, errors)
-        summary = json.loads((self.folder / "out" / "summary.json").read_text())
-        self.assertEqual(summary["outcome"], "interrupted")
-        self.assertTrue((self.folder / "out" / "STOPPED.txt").exists())
-        self.assertEqual(len((self.folder / "out" / "states.csv").read_bytes().splitlines()), summary["steps_run"] + 1)
-        self.assertEqual(self.left(), [])
+        errors, status = self.caught_while_it_computes(lambda run: run.send_signal(signal.SIGINT), "interrupted")
+        self.assertEqual(status, CONTROL_C, errors)
+
+    def test_a_crash_of_the_engine_keeps_what_was_computed(self):
+        def crash(_):
+            for process in pathlib.Path("/proc").glob("[0-9]*"):
+                try:
+                    line = (process / "cmdline").read_bytes()
+                    if b"--child-process" in line and (process / "cwd").resolve() == self.folder:
+                        os.kill(int(process.name), signal.SIGSEGV)  # which wine takes for a fault of the program
+                except OSError:
+                    continue
+
+        errors, status = self.caught_while_it_computes(crash, "crashed")
+        self.assertEqual(status, 1, errors)
+        self.assertRegex(errors, "ended by an access violation|ended with status 0xc000001d")
 
     def test_no_child_outlives_its_parent(self):
         run = self.start()
