@@ -78,10 +78,16 @@ class Row:
         with open(folder / "told", "w+") as told:
             before = os.times()
             for _ in range(self.times):
-                subprocess.run([kesto, *self.arguments], stdout=told, cwd=folder, check=True)
+                run = subprocess.Popen([kesto, *self.arguments], stdout=told, cwd=folder)
+                _, status, used = os.wait4(run.pid, 0)
+                run.returncode = os.waitstatus_to_exitcode(status)
+                if run.returncode != 0:
+                    raise subprocess.CalledProcessError(run.returncode, run.args)
             after = os.times()
             seconds = after.children_user + after.children_system - before.children_user - before.children_system
             self.seconds = min(self.seconds, seconds / self.times)
+            if "report" in self.arguments:
+                self.peak = min(self.peak, 1024 * used.ru_maxrss)
             if "--json" not in self.arguments:
                 return
             told.seek(0)
@@ -94,7 +100,7 @@ class Row:
         if self.engine < float("inf"):
             cells += [f"{self.seconds / self.engine:.1f}", f"{self.peak / 1e6:.0f} MB"]
         else:
-            cells += ["", ""]
+            cells += ["", f"{self.peak / 1e6:.0f} MB" if self.peak < float("inf") else ""]
         return "| " + " | ".join(cells) + " |"
 
 
@@ -104,7 +110,9 @@ def rows_of(model, what):
             Row(f"{what}, all recorded", *run),
             Row(f"{what}, CSV", *run, "-o", "csv"),
             Row(f"{what}, NetCDF", *run, "-o", "netcdf", "--format", "netcdf"),
-            Row(f"{what}, NetCDF, not compressed", *run, "-o", "plain", "--format", "netcdf", "--compress", "0")]
+            Row(f"{what}, NetCDF, not compressed", *run, "-o", "plain", "--format", "netcdf", "--compress", "0"),
+            Row(f"{what}, page of CSV", "report", "csv", "-o", "csv.html"),
+            Row(f"{what}, page of NetCDF", "report", "netcdf", "-o", "netcdf.html")]
 
 
 class Sweep:
