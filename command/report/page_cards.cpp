@@ -1,9 +1,13 @@
 #include <fmt/format.h>
 
+#include <array>
 #include <cmath>
 #include <map>
 
+#include "calendar.h"
+#include "display.h"
 #include "page_parts.h"
+#include "shown_unit.h"
 
 namespace kesto {
 
@@ -51,9 +55,37 @@ class Cards {
     void add(Json card) { cards_.push_back(std::move(card)); }
 
     double perYear(double litres) const { return years_ > 0 ? litres / years_ : 0; }
-    std::string volumeAYear(double litres) const {
-        const double m3 = perYear(litres) / 1000;
-        return fmt::format("{:.{}f} m³ a year", m3, std::abs(m3) < 100 ? 1 : 0);
+    // "24.8 m³ a year"
+    std::string aYear(double amount, std::string_view unit) const {
+        return readable(perYear(amount), unit) + " a year";
+    }
+
+    // In the unit that suits its size, as in the summary of the terminal.
+    static std::string readable(double value, std::string_view unit) {
+        std::string text = shown(value, unit);
+        if (text.ends_with(" m3")) text.replace(text.size() - 1, 1, "\u00b3");
+        return text;
+    }
+
+    static std::string personsText(double number) {
+        const bool isWhole = number == std::round(number) || number >= 100;
+        return isWhole ? withThousands(static_cast<std::size_t>(std::lround(number))) : fmt::format("{:.4g}", number);
+    }
+
+    // "28 July to 11 October 2012"
+    static std::string period(const std::string& from, const std::string& to) {
+        constexpr std::array<std::string_view, 12> kMonths{"January",   "February", "March",    "April",
+                                                           "May",       "June",     "July",     "August",
+                                                           "September", "October",  "November", "December"};
+        const auto first = parseDay(from), last = parseDay(to);
+        if (!first || !last) return {};
+        const CivilDate a = dateOf(*first), b = dateOf(*last);
+        const auto nameOf = [&](const CivilDate& date) { return kMonths[static_cast<std::size_t>(date.month) - 1]; };
+        const std::string end = fmt::format("{} {} {}", b.day, nameOf(b), b.year);
+        if (*first == *last) return end;
+        if (a.year != b.year) return fmt::format("{} {} {} to {}", a.day, nameOf(a), a.year, end);
+        if (a.month != b.month) return fmt::format("{} {} to {}", a.day, nameOf(a), end);
+        return fmt::format("{} to {}", a.day, end);
     }
 
     void addUse() {
@@ -66,8 +98,7 @@ class Cards {
                  {"value", *use / days / *persons},
                  {"unit", "L per person and day"},
                  {"digits", 1},
-                 {"note",
-                  fmt::format("{:.0f} L a day for {:.{}f} persons", *use / days, *persons, *persons < 100 ? 2 : 0)}});
+                 {"note", fmt::format("{} a day for {} persons", readable(*use / days, "L"), personsText(*persons))}});
         } else {
             add({{"id", "use"}, {"label", "Water use"}, {"value", perYear(*use)}, {"unit", "L"}, {"note", "a year"}});
         }
@@ -81,7 +112,7 @@ class Cards {
                         {"value", 100 * *saved / (*saved + *mains)},
                         {"unit", "%"},
                         {"digits", 1},
-                        {"note", volumeAYear(*saved) + " less than the baseline"}});
+                        {"note", aYear(*saved, "L") + " less than the baseline"}});
         }
         if (!use || !mains || *use <= 0 || *mains > *use) return;
         add({{"id", "other_sources"},
@@ -89,7 +120,7 @@ class Cards {
              {"value", 100 * (1 - *mains / *use)},
              {"unit", "%"},
              {"digits", 1},
-             {"note", volumeAYear(*use - *mains)}});
+             {"note", aYear(*use - *mains, "L")}});
     }
 
     void addReliability() {
@@ -98,12 +129,13 @@ class Cards {
         const double demand = service->value("demand", 0.0), served = service->value("served", 0.0);
         if (demand <= 0) return;
         Json card{{"id", "reliability"},
-                  {"label", service->value("label", "") + " served"},
+                  {"label", "Demand served"},
                   {"value", 100 * served / demand},
-                  {"unit", "% of the demand"},
+                  {"unit", "%"},
                   {"digits", 1}};
         if (service->contains("days_in_full")) {
-            card["note"] = fmt::format("in full on {:.1f} % of the days", 100 * service->value("days_in_full", 0.0));
+            card["note"] = fmt::format("by {}, in full on {:.1f} % of the days", service->value("label", ""),
+                                       100 * service->value("days_in_full", 0.0));
         }
         add(std::move(card));
     }
@@ -121,7 +153,8 @@ class Cards {
         if ((*longest)["value"].get<double>() > 0) {
             card["from"] = (*longest)["from"];
             card["to"] = (*longest)["to"];
-            card["note"] = name.substr(0, name.size() - kEnding.size());
+            card["note"] = fmt::format("{}, {}", name.substr(0, name.size() - kEnding.size()),
+                                       period(card["from"].get<std::string>(), card["to"].get<std::string>()));
         }
         add(std::move(card));
     }
@@ -136,7 +169,7 @@ class Cards {
              {"value", 100 * litres / inflow},
              {"unit", "% of the inflow"},
              {"digits", 1},
-             {"note", fmt::format("{}, from {}", volumeAYear(litres), overflow->value("label", ""))}});
+             {"note", fmt::format("{}, from {}", aYear(litres, "L"), overflow->value("label", ""))}});
     }
 
     std::string currency() const {
@@ -174,7 +207,7 @@ class Cards {
              {"value", std::abs(*energy) / (*use / 1000)},
              {"unit", "kWh per m³ used"},
              {"digits", 2},
-             {"note", fmt::format("{:.0f} kWh a year", std::abs(perYear(*energy)))}});
+             {"note", aYear(std::abs(*energy), "kWh")}});
     }
 
     void addUnexplained() {

@@ -151,6 +151,10 @@ class PageData(unittest.TestCase):
         shortage = figures["tank.longest_shortage"]
         self.assertEqual([cards["shortage"][key] for key in ("value", "from", "to")],
                          [float(shortage["value"]), shortage["from"], shortage["to"]])
+        self.assertEqual(cards["shortage"]["note"], "tank, 28 July to 11 October 2012")
+        self.assertEqual(cards["use"]["note"], f"{used / 1461:.1f} L a day for 2.46 persons")
+        self.assertEqual(cards["overflow"]["note"].split(",")[0],
+                         f'{math.fsum(flows["tank:overflow [L]"]) / 4 / 1000:.1f} m\u00b3 a year')
         spilled, ran_off = (math.fsum(flows[name]) for name in ("tank:overflow [L]", "roof:runoff [L]"))
         self.assertAlmostEqual(cards["overflow"]["value"], 100 * spilled / ran_off, places=4)
         self.assertEqual(cards["unexplained"]["value"], 0)
