@@ -2,7 +2,7 @@
 """Runs kesto.exe under wine and compares with the command of this system: what it says, its exit statuses, and all files
 byte by byte, but for the path of the model in summary.json. Then what only Windows has: names, locks, kills.
 
-usage: check_command.py --native KESTO --program KESTO_EXE --wine WINE [NAME_OF_TEST ...]"""
+usage: check_command.py --native KESTO --program KESTO_EXE --wine WINE --dot FOLDER [NAME_OF_TEST ...]"""
 
 import argparse
 import hashlib
@@ -24,7 +24,7 @@ CONTROL_C = 0x3A  # the last byte of 0xC000013A, which is all that wine hands on
 OUTSIDE = {**os.environ, "PATH": "/nowhere"}  # no Graphviz: there is no dot.exe under wine either
 
 OPTIONS = argparse.ArgumentParser()
-for option in ("--native", "--program", "--wine"):
+for option in ("--native", "--program", "--wine", "--dot"):
     OPTIONS.add_argument(option, type=lambda text: str(pathlib.Path(text).resolve()), required=True)
 OPTIONS, REST = OPTIONS.parse_known_args()
 
@@ -179,6 +179,17 @@ class Same(Case):
 
 
 class Files(Case):
+    def test_a_drawing_by_the_program_on_path(self):
+        environment = {**os.environ, "WINEPATH": "Z:" + OPTIONS.dot.replace("/", "\\")}
+        picture, graph = self.folder / "Netz ü.svg", self.folder / "net.dot"
+        for output in (picture, graph):
+            done = windows("draw", HOUSE, "-o", output, cwd=ROOT, env=environment)
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual(picture.read_text(), f'<?xml version="1.0"?><svg>{len(graph.read_bytes())}</svg>')
+        done = windows("draw", HOUSE, "-o", self.folder / "net.png", cwd=ROOT, env=environment)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn('"dot -Tpng" failed: no such format', done.stderr.decode())
+
     def run_in(self, folder):
         folder.mkdir(parents=True, exist_ok=True)
         created = folder / "Gründach für Zürich"
