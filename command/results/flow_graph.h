@@ -1,4 +1,4 @@
-// Amounts that flow from node to node, and nodes taken out of their way.
+// Amounts that flow from node to node, and nodes taken out of it.
 #pragma once
 
 #include <cstddef>

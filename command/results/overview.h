@@ -1,4 +1,4 @@
-// A run in the large, as its page shows it: the ways of the water, the months, the years, the stores, and which series
+// A run in the large, as its page shows it: the paths of the water, the months, the years, the stores, and which series
 // matter. Of a size that does not grow with the network. Components count as often as they stand for.
 #pragma once
 

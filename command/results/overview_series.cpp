@@ -50,7 +50,7 @@ class Choice {
   public:
     Choice(const Recorded& recorded, const Results& results, const std::vector<OutputPort>& kept,
            const Overview& overview)
-        : recorded_(recorded), results_(results), kept_(kept.begin(), kept.end()), months_(overview.months) {
+        : recorded_(recorded), kept_(kept.begin(), kept.end()), months_(overview.months) {
         for (const Flow& flow : results.flows) {
             if (flow.port == 0 || kept_.contains(flow.output())) addFlow(flow);
         }
@@ -138,7 +138,6 @@ class Choice {
     }
 
     const Recorded& recorded_;
-    const Results& results_;
     std::set<OutputPort> kept_;
     const RunMonths& months_;
     std::vector<Candidate> candidates_;
