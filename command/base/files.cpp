@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <stdexcept>
+#include <vector>
 
 #include "platform.h"
 
@@ -86,6 +87,18 @@ std::string readFile(const std::string& path, std::size_t largest) {
         text.append(buffer, count);
     if (std::ferror(file.get())) fail("read", path, lastError());
     return text;
+}
+
+bool readInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take) {
+    if (!std::filesystem::is_regular_file(pathOf(path))) return false;  // a pipe may never begin
+    const std::unique_ptr<std::FILE, Close> file(openFile(path, "rb"));
+    if (!file) return false;
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    std::vector<char> buffer(1 << 18);
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
+        take({buffer.data(), count});
+    }
+    return std::ferror(file.get()) == 0;
 }
 
 void writeFile(const std::string& path, std::string_view text) {

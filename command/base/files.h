@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ inline constexpr std::size_t kLargestTable = 1'000'000'000;  // a century of day
 // All throw std::runtime_error: "cannot read PATH: No such file or directory".
 // Reads regular files alone, through symbolic links too: a device may never end, a pipe may never begin.
 std::string readFile(const std::string& path, std::size_t largest);
+// The file piece by piece; false when it is no regular file, or cannot be read.
+bool readInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take);
 std::size_t expectRegular(const std::string& path);  // its size in bytes
 void writeFile(const std::string& path, std::string_view text);
 

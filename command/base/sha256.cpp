@@ -2,23 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <vector>
-
 #include "files.h"
-#include "platform.h"
 
 namespace kesto {
-
-namespace {
-
-struct Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-}  // namespace
 
 std::string Sha256::text() {
     std::string text;
@@ -35,16 +21,8 @@ std::array<unsigned char, 32> sha256Of(std::string_view text) {
 }
 
 std::string sha256OfFile(const std::string& path) {
-    if (!std::filesystem::is_regular_file(pathOf(path))) return {};  // a pipe may never begin
-    const std::unique_ptr<std::FILE, Close> file(openFile(path, "rb"));
-    if (!file) return {};
     Sha256 sum;
-    std::vector<char> buffer(1 << 16);
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
-        sum.add({buffer.data(), count});
-    }
-    if (std::ferror(file.get()) != 0) return {};
-    return sum.text();
+    return readInPieces(path, [&](std::string_view piece) { sum.add(piece); }) ? sum.text() : "";
 }
 
 }  // namespace kesto

@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 
+#include "lane_sum.h"
+
 namespace kesto {
 
 namespace {
@@ -25,31 +27,12 @@ double insolationOf(double latitude, int day) {
                                height);
 }
 
-// Four sums side by side: an addition need not wait for the one before it.
-Sum sumOf(const Signal* signals, std::size_t steps) {
-    constexpr std::size_t kLanes = 4;
-    std::array<Sum, kLanes> lanes{};
-    for (std::size_t step = 0; step < steps; ++step) {
-        Sum& lane = lanes[step % kLanes];
-        const double value = amount(signals[step]);
-        lane.total += value;
-        lane.magnitude += std::abs(value);
-    }
-    Sum sum;
-    for (const Sum& lane : lanes) {
-        sum.total += lane.total;
-        sum.magnitude += lane.magnitude;
-    }
-    return sum;
+double totalOf(const Signal* signals, std::size_t steps) {
+    return laneSum(steps, [=](std::size_t step) { return amount(signals[step]); });
 }
 
-double totalOf(const Signal* signals, std::size_t steps) {
-    constexpr std::size_t kLanes = 4;
-    std::array<double, kLanes> lanes{};
-    for (std::size_t step = 0; step < steps; ++step) {
-        lanes[step % kLanes] += amount(signals[step]);
-    }
-    return lanes[0] + lanes[1] + lanes[2] + lanes[3];
+Sum sumOf(const Signal* signals, std::size_t steps) {
+    return {totalOf(signals, steps), laneSum(steps, [=](std::size_t step) { return std::abs(amount(signals[step])); })};
 }
 
 bool readsInsolation(const Type& type) {

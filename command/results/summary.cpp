@@ -3,12 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 
 #include "diagnostics.h"
 #include "display.h"
+#include "lane_sum.h"
 #include "read_options.h"
 
 namespace kesto {
@@ -122,24 +122,14 @@ std::string potentialTable(const Results& results) {
     return "\nPotentials by group, total\n" + alignedRows(rows);
 }
 
-// Four sums side by side: an addition need not wait for the one before it.
-template <std::size_t kStride>
-double totalOf(const float* values, std::size_t steps) {
-    std::array<double, 4> lanes{};
-    for (std::size_t step = 0; step < steps; ++step) {
-        lanes[step % lanes.size()] += static_cast<double>(values[step * kStride]);
-    }
-    return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-}
-
 }  // namespace
 
 double total(const Flow& flow, std::size_t steps) {
-    return totalOf<sizeof(Signal) / sizeof(float)>(&flow.signals->quantity, steps);
+    return laneSum(steps, [&](std::size_t step) { return static_cast<double>(flow.signals[step].quantity); });
 }
 
 double total(const float* values, std::size_t steps) {
-    return totalOf<1>(values, steps);
+    return laneSum(steps, [=](std::size_t step) { return static_cast<double>(values[step]); });
 }
 
 // What went wrong, when, and in which component; empty when nothing did.

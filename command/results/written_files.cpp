@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "file_checksum.h"
 #include "files.h"
-#include "sha256.h"
 
 namespace kesto {
 
@@ -37,7 +37,7 @@ std::string readSummary(const std::string& folder) {
 }
 
 bool isUnchanged(const std::string& folder, const WrittenFile& file) {
-    return isThere(folder, file) && sha256OfFile(joined(folder, file.name)) == file.sha256;
+    return isThere(folder, file) && xxh128OfFile(joined(folder, file.name)) == file.checksum;
 }
 
 // A run that is stopped while it moves its files leaves a mark that the summary does not know.
@@ -53,7 +53,7 @@ void expectNoOtherMark(const std::string& folder, const std::vector<WrittenFile>
 nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files) {
     nlohmann::ordered_json rows = nlohmann::ordered_json::array();
     for (const WrittenFile& file : files) {
-        rows.push_back({{"file", file.name}, {"bytes", file.bytes}, {"sha256", file.sha256}});
+        rows.push_back({{"file", file.name}, {"bytes", file.bytes}, {"xxh128", file.checksum}});
     }
     return rows;
 }
@@ -61,7 +61,7 @@ nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files) {
 std::vector<WrittenFile> filesIn(const nlohmann::ordered_json& rows) {
     std::vector<WrittenFile> files;
     for (const nlohmann::ordered_json& row : rows) {
-        WrittenFile file{row.at("file"), row.at("bytes"), row.at("sha256")};
+        WrittenFile file{row.at("file"), row.at("bytes"), row.at("xxh128")};
         if (isPlainName(file.name)) files.push_back(std::move(file));
     }
     return files;
@@ -95,7 +95,7 @@ bool isThere(const std::string& folder, const WrittenFile& file) {
 
 WrittenFile fileAt(const std::string& folder, const std::string& name) {
     const std::string path = joined(folder, name);
-    return {name, fs::file_size(pathOf(path)), sha256OfFile(path)};
+    return {name, fs::file_size(pathOf(path)), xxh128OfFile(path)};
 }
 
 StoredResults storedResults(const std::string& folder) {

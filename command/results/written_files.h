@@ -14,7 +14,7 @@ namespace kesto {
 struct WrittenFile {
     std::string name;
     std::uintmax_t bytes;
-    std::string sha256;
+    std::string checksum;  // XXH128
 };
 
 inline constexpr std::size_t kLargestSummary = 1'000'000'000;  // bytes
@@ -22,7 +22,7 @@ inline constexpr std::string_view kSummaryFile = "summary.json";
 inline constexpr std::string_view kOverviewFile = "overview.json";
 inline constexpr std::string_view kStoppedFile = "STOPPED.txt";
 
-// What the summary tells of the files beside it: rows with `file`, `bytes` and `sha256`.
+// What the summary tells of the files beside it: rows with `file`, `bytes` and `xxh128`.
 nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files);
 
 // The rows again; names that lead out of the folder are left out. Throws nlohmann::json::exception when they are none.

@@ -138,7 +138,7 @@ void Journal::add(std::size_t member, const MemberResult& result) {
 }
 
 void Journal::addPart(const WrittenFile& part) {
-    append(fmt::format("{}\t{}\t{}\t{}\n", kPart, part.name, part.bytes, part.sha256));
+    append(fmt::format("{}\t{}\t{}\t{}\n", kPart, part.name, part.bytes, part.checksum));
     parts_.push_back(part);
 }
 

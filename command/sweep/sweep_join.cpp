@@ -42,7 +42,7 @@ SliceResults readSlice(const std::string& folder) {
         throw std::runtime_error(fmt::format("{} is none that a sweep has written", path));
     }
     for (const WrittenFile& file : results.files) {
-        if (!isThere(folder, file) || fileAt(folder, file.name).sha256 != file.sha256) {
+        if (!isThere(folder, file) || fileAt(folder, file.name).checksum != file.checksum) {
             throw std::runtime_error(fmt::format("{} is not as the sweep has written it", joined(folder, file.name)));
         }
     }
