@@ -541,17 +541,19 @@ class Signals(LongRuns):
                 self.run_into("old")
 
     def test_a_request_that_arrives_twice_is_one(self):
-        running = self.start_long_run("timeout", "2")  # which signals its child, and then the group
+        running = self.start_long_run("setsid")
+        self.until_steps_are_run(running)
+        running.terminate()  # as the program timeout does it: the child, and then the group
+        os.killpg(running.pid, signal.SIGTERM)
         running.communicate(timeout=60)
-        self.assertEqual(running.returncode, 124)
+        self.assertEqual(running.returncode, -signal.SIGTERM)
         self.assertEqual(self.summary()["outcome"], "interrupted")
 
     def test_a_second_request_ends_it_at_once(self):
         self.run_into("old")
         running = self.start_long_run()
-        until(lambda: self.children(running.pid))
-        engine = self.children(running.pid)[0]
-        time.sleep(0.3)  # it runs by now, and knows that it must not outlive its parent
+        self.until_steps_are_run(running)
+        engine = self.children(running.pid)[0]  # knows by now that it must not outlive its parent
         os.kill(engine, signal.SIGSTOP)  # it keeps nothing for now
         running.send_signal(signal.SIGINT)
         time.sleep(0.3)
