@@ -234,7 +234,8 @@ class Run {
         if (results.run.message.starts_with("Cannot allocate memory")) reportMemory();
         checkResults(results, diagnostics_);
         Evaluation evaluation =
-            evaluate(results, needs_, loaded_.series(), baseline_ ? &*baseline_ : nullptr, folder_ ? &asked_ : nullptr);
+            evaluate(results, needs_, loaded_.series(),
+                     {.baseline = baseline_ ? &*baseline_ : nullptr, .kept = folder_ ? &asked_ : nullptr});
         evaluation.showsBalance = options_.balance;
         checkAccount(results, evaluation.account, diagnostics_);
         if (options_.balance || options_.strict) checkBalance(results, evaluation.balance, diagnostics_);

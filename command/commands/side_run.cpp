@@ -13,7 +13,7 @@ void runBeside(LoadedModel& loaded, bool isOverseen,
     Record record(model, loaded.series(), needs.plan);
     const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
     const std::vector<OutputPort> kept;
-    look(results, evaluate(results, needs, loaded.series(), nullptr, isOverseen ? &kept : nullptr));
+    look(results, evaluate(results, needs, loaded.series(), {.kept = isOverseen ? &kept : nullptr}));
 }
 
 }  // namespace kesto

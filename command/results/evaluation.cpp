@@ -3,8 +3,8 @@
 namespace kesto {
 
 Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
-                    const NetworkCosts* baseline, const std::vector<OutputPort>* kept) {
-    const RunMonths months(results.dayOf(0), kept ? results.steps : 0);
+                    const EvaluationOptions& options) {
+    const RunMonths months(results.dayOf(0), options.kept ? results.steps : 0);
     const Recorded recorded(results, needs, series, &months);
     const Outlets outlets(recorded);
     const Multiplicity multiplicity(recorded, series);
@@ -15,10 +15,11 @@ Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesVal
     evaluation.account = accountOf(recorded, sums, paths, evaluation.balance);
     const Money money(recorded, results, multiplicity, evaluation.account);
     evaluation.costs = money.network();
-    evaluation.figures = figuresOf(recorded, sums, paths, evaluation.account, money, baseline);
-    if (kept) {
+    evaluation.figures =
+        figuresOf(recorded, sums, paths, evaluation.account, money, options.baseline, options.hasFiguresOfComponents);
+    if (options.kept) {
         evaluation.overview = overviewOf(recorded, results, months, multiplicity, sums, paths, evaluation.account,
-                                         evaluation.figures, *kept);
+                                         evaluation.figures, *options.kept);
     }
     return evaluation;
 }

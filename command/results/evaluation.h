@@ -17,10 +17,15 @@ struct Evaluation {
     bool showsBalance = false;         // in files and summaries
 };
 
+struct EvaluationOptions {
+    const NetworkCosts* baseline = nullptr;  // of the run that this one is compared with; null: there is none
+    const std::vector<OutputPort>* kept =
+        nullptr;  // outputs that the files hold, for the overview; null: there is none
+    bool hasFiguresOfComponents = true;
+};
+
 // `results` must hold what the account needs, as far as it can be recorded.
-// `baseline`: what the network costs in the run that this one is compared with; null: there is none. `kept`: outputs
-// that the files hold, for the overview; null: there is none.
 Evaluation evaluate(const Results& results, const AccountNeeds& needs, SeriesValues& series,
-                    const NetworkCosts* baseline = nullptr, const std::vector<OutputPort>* kept = nullptr);
+                    const EvaluationOptions& options = {});
 
 }  // namespace kesto

@@ -241,7 +241,7 @@ const Figure* Figures::find(int component, std::string_view name) const {
 }
 
 Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account,
-                  const Money& money, const NetworkCosts* baseline) {
+                  const Money& money, const NetworkCosts* baseline, bool hasComponents) {
     Figures figures;
     figures.model = &recorded.model();
     Peak mains;
@@ -253,7 +253,7 @@ Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const Wat
     collector.addNetwork(account, mains);
     collector.addMoney();
     if (baseline) collector.addSavings(*baseline);
-    for (int i = 0; i < recorded.components(); ++i) {
+    for (int i = 0; hasComponents && i < recorded.components(); ++i) {
         collector.addComponent(i);
     }
     return figures;

@@ -29,7 +29,7 @@ struct Figures {
 
 // `baseline` is what the network costs in the run that this one is compared with; null: there is none.
 Figures figuresOf(const Recorded& recorded, const ComponentSums& sums, const WaterPaths& paths, const Account& account,
-                  const Money& money, const NetworkCosts* baseline);
+                  const Money& money, const NetworkCosts* baseline, bool hasComponents);
 
 // What stores and sources served, and what it costs, for people; a CSV file; its name is returned.
 std::string toText(const Figures& figures, Detail detail);

@@ -145,7 +145,7 @@ BaselineCosts runBaseline(SweepInput& input, std::size_t member) {
     const Results results = collectResults(read.model, record, record.own(), needs.plan, run);
     const std::string failure = failureOf(results);
     if (!failure.empty()) return {{}, withoutBaseline(economics, failure)};
-    return {evaluate(results, needs, read.series).costs, {}};
+    return {evaluate(results, needs, read.series, {.hasFiguresOfComponents = false}).costs, {}};
 }
 
 MemberResult runMember(SweepInput& input, std::size_t member, const BaselineCosts& baseline,
@@ -168,7 +168,9 @@ MemberResult runMember(SweepInput& input, std::size_t member, const BaselineCost
     if (run.outcome != Outcome::finished) return result;
     Results results = collectResults(model, record, record.own(), needs.plan, run);
     checkResults(results, found);
-    const Evaluation evaluation = evaluate(results, needs, read.series, baseline.costs ? &*baseline.costs : nullptr);
+    const Evaluation evaluation =
+        evaluate(results, needs, read.series,
+                 {.baseline = baseline.costs ? &*baseline.costs : nullptr, .hasFiguresOfComponents = input.allFigures});
     checkAccount(results, evaluation.account, found);
     dropUnasked(input, asked, results);
 

@@ -68,7 +68,7 @@ class RandomOverviews : public testing::Test {
         const EngineRun run = runEngine(record);
         if (run.outcome != Outcome::finished) return std::nullopt;
         const Results results = collectResults(model, record, record.shared(), needs.plan, run);
-        return evaluate(results, needs, series, nullptr, &asked);
+        return evaluate(results, needs, series, {.kept = &asked});
     }
 
     static bool isPlain(const Account& account) {
