@@ -356,7 +356,8 @@ to = "garden"
         running = subprocess.Popen([KESTO, "run", "model.toml", "-q", "-o", "out"], cwd=self.folder, stderr=subprocess.PIPE,
                                    start_new_session=True)
         end = time.monotonic() + 30
-        while not (self.folder / "out").exists() and time.monotonic() < end:  # made just before
+        children = pathlib.Path(f"/proc/{running.pid}/task/{running.pid}/children")
+        while not children.read_text() and time.monotonic() < end:  # the first of which runs the baseline
             time.sleep(0.001)
         time.sleep(0.05)
         os.killpg(running.pid, signal.SIGINT)
