@@ -124,12 +124,12 @@ Type greenArea() {
             .usesLatitude = true};
 }
 
-// Thornthwaite, of one square metre. C libraries differ in the last digit of a power: in more digits, all give the same
-// double.
+// Thornthwaite, of one square metre; rounded to single as the engine rounds it. C libraries differ in the last digit of
+// the double.
 double soilEvaporation(const BalanceStep& s) {
-    const auto power = static_cast<double>(std::pow(10 * static_cast<long double>(s.temperature) / 60, 1.7L));
-    const double potential = 16 * power * 12 / 360 * s.timeStep;
-    return s.parameter(spec::kEvaporationFactor) * potential;
+    const auto relative = static_cast<double>(10.0F * static_cast<float>(s.temperature) / 60.0F);
+    const auto potential = static_cast<float>(16 * std::pow(relative, 1.7) * 12 / 360 * s.timeStep);
+    return s.parameter(spec::kEvaporationFactor) * static_cast<double>(potential);
 }
 
 double entering(const BalanceStep& s) {
