@@ -111,7 +111,7 @@ void Money::addBooked() {
     Known operation, capacity;
     for (const PotentialSeries& series : results_.potentials) {
         const int group = recorded_.model().findGroup(series.group);
-        const Known sum = total(series.values, results_.steps);
+        const Known sum = series.total;
         if (series.potential == kEnergy) {
             add(groups_[at(group)].energy, sum);
             add(network_.energy, sum);

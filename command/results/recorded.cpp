@@ -31,10 +31,6 @@ double totalOf(const Signal* signals, std::size_t steps) {
     return laneSum(steps, [=](std::size_t step) { return amount(signals[step]); });
 }
 
-Sum sumOf(const Signal* signals, std::size_t steps) {
-    return {totalOf(signals, steps), laneSum(steps, [=](std::size_t step) { return std::abs(amount(signals[step])); })};
-}
-
 bool readsInsolation(const Type& type) {
     return std::any_of(type.series.begin(), type.series.end(),
                        [](const SeriesNeed& need) { return need.kind == SeriesKind::temperatureMin; });
@@ -72,7 +68,6 @@ Recorded::Recorded(const Results& results, const AccountNeeds& needs, SeriesValu
     }
     byMonth_.reserve(months_ * results.flows.size());
     for (const Flow& flow : results.flows) {
-        sums_.push_back(sumOf(flow.signals, steps()));
         for (std::size_t month = 0; month < months_; ++month) {  // while the signals are in the cache
             byMonth_.push_back(totalOf(flow.signals + months->begin(month), months->days(month)));
         }
@@ -97,7 +92,7 @@ const Signal* Recorded::signals(int index, int port) const {
 
 Sum Recorded::sum(int index, int port) const {
     const Flow* flow = results_.find({index, port});
-    return flow ? sums_[static_cast<std::size_t>(flow - results_.flows.data())] : Sum{};
+    return flow ? flow->totals.amount : Sum{};
 }
 
 std::span<const double> Recorded::byMonth(int index, int port) const {

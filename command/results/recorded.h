@@ -14,17 +14,6 @@
 
 namespace kesto {
 
-// The quantity of a signal; a mark of absence, -1, is no amount.
-inline double amount(const Signal& signal) {
-    constexpr float kAbsent = -1.0F;
-    return signal.quantity == kAbsent ? 0 : static_cast<double>(signal.quantity);
-}
-
-struct Sum {
-    double total = 0;
-    double magnitude = 0;  // of absolute amounts
-};
-
 class Recorded : public NetworkView {
   public:
     // `months` of the run by which flows are summed up, too; null: none. They must outlive this.
@@ -62,7 +51,6 @@ class Recorded : public NetworkView {
     const AccountNeeds& needs_;
     SeriesValues& series_;
     std::vector<const float*> storages_;
-    std::vector<Sum> sums_;   // as the flows of the results
     std::vector<Sum> rains_;  // of groups
     std::vector<double> insolation_;
     std::size_t months_;

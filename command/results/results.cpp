@@ -122,6 +122,12 @@ Results collectResults(const Model& model, const Record& record, const EngineOut
                                           found->second, outputs.potentials[potential * groups + i]});
         }
     }
+    for (Flow& flow : results.flows) {
+        flow.totals = totalsOf(flow.signals, results.steps);
+    }
+    for (PotentialSeries& series : results.potentials) {
+        series.total = totalOf(series.values, results.steps);
+    }
     for (const StateSeries& state : record.states()) {
         if (!state.isState) continue;
         results.states.push_back({model.components[at(state.component)].name, state.kind, state.unit, state.values});

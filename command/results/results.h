@@ -9,6 +9,7 @@
 #include "engine_run.h"
 #include "model.h"
 #include "recordings.h"
+#include "signal_totals.h"
 
 namespace kesto {
 
@@ -24,6 +25,7 @@ struct Flow {
     int port;  // 0: what a logger or a water body received
     Carries carries;
     const Signal* signals;
+    SignalTotals totals = {};
 
     OutputPort output() const { return {component, port}; }
 };
@@ -33,6 +35,7 @@ struct PotentialSeries {
     Potential potential;
     std::string_view unit;
     const float* values;
+    double total = 0;
 };
 
 struct State {

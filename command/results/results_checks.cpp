@@ -18,35 +18,14 @@ namespace kesto {
 
 namespace {
 
-constexpr std::size_t kSignal = sizeof(Signal) / sizeof(float);
-
 // One recorded series of a component or a group.
 struct Checked {
     std::string name;  // "its runoff"
     const float* values;
-    std::size_t stride;  // floats from one step to the next: 1 or kSignal
+    std::size_t stride;  // floats from one step to the next: 1 or kSignalStride
     bool isQuality;
     const float* flow = nullptr;  // whose quality it is, with the same stride; of a state none
 };
-
-// Of sound values; what is no number lies in none.
-struct Range {
-    float least, most;
-
-    bool contains(float value) const { return (value >= least) & (value <= most); }
-};
-constexpr Range kFinite{std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()};
-constexpr Range kQuality{-1, 1e9F};
-
-// The stride is a constant, so that the compiler can check several values at a time.
-template <std::size_t kStride>
-bool areAllIn(const Range& range, const float* values, std::size_t steps) {
-    std::uint32_t outside = 0;
-    for (std::size_t step = 0; step < steps; ++step) {
-        outside |= static_cast<std::uint32_t>(!range.contains(values[step * kStride]));
-    }
-    return outside == 0;
-}
 
 // What is odd about a value, and its warning.
 enum Oddity : std::size_t { kNotFinite, kOddQuality, kEmptyQuality, kOddities };
@@ -65,12 +44,10 @@ class Checks {
   public:
     Checks(const Results& results, Diagnostics& diagnostics) : results_(results), diagnostics_(diagnostics) {}
 
-    // Most series are sound, and a quick pass tells.
+    // Most series are sound, and a quick pass tells; of signals it is known.
     void add(const Checked& series) {
-        const Range& range = series.isQuality ? kQuality : kFinite;
-        const bool areSound = series.stride == 1 ? areAllIn<1>(range, series.values, results_.steps)
-                                                 : areAllIn<kSignal>(range, series.values, results_.steps);
-        if (areSound) return;
+        const SoundRange& range = series.isQuality ? kSoundQuality : kFinite;
+        if (series.stride == 1 && areAllIn<1>(range, series.values, results_.steps)) return;
         std::array<Finding, kOddities> findings;
         for (std::size_t step = 0; step < results_.steps; ++step) {
             const float value = series.values[step * series.stride];
@@ -126,12 +103,13 @@ void checkComponents(const Results& results, Checks& checks) {
     const Model& model = *results.model;
     std::map<int, std::vector<Checked>> series;
     for (const Flow& flow : results.flows) {
+        if (flow.totals.isSound) continue;
         const Component& component = model.components[at(flow.component)];
         const std::string name =
             flow.port == 0 ? "what it receives" : "its " + portName(component.type->out, flow.port);
-        series[flow.component].push_back({name, &flow.signals->quantity, kSignal, false});
+        series[flow.component].push_back({name, &flow.signals->quantity, kSignalStride, false});
         series[flow.component].push_back(
-            {"the quality of " + name, &flow.signals->quality, kSignal, true, &flow.signals->quantity});
+            {"the quality of " + name, &flow.signals->quality, kSignalStride, true, &flow.signals->quantity});
     }
     for (const State& state : results.states) {
         const bool isQuality = state.kind == SeriesKind::quality;

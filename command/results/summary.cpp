@@ -8,7 +8,6 @@
 
 #include "diagnostics.h"
 #include "display.h"
-#include "lane_sum.h"
 #include "read_options.h"
 
 namespace kesto {
@@ -93,7 +92,7 @@ bool isBefore(const FlowSum& a, const FlowSum& b) {
 std::string flowTable(const Results& results, Detail detail) {
     std::vector<FlowSum> flows;
     for (const Flow& flow : results.flows) {
-        flows.push_back({&flow, total(flow, results.steps)});
+        flows.push_back({&flow, flow.totals.quantity});
     }
     if (flows.empty()) return {};
     std::string text = "\nRecorded flows, total and mean of a step\n";
@@ -116,21 +115,12 @@ std::string potentialTable(const Results& results) {
     if (results.potentials.empty()) return {};
     std::vector<std::vector<std::string>> rows;
     for (const PotentialSeries& series : results.potentials) {
-        rows.push_back({series.group, std::string(info(series.potential).name),
-                        shown(total(series.values, results.steps), series.unit)});
+        rows.push_back({series.group, std::string(info(series.potential).name), shown(series.total, series.unit)});
     }
     return "\nPotentials by group, total\n" + alignedRows(rows);
 }
 
 }  // namespace
-
-double total(const Flow& flow, std::size_t steps) {
-    return laneSum(steps, [&](std::size_t step) { return static_cast<double>(flow.signals[step].quantity); });
-}
-
-double total(const float* values, std::size_t steps) {
-    return laneSum(steps, [=](std::size_t step) { return static_cast<double>(values[step]); });
-}
 
 // What went wrong, when, and in which component; empty when nothing did.
 std::string failureOf(const Results& results) {

@@ -14,7 +14,4 @@ std::string summaryOf(const Results& results, const Evaluation& evaluation, Deta
 // What went wrong, when, and in which component; empty when nothing did.
 std::string failureOf(const Results& results);
 
-double total(const Flow& flow, std::size_t steps);
-double total(const float* values, std::size_t steps);
-
 }  // namespace kesto

@@ -21,7 +21,7 @@ Json flowsOf(const Results& results) {
         flows.push_back({{"name", flow.name},
                          {"carries", toText(flow.carries)},
                          {"unit", flow.unit},
-                         {"total", total(flow, results.steps)}});
+                         {"total", flow.totals.quantity}});
     }
     return flows;
 }
@@ -32,7 +32,7 @@ Json potentialsOf(const Results& results) {
         potentials.push_back({{"group", series.group},
                               {"potential", info(series.potential).name},
                               {"unit", series.unit},
-                              {"total", total(series.values, results.steps)}});
+                              {"total", series.total}});
     }
     return potentials;
 }

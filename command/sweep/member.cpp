@@ -178,7 +178,7 @@ MemberResult runMember(SweepInput& input, std::size_t member, const BaselineCost
     figures.addFigures(evaluation.figures, true);
     figures.addAccount(evaluation.account);
     for (const Flow& flow : results.flows) {
-        figures.add(flow.name, flow.unit, total(flow, results.steps));
+        figures.add(flow.name, flow.unit, flow.totals.quantity);
     }
     figures.endKey();
     if (input.allFigures) figures.addFigures(evaluation.figures, false);
