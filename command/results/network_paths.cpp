@@ -8,6 +8,7 @@
 #include <set>
 
 #include "flow_graph.h"
+#include "path_bypass.h"
 #include "path_loops.h"
 #include "path_nodes.h"
 
@@ -112,39 +113,49 @@ class Paths {
                            [&](int place) { return &recorded_.type(place) != &recorded_.type(*places.begin()); });
     }
 
+    // A place beside the store, which is passed through.
+    int beside(int store) const { return -1 - recorded_.components() - store; }
+
     // What comes in as less than nothing goes out, and the reverse.
-    void cross(bool isIn, AccountKind in, AccountKind out, int component, double litres, int place) {
+    void cross(bool isIn, AccountKind in, AccountKind out, int node, double litres, int place) {
         if (litres == 0) return;
         const bool comesIn = isIn == (litres > 0);
-        const int outside = border(comesIn, comesIn ? in : out, place), node = inside(component);
+        const int outside = border(comesIn, comesIn ? in : out, place);
         comesIn ? edges_.push_back({outside, node, std::abs(litres)})
                 : edges_.push_back({node, outside, std::abs(litres)});
     }
 
+    // Some of it, from this node.
+    void addMovement(const Movement& movement, const Bypass& bypass, int from, double litres) {
+        const auto receiver = [&] { return bypass.isEntered(movement) ? beside(movement.to) : inside(movement.to); };
+        const AccountKind kind = kindOf(movement.border);
+        if (movement.from == kOutside) return cross(true, kind, kind, receiver(), litres, movement.place);
+        if (movement.to == kOutside) return cross(false, kind, kind, from, litres, movement.place);
+        edges_.push_back({from, receiver(), litres});
+    }
+
     void collect() {
+        const Bypass bypass(recorded_, paths_);
         for (const Movement& movement : paths_.movements()) {
-            if (movement.from != kOutside && movement.to != kOutside) {
-                edges_.push_back({inside(movement.from), inside(movement.to), movement.litres});
-            } else {
-                const bool isIn = movement.from == kOutside;
-                const AccountKind kind = kindOf(movement.border);
-                cross(isIn, kind, kind, isIn ? movement.to : movement.from, movement.litres, movement.place);
-            }
+            const double share = bypass.share(movement);
+            if (share > 0) addMovement(movement, bypass, beside(movement.from), share * movement.litres);
+            addMovement(movement, bypass, movement.from == kOutside ? kOutside : inside(movement.from),
+                        movement.litres - share * movement.litres);
         }
         for (const Creation& creation : paths_.creations()) {
-            cross(true, AccountKind::created, AccountKind::destroyed, creation.component, creation.litres,
+            cross(true, AccountKind::created, AccountKind::destroyed, inside(creation.component), creation.litres,
                   creation.component);
         }
         for (int i = 0; i < recorded_.components(); ++i) {
             const auto own = [&](bool isIn, AccountKind kind, Term term) {
-                cross(isIn, kind, kind, i, sums_.of(i).ofAll(term), i);
+                cross(isIn, kind, kind, inside(i), sums_.of(i).ofAll(term), i);
             };
             own(true, AccountKind::rain, Term::rain);
             own(true, AccountKind::drawn, Term::drawn);
             own(false, AccountKind::evaporated, Term::evaporated);
             own(false, AccountKind::infiltrated, Term::infiltrated);
             own(false, AccountKind::lost, Term::lost);
-            cross(false, AccountKind::storage, AccountKind::storage, i, paths_.stored(i), i);
+            cross(false, AccountKind::storage, AccountKind::storage, inside(i), paths_.stored(i), i);
         }
     }
 

@@ -102,10 +102,10 @@ void WaterPaths::addDemand(const Connection& connection) {
     if (receiver.code == code::kWaterBody) return askMains({from, connection.fromPort}, litres, to);
     const double added = &leaves == &enters ? 0 : sent(connection, enters) - litres;
     if (receiver.code == code::kMultiplier) {
-        move(to, from, litres);
+        move(to, from, litres, true);
         create(to, -added, receiver.type->balance.meaningOf(Term::added));
     } else {
-        move(to, from, litres + added);
+        move(to, from, litres + added, true);
         create(from, -added, kCountsDiffer);
     }
 }
@@ -287,7 +287,7 @@ void WaterPaths::handBack(const Shares& sources, int to) {
 }
 
 void WaterPaths::askMains(OutputPort output, double litres, int place) {
-    moveAcross(kOutside, output.component, litres, Border::mains, place);
+    moveAcross(kOutside, output.component, litres, Border::mains, place, true);
     if (litres != 0 && sums_.isBalanced(output.component)) unanswered_.push_back(output);
 }
 
@@ -316,14 +316,15 @@ double WaterPaths::stored(int component) const {
     return isDelayedDemand ? -change : change;
 }
 
-void WaterPaths::move(int from, int to, double litres) {
-    if (!sums_.isBalanced(from)) return moveAcross(kOutside, to, litres, Border::notRecorded, from);
-    if (!sums_.isBalanced(to)) return moveAcross(from, kOutside, litres, Border::notRecorded, to);
-    movements_.push_back({from, to, litres});
+void WaterPaths::move(int from, int to, double litres, bool isAsked) {
+    if (!sums_.isBalanced(from)) return moveAcross(kOutside, to, litres, Border::notRecorded, from, isAsked);
+    if (!sums_.isBalanced(to)) return moveAcross(from, kOutside, litres, Border::notRecorded, to, isAsked);
+    movements_.push_back({.from = from, .to = to, .litres = litres, .isAsked = isAsked});
 }
 
-void WaterPaths::moveAcross(int from, int to, double litres, Border border, int place) {
-    if (sums_.isBalanced(from == kOutside ? to : from)) movements_.push_back({from, to, litres, border, place});
+void WaterPaths::moveAcross(int from, int to, double litres, Border border, int place, bool isAsked) {
+    if (sums_.isBalanced(from == kOutside ? to : from))
+        movements_.push_back({from, to, litres, border, place, isAsked});
 }
 
 void WaterPaths::create(int component, double litres, std::string_view reason) {

@@ -26,6 +26,7 @@ struct Movement {
     double litres;
     Border border = Border::openEnd;  // where one of them is kOutside,
     int place = kOutside;             // and the component that stands there
+    bool isAsked = false;             // delivered to who has asked for it
 };
 
 // Water that a component creates; below 0 it destroys.
@@ -70,8 +71,8 @@ class WaterPaths {
     std::optional<Shares> sourcesOf(int sender, double litres) const;
     bool passesDemand(int component) const;
     void handBack(const Shares& sources, int to);
-    void move(int from, int to, double litres);
-    void moveAcross(int from, int to, double litres, Border border, int place);
+    void move(int from, int to, double litres, bool isAsked = false);
+    void moveAcross(int from, int to, double litres, Border border, int place, bool isAsked = false);
     void askMains(OutputPort output, double litres, int place);
     void create(int component, double litres, std::string_view reason);
 

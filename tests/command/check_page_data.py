@@ -179,11 +179,13 @@ class PageData(unittest.TestCase):
         labels = {node["id"]: node["label"] for node in data["paths"]["nodes"]}
         links = {(labels[link["from"]], labels[link["to"]]): link["litres"] for link in data["paths"]["links"]}
         flows = {name[:-4]: math.fsum(values) for name, values in self.columns("flows.csv").items()}
-        expected = {("Mains", "house"): sum(flows[name + ":demand"] for name in
-                                            ("shower", "bath", "taps", "dishwasher", "washing_machine")),
-                    ("Mains", "tank"): flows["tank:deficit"],
-                    ("tank", "house"): flows["toilet:demand"],
-                    ("tank", "garden"): flows["garden:demand"],
+        # What the tank lacks comes from the mains beside it, to toilet and garden in the shares of what they ask for.
+        lacking = flows["tank:deficit"] / (flows["toilet:demand"] + flows["garden:demand"])
+        without_tank = sum(flows[name + ":demand"] for name in ("shower", "bath", "taps", "dishwasher", "washing_machine"))
+        expected = {("Mains", "house"): without_tank + lacking * flows["toilet:demand"],
+                    ("Mains", "garden"): lacking * flows["garden:demand"],
+                    ("tank", "house"): (1 - lacking) * flows["toilet:demand"],
+                    ("tank", "garden"): (1 - lacking) * flows["garden:demand"],
                     ("tank", "sewer"): flows["tank:overflow"],
                     ("house", "sewer"): flows["drain:outflow"] - flows["tank:overflow"],
                     ("garden", "Infiltrated"): flows["garden:demand"],
