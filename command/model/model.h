@@ -147,6 +147,7 @@ struct Scenario {
 struct Model {
     std::string path;
     std::string title;
+    std::string site;  // where it stands, for people
     std::vector<Scenario> scenarios;
     Simulation simulation;
     Economics economics;

@@ -122,6 +122,7 @@ void readContents(Reading& reading, const ModelDocument& document) {
         if (!version->isNumber() || version->number != 1) section.wrong(*version, "kesto_model", "1");
     }
     if (const auto title = section.text("title")) reading.model.title = title->value;
+    if (const auto place = section.text("place")) reading.model.site = place->value;
     if (const Value* simulation = section.require("simulation", "a table [simulation]")) {
         if (simulation->kind == Value::Kind::table)
             readSimulation(reading, *simulation);

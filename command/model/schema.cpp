@@ -196,6 +196,7 @@ Json named(std::string_view definition) {
 std::string modelSchema() {
     Json file = closedTable({{"kesto_model", {{"const", 1}, {"description", "version of this format"}}},
                              {"title", text()},
+                             {"place", text()},
                              {"accept", accepted()},
                              {"simulation", simulation()},
                              {"economics", economics()},

@@ -34,6 +34,7 @@ const Json& listOf(const Json& object, const char* key) {
 void addHead(const Json& summary, Json& page) {
     const std::string title = textOf(summary, "title");
     page["title"] = title.empty() ? fileName(textOf(summary, "model")) : title;
+    if (const std::string place = textOf(summary, "place"); !place.empty()) page["place"] = place;
     for (const char* key :
          {"start", "end", "steps", "steps_run", "days_per_step", "components", "connections", "outcome", "message"}) {
         if (summary.contains(key)) page[key] = summary[key];

@@ -103,6 +103,7 @@ std::string summaryJson(const Results& results, const Evaluation& evaluation, co
                  {"figures", figureRows(evaluation.figures)},
                  {"tanks", tankRows(evaluation.figures)},
                  {"potentials", potentialsOf(results)}};
+    if (!model.site.empty()) summary["place"] = model.site;
     addReadOptions(results, summary);
     if (results.diagnostics) {
         summary["errors"] = errorRows(*results.diagnostics);

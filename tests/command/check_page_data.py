@@ -174,6 +174,9 @@ class PageData(unittest.TestCase):
         self.assertEqual(store["empty_share"], sum(value <= 1.5 for value in level) / 1461)
         self.assertEqual(store["full_share"], sum(value >= as_single(1498.5) for value in level) / 1461)
 
+    def test_place(self):
+        self.assertEqual(self.run_and_report(HOUSE)["place"], "Seattle")
+
     def test_paths_by_hand(self):
         data = self.run_and_report(HOUSE)
         labels = {node["id"]: node["label"] for node in data["paths"]["nodes"]}
