@@ -87,9 +87,9 @@ struct SweepOptions {
 };
 
 struct ReportOptions {
-    std::string results;  // folder that a run wrote
-    std::string output;   // page
-    std::string model;    // empty: where the run found it
+    std::string results;                   // folder that a run wrote
+    std::string output;                    // page
+    std::string model;                     // empty: where the run found it
     std::vector<std::string> series = {};  // to show by day; empty: those that matter
 };
 
