@@ -11,7 +11,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const ScratchFolder folder;
-    static constexpr std::string_view kNames[] = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv"};
+    static constexpr std::string_view kNames[] = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv",
+                                                  "overview.json"};
     for (const std::string_view name : kNames) {
         folder.remove(std::string(name));
     }
@@ -32,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const std::string file(name);
             if (std::filesystem::exists(kesto::joined(folder.path(), file))) files.push_back({file, 0, ""});
         }
-        const std::string page = kesto::reportPage(folder.path(), {summary, files}, "", {});
+        const std::string page =
+            kesto::reportPage({.folder = folder.path(), .stored = {summary, files}, .changes = {}}, "");
         if (!page.ends_with("</html>\n")) __builtin_trap();
     } catch (const std::runtime_error& error) {
         if (!*error.what()) __builtin_trap();
