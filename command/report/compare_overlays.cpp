@@ -37,7 +37,7 @@ std::vector<float> floats(const Json& numbers) {
 // "house: tank storage", or of all groups "tank storage"
 std::string labelOf(const Json& sum) {
     const std::string group = sum.value("group", ""), output = sum.value("output", "");
-    return fmt::format("{}{} {}", group.empty() ? "" : group + ": ", sum["type"].get<std::string>(),
+    return fmt::format("{}{} {}", group.empty() ? "" : group + ": ", sum.at("type").get<std::string>(),
                        output.empty() ? "storage" : output);
 }
 
@@ -53,14 +53,15 @@ std::vector<Line> monthsOf(const ComparedRun& run, const Json& overview) {
     std::vector<Line> lines;
     const std::string first = run.start.substr(0, 7);
     if (const auto months = overview.find("months"); months != overview.end()) {
-        for (const Json& one : (*months)["series"]) {
-            lines.push_back({std::string(kUsed) + one["label"].get<std::string>(), (*months)["unit"], true, first, 0,
-                             floats(one["values"])});
+        for (const Json& one : months->at("series")) {
+            lines.push_back({std::string(kUsed) + one.at("label").get<std::string>(), months->at("unit"), true, first,
+                             0, floats(one.at("values"))});
         }
     }
     if (const auto sums = overview.find("sums"); sums != overview.end()) {
         for (const Json& sum : *sums) {
-            lines.push_back({labelOf(sum), sum["unit"], sum.contains("carries"), first, 0, floats(sum["months"])});
+            lines.push_back(
+                {labelOf(sum), sum.at("unit"), sum.contains("carries"), first, 0, floats(sum.at("months"))});
         }
     }
     return lines;
@@ -147,7 +148,7 @@ std::vector<std::string> namesByDay(const std::vector<ComparedRun>& runs, const 
         if (runs[i].folder.empty() || overviews[i].is_null()) return {};
         std::vector<std::string> own;
         for (const Json& shown : overviews[i].value("shown", Json::array())) {
-            own.push_back(shown["name"].get<std::string>());
+            own.push_back(shown.at("name").get<std::string>());
         }
         const std::set<std::string> known(own.begin(), own.end());
         if (i == 0) names = std::move(own);

@@ -23,7 +23,7 @@ class Cards {
         const auto figures = summary.find("figures");
         if (figures == summary.end()) return;
         for (const Json& row : *figures) {
-            if (row["value"].is_number()) figures_.emplace(row["name"].get<std::string>(), &row);
+            if (row.at("value").is_number()) figures_.emplace(row.at("name").get<std::string>(), &row);
         }
         years_ = summary.value("steps_run", 0.0) / kDaysPerYear;
     }
@@ -44,7 +44,7 @@ class Cards {
   private:
     std::optional<double> figure(const std::string& name) const {
         const auto found = figures_.find(name);
-        return found == figures_.end() ? std::nullopt : std::optional((*found->second)["value"].get<double>());
+        return found == figures_.end() ? std::nullopt : std::optional(found->second->at("value").get<double>());
     }
 
     std::optional<double> total(const char* name) const {
@@ -145,14 +145,14 @@ class Cards {
         const Json* longest = nullptr;
         for (const auto& [name, row] : figures_) {
             if (!name.ends_with(kEnding)) continue;
-            if (!longest || (*row)["value"].get<double>() > (*longest)["value"].get<double>()) longest = row;
+            if (!longest || row->at("value").get<double>() > longest->at("value").get<double>()) longest = row;
         }
         if (!longest) return;
-        Json card{{"id", "shortage"}, {"label", "Longest shortage"}, {"value", (*longest)["value"]}, {"unit", "d"}};
-        const std::string name = (*longest)["name"].get<std::string>();
-        if ((*longest)["value"].get<double>() > 0) {
-            card["from"] = (*longest)["from"];
-            card["to"] = (*longest)["to"];
+        Json card{{"id", "shortage"}, {"label", "Longest shortage"}, {"value", longest->at("value")}, {"unit", "d"}};
+        const std::string name = longest->at("name").get<std::string>();
+        if (longest->at("value").get<double>() > 0) {
+            card["from"] = longest->at("from");
+            card["to"] = longest->at("to");
             card["note"] = fmt::format("{}, {}", name.substr(0, name.size() - kEnding.size()),
                                        period(card["from"].get<std::string>(), card["to"].get<std::string>()));
         }
@@ -175,7 +175,7 @@ class Cards {
     std::string currency() const {
         const auto found = figures_.find("network.yearly_cost");
         if (found == figures_.end()) return {};
-        const std::string unit = (*found->second)["unit"].get<std::string>();
+        const std::string unit = found->second->at("unit").get<std::string>();
         return unit.substr(0, unit.find('/'));
     }
 
@@ -215,9 +215,9 @@ class Cards {
         const auto account = summary_.find("account");
         if (account == summary_.end() || account->empty()) return;
         for (const Json& row : *account) {
-            if (!row["litres"].is_number()) return;
-            if (row["kind"] == "unexplained") litres += row["litres"].get<double>();
-            if (row["side"] == "in") total += row["litres"].get<double>();
+            if (!row.at("litres").is_number()) return;
+            if (row.at("kind") == "unexplained") litres += row.at("litres").get<double>();
+            if (row.at("side") == "in") total += row.at("litres").get<double>();
         }
         add({{"id", "unexplained"}, {"label", "Unexplained water"}, {"value", litres}, {"unit", "L"}});
         cards_.back()["note"] =

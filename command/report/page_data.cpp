@@ -70,15 +70,17 @@ Json accountOf(const Json& summary) {
     Json rows = Json::array();
     for (const Json& entry : given) {
         auto same = std::find_if(rows.begin(), rows.end(), [&](const Json& row) {
-            return row["side"] == entry["side"] && row["kind"] == entry["kind"];
+            return row.at("side") == entry.at("side") && row.at("kind") == entry.at("kind");
         });
         if (same == rows.end()) {
-            rows.push_back({{"side", entry["side"]}, {"kind", entry["kind"]}, {"litres", 0.0}, {"components", 0}});
+            rows.push_back(
+                {{"side", entry.at("side")}, {"kind", entry.at("kind")}, {"litres", 0.0}, {"components", 0}});
             same = rows.end() - 1;
         }
         Json& row = *same;
-        if (entry["litres"].is_number()) row["litres"] = row["litres"].get<double>() + entry["litres"].get<double>();
-        row["components"] = row["components"].get<int>() + 1;
+        if (entry.at("litres").is_number())
+            row["litres"] = row.at("litres").get<double>() + entry.at("litres").get<double>();
+        row["components"] = row.at("components").get<int>() + 1;
     }
     return rows;
 }
@@ -164,9 +166,9 @@ Json pageData(const PageSource& source) {
     addRows(
         summary, "balance", [](const Json&) { return true; }, page);
     addRows(
-        summary, "figures", [](const Json& row) { return !row["value"].is_null(); }, page);
+        summary, "figures", [](const Json& row) { return !row.at("value").is_null(); }, page);
     addRows(
-        summary, "potentials", [](const Json& row) { return !isNothing(row["total"]); }, page);
+        summary, "potentials", [](const Json& row) { return !isNothing(row.at("total")); }, page);
     page["made"] = madeOf(summary);
     return page;
 }

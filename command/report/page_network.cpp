@@ -29,7 +29,8 @@ class NetworkData {
         const auto flows = summary.find("flows");
         if (flows == summary.end()) return;
         for (const Json& flow : *flows) {
-            if (flow["total"].is_number()) totals_[flow["name"].get<std::string>()] = flow["total"].get<double>();
+            if (flow.at("total").is_number())
+                totals_[flow.at("name").get<std::string>()] = flow.at("total").get<double>();
         }
     }
 
@@ -154,15 +155,15 @@ class NetworkData {
         std::map<std::string, Json, std::less<>> figures;
         if (const auto rows = summary.find("figures"); rows != summary.end()) {
             for (const Json& row : *rows) {
-                const std::string name = row["name"].get<std::string>();
+                const std::string name = row.at("name").get<std::string>();
                 const std::size_t dot = name.rfind('.');
-                if (dot == std::string::npos || row["value"].is_null()) continue;
-                figures[name.substr(0, dot)].push_back({name.substr(dot + 1), row["value"], row["unit"]});
+                if (dot == std::string::npos || row.at("value").is_null()) continue;
+                figures[name.substr(0, dot)].push_back({name.substr(dot + 1), row.at("value"), row.at("unit")});
             }
         }
         std::set<int> wanted;
         for (const Json& row : overview.value("shown", Json::array())) {
-            const std::string name = row["name"].get<std::string>();
+            const std::string name = row.at("name").get<std::string>();
             wanted.insert(model_.findComponent(name.substr(0, name.find(':'))));
         }
         for (int i = 0; i < static_cast<int>(model_.components.size()); ++i) {

@@ -51,11 +51,11 @@ class SeriesData {
         : source_(source), overview_(overview), stored_(source.folder, source.stored.files) {
         if (const auto flows = summary.find("flows"); flows != summary.end()) {
             for (const Json& flow : *flows) {
-                carries_[flow["name"].get<std::string>()] = flow["carries"].get<std::string>();
+                carries_[flow.at("name").get<std::string>()] = flow.at("carries").get<std::string>();
             }
         }
         for (const Json& row : overview.value("shown", Json::array())) {
-            if (row.value("first", false)) first_.insert(row["name"].get<std::string>());
+            if (row.value("first", false)) first_.insert(row.at("name").get<std::string>());
         }
         const auto& entries = stored_.entries();
         for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -112,7 +112,7 @@ class SeriesData {
     void addStores(Json& page, const std::vector<std::vector<float>>& values) {
         const std::size_t half = bytes_ / 2;
         for (std::size_t i = 0; i < values.size() && bytes_ > half; ++i) {
-            addPacked(page["stores"]["list"][i], values[i]);
+            addPacked(page.at("stores").at("list").at(i), values[i]);
         }
     }
 
@@ -127,8 +127,8 @@ class SeriesData {
     std::vector<std::size_t> entriesOfStores(const Json& page) const {
         std::vector<std::size_t> entries;
         if (!page.contains("stores")) return entries;
-        for (const Json& store : page["stores"]["list"]) {
-            const auto found = byName_.find({false, store["name"].get<std::string>() + ":storage"});
+        for (const Json& store : page.at("stores").at("list")) {
+            const auto found = byName_.find({false, store.at("name").get<std::string>() + ":storage"});
             if (found == byName_.end()) return {};  // of a file that somebody else has written
             entries.push_back(found->second);
         }
@@ -147,7 +147,7 @@ class SeriesData {
             return chosen;
         }
         for (const Json& row : overview_.value("shown", Json::array())) {
-            const auto found = byName_.find({false, row["name"].get<std::string>()});
+            const auto found = byName_.find({false, row.at("name").get<std::string>()});
             if (found != byName_.end()) chosen.push_back(found->second);
         }
         for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -208,19 +208,20 @@ class SeriesData {
     }
 
     static Json rowOfSum(const Json& sum) {
-        const std::string type = "type:" + sum["type"].get<std::string>();
-        const std::string of = sum.contains("group") ? "group:" + sum["group"].get<std::string>() + " " + type : type;
-        const std::string output = sum["output"].get<std::string>();
+        const std::string type = "type:" + sum.at("type").get<std::string>();
+        const std::string of =
+            sum.contains("group") ? "group:" + sum.at("group").get<std::string>() + " " + type : type;
+        const std::string output = sum.at("output").get<std::string>();
         Json row{{"name", of + ":" + (output.empty() ? "storage" : output)},
                  {"of", of},
                  {"quantity", output.empty() ? "storage" : "flow"}};
         if (const std::string carries = sum.value("carries", ""); !carries.empty() && carries != "either") {
             row["carries"] = carries;
         }
-        row["unit"] = sum["unit"];
+        row["unit"] = sum.at("unit");
         row["sum"] = !output.empty();
         std::vector<float> months;
-        for (const Json& value : sum["months"]) {
+        for (const Json& value : sum.at("months")) {
             months.push_back(value.is_number() ? value.get<float>() : std::numeric_limits<float>::quiet_NaN());
         }
         row["months"] = packed(months);

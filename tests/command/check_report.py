@@ -146,6 +146,26 @@ class Pictures(unittest.TestCase):
         self.assertEqual(empty.returncode, 1)
         self.assertIn("summary.json", empty.stderr)
 
+    def test_a_summary_without_one_of_its_keys(self):
+        """The page does without it, or a line says what the file lacks."""
+        self.make_report()
+        file = self.folder / "out" / "summary.json"
+        summary, refused = json.loads(file.read_text()), 0
+        for table, rows in summary.items():
+            if not isinstance(rows, list) or not rows or not isinstance(rows[0], dict):
+                continue
+            for key in list(rows[0]):
+                kept = rows[0].pop(key)
+                file.write_text(json.dumps(summary))
+                rows[0][key] = kept
+                with self.subTest(table=table, key=key):
+                    report = kesto("report", str(self.folder / "out"), "-o", str(self.folder / "report.html"))
+                    self.assertIn(report.returncode, (0, 1))
+                    if report.returncode == 1:
+                        refused += 1
+                        self.assertRegex(report.stderr, r"^kesto: error: .*summary\.json.*\n$")
+        self.assertGreater(refused, 5)
+
     def test_page_is_complete_in_itself(self):
         page = self.make_report()
         self.assertEqual("Permission is hereby granted" in page, CHARTS)
