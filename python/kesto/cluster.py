@@ -24,6 +24,7 @@ if TYPE_CHECKING:
 
 CHUNK_SECONDS = 2.0  # of work: shorter chunks cost the scheduler more, longer ones leave workers idle at the end
 _FIRST = 16  # members of the chunk that is timed
+_ATTEMPTS = 3  # to run chunks whose package is lost
 
 
 @dataclass(frozen=True, repr=False)
@@ -89,20 +90,42 @@ def run_chunks(plan: Plan, design: pandas.DataFrame, client: Any, keep: str | os
     """The whole design on the cluster of `client`; with `keep`, joined into that folder."""
     package = pack(plan, design)
     light = replace(plan, model=_Named(str(plan.model.path)))
-    # One copy on each worker, whatever the number of chunks.
-    sent = client.scatter(package, broadcast=True, hash=True)
-    futures: list[Any] = []
-    try:
-        count = min(_FIRST, len(design))
-        futures.append(client.submit(run_chunk, sent, light, 1, count, pure=False))
-        size = chunk_size(count, max(futures[0].result().seconds, 1e-3), len(design), _workers(client))
-        futures += [client.submit(run_chunk, sent, light, first, last, pure=False)
-                    for first, last in slices(count + 1, len(design), size)]
-        chunks = client.gather(futures)
-    except BaseException:
-        client.cancel(futures, force=True)
-        raise
+    workers = _Workers(client, package, light)
+    count = min(_FIRST, len(design))
+    chunks = workers.run([(1, count)])
+    size = chunk_size(count, max(chunks[0].seconds, 1e-3), len(design), workers.count())
+    chunks += workers.run(list(slices(count + 1, len(design), size)))
     return _gathered(chunks, keep)
+
+
+class _Workers:
+    """Those of a client. One copy of the package is sent to each, whatever the number of chunks."""
+
+    def __init__(self, client: Any, package: Package, plan: Plan) -> None:
+        self.client, self.package, self.plan = client, package, plan
+        self.sent = client.scatter(package, broadcast=True, hash=True)
+
+    def count(self) -> int:
+        return max(1, sum(int(threads) for threads in self.client.nthreads().values()))
+
+    def run(self, members: list[tuple[int, int]]) -> list[Chunk]:
+        """The chunks of these members, in order. dask runs a lost chunk again, but not what it was sent: where all workers
+        that had it are lost, it is sent again, under another name, since dask may not yet have forgotten the first."""
+        from concurrent.futures import CancelledError
+
+        attempts = 0
+        while True:
+            futures = [self.client.submit(run_chunk, self.sent, self.plan, first, last, pure=False) for first, last in members]
+            try:
+                return list(self.client.gather(futures))
+            except CancelledError:
+                attempts += 1
+                if attempts == _ATTEMPTS:
+                    raise
+                self.sent = self.client.scatter(self.package, broadcast=True, hash=False)
+            except BaseException:
+                self.client.cancel(futures, force=True)
+                raise
 
 
 class _Named:
@@ -110,10 +133,6 @@ class _Named:
 
     def __init__(self, path: str) -> None:
         self.path = path
-
-
-def _workers(client: Any) -> int:
-    return max(1, sum(int(threads) for threads in client.nthreads().values()))
 
 
 def chunk_size(members: int, seconds: float, design: int, workers: int) -> int:

@@ -21,6 +21,7 @@ def client():
     distributed = pytest.importorskip("distributed")
     with distributed.LocalCluster(host="127.0.0.1", n_workers=2, threads_per_worker=1, dashboard_address="127.0.0.1:0") as local:
         with distributed.Client(local) as client:
+            client.wait_for_workers(2)
             yield client
 
 
@@ -35,20 +36,23 @@ def test_a_thousand_members_equal_those_of_jobs(house, client):
     equal(house.sweep(design, record="tank:overflow", client=client), house.sweep(design, record="tank:overflow"))
 
 
-def test_a_lost_worker_changes_nothing(house, client, monkeypatch):
+@pytest.mark.parametrize("lost", [1, 2])
+def test_lost_workers_change_nothing(house, client, monkeypatch, lost):
+    """Also when all are lost, and with them the model that they were sent."""
     monkeypatch.setattr(cluster, "CHUNK_SECONDS", 0.2)
+    client.wait_for_workers(2)
     design = kesto.lhs(P, 600, seed=2)
     killed = []
 
     def kill():
-        (_, worker), *_ = client.run(os.getpid).items()
-        killed.append(worker)
-        os.kill(worker, signal.SIGKILL)
+        for worker in list(client.run(os.getpid).values())[:lost]:
+            killed.append(worker)
+            os.kill(worker, signal.SIGKILL)
 
     timer = threading.Timer(1.0, kill)
     timer.start()
     swept = house.sweep(design, record="tank:overflow", client=client)
-    assert killed and not timer.is_alive()  # while it ran
+    assert len(killed) == lost and not timer.is_alive()  # while it ran
     equal(swept, house.sweep(design, record="tank:overflow"))
 
 
