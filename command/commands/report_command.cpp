@@ -9,6 +9,7 @@
 #include "display.h"
 #include "draw.h"
 #include "files.h"
+#include "json_reading.h"
 #include "load.h"
 #include "output_file.h"
 #include "report.h"
@@ -85,12 +86,7 @@ std::vector<std::string> filesRead(const std::string& folder, const StoredResult
 // A summary that is JSON, and yet none of a run.
 template <class Work>
 auto readingSummary(const std::string& folder, const Work& work) {
-    try {
-        return work();
-    } catch (const nlohmann::json::exception& error) {
-        throw std::runtime_error(fmt::format("cannot read {}: it is not what \"kesto run\" writes: {}",
-                                             joined(folder, kSummaryFile), error.what()));
-    }
+    return readingJson(joined(folder, kSummaryFile), "kesto run", work);
 }
 
 int makePage(const ReportOptions& options, const StoredResults& stored) {

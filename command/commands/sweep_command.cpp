@@ -11,6 +11,7 @@
 #include "diagnostics_json.h"
 #include "display.h"
 #include "files.h"
+#include "json_reading.h"
 #include "model_reader.h"
 #include "platform.h"
 #include "progress_bar.h"
@@ -43,13 +44,16 @@ std::optional<Slice> sliceOf(const std::string& text, std::size_t members) {
     return isGood && slice.last <= members ? std::optional(slice) : std::nullopt;
 }
 
+// They may be those of an earlier sweep, as its file has them now.
 int show(const Json& members, const SweepOptions& options) {
-    if (options.json) {
-        std::cout << members.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-    } else if (!options.quiet) {
-        std::cout << sweepText(members, options.output);
-    }
-    return unfinishedIn(members) == 0 ? kGood : kRunFailed;
+    return readingJson(joined(options.output, kMembersFile), "kesto sweep", [&] {
+        if (options.json) {
+            std::cout << members.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        } else if (!options.quiet) {
+            std::cout << sweepText(members, options.output);
+        }
+        return unfinishedIn(members) == 0 ? kGood : kRunFailed;
+    });
 }
 
 int join(const SweepOptions& options) {
@@ -185,9 +189,8 @@ class Sweep {
     }
 
     void writeAll(const SweepParts& parts, SweepFolder& folder) {
-        const std::string table(kMembersTable);
-        const SweepSummary summary = writeMembersTable(folder.aside(table), cells(), slice_, folder.journal());
-        std::vector<WrittenFile> files{folder.fileAside(table)};
+        const SweepSummary summary = writeMembersTable(folder.aside(kMembersTable), cells(), slice_, folder.journal());
+        std::vector<WrittenFile> files{folder.fileAside(kMembersTable)};
         for (const std::string& part : parts.names()) {
             files.push_back(*find(folder.journal().parts(), part));
         }

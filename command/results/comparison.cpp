@@ -7,9 +7,10 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
 #include "files.h"
+#include "json_reading.h"
+#include "written_files.h"
 
 namespace kesto {
 
@@ -83,8 +84,8 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
 }
 
 ComparedRun readComparedRun(const std::string& folder) {
-    const std::string path = joined(folder, "summary.json");
-    try {
+    const std::string path = joined(folder, kSummaryFile);
+    return readingJson(path, "kesto run", [&] {
         const auto summary = nlohmann::json::parse(readFile(path, kLargestModel));
         const auto text = [&](const char* key) { return summary.at(key).get<std::string>(); };
         ComparedRun run{.name = folder,
@@ -110,9 +111,7 @@ ComparedRun readComparedRun(const std::string& folder) {
             run.units.push_back(row.at("unit").get<std::string>());
         }
         return run;
-    } catch (const nlohmann::json::exception& error) {
-        throw std::runtime_error(fmt::format("{} is no summary of a run: {}", path, error.what()));
-    }
+    });
 }
 
 Comparison compare(std::vector<ComparedRun> runs, bool withAlike) {

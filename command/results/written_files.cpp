@@ -60,7 +60,7 @@ nlohmann::ordered_json fileRows(const std::vector<WrittenFile>& files) {
 
 std::vector<WrittenFile> filesIn(const nlohmann::ordered_json& rows) {
     std::vector<WrittenFile> files;
-    for (const nlohmann::ordered_json& row : rows) {
+    for (const nlohmann::ordered_json& row : rows.get<nlohmann::ordered_json::array_t>()) {
         WrittenFile file{row.at("file"), row.at("bytes"), row.at("xxh128")};
         if (isPlainName(file.name)) files.push_back(std::move(file));
     }

@@ -14,6 +14,7 @@
 
 #include "csv_file.h"
 #include "files.h"
+#include "json_reading.h"
 #include "number_format.h"
 #include "sweep_files.h"
 
@@ -37,8 +38,8 @@ std::size_t numberIn(std::string_view text, const std::string& all) {
 
 CsvFile readTable(const std::string& folder) {
     Diagnostics diagnostics;
-    auto table = CsvFile::read(joined(folder, std::string(kMembersTable)),
-                               {std::make_shared<const std::string>(folder), 0, 0}, diagnostics);
+    auto table =
+        CsvFile::read(joined(folder, kMembersTable), {std::make_shared<const std::string>(folder), 0, 0}, diagnostics);
     if (table && !diagnostics.hasErrors()) return std::move(*table);
     std::ostringstream text;
     diagnostics.print(text);
@@ -49,6 +50,7 @@ class Members {
   public:
     explicit Members(const std::string& folder)
         : folder_(folder), table_(readTable(folder)), json_(Json::parse(readFile(path(), kLargestSummary))) {
+        if (table_.rows() == 0) failReading(joined(folder, kMembersTable), "kesto sweep", "it has no rows");
         for (std::size_t row = 0; row < table_.rows(); ++row) {
             rows_[numberIn(table_.cell(row, need("member")), std::string(table_.cell(row, 0)))] = row;
         }
@@ -57,7 +59,7 @@ class Members {
         }
     }
 
-    std::string path() const { return joined(folder_, std::string(kMembersFile)); }
+    std::string path() const { return joined(folder_, kMembersFile); }
     std::size_t size() const { return rows_.size(); }
 
     std::vector<std::size_t> first(std::size_t most) const {
@@ -169,6 +171,11 @@ class Members {
     std::vector<MemberColumn> columns_;
 };
 
+template <class Read>
+auto readingSweep(const std::string& folder, const Read& read) {
+    return readingJson(joined(folder, kMembersFile), "kesto sweep", [&] { return read(Members(folder)); });
+}
+
 }  // namespace
 
 std::vector<std::size_t> parseMembers(const std::string& text) {
@@ -190,22 +197,8 @@ std::vector<std::size_t> parseMembers(const std::string& text) {
 
 bool isSweep(const std::string& folder) {
     std::error_code error;
-    return std::filesystem::exists(pathOf(joined(folder, std::string(kMembersFile))), error);
+    return std::filesystem::exists(pathOf(joined(folder, kMembersFile)), error);
 }
-
-namespace {
-
-template <class Read>
-auto readingSweep(const std::string& folder, const Read& read) {
-    try {
-        return read(Members(folder));
-    } catch (const nlohmann::json::exception& error) {
-        throw std::runtime_error(
-            fmt::format("{} is not what a sweep writes: {}", joined(folder, std::string(kMembersFile)), error.what()));
-    }
-}
-
-}  // namespace
 
 ComparedSweep readComparedSweep(const std::string& folder, std::size_t most) {
     return readingSweep(folder, [&](const Members& sweep) { return sweep.sweep(most); });

@@ -20,6 +20,7 @@ using Json = nlohmann::ordered_json;
 
 // What a line tells of, its first character.
 constexpr char kColumns = 'c', kMember = 'm', kPart = 'p';
+constexpr std::size_t kBeforeValues = 6;  // fields of a member's line before its figures
 
 [[noreturn]] void fail(const std::string& path, const std::error_code& error) {
     throw std::runtime_error(fmt::format("cannot write {}: {}", path, reasonOf(error)));
@@ -54,15 +55,6 @@ std::string toLine(const MemberColumns& columns) {
     return fmt::format("{}\t{}\t{}\n", kColumns, columns.key, all.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
-MemberColumns columnsIn(const std::vector<std::string_view>& fields) {
-    MemberColumns columns;
-    columns.key = numberIn(fields.at(1));
-    for (const Json& column : Json::parse(fields.at(2))) {
-        columns.all.push_back({column.at(0), column.at(1)});
-    }
-    return columns;
-}
-
 }  // namespace
 
 Journal::Journal(const std::string& path, const std::string& madeOf, std::size_t first, std::size_t last)
@@ -92,25 +84,49 @@ bool Journal::takeUp(const std::string& madeOf) {
     std::string line;
     if (!std::getline(file, line) || file.eof() || line != madeOf) return false;
     end_ = line.size() + 1;
-    while (std::getline(file, line) && !file.eof()) {
-        take(line, end_);
+    for (std::size_t number = 2; std::getline(file, line) && !file.eof(); ++number) {
+        if (!take(line, end_)) {
+            throw std::runtime_error(
+                fmt::format("cannot read {}: line {} is broken; remove the folder, or choose another", path_, number));
+        }
         end_ += line.size() + 1;
     }
     return true;
 }
 
-void Journal::take(std::string_view line, std::uint64_t begin) {
+// False where the line is none that add() or addPart() has written.
+bool Journal::take(std::string_view line, std::uint64_t begin) {
     const std::vector<std::string_view> fields = fieldsOf(line);
-    if (line.starts_with(kColumns)) {
-        columns_.push_back(columnsIn(fields));
-    } else if (line.starts_with(kPart)) {
-        parts_.push_back({std::string(fields.at(1)), numberIn(fields.at(2)), std::string(fields.at(3))});
-    } else {
-        const std::size_t member = numberIn(fields.at(1));
-        const std::size_t columns = numberIn(fields.at(2));
-        if (member < first_ || member - first_ >= lines_.size()) return;
-        lines_[member - first_] = {begin, static_cast<std::uint32_t>(line.size()), static_cast<std::uint32_t>(columns)};
+    if (line.starts_with(kColumns)) return takeColumns(fields);
+    if (line.starts_with(kPart)) {
+        if (fields.size() != 4) return false;
+        parts_.push_back({std::string(fields[1]), numberIn(fields[2]), std::string(fields[3])});
+        return true;
     }
+    const bool isMember = line.starts_with(kMember) && fields.size() >= kBeforeValues && Json::accept(fields[4]) &&
+                          (fields[5].empty() || Json::accept(fields[5]));
+    const std::size_t columns = isMember ? numberIn(fields[2]) : 0;
+    if (!isMember || columns >= columns_.size()) return false;
+    if (fields.size() != kBeforeValues + columns_[columns].all.size()) return false;
+    const std::size_t member = numberIn(fields[1]);
+    if (member < first_ || member - first_ >= lines_.size()) return true;  // of another slice
+    lines_[member - first_] = {begin, static_cast<std::uint32_t>(line.size()), static_cast<std::uint32_t>(columns)};
+    return true;
+}
+
+bool Journal::takeColumns(const std::vector<std::string_view>& fields) {
+    if (fields.size() != 3) return false;
+    MemberColumns columns;
+    columns.key = numberIn(fields[1]);
+    try {
+        for (const Json& column : Json::parse(fields[2])) {
+            columns.all.push_back({column.at(0), column.at(1)});
+        }
+    } catch (const Json::exception&) {
+        return false;
+    }
+    columns_.push_back(std::move(columns));
+    return true;
 }
 
 void Journal::append(const std::string& line) {
@@ -150,7 +166,7 @@ Journal::Row Journal::read(std::size_t member) const {
     if (!reader_.read(line.data(), at.length)) throw std::runtime_error(fmt::format("cannot read {}", path_));
     const std::vector<std::string_view> fields = fieldsOf(line);
     Row row{std::string(fields.at(3)), Json::parse(fields.at(4)), std::string(fields.at(5)), {}, at.columns};
-    row.values.assign(fields.begin() + 6, fields.end());
+    row.values.assign(fields.begin() + kBeforeValues, fields.end());
     return row;
 }
 

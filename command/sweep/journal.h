@@ -51,7 +51,8 @@ class Journal {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     bool takeUp(const std::string& madeOf);
-    void take(std::string_view line, std::uint64_t begin);
+    bool take(std::string_view line, std::uint64_t begin);
+    bool takeColumns(const std::vector<std::string_view>& fields);
     void append(const std::string& line);
 
     std::string path_;

@@ -29,8 +29,13 @@ void moveTo(const std::string& from, const std::string& to) {
     }
 }
 
+// "tank.size=3, roof.size=50" of what was given once or several times.
 std::string listed(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
+    std::string text;
+    for (const Json& one : value.is_array() ? value : Json::array({value})) {
+        text += (text.empty() ? "" : ", ") + (one.is_string() ? one.get<std::string>() : one.dump());
+    }
+    return text.empty() ? "not given" : text;
 }
 
 // Files that are there in one list and not, or with another checksum, in the other.
@@ -100,16 +105,16 @@ SweepFolder::SweepFolder(const std::string& path, Json madeOf, const Slice& slic
     takeUpParts();
 }
 
-std::string SweepFolder::inHidden(const std::string& name) const {
+std::string SweepFolder::inHidden(std::string_view name) const {
     return joined(hidden_.path, name);
 }
 
-std::string SweepFolder::aside(const std::string& name) const {
+std::string SweepFolder::aside(std::string_view name) const {
     return inHidden(name);
 }
 
-WrittenFile SweepFolder::fileAside(const std::string& name) const {
-    return fileAt(hidden_.path, name);
+WrittenFile SweepFolder::fileAside(std::string_view name) const {
+    return fileAt(hidden_.path, std::string(name));
 }
 
 // What an earlier sweep has left, finished or not.
@@ -146,16 +151,17 @@ void SweepFolder::refuse(const Json& other) const {
     std::string why;
     const auto add = [&](const std::string& reason) { why += (why.empty() ? "" : "; ") + reason; };
     try {
-        if (other.at("kesto") != madeOf_["kesto"]) {
+        if (other.at("kesto") != madeOf_.at("kesto")) {
             add(fmt::format("kesto {} made it, and this is kesto {}", listed(other.at("kesto")), KESTO_VERSION));
         }
-        if (other.at("inputs") != madeOf_["inputs"]) add(changedInputs(madeOf_["inputs"], other.at("inputs")));
-        if (other.at("design") != madeOf_["design"]) {
+        if (other.at("inputs") != madeOf_.at("inputs")) add(changedInputs(madeOf_.at("inputs"), other.at("inputs")));
+        if (other.at("design") != madeOf_.at("design")) {
             add(fmt::format("its design of {} members is another", other.at("design").at("members").dump()));
         }
-        if (other.at("options") != madeOf_["options"]) add(changedOptions(madeOf_["options"], other.at("options")));
+        if (other.at("options") != madeOf_.at("options"))
+            add(changedOptions(madeOf_.at("options"), other.at("options")));
         const Json& members = other.at("members");
-        if (members != madeOf_["members"]) {
+        if (members != madeOf_.at("members")) {
             add(fmt::format("it holds members {} to {}", members.at(0).dump(), members.at(1).dump()));
         }
     } catch (const nlohmann::json::exception&) {
@@ -205,7 +211,7 @@ void SweepFolder::movePart(const std::string& name) {
 }
 
 void SweepFolder::finish(const Json& members) {
-    moveTo(aside(std::string(kMembersTable)), joined(path_, kMembersTable));
+    moveTo(aside(kMembersTable), joined(path_, kMembersTable));
     replaceFile(joined(path_, kMembersFile), members.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     journal_.reset();
     fs::remove(pathOf(inHidden(kJournal)));

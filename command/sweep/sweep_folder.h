@@ -32,8 +32,8 @@ class SweepFolder {
     bool hasPart(const std::string& name) const;
 
     // Where a file is written before it is moved into the folder.
-    std::string aside(const std::string& name) const;
-    WrittenFile fileAside(const std::string& name) const;
+    std::string aside(std::string_view name) const;
+    WrittenFile fileAside(std::string_view name) const;
     void addPart(const std::string& name);  // one that stands aside
 
     // Moves the table, which stands aside, into the folder, and writes members.json.
@@ -49,7 +49,7 @@ class SweepFolder {
         std::string path;
         std::unique_ptr<FileLock> lock;
     };
-    std::string inHidden(const std::string& name) const;
+    std::string inHidden(std::string_view name) const;
     void readEarlier();
     void expectSame() const;
     void removeEarlier();

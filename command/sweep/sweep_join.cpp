@@ -10,6 +10,7 @@
 
 #include "csv_file.h"
 #include "files.h"
+#include "json_reading.h"
 #include "number_format.h"
 #include "sweep_csv.h"
 #include "sweep_folder.h"
@@ -25,22 +26,45 @@ using Json = nlohmann::ordered_json;
 // The results of one slice, which are as they were written.
 struct SliceResults {
     std::string folder;
-    Json members;  // members.json
+    Json made;  // what it is made of
     Slice slice;
+    std::size_t all;  // members of the whole design
+    SweepSubject subject;
+    std::vector<std::string> keys;
+    MemberColumns columns;
+    Findings findings;
     std::vector<WrittenFile> files;
 };
 
+MemberColumns columnsIn(const Json& rows) {
+    MemberColumns columns;
+    for (const Json& column : rows) {
+        columns.all.push_back({column.at("name"), column.at("unit")});
+        if (column.at("key")) ++columns.key;
+    }
+    return columns;
+}
+
+SliceResults sliceIn(const Json& members, const std::string& folder) {
+    const Json& made = members.at("made_of");
+    const Json& ends = made.at("members");
+    SliceResults results{.folder = folder,
+                         .made = made,
+                         .slice = {ends.at(0), ends.at(1)},
+                         .all = made.at("design").at("members"),
+                         .subject = {members.at("model"), members.at("title"), members.at("design_table")},
+                         .keys = members.at("keys"),
+                         .columns = columnsIn(members.at("columns")),
+                         .findings = Findings(members.at("design_table").get<std::string>()),
+                         .files = filesIn(members.at("files"))};
+    results.findings.add(members.at("warnings"));
+    return results;
+}
+
 SliceResults readSlice(const std::string& folder) {
     const std::string path = joined(folder, kMembersFile);
-    SliceResults results{folder, {}, {}, {}};
-    try {
-        results.members = Json::parse(readFile(path, kLargestSummary));
-        const Json& ends = results.members.at("made_of").at("members");
-        results.slice = {ends.at(0), ends.at(1)};
-        results.files = filesIn(results.members.at("files"));
-    } catch (const nlohmann::json::exception&) {
-        throw std::runtime_error(fmt::format("{} is none that a sweep has written", path));
-    }
+    SliceResults results =
+        readingJson(path, "kesto sweep", [&] { return sliceIn(Json::parse(readFile(path, kLargestSummary)), folder); });
     for (const WrittenFile& file : results.files) {
         if (!isThere(folder, file) || fileAt(folder, file.name).checksum != file.checksum) {
             throw std::runtime_error(fmt::format("{} is not as the sweep has written it", joined(folder, file.name)));
@@ -49,8 +73,9 @@ SliceResults readSlice(const std::string& folder) {
     return results;
 }
 
+// Of all slices of one sweep the same.
 Json withoutMembers(const SliceResults& slice) {
-    Json made = slice.members.at("made_of");
+    Json made = slice.made;
     made.erase("members");
     return made;
 }
@@ -68,7 +93,7 @@ std::vector<SliceResults> readSlices(const std::vector<std::string>& folders) {
     }
     std::sort(slices.begin(), slices.end(),
               [](const SliceResults& a, const SliceResults& b) { return a.slice.first < b.slice.first; });
-    const std::size_t all = slices.front().members.at("made_of").at("design").at("members");
+    const std::size_t all = slices.front().all;
     std::size_t next = 1;
     for (const SliceResults& one : slices) {
         if (one.slice.first > next) break;
@@ -85,14 +110,10 @@ std::vector<SliceResults> readSlices(const std::vector<std::string>& folders) {
 // The table of a slice, whose rows go into the journal of the whole.
 class SliceTable {
   public:
-    explicit SliceTable(const SliceResults& slice) : keys_(slice.members.at("keys").size()) {
+    explicit SliceTable(const SliceResults& slice) : keys_(slice.keys.size()), columns_(slice.columns) {
         Diagnostics diagnostics;
         const std::string path = joined(slice.folder, kMembersTable);
         csv_ = CsvFile::parse(readFile(path, kLargestTable), path, diagnostics);
-        for (const Json& column : slice.members.at("columns")) {
-            columns_.all.push_back({column.at("name"), column.at("unit")});
-            if (column.at("key")) ++columns_.key;
-        }
         if (!csv_ || !csv_->isWhole() || csv_->rows() != slice.slice.size() ||
             csv_->columns().size() != keys_ + 3 + columns_.all.size()) {
             throw std::runtime_error(fmt::format("{} does not have the rows of its sweep", path));
@@ -122,8 +143,8 @@ class SliceTable {
 
   private:
     std::size_t keys_;
-    std::optional<CsvFile> csv_;
     MemberColumns columns_;
+    std::optional<CsvFile> csv_;
 };
 
 // Parts by name, each with the slices that hold members of it.
@@ -151,6 +172,11 @@ void joinPart(const std::string& name, const std::vector<const SliceResults*>& s
     std::size_t count = 0;
     for (const SliceResults* slice : slices) {
         readers.push_back(std::make_unique<SweepPartReader>(joined(slice->folder, name)));
+        const SweepPartReader& first = *readers.front();
+        if (readers.back()->shape() != first.shape() || readers.back()->first() != first.first() + count) {
+            throw std::runtime_error(fmt::format("cannot read {}: its members, days or flows do not follow those of {}",
+                                                 joined(slice->folder, name), joined(slices.front()->folder, name)));
+        }
         count += readers.back()->count();
     }
     SweepPart part(readers.front()->shape(), readers.front()->first(), count);
@@ -163,40 +189,25 @@ void joinPart(const std::string& name, const std::vector<const SliceResults*>& s
     folder.addPart(name);
 }
 
-}  // namespace
-
-Json joinSlices(const std::vector<std::string>& folders, const std::string& output, bool restart) {
-    const std::vector<SliceResults> slices = readSlices(folders);
-    const Json& first = slices.front().members;
-    Json made = first.at("made_of");
-    const Slice whole{1, made.at("design").at("members")};
-    made["members"] = {whole.first, whole.last};
-    const auto parts = partsOf(slices);
-    std::vector<std::string> names, inputs;
-    for (const auto& [name, of] : parts) {
-        names.push_back(name);
-        for (const SliceResults* slice : of) {
-            inputs.push_back(joined(slice->folder, name));
+// All that a join reads.
+std::vector<std::string> filesOf(const std::vector<SliceResults>& slices) {
+    std::vector<std::string> files;
+    for (const SliceResults& slice : slices) {
+        files.push_back(joined(slice.folder, kMembersFile));
+        for (const WrittenFile& file : slice.files) {
+            files.push_back(joined(slice.folder, file.name));
         }
     }
-    for (const SliceResults& slice : slices) {
-        inputs.push_back(joined(slice.folder, kMembersTable));
-        inputs.push_back(joined(slice.folder, kMembersFile));
-    }
-    SweepFolder folder(output, made, whole, inputs, names, restart);
-    if (folder.finished()) return *folder.finished();
+    return files;
+}
 
-    Findings findings(first.at("design_table").get<std::string>());
-    std::vector<SliceTable> tables;
-    for (const SliceResults& slice : slices) {
-        tables.emplace_back(slice);
-        for (std::size_t member = slice.slice.first; member <= slice.slice.last; ++member) {
-            folder.journal().add(member, tables.back().result(member - slice.slice.first));
+// Puts the rows of all slices into the journal, and writes them as one table.
+SweepSummary joinTables(const std::vector<SliceResults>& slices, const std::vector<SliceTable>& tables,
+                        const Slice& whole, SweepFolder& folder) {
+    for (std::size_t i = 0; i < slices.size(); ++i) {
+        for (std::size_t row = 0; row < slices[i].slice.size(); ++row) {
+            folder.journal().add(slices[i].slice.first + row, tables[i].result(row));
         }
-        findings.add(slice.members.at("warnings"));
-    }
-    for (const auto& [name, of] : parts) {
-        if (!folder.hasPart(name)) joinPart(name, of, folder);
     }
     const auto cellsOf = [&](std::size_t member) {
         std::size_t slice = slices.size() - 1;
@@ -204,15 +215,39 @@ Json joinSlices(const std::vector<std::string>& folders, const std::string& outp
             --slice;
         return tables[slice].cells(member - slices[slice].slice.first);
     };
-    const std::string table(kMembersTable);
-    const SweepSummary summary = writeMembersTable(
-        folder.aside(table), {first.at("keys").get<std::vector<std::string>>(), cellsOf}, whole, folder.journal());
-    std::vector<WrittenFile> files{folder.fileAside(table)};
+    return writeMembersTable(folder.aside(kMembersTable), {slices.front().keys, cellsOf}, whole, folder.journal());
+}
+
+}  // namespace
+
+Json joinSlices(const std::vector<std::string>& folders, const std::string& output, bool restart) {
+    const std::vector<SliceResults> slices = readSlices(folders);
+    const SliceResults& first = slices.front();
+    const std::vector<SliceTable> tables(slices.begin(), slices.end());
+    const Slice whole{1, first.all};
+    Json made = first.made;
+    made["members"] = {whole.first, whole.last};
+    const auto parts = partsOf(slices);
+    std::vector<std::string> names;
+    for (const auto& [name, of] : parts) {
+        names.push_back(name);
+    }
+    SweepFolder folder(output, made, whole, filesOf(slices), names, restart);
+    if (folder.finished()) return *folder.finished();
+
+    for (const auto& [name, of] : parts) {
+        if (!folder.hasPart(name)) joinPart(name, of, folder);
+    }
+    const SweepSummary summary = joinTables(slices, tables, whole, folder);
+    Findings findings(first.subject.designTable);
+    for (const SliceResults& slice : slices) {
+        findings.add(slice.findings.rows());
+    }
+    std::vector<WrittenFile> files{folder.fileAside(kMembersTable)};
     for (const std::string& name : names) {
         files.push_back(*find(folder.journal().parts(), name));
     }
-    const SweepSubject subject{first.at("model"), first.at("title"), first.at("design_table")};
-    folder.finish(membersJson(subject, made, summary, findings, files));
+    folder.finish(membersJson(first.subject, made, summary, findings, files));
     return *folder.finished();
 }
 

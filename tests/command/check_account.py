@@ -11,13 +11,13 @@ import json
 import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
 import xarray
 
-EXAMPLES = pathlib.Path(sys.argv.pop()).resolve()
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder, KESTO
+
+EXAMPLES = pathlib.Path(sys.argv.pop(1)).resolve()
 
 HEAD = """kesto_model = 1
 [simulation]
@@ -83,18 +83,12 @@ SHORT = (HEAD.format(end="2012-01-09") + """[groups.house]
 SHORT = SHORT.replace('"WEEK"', "{ weekly = [15, 0, 15, 0, 15, 0, 15] }")
 
 
-class Account(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
+class Account(InFolder):
     def kesto(self, model, *options):
         if "\n" in str(model):
-            (self.folder / "model.toml").write_text(model)
+            self.write(model)
             model = self.folder / "model.toml"
-        return subprocess.run([KESTO, "run", str(model), *options], cwd=self.folder, capture_output=True, text=True,
-                              timeout=120)
+        return super().kesto("run", model, *options)
 
     def summary(self, model, *options):
         done = self.kesto(model, "--json", *options)

@@ -7,13 +7,12 @@ usage: check_balance.py KESTO EXAMPLES"""
 import csv
 import json
 import pathlib
-import subprocess
 import sys
-import tempfile
 import unittest
 
-EXAMPLES = pathlib.Path(sys.argv.pop()).resolve()
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder
+
+EXAMPLES = pathlib.Path(sys.argv.pop(1)).resolve()
 
 HOUSE = """kesto_model = 1
 [simulation]
@@ -132,15 +131,9 @@ COLUMNS = ("in", "rain", "drawn", "released", "taken_for_delivered", "created", 
            "destroyed", "storage_change", "error")
 
 
-class Balance(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
+class Balance(InFolder):
     def kesto(self, model, *options):
-        return subprocess.run([KESTO, "run", str(model), "--balance", *options], cwd=self.folder, capture_output=True,
-                              text=True, timeout=120)
+        return super().kesto("run", model, "--balance", *options)
 
     def rows(self, model, *options):
         done = self.kesto(model, "--json", "--strict", *options)
@@ -192,8 +185,7 @@ class Balance(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         with open(self.folder / "out" / "flows.csv", newline="") as file:
             self.assertEqual(next(csv.reader(file)), ["date", "tank:overflow [L]", "river [L]"])
-        with open(self.folder / "out" / "balance.csv", newline="") as file:
-            rows = list(csv.DictReader(file))
+        rows = self.csv_rows("out/balance.csv")
         self.assertEqual({row["state"] for row in rows}, {"balanced"})
         self.assertIn("Balance", done.stdout)
 

@@ -6,60 +6,18 @@ usage: check_compare.py KESTO"""
 import base64
 import csv
 import json
-import pathlib
 import re
 import shutil
 import struct
-import subprocess
-import sys
-import tempfile
 import unittest
 
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
-
-MODEL = """kesto_model = 1
-title = "Tank"
-[simulation]
-start = 2012-01-02
-end = 2012-01-05
-[groups.house]
-[[components]]
-name = "rain"
-type = "demand_source"
-demand = 4
-[[components]]
-name = "asked"
-type = "demand_source"
-demand = 10
-[[components]]
-name = "tank"
-type = "tank"
-group = "house"
-size = 20
-initial_storage = 8
-[[connections]]
-from = "rain"
-to = "tank:inflow"
-[[connections]]
-from = "asked"
-to = "tank:demand"
-[scenarios.small]
-title = "Half the demand"
-asked.demand = 5
-[scenarios.full]
-tank.initial_storage = 20
-"""
+from running import InFolder, TANK
 
 
-class Compare(unittest.TestCase):
+class Compare(InFolder):
     def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-        (self.folder / "model.toml").write_text(MODEL)
-
-    def kesto(self, *arguments):
-        return subprocess.run([KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=60)
+        super().setUp()
+        self.write(TANK)
 
     def run_into(self, folder, *options):
         done = self.kesto("run", "-q", "model.toml", "-o", folder, *options)
@@ -128,10 +86,16 @@ class Compare(unittest.TestCase):
             done = self.kesto("compare", "sweep", "--members", members)
             self.assertEqual((done.returncode, done.stdout), (2, ""))
             self.assertIn(text, done.stderr)
+        rows = (self.folder / "sweep/members.csv").read_text()
+        (self.folder / "sweep/members.csv").write_text(rows.splitlines()[0] + "\n")
+        self.assertIn('sweep/members.csv: it is not what "kesto sweep" writes: it has no rows',
+                      self.kesto("compare", "sweep", "--members", "1").stderr)
+        (self.folder / "sweep/members.csv").write_text(rows)
         (self.folder / "sweep" / "members.json").write_text("{}")
         done = self.kesto("compare", "sweep")
         self.assertEqual(done.returncode, 2)
-        self.assertIn("sweep/members.json is not what a sweep writes", done.stderr)
+        self.assertIn("cannot read sweep/members.json: it is not what \"kesto sweep\" writes: key 'columns' not found; expected a folder",
+                      done.stderr)
         self.run_into("a")
         self.assertEqual(self.kesto("compare", "a", "a", "--members", "1").returncode, 2)
 
@@ -156,10 +120,10 @@ class Compare(unittest.TestCase):
         self.assertEqual(self.kesto("compare", "a", "b").stderr,
                          "kesto compare: warning: the runs are over different periods: a 2012-01-02 to 2012-01-05, "
                          "b 2012-01-02 to 2012-01-04\n")
-        (self.folder / "model.toml").write_text(MODEL.replace("size = 20", "size = 30"))
+        self.write(TANK.replace("size = 20", "size = 30"))
         self.run_into("c")
         self.assertIn("the runs are of different versions of the model file: a ", self.kesto("compare", "a", "c").stderr)
-        (self.folder / "other.toml").write_text(MODEL)
+        (self.folder / "other.toml").write_text(TANK)
         self.kesto("run", "-q", "other.toml", "-o", "d")
         self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "d").stderr)
         self.assertIn("No figure differs.", self.kesto("compare", "a", "a").stdout)
@@ -226,8 +190,7 @@ class Compare(unittest.TestCase):
         self.assertEqual(keys["rain.demand"]["values"], [4, None, 5])
         self.assertEqual(keys["asked.demand"]["values"], ["1 L", "0.002 m3", "3 L"])
         self.assertEqual(page["sweep"]["members"], [1, 2, 3])
-        with open(self.folder / "sweep" / "members.csv", newline="") as file:
-            rows = list(csv.DictReader(file))
+        rows = self.csv_rows("sweep/members.csv")
         figures = {figure["name"]: figure["values"] for figure in page["sweep"]["figures"]}
         self.assertEqual(figures["network.used"], [float(row["network.used"]) for row in rows])
         self.assertNotIn("network.rain", figures)
@@ -265,11 +228,17 @@ class Compare(unittest.TestCase):
         self.assertEqual((done.returncode, done.stdout), (2, ""))
         self.assertIn("b: error: cannot read b/summary.json: No such file or directory", done.stderr)
         (self.folder / "b").mkdir()
-        for text in ("{", "[]", '{"title": 3}', '{"title": "a"}'):
+        whole = self.json_in("a/summary.json")
+        for text, reason in (("", "parse error at line 1"), ("[]", "expected keys or a list, found array"),
+                             ("5", "expected keys or a list, found number"),
+                             ('{"title": 3}', "type must be string, but is number"),
+                             ('{"title": "a"}', "key 'model_file' not found"),
+                             (json.dumps({**whole, "figures": [{}]}), "key 'value' not found"),
+                             (json.dumps({**whole, "set": 3}), "type must be string, but is number")):
             (self.folder / "b" / "summary.json").write_text(text)
             done = self.kesto("compare", "a", "b")
             self.assertEqual((done.returncode, done.stdout), (2, ""), text)
-            self.assertIn("b: error: b/summary.json is no summary of a run", done.stderr)
+            self.assertIn(f'b: error: cannot read b/summary.json: it is not what "kesto run" writes: {reason}', done.stderr)
         self.assertEqual(self.kesto("compare", "a").returncode, 2)
         done = self.kesto("compare", "a", "a", "--set", "tank.size=3")
         self.assertEqual(done.returncode, 2)

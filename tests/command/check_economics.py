@@ -9,12 +9,11 @@ import os
 import pathlib
 import signal
 import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder, KESTO, SCARCE
+
 DAYS = 10
 YEARS = DAYS / 365.25
 
@@ -104,29 +103,10 @@ to = "garden"
 """
 
 # The baseline asks for more than the intake may deliver.
-SCARCE = """kesto_model = 1
-[simulation]
-start = 2012-01-01
-end = 2012-01-05
-stop_on_infeasible = true
-[economics]
+THIRSTY = SCARCE + """[economics]
 baseline = "thirsty"
 [scenarios.thirsty]
 asked.demand = 30
-[brands.intake]
-daily_capacity = 10
-loss_fraction = 0.1
-[[components]]
-name = "asked"
-type = "demand_source"
-demand = 3
-[[components]]
-name = "intake"
-type = "abstraction"
-brand = "intake"
-[[connections]]
-from = "asked"
-to = "intake"
 """
 
 
@@ -136,17 +116,9 @@ def annuity(capital, interest, years):
     return capital * interest * growth / (growth - 1)
 
 
-class Economics(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
-    def kesto(self, *arguments):
-        return subprocess.run([KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=60)
-
+class Economics(InFolder):
     def run_model(self, *options, text=MODEL):
-        (self.folder / "model.toml").write_text(text)
+        self.write(text)
         done = self.kesto("run", "model.toml", "--json", *options)
         self.assertEqual(done.returncode, 0, done.stderr)
         rows = json.loads(done.stdout)["figures"]
@@ -251,12 +223,11 @@ to = "garden"
         self.same(counted, network__yearly_cost=apart["network.yearly_cost"] + capacity)
 
     def test_sweeps_and_comparisons_have_them(self):
-        (self.folder / "model.toml").write_text(MODEL)
+        self.write(MODEL)
         done = self.kesto("sweep", "model.toml", "--vary", "tank.size=1 m3,2 m3", "--vary", "economics.sewage_price=2,5",
                           "-o", "sweep")
         self.assertEqual(done.returncode, 0, done.stderr)
-        with open(self.folder / "sweep" / "members.csv", newline="") as file:
-            rows = list(csv.DictReader(file))
+        rows = self.csv_rows("sweep/members.csv")
         self.assertEqual([float(row["network.capital"]) for row in rows], [1200, 1200, 1600, 1600])
         ratio = float(rows[1]["network.sewage_cost"]) / float(rows[0]["network.sewage_cost"])
         self.assertAlmostEqual(ratio, 2.5)
@@ -265,11 +236,10 @@ to = "garden"
         self.assertRegex(done.stdout, r"network.capital +EUR +1600.0 +300.0")
 
     def members(self, *arguments, text=MODEL, status=0):
-        (self.folder / "model.toml").write_text(text)
+        self.write(text)
         done = self.kesto("sweep", "model.toml", *arguments, "-o", "sweep", "--figures", "all", "--restart")
         self.assertEqual(done.returncode, status, done.stderr)
-        with open(self.folder / "sweep" / "members.csv", newline="") as file:
-            return list(csv.DictReader(file))
+        return self.csv_rows("sweep/members.csv")
 
     def expect_as_run(self, row, text, *options):
         for name, value in self.run_model(*options, text=text).items():
@@ -305,18 +275,18 @@ to = "garden"
 
     def test_baselines_of_a_sweep_that_cannot_be_run(self):
         text = MODEL.replace('"roof.size" = 0.001', '"roof.size" = -1')
-        (self.folder / "model.toml").write_text(text)
+        self.write(text)
         done = self.kesto("sweep", "model.toml", "--vary", "tank.size=1,2,3", "-o", "sweep")
         self.assertEqual(done.returncode, 2)
         self.assertIn('[economics]: the baseline "before" cannot be run: component "roof"', done.stderr)
         self.assertFalse((self.folder / "sweep").exists())
-        rows = self.members("--vary", "brands.intake.daily_capacity=10,100", text=SCARCE, status=1)
+        rows = self.members("--vary", "brands.intake.daily_capacity=10,100", text=THIRSTY, status=1)
         self.assertEqual([row["outcome"] for row in rows], ["failed", "finished"])
         self.assertIn('[economics]: the baseline "thirsty" cannot be run: ', rows[0]["message"])
         done = self.kesto("run", "model.toml", "--set", "brands.intake.daily_capacity=10")
         self.assertEqual(done.returncode, 2)
         self.assertIn(rows[0]["message"], done.stderr)
-        self.expect_as_run(rows[1], SCARCE, "--set", "brands.intake.daily_capacity=100")
+        self.expect_as_run(rows[1], THIRSTY, "--set", "brands.intake.daily_capacity=100")
 
     def test_a_comparison_tells_what_is_saved(self):
         now = self.run_model("-o", "now")
@@ -352,7 +322,7 @@ to = "garden"
 
     def test_an_interrupt_of_the_baseline_ends_the_run(self):
         pumps = "".join(f'[[components]]\nname = "p{i}"\ntype = "demand_source"\ndemand = 1\n' for i in range(400))
-        (self.folder / "model.toml").write_text(MODEL.replace("end = 2012-01-10", "end = 2400-01-01") + pumps)
+        self.write(MODEL.replace("end = 2012-01-10", "end = 2400-01-01") + pumps)
         running = subprocess.Popen([KESTO, "run", "model.toml", "-q", "-o", "out"], cwd=self.folder, stderr=subprocess.PIPE,
                                    start_new_session=True)
         end = time.monotonic() + 30
@@ -367,7 +337,7 @@ to = "garden"
         self.assertFalse((self.folder / "out" / "summary.json").exists())
 
     def test_a_baseline_that_cannot_be_run(self):
-        (self.folder / "model.toml").write_text(MODEL.replace('"roof.size" = 0.001', '"roof.size" = -1'))
+        self.write(MODEL.replace('"roof.size" = 0.001', '"roof.size" = -1'))
         done = self.kesto("run", "model.toml")
         self.assertEqual(done.returncode, 2)
         self.assertIn('model.toml:5:1: error: [economics]: the baseline "before" cannot be run: component "roof"',

@@ -16,13 +16,13 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
 import xxhash
 
-KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+from running import InFolder, KESTO
+
 LONG = bool(os.environ.get("KESTO_TEST_LONG"))
 KILLS = 200 if LONG else 40
 # Bringing files to a real disk takes most of the time, and shows nothing more.
@@ -73,23 +73,17 @@ def state(folder):
     return title
 
 
-class Folder(unittest.TestCase):
+class Folder(InFolder):
     where = MEMORY
 
     def setUp(self):
-        temporary = tempfile.TemporaryDirectory(dir=self.where)
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
+        super().setUp()
         self.out = self.folder / "out"
         days = [f"2012-{m:02}-{d:02}" for m in range(1, 13) for d in range(1, 32) if d <= (29 if m == 2 else 30 + (m in (1, 3, 5, 7, 8, 10, 12)))]
         self.weather = "date,rain\n" + "".join(f"{day},{i % 7}.5\n" for i, day in enumerate(days))
         (self.folder / "weather.csv").write_text(self.weather)
         for title in "old", "new":
             (self.folder / f"{title}.toml").write_text(model(title))
-
-    def kesto(self, *arguments, before=(), **options):
-        return subprocess.run([*before, KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=120,
-                              **options)
 
     def good(self, *arguments):
         done = self.kesto(*arguments)

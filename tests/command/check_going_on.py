@@ -4,15 +4,11 @@
 usage: check_going_on.py KESTO"""
 
 import json
-import pathlib
-import subprocess
-import sys
-import tempfile
 import unittest
 
 import xxhash
 
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder
 
 HEAD = """kesto_model = 1
 [simulation]
@@ -108,18 +104,9 @@ to = "well"
 """
 
 
-class GoingOn(unittest.TestCase):
-    def setUp(self):
-        self.temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(self.temporary.cleanup)
-        self.folder = pathlib.Path(self.temporary.name)
-
-    def write(self, text):
-        (self.folder / "model.toml").write_text(text)
-
+class GoingOn(InFolder):
     def kesto(self, *arguments):
-        return subprocess.run([KESTO, "run", "model.toml", *arguments], cwd=self.folder, capture_output=True, text=True,
-                              timeout=60)
+        return super().kesto("run", "model.toml", *arguments)
 
     def whole(self, *arguments):
         done = self.kesto("-q", "-o", "whole", *arguments)
@@ -167,7 +154,7 @@ class GoingOn(unittest.TestCase):
         stored = float(self.lines("whole", "states.csv", "2023-01-04")[0].split(",")[1])
         end = float(self.lines("whole", "states.csv", "2023-01-10")[0].split(",")[1])
         figures = {row["name"]: row["value"] for row in
-                   json.loads((self.folder / "part" / "summary.json").read_text())["figures"]}
+                   self.json_in("part/summary.json")["figures"]}
         self.assertAlmostEqual(figures["network.storage_change"], end - stored, places=4)
 
     def test_each_type_that_remembers_is_refused_by_name(self):
@@ -182,7 +169,7 @@ class GoingOn(unittest.TestCase):
                 done = self.go_on("--approximate")
                 self.assertEqual(done.returncode, 0)
                 self.assertIn(f'warning: component "x" ({name}): the states of a day do not hold', done.stderr)
-                summary = json.loads((self.folder / "part" / "summary.json").read_text())
+                summary = self.json_in("part/summary.json")
                 self.assertEqual([row["component"] for row in summary["warnings"] if row["code"] == "approximate"], ["x"])
                 self.assertTrue(summary["approximate"])
 
@@ -238,7 +225,7 @@ class GoingOn(unittest.TestCase):
         self.whole("--format", "netcdf")
         path = self.folder / "whole" / "results.nc"
         good = path.read_bytes()
-        summary = json.loads((self.folder / "whole" / "summary.json").read_text())
+        summary = self.json_in("whole/summary.json")
         for number, part in enumerate((0.0, 0.2, 0.5, 0.8)):
             begin = int(part * len(good))
             broken = good[:begin] + b"\xff" * 300 + good[begin + 300:]
@@ -276,7 +263,7 @@ class GoingOn(unittest.TestCase):
         done = self.go_on("--scenario", "dry", "--set", "tank.size=30")
         self.assertEqual(done.returncode, 0)
         self.assertIn("Scenario    dry\nSet         tank.size=30\nStates      of 2023-01-04, from whole\n", done.stdout)
-        summary = json.loads((self.folder / "part" / "summary.json").read_text())
+        summary = self.json_in("part/summary.json")
         self.assertEqual((summary["scenarios"], summary["set"], summary["states_from"]),
                          (["dry"], ["tank.size=30"], "whole"))
         self.assertIn("whole/states.csv", [row["file"] for row in summary["inputs"]])

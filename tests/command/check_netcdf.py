@@ -10,14 +10,14 @@ import hashlib
 import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
 import numpy
 import xarray
 
-EXAMPLES = pathlib.Path(sys.argv.pop())
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder, KESTO
+
+EXAMPLES = pathlib.Path(sys.argv.pop(1))
 
 CLIMATE = """kesto_model = 1
 title = "Far from the record's years"
@@ -75,12 +75,7 @@ def bits(values):
     return numpy.asarray(values, dtype=numpy.float32).view(numpy.uint32).tolist()
 
 
-class Netcdf(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
+class Netcdf(InFolder):
     def run_model(self, model, status=0, *options):
         for form in ("csv", "netcdf"):
             done = subprocess.run([KESTO, "run", str(model), "-q", "-o", str(self.folder / form), "--format", form,

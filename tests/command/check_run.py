@@ -11,12 +11,10 @@ import resource
 import signal
 import struct
 import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+from running import InFolder, KESTO
 
 MODEL = """kesto_model = 1
 [simulation]
@@ -55,33 +53,24 @@ def single(text):
     return struct.pack("<f", float(text))
 
 
-class Run(unittest.TestCase):
+class Run(InFolder):
     def setUp(self):
-        self.temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(self.temporary.cleanup)
-        self.folder = pathlib.Path(self.temporary.name)
+        super().setUp()
         (self.folder / "rain.csv").write_text(
             "date,rain\n2012-01-01,0.1\n2012-01-02,0.3\n2012-01-03,0\n2012-01-04,7.7e-3\n2012-01-05,0.2\n")
         self.write(MODEL.format(time=', time = "date"'))
 
-    def write(self, text):
-        (self.folder / "model.toml").write_text(text)
-
-    def kesto(self, *arguments):
-        return subprocess.run([KESTO, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=60)
-
     def flows(self, *arguments):
         done = self.kesto("run", "model.toml", "-o", "out", *arguments)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
-        with open(self.folder / "out" / "flows.csv", newline="") as file:
-            return list(csv.DictReader(file))
+        return self.csv_rows("out/flows.csv")
 
     def test_results_are_written_with_units_and_dates(self):
         rows = self.flows()
         self.assertEqual([row["date"] for row in rows], [f"2012-01-0{day}" for day in range(1, 6)])
         self.assertEqual(list(rows[0])[1:], ["roof:runoff [L]", "asked:demand [L]", "tank:deficit [L]", "tank:overflow [L]"])
         self.assertAlmostEqual(float(rows[0]["roof:runoff [L]"]), 0.9, places=6)
-        summary = json.loads((self.folder / "out" / "summary.json").read_text())
+        summary = self.json_in("out/summary.json")
         self.assertEqual((summary["outcome"], summary["steps_run"]), ("finished", 5))
 
     def test_values_survive_bit_for_bit(self):
@@ -193,8 +182,8 @@ volume_per_use = 6
                      "The largest of 1,000 flows, total and mean of a step; --full shows all",
                      "Results     out, summary.json and 8 other files"):
             self.assertIn(part, brief.stdout)
-        account = {row["kind"]: 0 for row in json.loads((self.folder / "out/summary.json").read_text())["account"]}
-        for row in json.loads((self.folder / "out/summary.json").read_text())["account"]:
+        account = {row["kind"]: 0 for row in self.json_in("out/summary.json")["account"]}
+        for row in self.json_in("out/summary.json")["account"]:
             account[row["kind"]] += row["litres"]
         self.assertIn(f"mains                  {account['mains'] / 1000:>8.1f}  tank0 and 199 more", brief.stdout)
         full = self.kesto("run", "street.toml", "--full", *options).stdout

@@ -14,15 +14,13 @@ import resource
 import signal
 import struct
 import subprocess
-import sys
-import tempfile
 import termios
 import time
 import unittest
 
 import xxhash
 
-KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+from running import InFolder, KESTO
 
 HEAD = """kesto_model = 1
 [simulation]
@@ -48,24 +46,17 @@ size = 10
 RAIN = "date,rain\n" + "".join(f"2012-01-{day:02},1\n" for day in range(1, 6))
 
 
-class Strangers(unittest.TestCase):
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
+class Strangers(InFolder):
     def write(self, name, text):
-        path = self.folder / name
-        path.write_text(text)
-        return path
+        super().write(text, name)
+        return name
 
     def kesto(self, *arguments, memory=None, **options):
         def limit():
             if memory:
                 resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
 
-        options = {"capture_output": True, "text": True, "timeout": 60, "cwd": self.folder, **options}
-        return subprocess.run([KESTO, *map(str, arguments)], preexec_fn=limit, **options)
+        return super().kesto(*arguments, preexec_fn=limit, **{"timeout": 60, **options})
 
     def refused(self, *arguments, lines=None, **options):
         """What it says on stderr; with an exit status of its own, not by a signal."""

@@ -3,7 +3,6 @@
 
 usage: check_sweep.py KESTO EXAMPLES; KESTO_TEST_LONG=1 compares each of 1,000 members with a run"""
 
-import csv
 import json
 import os
 import pathlib
@@ -12,79 +11,19 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
+from running import InFolder, KESTO, SCARCE, TANK
+
 LONG = bool(os.environ.get("KESTO_TEST_LONG"))
-KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
 EXAMPLES = pathlib.Path(sys.argv.pop(1)).resolve()
 
-MODEL = """kesto_model = 1
-title = "Tank"
-[simulation]
-start = 2012-01-02
-end = 2012-01-05
-[groups.house]
-[[components]]
-name = "rain"
-type = "demand_source"
-demand = 4
-[[components]]
-name = "asked"
-type = "demand_source"
-demand = 10
-[[components]]
-name = "tank"
-type = "tank"
-group = "house"
-size = 20
-initial_storage = 8
-[[connections]]
-from = "rain"
-to = "tank:inflow"
-[[connections]]
-from = "asked"
-to = "tank:demand"
-[scenarios.small]
-asked.demand = 5
-[scenarios.full]
-tank.initial_storage = 20
-"""
 
-
-# More may be asked for than the intake can deliver.
-SCARCE = """kesto_model = 1
-[simulation]
-start = 2012-01-01
-end = 2012-01-05
-stop_on_infeasible = true
-[brands.intake]
-daily_capacity = 10
-loss_fraction = 0.1
-[[components]]
-name = "asked"
-type = "demand_source"
-demand = 3
-[[components]]
-name = "intake"
-type = "abstraction"
-brand = "intake"
-[[connections]]
-from = "asked"
-to = "intake"
-"""
-
-
-class Sweeping(unittest.TestCase):
+class Sweeping(InFolder):
     def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-        (self.folder / "model.toml").write_text(MODEL)
-
-    def kesto(self, *arguments):
-        return subprocess.run([KESTO, *map(str, arguments)], cwd=self.folder, capture_output=True, text=True, timeout=300)
+        super().setUp()
+        self.write(TANK)
 
     def sweep(self, *arguments, model="model.toml", output="out", status=0):
         done = self.kesto("sweep", model, *arguments, "-o", output)
@@ -92,8 +31,7 @@ class Sweeping(unittest.TestCase):
         return done
 
     def rows(self, output="out"):
-        with open(self.folder / output / "members.csv", newline="") as file:
-            return list(csv.DictReader(file))
+        return self.csv_rows(f"{output}/members.csv")
 
     def figures_of_run(self, *options, model="model.toml"):
         done = self.kesto("run", "--json", model, *options)
@@ -159,12 +97,12 @@ class Designs(Sweeping):
         for number in (1, 2):
             days = "".join(f"2012-01-0{day},{number * day}\n" for day in range(2, 6))
             (self.folder / f"rain{number}.csv").write_text("date,mm\n" + days)
-        model = MODEL.replace("demand = 4", 'demand = "mm"') + '[series]\nfile = "rain1.csv"\ntime = "date"\n'
-        (self.folder / "model.toml").write_text(model)
+        model = TANK.replace("demand = 4", 'demand = "mm"') + '[series]\nfile = "rain1.csv"\ntime = "date"\n'
+        self.write(model)
         self.sweep("--vary", "series.file=rain1.csv,rain2.csv", "--vary", "rain.demand.scale=1,0.3", "--figures", "all")
         rows = self.rows()
         self.expect_as_run(rows[3], self.figures_of_run("--set", "series.file=rain2.csv", "--set", "rain.demand.scale=0.3"))
-        made = json.loads((self.folder / "out/members.json").read_text())["made_of"]
+        made = self.json_in("out/members.json")["made_of"]
         self.assertEqual([row["file"] for row in made["inputs"]], ["model.toml", "rain1.csv", "rain2.csv"])
 
 
@@ -214,7 +152,7 @@ class Refusals(Sweeping):
             self.assertIn(text, errors[0], arguments)
         (self.folder / "empty.csv").write_text("tank.size\n")
         self.assertIn("the table has no rows", self.errors("empty.csv")[0])
-        (self.folder / "model.toml").write_text(MODEL.split("[scenarios")[0])
+        self.write(TANK.split("[scenarios")[0])
         self.assertIn("the model has no scenarios", self.errors("--scenarios")[0])
 
     def test_what_is_recorded_is_the_same_for_all(self):
@@ -225,7 +163,7 @@ class Refusals(Sweeping):
         self.sweep("--vary", "simulation.end=2012-01-05,2012-01-04")
 
     def test_the_model_is_checked(self):
-        (self.folder / "model.toml").write_text(MODEL.replace('type = "tank"', 'type = "tonk"'))
+        self.write(TANK.replace('type = "tank"', 'type = "tonk"'))
         self.assertIn('did you mean "tank"?; in all 2 members', self.errors("--vary", "tank.size=1,2")[0])
         self.assertEqual(json.loads(self.sweep("--vary", "tank.size=1,2", "--json", status=2).stdout)["outcome"], "not run")
 
@@ -391,7 +329,7 @@ class House(Sweeping):
         end = "; --restart begins anew, or choose another folder"
         for changed, reason in (
                 (["--vary", "tank.size=1:8:9"], "its design of 9 members is another"),
-                ([*options, "--set", "roof.size=3"], "--set was [], and is [\"roof.size=3\"]"),
+                ([*options, "--set", "roof.size=3"], "--set was not given, and is roof.size=3"),
                 ([*options, "--record", "tank", "--every", "year"],
                  "--record was none, and is tank, --every was day, and is year"),
                 ([*options, "--members", "1-3"], "it holds members 1 to 9")):
@@ -402,6 +340,35 @@ class House(Sweeping):
         self.assertEqual(self.files("out"), before)
         self.sweep(*options, "--restart", model=self.model)
         self.assertNotEqual(self.files("out"), before)
+
+    def test_what_somebody_has_changed_is_refused(self):
+        options = ["--vary", "tank.size=1:4:4"]
+        for name, slice_ in (("a", "1-2"), ("b", "3-4")):
+            self.sweep(*options, "--members", slice_, model=self.model, output=name)
+        members = self.json_in("a/members.json")
+        made = members["made_of"]
+        for changed, reason in (({"keys": 3}, "type must be array, but is number"),
+                                ({"columns": [{"name": "tank.unmet"}]}, "key 'unit' not found"),
+                                ({"warnings": [{}]}, "key 'line' not found"), ({"files": {}}, "type must be array"),
+                                ({"made_of": {**made, "members": [1]}}, "array index 1 is out of range"),
+                                ({"made_of": 3}, "expected keys or a list, found number")):
+            self.write(json.dumps({**members, **changed}), "a/members.json")
+            done = self.kesto("sweep", "--join", "a", "b", "-o", "joined")
+            self.assertEqual(done.returncode, 2, done.stderr)
+            self.assertIn(f'a/members.json: it is not what "kesto sweep" writes: {reason}', done.stderr)
+            self.assertFalse((self.folder / "joined").exists())
+        self.write(json.dumps({**members, "outcomes": "many"}), "a/members.json")
+        done = self.sweep(*options, "--members", "1-2", model=self.model, output="a", status=1)
+        self.assertIn('a/members.json: it is not what "kesto sweep" writes: type must be number, but is string', done.stderr)
+        (self.folder / "a/members.json").unlink()
+        (self.folder / "a/members.csv").unlink()
+        (self.folder / "a/.kesto-sweep").mkdir()
+        columns = 'c\t1\t[["tank.unmet","L"]]\n'
+        for line in ("x", "m\t1", 'c\t1\t[3]', 'm\t1\t0\tfinished\t""\t\t1', 'p\tpart-00000.nc', 'm\t1\t7\tfinished\t""\t',
+                     columns + 'm\t1\t0\tfinished\t"\t\t1', columns + 'm\t1\t0\tfinished\t""\t\t1\t2'):
+            self.write(json.dumps(made, separators=(",", ":")) + "\n" + line + "\n", "a/.kesto-sweep/journal")
+            done = self.sweep(*options, "--members", "1-2", model=self.model, output="a", status=1)
+            self.assertIn(f"a/.kesto-sweep/journal: line {3 if columns in line else 2} is broken; remove the folder", done.stderr)
 
     def test_files_of_others_are_never_replaced(self):
         options = ["--vary", "tank.size=1:9:9", "--record", "tank"]
@@ -433,7 +400,7 @@ class House(Sweeping):
 
 class Failures(Sweeping):
     def test_a_member_that_fails_is_a_row(self):
-        (self.folder / "model.toml").write_text(SCARCE)
+        self.write(SCARCE)
         options = ["--vary", "asked.demand=1:20:20", "--record", "intake:excess"]
         done = self.sweep(*options, status=1)
         rows = self.rows()
@@ -449,8 +416,8 @@ class Failures(Sweeping):
         self.assertEqual(self.sweep(*options, status=1).stdout, done.stdout)
 
     def test_one_of_ten_members_aborts(self):
-        model = MODEL.replace("2012-01-05", "4500-01-01")
-        (self.folder / "model.toml").write_text(model)
+        model = TANK.replace("2012-01-05", "4500-01-01")
+        self.write(model)
         running = subprocess.Popen([KESTO, "sweep", "model.toml", "--vary", "tank.size=11:20:10", "--jobs", "1", "-o", "out"],
                                    cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         journal = self.folder / "out/.kesto-sweep/journal"

@@ -6,13 +6,9 @@ usage: check_values.py KESTO"""
 
 import csv
 import json
-import pathlib
-import subprocess
-import sys
-import tempfile
 import unittest
 
-KESTO = str(pathlib.Path(sys.argv.pop()).resolve())
+from running import InFolder
 
 MODEL = """kesto_model = 1
 [simulation]
@@ -71,21 +67,15 @@ roof = { size = 40 }
 """
 
 
-class Values(unittest.TestCase):
+class Values(InFolder):
     def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
+        super().setUp()
         (self.folder / "weather.csv").write_text("rain,asked,snow\n8,1,1\n0,2,1\n4,3,1\n")
         (self.folder / "other.csv").write_text("rain,asked\n1,1\n1,1\n1,1\n")
         self.write(MODEL)
 
-    def write(self, text):
-        (self.folder / "model.toml").write_text(text)
-
     def kesto(self, command, *options):
-        return subprocess.run([KESTO, command, "model.toml", *options], cwd=self.folder, capture_output=True, text=True,
-                              timeout=60)
+        return super().kesto(command, "model.toml", *options)
 
     def totals(self, *options):
         done = self.kesto("run", "--json", *options)

@@ -9,12 +9,12 @@ import json
 import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
 import netCDF4
 
-KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
+from running import InFolder, KESTO
+
 SOURCES = pathlib.Path(sys.argv.pop(1))
 COLUMNS = ["code", "severity", "text", "file", "line", "column", "component", "accepted"]
 
@@ -107,18 +107,15 @@ to = "end"
 """
 
 
-class Warnings(unittest.TestCase):
+class Warnings(InFolder):
     def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
+        super().setUp()
         (self.folder / "rain.csv").write_text("rain\n5\n0\n0\n")
         (self.folder / "t.csv").write_text("t\n4\n3\n-1\n2\n1\n")
 
     def kesto(self, command, text, *arguments):
-        (self.folder / "model.toml").write_text(text)
-        return subprocess.run([KESTO, command, "model.toml", *arguments], cwd=self.folder, capture_output=True, text=True,
-                              timeout=60)
+        self.write(text)
+        return super().kesto(command, "model.toml", *arguments)
 
     def warnings(self, command, text, *arguments):
         done = self.kesto(command, text, "--json", *arguments)
@@ -170,7 +167,7 @@ class Warnings(unittest.TestCase):
             with self.subTest(form):
                 done = self.kesto("run", FROST, "-q", "-o", "out", "--format", form)
                 self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-                summary = json.loads((self.folder / "out" / "summary.json").read_text())
+                summary = self.json_in("out/summary.json")
                 self.assertEqual({row["code"] for row in summary["warnings"]}, {"frost", "not-finite"})
                 self.assertEqual(summary["errors"], [])
         with netCDF4.Dataset(self.folder / "out" / "results.nc") as results:
@@ -252,7 +249,7 @@ class Warnings(unittest.TestCase):
         report = json.loads(done.stdout)
         self.assertEqual((done.returncode, report["outcome"]), (1, "failed"))
         self.assertEqual([(row["code"], row["component"]) for row in report["errors"]], [("run-failed", "limit")])
-        self.assertEqual(json.loads((self.folder / "out" / "summary.json").read_text())["errors"], report["errors"])
+        self.assertEqual(self.json_in("out/summary.json")["errors"], report["errors"])
 
     def test_a_folder_that_cannot_be_is_an_error_for_programs(self):
         done = self.kesto("run", SOUND, "--json", "-o", "t.csv/out")
