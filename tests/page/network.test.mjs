@@ -53,6 +53,94 @@ test("the view pans and zooms with keys and buttons", () => withBrowser(async br
   await tab.close();
 }));
 
+// The names of the buttons in a picture, as a screen reader tells them, in the order of the keyboard.
+async function buttonNames(tab, selector) {
+  const names = [];
+  const collect = node => {
+    if (node.role === "button") names.push(node.name);
+    node.children?.forEach(collect);
+  };
+  collect(await tab.page.accessibility.snapshot({ root: await tab.page.$(selector), interestingOnly: false }));
+  return names;
+}
+
+const focused = tab => tab.run(() => {
+  const node = document.activeElement;
+  return (node.querySelector("text[font-weight]") ?? node).textContent.trim();
+});
+
+test("components are reached, read and opened with the keyboard alone", () => withBrowser(async browser => {
+  const tab = await browser.open(small, { width: 1600 }), { keyboard } = tab.page;
+  const names = await buttonNames(tab, "#network svg.graphviz");
+  assert.equal(names.length, 13);
+  assert.ok(names.some(name => /^tank tank$/.test(name)), names.join("; "));
+  await tab.page.focus("#network .frame");
+  const seen = new Set();
+  for (let i = 0; i < 13; ++i) {
+    await keyboard.press("Tab");
+    seen.add(await focused(tab));
+  }
+  assert.equal(seen.size, 13);
+  const last = await focused(tab), looks = () => tab.run(() => getComputedStyle(document.activeElement.querySelector("path")).strokeWidth);
+  assert.equal(await looks(), "4px");
+  await keyboard.press("Enter");
+  await tab.settle();
+  assert.equal(await tab.text("#network .details h3"), last);
+  assert.equal(await focused(tab), "Close");
+  await keyboard.press("Enter");
+  assert.equal((await tab.page.$$("#network .details h3")).length, 0);
+  assert.equal(await focused(tab), last);
+  await keyboard.press("Space");
+  assert.equal(await tab.text("#network .details h3"), last);
+  await tab.close();
+}));
+
+test("what the keyboard reaches beyond the frame comes into sight", () => withBrowser(async browser => {
+  const tab = await browser.open(small, { width: 1600 });
+  for (let i = 0; i < 6; ++i) await tab.click("Zoom in", "#network");
+  await tab.page.focus("#network .frame");
+  for (let i = 0; i < 13; ++i) {
+    await tab.page.keyboard.press("Tab");
+    assert.ok(await tab.run(() => {
+      const part = document.activeElement.getBoundingClientRect(), frame = document.querySelector("#network .frame").getBoundingClientRect();
+      const x = (part.left + part.right) / 2, y = (part.top + part.bottom) / 2;
+      return x > frame.left && x < frame.right && y > frame.top && y < frame.bottom;
+    }), `${await focused(tab)} is out of sight`);
+  }
+  await tab.close();
+}));
+
+test("groups are opened with the keyboard, and it stays in the picture", { skip: !charts }, () => withBrowser(async browser => {
+  const tab = await browser.open(large), { keyboard } = tab.page;
+  await tab.click("Groups", "#network");
+  assert.ok((await buttonNames(tab, "#network svg.boxes")).some(name => /^mill 11 components 7 appliance/.test(name)));
+  await tab.run(() => [...document.querySelectorAll("#network svg.boxes .box")].find(node => /^mill/.test(node.textContent)).focus());
+  await keyboard.press("Enter");
+  await tab.settle();
+  assert.match(await tab.text("#network .path"), /All groups › mill/);
+  assert.ok(await tab.run(() => document.activeElement.matches("#network .frame")));
+  await keyboard.press("Tab");
+  await keyboard.press("Space");
+  await tab.settle();
+  assert.ok((await tab.text("#network .details h3")).length > 0);
+  await tab.close();
+}));
+
+test("a drag that ends on a component does not open it", () => withBrowser(async browser => {
+  const tab = await browser.open(small, { width: 1600 });
+  const node = await tab.page.$("#network svg.graphviz [id=n0]");
+  await node.scrollIntoView();
+  const box = await node.boundingBox(), x = box.x + box.width / 2, y = box.y + box.height / 2;
+  await tab.page.mouse.move(x, y);
+  await tab.page.mouse.down();
+  await tab.page.mouse.move(x + 60, y, { steps: 3 });
+  await tab.page.mouse.up();
+  assert.equal((await tab.page.$$("#network .details h3")).length, 0);
+  await tab.page.mouse.click(x + 60, y);
+  assert.equal((await tab.page.$$("#network .details h3")).length, 1);
+  await tab.close();
+}));
+
 test("demand and water are told apart without colours", () => withBrowser(async browser => {
   const tab = await browser.open(small);
   const dashed = await tab.page.$$eval("#network svg.graphviz .edge path", nodes => nodes.filter(node => node.getAttribute("stroke-dasharray")).length);

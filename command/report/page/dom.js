@@ -54,6 +54,19 @@ export function button(text, onclick, properties = {}) {
   return make("button", { type: "button", textContent: text, onclick, ...properties });
 }
 
+// A part of a picture that opens something: with the pointer, or with Enter and the space bar. Its name is what is written on it.
+export function pressable(node, open) {
+  node.setAttribute("role", "button");
+  node.setAttribute("tabindex", "0");
+  node.addEventListener("click", open);
+  node.addEventListener("keydown", event => {
+    if (event.target !== node || !["Enter", " "].includes(event.key)) return;
+    event.preventDefault();
+    open(event);
+  });
+  return node;
+}
+
 export function choice(label, options, value, onchange) {
   const select = make("select", {}, ...options.map(([key, text]) => make("option", { value: key, textContent: text })));
   select.value = value;

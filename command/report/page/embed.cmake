@@ -5,7 +5,7 @@
 # Without LIBRARIES the page has no charts. The scripts of the page are modules; here each becomes a function that returns what it
 # exports, in the order in which they need each other, for a module of its own would have to be fetched.
 set(modules dom data units days chart colours files address lines header sankey months stores series_data series_chart series
-    network_graph network_boxes network_view network_details network
+    network_graph network_boxes network_pictures network_drawing network_view network_details network
     balance compare sweep start)
 set(styles page print)
 # Name, file of its script, file of its licence.

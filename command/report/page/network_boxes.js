@@ -1,5 +1,5 @@
 // Pictures of boxes and arrows, placed by dagre: groups and what flows between them, a group, a neighbourhood.
-import { svg } from "./dom.js";
+import { pressable, svg } from "./dom.js";
 import { hinted, widthOf, wrapped } from "./chart.js";
 
 const kText = 12, kLine = 15, kWidest = 190;
@@ -26,7 +26,7 @@ function arrowHead(demand) {
     markerUnits: "userSpaceOnUse", orient: "auto" }, svg("path", { d: "M0,1L10,5L0,9z", class: demand ? "head demand" : "head" }));
 }
 
-// `nodes`: [{ id, lines, family, faint, onclick, hint }], `edges`: [{ from, to, demand, label, width, hint }].
+// `nodes`: [{ id, lines, family, faint, open, hint }], `edges`: [{ from, to, demand, label, width, hint }].
 function laidOut(nodes, edges, down, said) {
   const graph = new dagre.graphlib.Graph({ multigraph: true });
   graph.setGraph({ rankdir: down ? "TB" : "LR", nodesep: 16, ranksep: 46, edgesep: 12, marginx: 12, marginy: 12 });
@@ -36,7 +36,7 @@ function laidOut(nodes, edges, down, said) {
     ...edge, width: edge.label ? widthOf(edge.label, 11) + 8 : 0, height: edge.label ? 14 : 0, labelpos: "c", stroke: edge.width }, String(i)));
   dagre.layout(graph);
   const { width, height } = graph.graph();
-  const drawing = svg("svg", { viewBox: `0 0 ${Math.ceil(width)} ${Math.ceil(height)}`, class: "boxes", role: "img", "aria-label": said },
+  const drawing = svg("svg", { viewBox: `0 0 ${Math.ceil(width)} ${Math.ceil(height)}`, class: "boxes", role: "group", "aria-label": said },
     svg("defs", {}, arrowHead(false), arrowHead(true)));
   const labels = svg("g", { class: "amounts" });  // above all lines
   for (const id of graph.edges()) {
@@ -51,12 +51,12 @@ function laidOut(nodes, edges, down, said) {
   for (const id of graph.nodes()) {
     const node = graph.node(id);
     const left = node.x - node.width / 2, top = node.y - node.height / 2;
-    const box = svg("g", { class: `box ${node.family ?? ""} ${node.faint ? "faint" : ""} ${node.onclick ? "clickable" : ""}`, "data-id": id },
+    const box = svg("g", { class: `box ${node.family ?? ""} ${node.faint ? "faint" : ""} ${node.open ? "clickable" : ""}`, "data-id": id },
       svg("rect", { x: left, y: top, width: node.width, height: node.height, rx: 6 }),
-      ...node.texts.map((line, i) => svg("text", { x: node.x, y: top + 6 + (i + 1) * kLine - 4, "text-anchor": "middle",
-        "font-size": line.first ? kText : kText - 1, class: line.first ? "name" : "aside" }, line.text)));
+      ...node.texts.flatMap((line, i) => [svg("text", { x: node.x, y: top + 6 + (i + 1) * kLine - 4, "text-anchor": "middle",
+        "font-size": line.first ? kText : kText - 1, class: line.first ? "name" : "aside" }, line.text), "\n"]));  // words apart when read aloud
     if (node.hint) hinted(box, () => node.hint);
-    if (node.onclick) box.addEventListener("click", node.onclick);
+    if (node.open) pressable(box, node.open);
     drawing.append(box);
   }
   drawing.full = { x: 0, y: 0, width: Math.ceil(width), height: Math.ceil(height) };

@@ -73,7 +73,7 @@ export class Graph {
     return { found: [...found], complete: true };
   }
 
-  search(text, most) {
+  search(text, most, withGroups) {
     const wanted = text.trim().toLowerCase();
     if (!wanted) return { found: [], more: 0 };
     const found = [];
@@ -83,7 +83,7 @@ export class Graph {
       if (found.length < most) found.push(entry);
       else ++more;
     };
-    this.groups.forEach((group, index) => take(group.name, { group: index, name: group.label || group.name }));
+    if (withGroups) this.groups.forEach((group, index) => take(group.name, { group: index, name: group.label || group.name }));
     this.components.forEach((component, index) => take(component[0], { component: index, name: component[0] }));
     return { found, more };
   }

@@ -14,6 +14,9 @@ export class View {
     this.frame.addEventListener("wheel", event => this.wheel(event), { passive: false });
     this.frame.addEventListener("keydown", event => this.key(event));
     this.frame.addEventListener("pointerdown", event => this.grab(event));
+    // What a drag ends on is not clicked.
+    this.frame.addEventListener("click", event => this.moved && event.stopPropagation(), true);
+    this.frame.addEventListener("focusin", event => event.target.matches(":focus-visible") && this.reveal(event.target));
     addEventListener("beforeprint", () => {
       this.before = this.box && { ...this.box };
       if (this.drawing) this.fit();
@@ -36,8 +39,6 @@ export class View {
     if (!this.full) return;
     const width = Math.max(this.full.width, Math.min(this.frame.clientWidth || 680, 1600) / 1.25);
     this.set({ x: this.full.x - (width - this.full.width) / 2, y: this.full.y, width, height: this.full.height });
-    const ratio = this.full.height / width;
-    this.frame.style.aspectRatio = String(Math.min(1.6, Math.max(0.32, 1 / Math.max(ratio, 0.01))) || 1);
     this.frame.style.aspectRatio = `${width} / ${Math.max(this.full.height, width * 0.28)}`;
   }
 
@@ -87,9 +88,9 @@ export class View {
   }
 
   grab(event) {
+    this.moved = false;
     if (event.button !== 0 || !this.box || event.pointerType === "touch") return;
     const start = { x: event.clientX, y: event.clientY, box: { ...this.box } }, scale = this.scale();
-    this.moved = false;
     const move = next => {
       const dx = next.clientX - start.x, dy = next.clientY - start.y;
       if (!this.moved && Math.hypot(dx, dy) < 4) return;
@@ -106,9 +107,12 @@ export class View {
     addEventListener("pointerup", end);
   }
 
-  // Shows a part of the drawing: { x, y, width, height } in its own units.
-  focus(part) {
-    const room = 1.4, width = Math.max(part.width * room, 260), height = Math.max(part.height * room, 160);
-    this.set({ x: part.x + part.width / 2 - width / 2, y: part.y + part.height / 2 - height / 2, width, height });
+  // Pans to a part of the drawing that lies beyond the frame.
+  reveal(part) {
+    if (part === this.frame || !this.box) return;
+    const seen = this.frame.getBoundingClientRect(), { left, right, top, bottom } = part.getBoundingClientRect();
+    const beyond = (low, high, from, to) => low < from || high > to ? (low + high - from - to) / 2 : 0;
+    const dx = beyond(left, right, seen.left, seen.right), dy = beyond(top, bottom, seen.top, seen.bottom);
+    if (dx || dy) this.set({ ...this.box, x: this.box.x + dx * this.scale(), y: this.box.y + dy * this.scale() });
   }
 }
