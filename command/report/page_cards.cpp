@@ -14,6 +14,7 @@ namespace kesto {
 namespace {
 
 constexpr double kDaysPerYear = 365.25;
+constexpr double kLeastYears = 0.95;  // of which the amounts of a year are told; shorter runs have sums
 constexpr std::size_t kMostCards = 9;
 
 // The key figures, in the order of their importance.
@@ -54,22 +55,31 @@ class Cards {
 
     void add(Json card) { cards_.push_back(std::move(card)); }
 
-    double perYear(double litres) const { return years_ > 0 ? litres / years_ : 0; }
+    bool hasYear() const { return years_ >= kLeastYears; }
+    double perYear(double litres) const { return hasYear() ? litres / years_ : litres; }
     // "24.8 m³ a year"
     std::string aYear(double amount, std::string_view unit) const {
-        return readable(perYear(amount), unit) + " a year";
+        return readable(perYear(amount), unit) + (hasYear() ? " a year" : "");
     }
 
     // In the unit that suits its size, as in the summary of the terminal.
     static std::string readable(double value, std::string_view unit) {
-        std::string text = shown(value, unit);
+        std::string text = grouped(shown(value, unit));
         if (text.ends_with(" m3")) text.replace(text.size() - 1, 1, "\u00b3");
+        return text;
+    }
+
+    // "2,476.24 EUR"
+    static std::string grouped(std::string text) {
+        const std::size_t first = text.starts_with('-') ? 1 : 0, end = text.find_first_not_of("0123456789", first);
+        for (std::size_t at = std::min(end, text.size()); at > first + 3; at -= 3)
+            text.insert(at - 3, ",");
         return text;
     }
 
     static std::string personsText(double number) {
         const bool isWhole = number == std::round(number) || number >= 100;
-        return isWhole ? withThousands(static_cast<std::size_t>(std::lround(number))) : fmt::format("{:.4g}", number);
+        return isWhole ? withThousands(static_cast<std::size_t>(std::lround(number))) : fmt::format("{:.3g}", number);
     }
 
     // "28 July to 11 October 2012"
@@ -100,7 +110,11 @@ class Cards {
                  {"digits", 1},
                  {"note", fmt::format("{} a day for {} persons", readable(*use / days, "L"), personsText(*persons))}});
         } else {
-            add({{"id", "use"}, {"label", "Water use"}, {"value", perYear(*use)}, {"unit", "L"}, {"note", "a year"}});
+            add({{"id", "use"},
+                 {"label", "Water use"},
+                 {"value", perYear(*use)},
+                 {"unit", "L"},
+                 {"note", hasYear() ? "a year" : "in all"}});
         }
     }
 
@@ -184,10 +198,10 @@ class Cards {
         if (yearly && use && *use > 0) {
             add({{"id", "cost"},
                  {"label", "Cost of the water used"},
-                 {"value", *yearly / (perYear(*use) / 1000)},
+                 {"value", *yearly / (*use / years_ / 1000)},
                  {"unit", currency() + "/m³"},
                  {"digits", 2},
-                 {"note", fmt::format("{:.2f} {} a year", *yearly, currency())}});
+                 {"note", grouped(fmt::format("{:.2f} {} a year", *yearly, currency()))}});
         }
         if (const auto saved = figure("network.cost_per_m3_saved")) {
             add({{"id", "cost_saved"},

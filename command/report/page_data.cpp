@@ -31,14 +31,24 @@ const Json& listOf(const Json& object, const char* key) {
     return found != object.end() && found->is_array() ? *found : kEmpty;
 }
 
+// A message without the folder of the model in the names of its files.
+std::string withoutFolder(std::string text, const Json& summary) {
+    const std::string model = textOf(summary, "model"), folder = model.substr(0, model.size() - fileName(model).size());
+    if (folder.size() < 2) return text;
+    for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at))
+        text.erase(at, folder.size());
+    return text;
+}
+
 void addHead(const Json& summary, Json& page) {
     const std::string title = textOf(summary, "title");
     page["title"] = title.empty() ? fileName(textOf(summary, "model")) : title;
     if (const std::string place = textOf(summary, "place"); !place.empty()) page["place"] = place;
     for (const char* key :
-         {"start", "end", "steps", "steps_run", "days_per_step", "components", "connections", "outcome", "message"}) {
+         {"start", "end", "steps", "steps_run", "days_per_step", "components", "connections", "outcome"}) {
         if (summary.contains(key)) page[key] = summary[key];
     }
+    page["message"] = withoutFolder(textOf(summary, "message"), summary);
 }
 
 void addWarnings(const Json& summary, Json& page) {
@@ -52,6 +62,7 @@ void addWarnings(const Json& summary, Json& page) {
                 if (given.contains(key) && !given[key].is_null()) row[key] = given[key];
             }
             if (row.contains("file")) row["file"] = fileName(textOf(row, "file"));
+            if (row.contains("text")) row["text"] = withoutFolder(textOf(row, "text"), summary);
             rows.push_back(std::move(row));
         }
     }

@@ -31,6 +31,10 @@ test("a run that stopped says so first", () => withBrowser(async browser => {
   await looksRight(browser, file, { all: few });
   const tab = await browser.open(file);
   assert.match(await tab.text("#alarm"), /^The run did not finish\. It ran 2 of 5 steps; what follows is of these\. .*intake/);
+  // Whoever is handed the page need not know where the model lay.
+  for (const part of ["#alarm", "#warnings"]) assert.doesNotMatch(await tab.text(part), /[/\\]\w+\.toml/);
   assert.match(await tab.text("#lead"), /did not finish/);
+  // Two days are not made a year of.
+  assert.match(await tab.text("#figures"), /Water use\s+7 L\s+in all/);
   await tab.close();
 }));

@@ -5,7 +5,7 @@ import fs from "node:fs";
 import path from "node:path";
 import { test } from "node:test";
 import { withBrowser } from "./browser.mjs";
-import { charts, folder, house, town } from "./runs.mjs";
+import { charts, folder, house, office, town } from "./runs.mjs";
 
 function words(pdf) {
   return spawnSync("pdftotext", ["-layout", pdf, "-"], { encoding: "utf8" }).stdout.split("\f").filter(page => page.trim());
@@ -21,6 +21,21 @@ function pictures(pdf) {
     return { width: Number(width), height: Number(height), points: bytes.subarray(head.length) };
   });
 }
+
+test("costs and accepted warnings", () => withBrowser(async browser => {
+  const tab = await browser.open(office());
+  assert.equal(await tab.text("#warnings h2"), "Accepted warnings and notes");
+  assert.match(await tab.text("#figures"), /Cost of the water used\s+5\.11 EUR\/m³\s+2,476\.24 EUR a year/);
+  // One year has the same figures in the flow diagram and in its table.
+  const mains = (await tab.texts("#years tbody tr")).find(text => text.startsWith("Mains"));
+  assert.match(mains, /m³\s+310\.1/);
+  if (charts) assert.ok((await tab.texts("#paths .label text")).includes("310.1 m³"));
+  const pdf = path.join(folder, "office-paper.pdf");
+  await tab.pdf(pdf);
+  // The flow diagram fits the first sheet, beneath the cards.
+  if (charts) assert.match(words(pdf)[0], /Figure 1\. Where the water comes from/);
+  await tab.close();
+}));
 
 for (const [name, make] of [["house", house], ["town", town]]) {
   test(`${name} on paper`, () => withBrowser(async browser => {

@@ -68,28 +68,28 @@ function cut(text, width, size) {
   return `${letters.slice(0, low).join("").trimEnd()}…`;
 }
 
+// A word that is too wide, in parts: where a name has joints, "well_" and "works".
+function parted(word, width, size) {
+  const parts = [];
+  for (const piece of widthOf(word, size) <= width ? [word] : word.split(/(?<=[_.:/-])(?=[^_.:/-])/)) {
+    const last = parts.length - 1;
+    if (last >= 0 && widthOf(parts[last] + piece, size) <= width) parts[last] += piece;
+    else parts.push(piece);
+  }
+  return parts;
+}
+
 // Lines no wider than `width`, at most `most`; what does not fit ends with three dots.
 export function wrapped(text, width, most, size = 12) {
-  const words = String(text).split(/\s+/).filter(word => word);
-  const lines = [];
-  let line = "";
-  while (words.length) {
-    const longer = line ? `${line} ${words[0]}` : words[0];
-    if (widthOf(longer, size) <= width) {
-      line = longer;
-      words.shift();
-    } else if (lines.length === most - 1 || !line) {
-      // The last line, or a word that is too long for any.
-      const rest = lines.length === most - 1 ? [line, ...words].filter(word => word).join(" ") : words.shift();
-      lines.push(cut(rest, width, size));
-      if (lines.length === most) return lines;
-      line = "";
-    } else {
-      lines.push(line);
-      line = "";
-    }
+  const pieces = String(text).split(/\s+/).filter(word => word)
+    .flatMap(word => parted(word, width, size).map((part, i) => ({ part, space: i ? "" : " " })));
+  const lines = [], joined = (line, { part, space }) => line + space + part;
+  while (pieces.length && lines.length < most) {
+    let line = pieces.shift().part;
+    while (pieces.length && widthOf(joined(line, pieces[0]), size) <= width) line = joined(line, pieces.shift());
+    const isLast = lines.length === most - 1;
+    lines.push(cut(isLast ? pieces.reduce(joined, line) : line, width, size));
   }
-  if (line) lines.push(line);
   return lines;
 }
 

@@ -5,7 +5,7 @@ const kKinds = {
 };
 const kNames = [[/mains/i, "--blue"], [/rain|run-?off|snow/i, "--sky"], [/unmet|not served|shortage/i, "--vermillion"],
   [/greywater|reuse|recycl|treat/i, "--purple"], [/well|ground|river|lake|drawn/i, "--orange"],
-  [/evapor/i, "--yellow"]];
+  [/evapor/i, "--yellow"], [/nothing/i, "--slate"]];
 
 export function colourOf(kind, label = "") {
   const byName = kind === "source" || !kKinds[kind] ? kNames.find(([pattern]) => pattern.test(label)) : null;

@@ -8,7 +8,7 @@ import { csv, fileName, picture, save } from "./files.js";
 import { canDraw, lines, noCharts } from "./lines.js";
 import { digitsFor, hides, largestOf, number, unitFor } from "./units.js";
 
-const kAcross = 5;  // runs beside the first in one table
+const kAcross = 4;  // runs beside the first in one table, so that it fits a sheet of paper
 const kRows = 40;
 const kDashes = [undefined, [8, 4], [2, 3], [10, 3, 2, 3]];
 
@@ -28,8 +28,10 @@ export function runSection(data) {
   if (!data.runs.length) return null;
   const set = run => Array.isArray(run.set) ? run.set.map(one => typeof one === "string" ? one : Object.values(one).join(" = ")).join(", ")
     : run.set && typeof run.set === "object" ? Object.entries(run.set).map(([key, value]) => `${key} = ${value}`).join(", ") : run.set ?? "";
-  const body = [table("Runs", [{ title: "run" }, { title: "model" }, { title: "period" }, { title: "set" }], data.runs.map(run =>
-    [named(run.name), named(run.title ?? ""), run.start ? `${longDay(dayOf(run.start))} to ${longDay(dayOf(run.end))}` : "", make("code", { textContent: set(run) })]))];
+  const columns = [["run", run => named(run.name)], ["title", run => run.title && named(run.title)],
+    ["period", run => run.start && `${longDay(dayOf(run.start))} to ${longDay(dayOf(run.end))}`],
+    ["set", run => set(run) && make("code", { textContent: set(run) })]].filter(([, cell]) => data.runs.some(cell));
+  const body = [table("Runs", columns.map(([title]) => ({ title })), data.runs.map(run => columns.map(([, cell]) => cell(run) || "")))];
   if (data.notes?.length) body.push(make("ul", { className: "warnings" }, ...data.notes.map(text => make("li", {}, named(text)))));
   return { id: "runs", title: "Runs", body, note: "What is compared, and what differs in how it was run." };
 }
@@ -64,7 +66,7 @@ export function figureSection(data) {
   const figures = data.runs.length ? data.figures ?? [] : [];
   if (!figures.length) return null;
   const differs = row => row.values.some(value => value !== row.values[0]);
-  const host = make("div", {}), status = make("p", { className: "note", role: "status" });
+  const host = make("div", {}), status = make("p", { className: "note figures-found", role: "status" });
   const filters = { text: "", same: false };
   let most = kRows;
   const show = () => {

@@ -55,8 +55,9 @@ export function warningSection(data, warnings) {
     body.push(make("p", { className: "note", textContent:
       `Another ${number(data.more_warnings)} stand in the file summary.json of the results.` }));
   }
-  return { id: "warnings", title: "Warnings", body,
-    note: "What check and run found doubtful; look at these before you trust the figures." };
+  return warnings.every(passes) && !data.more_warnings
+    ? { id: "warnings", title: "Accepted warnings and notes", body, note: "What the author of the model knows of and has accepted." }
+    : { id: "warnings", title: "Warnings", body, note: "What check and run found doubtful; look at these before you trust the figures." };
 }
 
 function card(one) {
@@ -66,13 +67,13 @@ function card(one) {
     make("dt", { textContent: one.label }),
     make("dd", {}, make("span", { className: "figure", textContent: shown }), " ",
       make("span", { className: "unit", textContent: chosen.unit }),
-      one.note ? make("span", { className: "aside", textContent: one.note }) : null));
+      one.note ? make("span", { className: "aside", textContent: one.note.replaceAll(" %", "\u00a0%") }) : null));
 }
 
 export function cardSection(data) {
   if (!data.cards?.length) return null;
   const cards = make("dl", { className: "cards" }, ...data.cards.map(card)), count = data.cards.length;
-  // Rows of the same length, as far as the window has room.
-  cards.style.setProperty("--across", String(count <= 4 ? count : Math.ceil(count / 2)));
+  // Rows of the same length, as far as the window has room; a single card is no banner.
+  cards.style.setProperty("--across", String(count <= 4 ? Math.max(3, count) : Math.ceil(count / 2)));
   return { id: "figures", title: "Key figures", quiet: true, body: [cards] };
 }

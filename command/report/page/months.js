@@ -113,12 +113,18 @@ export function monthSection({ months }) {
 
 const kMostColumns = 8;
 
+// Rows of the same quantity have the same unit, unless one is far smaller.
+function unitOfRow({ unit, values }, rows) {
+  const shared = unitFor(unit, largestOf(rows.filter(row => row.unit === unit).map(row => largestOf(row.values))));
+  return largestOf(values) >= 0.1 * shared.factor ? shared : unitFor(unit, largestOf(values));
+}
+
 // Years across while they fit, else down; so no sheet of paper cuts them.
 export function yearSection({ years }) {
   if (!years?.rows?.length || !years.years.length) return null;
   const title = i => `${years.years[i]}${years.whole?.[i] === false ? "*" : ""}`;
   const rows = years.rows.map(row => {
-    const chosen = unitFor(row.unit, largestOf(row.values));
+    const chosen = unitOfRow(row, years.rows);
     const digits = row.values.every(value => Number.isInteger(value ?? 0)) && chosen.factor === 1 ? 0
       : digitsFor(largestOf(row.values) / chosen.factor);
     return { ...row, shownUnit: chosen.unit, cells: row.values.map(value => cell(value, row.unit, chosen, digits)) };

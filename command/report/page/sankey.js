@@ -35,9 +35,12 @@ function returning(nodes, links) {
   return back;
 }
 
-// Mean of a year where there is one, in one unit for the whole picture.
+// Of several years their mean; a run of one year has the figures of its tables.
+const isPerYear = paths => paths.years >= 1.5;
+
+// One unit for the whole picture.
 function scaleOf(paths) {
-  const perYear = paths.years > 0.99;
+  const perYear = isPerYear(paths);
   const share = perYear ? 1 / paths.years : 1;
   const most = largestOf(paths.nodes.map(node => node.litres)) * share;
   const chosen = unitFor("L", most);
@@ -84,22 +87,15 @@ class Picture {
     const font = this.beside ? 13 : 11.5;
     const widest = side => Math.min(kSide, Math.ceil(Math.max(...this.nodes.filter(node => layer.get(node.id) === side)
       .flatMap(node => [node.label, this.scale.text(this.amountOf(node))]).map(text => widthOf(text, font)))) + kGap + 4);
-    if (this.beside) {
-      this.left = widest(0);
-      this.right = widest(this.columns - 1);
-      this.width = width;
-      this.slot = (width - this.left - this.right - kNode) / Math.max(1, this.columns - 1) - kNode;
-    } else {
-      this.width = Math.max(width, this.columns * kNarrowest);
-      this.slot = this.width / this.columns - kNode;
-      this.left = 0;
-      this.right = this.slot;
-    }
+    this.left = this.beside ? widest(0) : 0;
+    this.right = Math.min(widest(this.columns - 1), this.beside ? kSide : kNarrowest);
+    this.width = this.beside ? width : Math.max(width, this.columns * kNarrowest);
+    this.slot = (this.width - this.left - this.right - kNode) / Math.max(1, this.columns - 1) - kNode;
     this.labels = new Map();
     let tallest = kLine;
     for (const node of this.nodes) {
       const column = layer.get(node.id);
-      const room = (this.beside && column === 0 ? this.left : this.beside && column === this.columns - 1 ? this.right : this.slot) - 2 * kGap + 4;
+      const room = (this.beside && column === 0 ? this.left : column === this.columns - 1 ? this.right : this.slot) - 2 * kGap + 4;
       const lines = wrapped(node.label, room, 3, font).map(text => ({ text, name: true }))
         .concat(wrapped(this.scale.text(this.amountOf(node)), room, 2, font - 1).map(text => ({ text })));
       this.labels.set(node.id, lines);
@@ -108,7 +104,7 @@ class Picture {
     this.top = tallest / 2 + 2;
     const padding = tallest + kApart;
     const counts = Array.from({ length: this.columns }, (_, i) => nodes.filter(node => node.layer === i).length);
-    const bands = Math.max(150, Math.min(300, this.width / 3));
+    const bands = Math.max(150, Math.min(300, this.width * 0.3));
     this.bands = bands + padding * (Math.max(...counts) - 1);
     this.graph = this.layout(this.width - this.left - this.right, this.bands, padding);
     this.thickness = this.graph.links.length ? this.graph.links[0].width / this.graph.links[0].value : 0;
@@ -193,15 +189,12 @@ function linkTable(paths) {
 export function sankeySection({ paths: given, days, start, end }) {
   if (!given?.links?.some(link => link.litres > 0)) return null;
   const paths = { years: days / 365.25, ...given };
-  const perYear = paths.years > 0.99;
-  const note = `${perYear ? "Mean of a year" : "Sum of the period"}, ${start} to ${end}. The width of a band is its volume; ` +
-    "the account closes, nothing is left out.";
-  if (typeof d3 === "undefined") {
-    return { id: "paths", title: "Where the water comes from and goes", note, body: [linkTable(paths)] };
-  }
+  const period = `${isPerYear(paths) ? "Mean of a year" : "Sum of the period"}, ${start} to ${end}`;
+  const head = { id: "paths", title: "Where the water comes from and goes" };
+  if (typeof d3 === "undefined") return { ...head, note: `${period}; nothing is left out.`, body: [linkTable(paths)] };
   const host = make("div", { className: "chart" });
   const frame = scrolled(host, "Flow diagram");
   const body = [figure("Where the water comes from and where it goes.", frame), opened("As a table", () => linkTable(paths))];
-  return { id: "paths", title: "Where the water comes from and goes", note, body,
+  return { ...head, note: `${period}; the width of a band is its volume, and nothing is left out.`, body,
            ready: () => drawn(frame, width => host.replaceChildren(new Picture(paths, width).draw()), { least: 300 })() };
 }

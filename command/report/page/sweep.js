@@ -3,7 +3,12 @@ import { choice, figure, make, named, opened, svg, table } from "./dom.js";
 import { drawn } from "./chart.js";
 import { kSeriesColours } from "./colours.js";
 import { canDraw, lines, noCharts } from "./lines.js";
-import { largestOf, number, unitFor } from "./units.js";
+import { amount, hides, largestOf, number, unitFor, unitText } from "./units.js";
+
+const kOpen = 40;  // members whose table is shown from the start
+const kRows = 300, kColumns = 6;
+
+const varies = one => new Set(one.values).size > 1;
 
 // A number, or each text by its place in the order of its first occurrence.
 function axisOf(values) {
@@ -17,10 +22,9 @@ function axisOf(values) {
 class SweepChart {
   constructor(sweep) {
     this.sweep = sweep;
-    const varies = list => list.findIndex(one => new Set(one.values).size > 1);
-    this.x = Math.max(0, varies(sweep.keys));
+    this.x = Math.max(0, sweep.keys.findIndex(varies));
     // Lines of the sizing curve for each value of another key, where a reader can tell them apart.
-    this.by = sweep.keys.findIndex((key, i) => i !== this.x && new Set(key.values).size > 1 && new Set(key.values).size <= kSeriesColours.length);
+    this.by = sweep.keys.findIndex((key, i) => i !== this.x && varies(key) && new Set(key.values).size <= kSeriesColours.length);
     this.y = Math.max(0, sweep.figures.findIndex(figure => this.depends(figure)));
     this.host = make("div", { className: "chart", role: "img" });
     this.keys = make("ul", { className: "keys" });
@@ -70,22 +74,27 @@ class SweepChart {
     }
     const i = this.members[at], y = this.sweep.figures[this.y];
     this.when.textContent = [`member ${this.sweep.members?.[i] ?? i + 1}`, ...this.sweep.keys.map(key => `${key.name} = ${key.values[i]}`),
-                             `${y.name} = ${number(y.values[i])} ${y.unit}`].join(", ");
+                             `${y.name} = ${amount(y.values[i], y.unit)}`].join(", ");
   }
 }
 
+// The figures that differ first, as many as a sheet of paper has room for.
 function memberTable(sweep) {
-  const kMost = 300, few = sweep.figures.slice(0, 6), count = sweep.keys[0]?.values.length ?? 0;
-  return [table("Members of the sweep", [...sweep.keys.map(key => ({ title: key.unit ? `${key.name} [${key.unit}]` : key.name })),
-    ...few.map(one => ({ title: one.unit ? `${one.name} [${one.unit}]` : one.name, number: true }))], Array.from({ length: Math.min(count, kMost) }, (_, i) =>
-    [...sweep.keys.map(key => String(key.values[i] ?? "")), ...few.map(one => number(one.values[i]))])),
-  ...(count > kMost ? [make("p", { className: "note", textContent: `The first ${kMost} of ${number(count)}.` })] : [])];
+  const { keys, figures } = sweep, count = keys[0].values.length;
+  const few = [...figures.filter(varies), ...figures.filter(one => !varies(one))].slice(0, kColumns);
+  const title = (name, unit) => named(unit ? `${name} [${unit}]` : name);
+  const columns = few.map(one => ({ ...one, chosen: unitFor(one.unit, largestOf(one.values)) }));
+  const rows = Array.from({ length: Math.min(count, kRows) }, (_, i) => [...keys.map(key => String(key.values[i] ?? "")), ...columns.map(one =>
+    typeof one.values[i] === "number" ? make("span", { textContent: number(one.values[i] / one.chosen.factor), title: hides(one.values[i], one.unit) }) : "–")]);
+  return [table("Members of the sweep", [...keys.map(key => ({ title: title(key.name, unitText(key.unit)) })),
+    ...columns.map(one => ({ title: title(one.name, one.chosen.unit), number: true }))], rows),
+  ...(count > kRows ? [make("p", { className: "note", textContent: `The first ${kRows} of ${number(count)}.` })] : [])];
 }
 
 export function sweepSection({ sweep }) {
   if (!sweep?.keys?.length || !sweep.figures?.length) return null;
-  const head = { id: "sweep", title: "Figures by what was varied", note: "Each point is a member; choose what stands across, up and in colours." };
-  if (!canDraw()) return { ...head, body: [noCharts(), ...memberTable(sweep)] };
+  const head = { id: "sweep", title: "Figures by what was varied" };
+  if (!canDraw()) return { ...head, note: "Each row is a member of the sweep.", body: [noCharts(), ...memberTable(sweep)] };
   const chart = new SweepChart(sweep);
   let redraw = null;
   const names = list => list.map((one, i) => [String(i), one.name]);
@@ -96,8 +105,10 @@ export function sweepSection({ sweep }) {
   const controls = make("div", { className: "controls" }, pick("Across", [...names(sweep.keys), ...names(sweep.figures).map(([i, name]) => [String(Number(i) + sweep.keys.length), name])], chart.x, at => { chart.x = at; }),
     pick("Up", names(sweep.figures), chart.y, at => { chart.y = at; }),
     sweep.keys.length > 1 ? pick("Colours", [["-1", "none"], ...names(sweep.keys)], chart.by, at => { chart.by = at; }) : null);
-  return { ...head, body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host), opened("As a table", () => memberTable(sweep))],
+  const list = opened("As a table", () => memberTable(sweep));
+  return { ...head, note: "Each point is a member of the sweep.", how: "Choose what stands across, up and in colours.", body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host), list],
     ready: () => {
+      list.open = sweep.keys[0].values.length <= kOpen;
       redraw = drawn(chart.host, width => chart.draw(width));
       redraw();
     } };

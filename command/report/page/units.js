@@ -6,10 +6,13 @@ const kUnits = {
 };
 const kWords = { d: ["day", "days"], day: ["day", "days"], days: ["day", "days"], a: ["year", "years"] };
 
+// As a person writes it: "EUR/m³".
+export const unitText = unit => unit === "1" || unit === "-" ? "" : (unit ?? "").replace(/\bm2\b/g, "m²").replace(/\bm3\b/g, "m³");
+
 // The unit for amounts up to `largest`: { unit, factor }, by which amounts are divided.
 export function unitFor(unit, largest) {
   if (unit === "-" && Math.abs(largest) <= 1) return { unit: "%", factor: 0.01 };  // a share
-  let found = { unit: unit === "1" || unit === "-" ? "" : unit ?? "", factor: 1 };
+  let found = { unit: unitText(unit), factor: 1 };
   for (const [from, name, factor = from] of kUnits[unit] ?? []) {
     if (Math.abs(largest) >= from) found = { unit: name, factor };
   }
