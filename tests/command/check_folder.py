@@ -4,7 +4,7 @@ runs beside it or lies in its way; and what somebody else made is left alone.
 
 usage: check_folder.py KESTO
 
-With KESTO_TEST_LONG=1 in the environment, 200 runs of each format are killed at random moments instead of 40, and there
+With KESTO_TEST_LONG=1 in the environment, 200 runs of each format are killed at random moments instead of 20, and there
 are more kinds of faults."""
 
 import json
@@ -24,7 +24,7 @@ import xxhash
 from running import InFolder, KESTO
 
 LONG = bool(os.environ.get("KESTO_TEST_LONG"))
-KILLS = 200 if LONG else 40
+KILLS = 200 if LONG else 20
 # Bringing files to a real disk takes most of the time, and shows nothing more.
 MEMORY = "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
 RESULTS = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv", "account.csv", "figures.csv", "balance.csv",

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <vector>
@@ -23,6 +24,11 @@ struct Output {
 };
 
 }  // namespace
+
+bool isLong() {
+    const char* const given = std::getenv("KESTO_TEST_LONG");
+    return given && *given;
+}
 
 std::string componentText(const Type& type, int code, const std::string& name) {
     std::string text = fmt::format("[[components]]\nname = \"{}\"\ntype = {}\ngroup = \"g\"\n", name, code);

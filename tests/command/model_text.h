@@ -10,6 +10,9 @@
 
 namespace kesto::test {
 
+// The tests are those of ./test --long: more random models.
+bool isLong();
+
 // [[components]] of one type with all that it needs, named `name`, in group "g" with brand "b_NAME".
 std::string componentText(const Type& type, int code, const std::string& name);
 
