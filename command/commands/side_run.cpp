@@ -12,7 +12,10 @@ void runBeside(LoadedModel& loaded, bool isOverseen,
     const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
     Record record(model, loaded.series(), needs.plan);
     const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
-    const std::vector<OutputPort> kept;
+    std::vector<OutputPort> kept;  // all that was recorded, for there are no files
+    for (const Flow& flow : results.flows) {
+        kept.push_back(flow.output());
+    }
     look(results, evaluate(results, needs, loaded.series(), {.kept = isOverseen ? &kept : nullptr}));
 }
 

@@ -145,7 +145,7 @@ void addOverlays(std::vector<Overlay> overlays, std::size_t most, Json& list) {
 std::vector<std::string> namesByDay(const std::vector<ComparedRun>& runs, const std::vector<Json>& overviews) {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        if (runs[i].folder.empty() || overviews[i].is_null()) return {};
+        if (overviews[i].is_null()) return {};
         std::vector<std::string> own;
         for (const Json& shown : overviews[i].value("shown", Json::array())) {
             own.push_back(shown.at("name").get<std::string>());
@@ -157,7 +157,19 @@ std::vector<std::string> namesByDay(const std::vector<ComparedRun>& runs, const 
     return names;
 }
 
+std::vector<Line> daysAtHand(const ComparedRun& run, const std::vector<std::string>& names) {
+    std::vector<Line> lines;
+    for (const std::string& name : names) {
+        const auto found = std::find_if(run.days.begin(), run.days.end(),
+                                        [&](const ComparedSeries& series) { return series.name == name; });
+        if (found == run.days.end()) continue;
+        lines.push_back({name, found->unit, found->isSum, run.start, 1, found->values});
+    }
+    return lines;
+}
+
 std::vector<Line> daysOf(const ComparedRun& run, const std::vector<std::string>& names) {
+    if (run.folder.empty()) return daysAtHand(run, names);
     const StoredResults results = storedResults(run.folder);
     const StoredSeries stored(run.folder, results.files);
     std::vector<std::size_t> wanted;

@@ -7,6 +7,7 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "files.h"
 #include "json_reading.h"
@@ -58,6 +59,32 @@ std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
     return warnings;
 }
 
+std::vector<ComparedSeries> daysOf(const Results& results, const Overview& overview) {
+    std::set<std::string> shown;
+    for (const ShownSeries& series : overview.shown) {
+        shown.insert(series.name);
+    }
+    std::vector<ComparedSeries> days;
+    for (const Flow& flow : results.flows) {
+        if (!shown.contains(flow.name)) continue;
+        std::vector<float> values(results.steps);
+        for (std::size_t step = 0; step < values.size(); ++step) {
+            values[step] = static_cast<float>(amount(flow.signals[step]));
+        }
+        days.push_back({flow.name, std::string(flow.unit), true, std::move(values)});
+    }
+    const auto add = [&](const std::string& name, std::string_view unit, bool isSum, const float* values) {
+        if (shown.contains(name)) days.push_back({name, std::string(unit), isSum, {values, values + results.steps}});
+    };
+    for (const State& state : results.states) {
+        if (state.kind == SeriesKind::storage) add(state.name + ":storage", state.unit, false, state.values);
+    }
+    for (const PotentialSeries& series : results.potentials) {
+        add(fmt::format("{}:{}", series.group, info(series.potential).name), series.unit, true, series.values);
+    }
+    return days;
+}
+
 }  // namespace
 
 bool ComparedFigure::differs() const {
@@ -75,7 +102,10 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
                     .outcome = std::string(toText(results.run.outcome)),
                     .figures = {},
                     .units = {}};
-    if (evaluation.overview) run.overview = toJson(*evaluation.overview);
+    if (evaluation.overview) {
+        run.overview = toJson(*evaluation.overview);
+        run.days = daysOf(results, *evaluation.overview);
+    }
     for (const Figure& figure : evaluation.figures.rows) {
         run.figures.emplace_back(evaluation.figures.nameOf(figure), figure.value);
         run.units.push_back(evaluation.figures.unitOf(figure));

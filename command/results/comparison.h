@@ -10,6 +10,13 @@
 
 namespace kesto {
 
+// A series by day.
+struct ComparedSeries {
+    std::string name, unit;
+    bool isSum;  // over time; else an amount that is there
+    std::vector<float> values;
+};
+
 // What a run says of itself.
 struct ComparedRun {
     std::string name;  // the folder of its results, a scenario, or a member of a sweep
@@ -20,9 +27,10 @@ struct ComparedRun {
     std::vector<std::string> units;                       // of the figures
 
     // For the page.
-    std::vector<std::string> set = {};  // what it was read with in place of the model's values
-    std::string folder = {};            // of its results; empty: in none
-    std::string overview = {};          // JSON; empty: none
+    std::vector<std::string> set = {};      // what it was read with in place of the model's values
+    std::string folder = {};                // of its results; empty: in none
+    std::string overview = {};              // JSON; empty: none
+    std::vector<ComparedSeries> days = {};  // those that the overview shows, of a run without a folder
 };
 
 ComparedRun comparedRun(const std::string& name, const Results& results, const Evaluation& evaluation);

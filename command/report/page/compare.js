@@ -140,8 +140,10 @@ class Overlays {
 }
 
 export function overlaySection(data) {
-  if (!data.overlays?.length) return null;
   const head = { id: "overlays", title: "Over time", note: "The same series of all runs in one chart." };
+  if (!data.overlays?.length) {
+    return data.runs.length ? { ...head, note: "These runs have left no series that all of them have; members of a sweep leave figures alone.", body: [] } : null;
+  }
   if (!canDraw()) return { ...head, body: [noCharts()] };
   const overlays = new Overlays(data);
   let redraw = null;
