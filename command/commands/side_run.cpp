@@ -9,13 +9,10 @@ namespace kesto {
 void runBeside(LoadedModel& loaded, bool isOverseen,
                const std::function<void(const Results&, const Evaluation&)>& look) {
     const Model& model = loaded.model();
-    const AccountNeeds needs = needsOf(model, loaded.series(), {}, false);
+    const std::vector<OutputPort> kept = isOverseen ? allOutputs(model) : std::vector<OutputPort>();
+    const AccountNeeds needs = needsOf(model, loaded.series(), kept, false);
     Record record(model, loaded.series(), needs.plan);
     const Results results = collectResults(model, record, record.shared(), needs.plan, runEngine(record));
-    std::vector<OutputPort> kept;  // all that was recorded, for there are no files
-    for (const Flow& flow : results.flows) {
-        kept.push_back(flow.output());
-    }
     look(results, evaluate(results, needs, loaded.series(), {.kept = isOverseen ? &kept : nullptr}));
 }
 

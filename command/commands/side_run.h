@@ -11,8 +11,8 @@ namespace kesto {
 struct Evaluation;
 struct Results;
 
-// Runs a model that is fit to be run, without recording more than its account needs, and has what it left looked at.
-// With `isOverseen` the evaluation has an overview.
+// Runs a model that is fit to be run, and has what it left looked at. It records no more than its account needs; with
+// `isOverseen` all that `kesto run` does, and the evaluation has an overview.
 void runBeside(LoadedModel& loaded, bool isOverseen,
                const std::function<void(const Results&, const Evaluation&)>& look);
 

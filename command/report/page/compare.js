@@ -26,11 +26,9 @@ export function writeCompareHead(data) {
 
 export function runSection(data) {
   if (!data.runs.length) return null;
-  const set = run => Array.isArray(run.set) ? run.set.map(one => typeof one === "string" ? one : Object.values(one).join(" = ")).join(", ")
-    : run.set && typeof run.set === "object" ? Object.entries(run.set).map(([key, value]) => `${key} = ${value}`).join(", ") : run.set ?? "";
   const columns = [["run", run => named(run.name)], ["title", run => run.title && named(run.title)],
     ["period", run => run.start && `${longDay(dayOf(run.start))} to ${longDay(dayOf(run.end))}`],
-    ["set", run => set(run) && make("code", { textContent: set(run) })]].filter(([, cell]) => data.runs.some(cell));
+    ["set", run => run.set && make("code", { textContent: run.set.join(", ") })]].filter(([, cell]) => data.runs.some(cell));
   const body = [table("Runs", columns.map(([title]) => ({ title })), data.runs.map(run => columns.map(([, cell]) => cell(run) || "")))];
   if (data.notes?.length) body.push(make("ul", { className: "warnings" }, ...data.notes.map(text => make("li", {}, named(text)))));
   return { id: "runs", title: "Runs", body, note: "What is compared, and what differs in how it was run." };
