@@ -128,7 +128,7 @@ class Tab {
     }));
   }
 
-  // Texts of charts are as wide as they are allowed to be: none is drawn beyond its canvas.
+  // Left for a person to look at.
   async picture(suffix) {
     if (kPictures) await this.page.screenshot({ path: path.join(kPictures, `${this.name}-${suffix}.png`), fullPage: true });
   }

@@ -16,6 +16,14 @@ function kesto(...args) {
   return { status: done.status, said: done.stdout + done.stderr };
 }
 
+function written(name, text) {
+  const file = path.join(folder, name);
+  fs.writeFileSync(file, text);
+  return file;
+}
+
+const csvOf = rows => rows.map(row => `${row}\n`).join("");
+
 // Runs a model and makes its page; `status` is what the run is to end with.
 export function page(name, model, { status = 0, options = [], more = [] } = {}) {
   const results = path.join(folder, `${name}-results`), file = path.join(folder, `${name}.html`);
@@ -62,16 +70,13 @@ export function changed(file, name, change) {
   const [whole, json] = /<script type="application\/json" id="data">(.*?)<\/script>/s.exec(text);
   const data = JSON.parse(json);
   change(data);
-  const to = path.join(folder, `${name}.html`);
-  fs.writeFileSync(to, text.replace(whole, () => whole.replace(json, () => JSON.stringify(data).replaceAll("<", "\\u003c"))));
-  return to;
+  return written(`${name}.html`, text.replace(whole, () => whole.replace(json, () => JSON.stringify(data).replaceAll("<", "\\u003c"))));
 }
 
 // More is asked of an intake than it can deliver: the run stops on its third day.
 export function failed() {
-  const model = path.join(folder, "failed.toml");
-  fs.writeFileSync(path.join(folder, "asked.csv"), ["date,asked", ...[2, 5, 20, 30, 40].map((litres, i) => `2012-01-0${i + 1},${litres}`)].join("\n") + "\n");
-  fs.writeFileSync(model, `kesto_model = 1
+  written("asked.csv", csvOf(["date,asked", ...[2, 5, 20, 30, 40].map((litres, i) => `2012-01-0${i + 1},${litres}`)]));
+  const model = written("failed.toml", `kesto_model = 1
 [simulation]
 start = 2012-01-01
 end = 2012-01-05
@@ -107,9 +112,7 @@ export function hostileNames() {
       .replace(new RegExp(`(from|to) = "${name}(:\\w+)?"`, "g"), (_, end, port = "") => `${end} = "${hostile[i]}${port}"`);
   });
   text = text.replace('title = "House with a rainwater tank"', `title = "${hostile[0]} ${hostile[4]}"`);
-  const model = path.join(folder, "hostile.toml");
-  fs.writeFileSync(model, text);
-  return page("hostile", model);
+  return page("hostile", written("hostile.toml", text));
 }
 
 const kHouse = [["wc", "appliance", 1, "toilet"], ["shower", "appliance", 2, "shower"], ["bath", "appliance", 4, "shower"], ["taps", "appliance", 5, "tap"],
@@ -123,14 +126,15 @@ const kPipes = [["roof", "tank:inflow"], ["wc:demand", "tank:demand"], ["tank:de
 export function households(count) {
   const all = Array.from({ length: count }, (_, i) => i);
   const at = (name, i) => name.replace(/^\w+/, part => `${part}${i}`);
-  fs.writeFileSync(path.join(folder, "rain.csv"), ["date,rain", ...Array.from({ length: 60 }, (_, day) =>
-    `${new Date(Date.UTC(2012, 0, 1 + day)).toISOString().slice(0, 10)},${day % 4 ? 0 : day % 7 * 5}`)].join("\n") + "\n");
-  fs.writeFileSync(path.join(folder, "parts.csv"), ["name,type,kind,brand,group,size,initial_storage", ...all.flatMap(i => kHouse.map(([name, type, kind, brand]) =>
-    [`${name}${i}`, type, kind, brand, `house${i}`, type === "tank" ? 500 + 50 * (i % 60) : type === "impervious_surface" ? 40 + i % 80 : "", type === "tank" ? 100 : ""].join(","))),
-    "street,junction,,,,,", "sewer,water_body,,,,,"].join("\n") + "\n");
-  fs.writeFileSync(path.join(folder, "pipes.csv"), ["from,to", ...all.flatMap(i => [...kPipes.map(([from, to]) => `${at(from, i)},${at(to, i)}`), `drain${i},street`]), "street,sewer"].join("\n") + "\n");
-  const model = path.join(folder, `households${count}.toml`);
-  fs.writeFileSync(model, `kesto_model = 1
+  written("rain.csv", csvOf(["date,rain", ...Array.from({ length: 60 }, (_, day) =>
+    `${new Date(Date.UTC(2012, 0, 1 + day)).toISOString().slice(0, 10)},${day % 4 ? 0 : day % 7 * 5}`)]));
+  const sizeOf = (type, i) => type === "tank" ? 500 + 50 * (i % 60) : type === "impervious_surface" ? 40 + i % 80 : "";
+  written("parts.csv", csvOf(["name,type,kind,brand,group,size,initial_storage", ...all.flatMap(i => kHouse.map(([name, type, kind, brand]) =>
+    [`${name}${i}`, type, kind, brand, `house${i}`, sizeOf(type, i), type === "tank" ? 100 : ""].join(","))),
+  "street,junction,,,,,", "sewer,water_body,,,,,"]));
+  written("pipes.csv", csvOf(["from,to", ...all.flatMap(i => [...kPipes.map(([from, to]) => `${at(from, i)},${at(to, i)}`), `drain${i},street`]),
+    "street,sewer"]));
+  const model = written(`households${count}.toml`, `kesto_model = 1
 title = "${count} households"
 [simulation]
 start = 2012-01-01

@@ -27,11 +27,13 @@ function kinds(rows) {
   return [...sums.values()].sort((a, b) => (a.kind === "rounding") - (b.kind === "rounding") || b.litres - a.litres);
 }
 
+const componentCell = (count, name) => count ? `${number(count)} components` : named(name ?? "");
+
 function side(title, rows) {
   const sums = kinds(rows);
   const total = sums.reduce((sum, one) => sum + one.litres, 0);
   const chosen = unitFor("L", Math.max(largestOf(sums.map(one => one.litres)), Math.abs(total)));
-  const lines = sums.map(one => [words(one.kind), one.components > 1 ? `${number(one.components)} components` : named(one.name ?? ""), told(one.litres, "L", chosen)]);
+  const lines = sums.map(one => [words(one.kind), componentCell(one.components > 1 ? one.components : 0, one.name), told(one.litres, "L", chosen)]);
   const last = ["together", "", told(total, "L", chosen)];
   last.className = "sum";
   return make("div", {}, make("h3", { textContent: `${title} [${chosen.unit}]` }),
@@ -44,8 +46,9 @@ function capped(rows, what) {
 
 function accountRows(account) {
   const sorted = [...account].sort((a, b) => (b.litres ?? Infinity) - (a.litres ?? Infinity)).slice(0, kRows);
-  return [table("Account by component", [{ title: "side" }, { title: "kind" }, { title: "component" }, { title: "amount", number: true }, { title: "remark" }],
-    sorted.map(row => [row.side, words(row.kind), row.components ? `${number(row.components)} components` : named(row.component ?? ""), told(row.litres, "L"), row.reason ?? ""])), ...capped(account, "rows")];
+  const columns = [{ title: "side" }, { title: "kind" }, { title: "component" }, { title: "amount", number: true }, { title: "remark" }];
+  return [table("Account by component", columns, sorted.map(row =>
+    [row.side, words(row.kind), componentCell(row.components, row.component), told(row.litres, "L"), row.reason ?? ""])), ...capped(account, "rows")];
 }
 
 // Columns that are 0 in all rows are left out.

@@ -1,11 +1,11 @@
 // Runs side by side: figures with differences to the first, and charts that overlay them.
-import { button, byId, choice, figure, make, named, svg, table } from "./dom.js";
+import { button, byId, choice, figure, make, named, table } from "./dom.js";
 import { drawn } from "./chart.js";
 import { kSeriesColours } from "./colours.js";
 import { unpacked } from "./data.js";
 import { dayOf, firstDayOf, isoMonth, isoOf, longDay, monthOf } from "./days.js";
 import { csv, fileName, picture, save } from "./files.js";
-import { canDraw, lines, noCharts } from "./lines.js";
+import { canDraw, lines, lineSample, noCharts } from "./lines.js";
 import { digitsFor, hides, largestOf, number, unitFor } from "./units.js";
 
 const kAcross = 4;  // runs beside the first in one table, so that it fits a sheet of paper
@@ -42,20 +42,31 @@ function figureCell(row, at) {
   if (value === null || value === undefined) return "–";
   const cell = make("span", { title: hides(value, row.unit) }, text(value));
   if (at && first !== null && first !== undefined) {
-    const difference = value - first, share = first && Math.abs(difference) < 10 * Math.abs(first) ? ` (${difference > 0 ? "+" : ""}${number(100 * difference / Math.abs(first), 1)} %)` : "";
-    const told = `${difference > 0 ? "+" : ""}${text(difference)}`;
-    // Of shares in per cent the difference is in points.
-    cell.append(make("span", { className: "difference", textContent: difference === 0 ? "same" : chosen.unit === "%" ? `${told} points` : `${told}${share}` }));
+    cell.append(make("span", { className: "difference", textContent: differenceText(value - first, first, chosen, text) }));
   }
   return cell;
+}
+
+// Of shares in per cent the difference is in points.
+function differenceText(difference, first, chosen, text) {
+  if (difference === 0) return "same";
+  const sign = difference > 0 ? "+" : "", told = sign + text(difference);
+  if (chosen.unit === "%") return `${told} points`;
+  const isTold = first && Math.abs(difference) < 10 * Math.abs(first);
+  return isTold ? `${told} (${sign}${number(100 * difference / Math.abs(first), 1)} %)` : told;
+}
+
+function figureName({ name, label, meaning }) {
+  return make("span", {}, named(label ?? name), meaning ? make("span", { className: "aside-text", textContent: meaning }) : null);
 }
 
 function figureTables(data, rows) {
   const others = data.runs.map((_, i) => i).slice(1), tables = [];
   for (let from = 0; from === 0 || from < others.length; from += kAcross) {
     const shown = [0, ...others.slice(from, from + kAcross)];
-    tables.push(table("Figures of the runs", [{ title: "figure" }, { title: "unit" }, ...shown.map(at => ({ title: data.runs[at].name, number: true }))],
-      rows.map(row => [make("span", {}, named(row.label ?? row.name), row.meaning ? make("span", { className: "aside-text", textContent: row.meaning }) : null), unitFor(row.unit, largestOf(row.values)).unit, ...shown.map(at => figureCell(row, at))])));
+    const columns = [{ title: "figure" }, { title: "unit" }, ...shown.map(at => ({ title: data.runs[at].name, number: true }))];
+    tables.push(table("Figures of the runs", columns,
+      rows.map(row => [figureName(row), unitFor(row.unit, largestOf(row.values)).unit, ...shown.map(at => figureCell(row, at))])));
   }
   return tables;
 }
@@ -108,12 +119,11 @@ class Overlays {
     const read = this.shown = this.read();
     const chosen = this.chosen = unitFor(read.one.unit, Math.max(...read.rows.map(largestOf)));
     this.values = this.data.runs.map(() => make("span", { className: "value" }));
-    this.keys.replaceChildren(...this.data.runs.map((run, i) => make("li", {}, svg("svg", { width: 26, height: 12, "aria-hidden": "true" },
-      svg("line", { x1: 0, x2: 26, y1: 6, y2: 6, stroke: `var(${look(i).colour})`, "stroke-width": 3, "stroke-dasharray": look(i).dash?.join(" ") })),
-    named(run.name), this.values[i])));
+    this.keys.replaceChildren(...this.data.runs.map((run, i) => make("li", {}, lineSample(look(i)), named(run.name), this.values[i])));
     this.plot = lines(this.host, { width, height: 300, x: read.days.map(day => day * 86400),
       yLabel: `${chosen.unit || "value"}${read.one.sum ? read.monthly ? " per month" : " per day" : ""}`,
-      series: read.rows.map((row, i) => ({ label: this.data.runs[i].name, ...look(i), stepped: read.monthly, values: row.map(value => value === null ? null : value / chosen.factor) })),
+      series: read.rows.map((row, i) => ({ label: this.data.runs[i].name, ...look(i), stepped: read.monthly,
+        values: row.map(value => value === null ? null : value / chosen.factor) })),
       onPoint: at => this.point(at ?? null) });
     this.host.setAttribute("aria-label", `${read.one.label} of ${this.data.runs.map(run => run.name).join(", ")} over time.`);
     this.point(null);
@@ -129,11 +139,13 @@ class Overlays {
 
   saveCsv() {
     const { one, rows, days, iso } = this.shown;
-    save(fileName(one.label, "csv"), csv(["date", ...this.data.runs.map(run => `${run.name} [${one.unit}]`)], days.map((_, i) => [iso(i), ...rows.map(row => row[i])])));
+    const head = ["date", ...this.data.runs.map(run => `${run.name} [${one.unit}]`)];
+    save(fileName(one.label, "csv"), csv(head, days.map((_, i) => [iso(i), ...rows.map(row => row[i])])));
   }
 
   savePng() {
-    picture(this.shown.one.label, this.data.runs.map((run, i) => ({ label: run.name, ...look(i) })), [this.plot], blob => save(fileName(this.shown.one.label, "png"), blob));
+    const { label } = this.shown.one, entries = this.data.runs.map((run, i) => ({ label: run.name, ...look(i) }));
+    picture(label, entries, [this.plot], blob => save(fileName(label, "png"), blob));
   }
 }
 

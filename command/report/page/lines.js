@@ -1,5 +1,5 @@
 // A chart of lines by uPlot, with axes that hold their labels whatever the figures are.
-import { make } from "./dom.js";
+import { make, svg } from "./dom.js";
 import { colour, font, tickTexts, widthOf } from "./chart.js";
 import { shortMonths } from "./days.js";
 
@@ -41,6 +41,8 @@ function close(_, low, high) {
 // `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
 export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, within, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
+  const placeNames = (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "");
+  const across = xLabel ? { label: xLabel, labelSize: 18, size: 42, ...(xNames ? { values: placeNames } : {}) } : { values: timeTexts, space: 64, size: 52 };
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
     width, height, padding: [10, xLabel ? 34 : 14, 0, 0],
@@ -49,7 +51,7 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, 
     cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
     scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
     axes: [
-      { ...axis, ...(xLabel ? { label: xLabel, labelSize: 18, ...(xNames ? { values: (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "") } : {}) } : { values: timeTexts, space: 64 }), size: xLabel ? 42 : 52 },
+      { ...axis, ...across },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
         ? values.map(value => value === null ? "" : String(Number(value.toPrecision(2)))) : tickTexts(values),
         size: (_, texts) => Math.ceil(Math.max(24, ...(texts ?? []).map(text => widthOf(text ?? "")))) + 16 },
@@ -67,6 +69,10 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, 
   }, [x, ...series.map(one => one.values)], host);
   return plot;
 }
+
+// What stands for a line in the list of those shown.
+export const lineSample = ({ colour: name, dash }) => svg("svg", { width: 26, height: 12, "aria-hidden": "true" },
+  svg("line", { x1: 0, x2: 26, y1: 6, y2: 6, stroke: `var(${name})`, "stroke-width": 3, "stroke-dasharray": dash?.join(" ") }));
 
 export const noCharts = () => make("p", { className: "note",
   textContent: "There are no charts: the command that made this page was built without the libraries that draw them." });

@@ -43,7 +43,8 @@ function laidOut(nodes, edges, down, said) {
     const edge = graph.edge(id);
     const line = svg("g", { class: edge.demand ? "edge demand" : "edge" },
       svg("path", { d: curve(edge.points), "stroke-width": edge.stroke ?? 1.5, "marker-end": `url(#${edge.demand ? "to-demand" : "to-water"})` }));
-    if (edge.label) labels.append(svg("rect", { x: edge.x - edge.width / 2 + 2, y: edge.y - 7, width: edge.width - 4, height: 14, rx: 3 }), svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
+    if (edge.label) labels.append(svg("rect", { x: edge.x - edge.width / 2 + 2, y: edge.y - 7, width: edge.width - 4, height: 14, rx: 3 }),
+      svg("text", { x: edge.x, y: edge.y + 4, "text-anchor": "middle", "font-size": 11 }, edge.label));
     if (edge.hint) hinted(line, () => edge.hint);
     drawing.append(line);
   }

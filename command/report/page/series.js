@@ -1,18 +1,18 @@
 // All series: a list to choose from, and the chart of those that are chosen.
-import { button, choice, figure, make, named, svg, switcher, table } from "./dom.js";
+import { button, choice, figure, make, named, switcher, table } from "./dom.js";
 import { address, onAddress, remember } from "./address.js";
 import { drawn } from "./chart.js";
 import { data } from "./data.js";
 import { isoOf } from "./days.js";
-import { canDraw, noCharts } from "./lines.js";
+import { canDraw, lineSample, noCharts } from "./lines.js";
 import { all, firstShown, groupOf, hasDays, kindOf, kMostShown, looks, placed, summed, timesOf, typeOf } from "./series_data.js";
 import { emptyChart, SeriesChart } from "./series_chart.js";
 import { amount, hides, number } from "./units.js";
 
 const kListed = 100, kRows = 300;
 
-const sample = ({ colour, dash }) => svg("svg", { width: 26, height: 12, "aria-hidden": "true" },
-  svg("line", { x1: 0, x2: 26, y1: 6, y2: 6, stroke: `var(${colour})`, "stroke-width": 3, "stroke-dasharray": dash?.join(" ") }));
+const total = (one, remark = "") => make("span", { className: "total", title: hides(summed(one), one.unit),
+  textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}${remark}` });
 
 const occurring = of => [...new Set(all.map(of))].filter(name => name).sort();
 
@@ -68,10 +68,9 @@ class SeriesSection {
     this.items.replaceChildren(...found.slice(0, kListed).map(one => {
       const box = make("input", { type: "checkbox", checked: this.shown.includes(one), disabled: full && !this.shown.includes(one) });
       box.onchange = () => this.toggle(one);
-      return make("li", {}, make("label", {}, box, named(one.name),
-        make("span", { className: "total", title: hides(summed(one), one.unit), textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}${hasDays(one) ? "" : ", months only"}` })));
+      return make("li", {}, make("label", {}, box, named(one.name), total(one, hasDays(one) ? "" : ", months only")));
     }));
-    const omitted = data.series.omitted ? ` ${data.series.omitted_note?.replace(/\.?$/, ".") || `${number(data.series.omitted)} more are in the results.`}` : "";
+    const omitted = data.series.omitted ? ` ${data.series.omitted_note?.replace(/\.?$/, ".") ?? `${number(data.series.omitted)} more are in the results.`}` : "";
     this.status.textContent = (found.length > kListed ? `The first ${kListed} of ${number(found.length)}: search for others.`
       : found.length === 1 ? "1 series." : `${number(found.length)} series.`) +
       (full ? ` Eight are shown, which is the most; leave one out to choose another.` : "") + omitted;
@@ -151,7 +150,7 @@ class SeriesSection {
     this.keys.replaceChildren(...this.shown.map(one => {
       const value = make("span", { className: "value" });
       this.values.set(one, value);
-      return make("li", {}, sample(looks(one)), named(one.name), value,
+      return make("li", {}, lineSample(looks(one)), named(one.name), value,
         button("×", () => this.toggle(one), { className: "remove screen", "aria-label": `Leave out ${one.name}` }));
     }));
   }
@@ -195,7 +194,7 @@ class SeriesSection {
 // What remains of the list without charts.
 function totals() {
   return [table("Series", [{ title: "series" }, { title: "kind" }, { title: "total or mean", number: true }], all.slice(0, kRows).map(one =>
-    [named(one.name), kindOf(one), make("span", { title: hides(summed(one), one.unit), textContent: `${one.sum ? "" : "mean "}${amount(summed(one), one.unit)}` })])),
+    [named(one.name), kindOf(one), total(one)])),
   ...(all.length > kRows ? [make("p", { className: "note", textContent: `The first ${kRows} of ${number(all.length)}; all are in the results.` })] : [])];
 }
 

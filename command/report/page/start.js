@@ -15,8 +15,9 @@ import { sweepSection } from "./sweep.js";
 
 function put(section) {
   const heading = make("h2", { textContent: section.title, id: `${section.id}-title`, className: section.quiet ? "hidden" : "" });
+  const how = section.how ? make("span", { className: "screen", textContent: ` ${section.how}` }) : null;
   byId("main").append(make("section", { id: section.id, "aria-labelledby": heading.id, className: section.quiet ? "quiet" : "" }, heading,
-    section.note ? make("p", { className: "note under" }, section.note, section.how ? make("span", { className: "screen", textContent: ` ${section.how}` }) : null) : null,
+    section.note ? make("p", { className: "note under" }, section.note, how) : null,
     ...section.body));
 }
 

@@ -34,7 +34,19 @@ function storeTable(stores) {
 
 const rgb = text => text.match(/[0-9a-f]{2}/gi).map(part => parseInt(part, 16));
 
-// One row of pixels a year; the browser stretches them without blurring. Leap days keep their place: a row has 366.
+// A row of pixels has 366 days, so that each has its place in all years: 29 February is one of them.
+const kLeapDay = 59;
+const firstOf = year => firstDayOf(year * 12);
+const isLeap = year => firstOf(year + 1) - firstOf(year) === 366;
+
+function placeOf(day) {
+  const year = yearOfMonth(monthOfDay(day)), at = day - firstOf(year);
+  return [year, !isLeap(year) && at >= kLeapDay ? at + 1 : at];
+}
+
+const dayAt = (year, place) => firstOf(year) + place - (!isLeap(year) && place >= kLeapDay ? 1 : 0);
+
+// One row of pixels a year; the browser stretches them without blurring.
 function strips(store, host) {
   const values = days(store), first = dayOf(data.series?.first ?? data.start), step = data.series?.step_days ?? data.days_per_step ?? 1;
   const years = [...new Set([yearOfMonth(monthOfDay(first)), ...values.map((_, i) => yearOfMonth(monthOfDay(first + i * step)))])];
@@ -42,11 +54,6 @@ function strips(store, host) {
   const emptyBelow = store.empty_below ?? 0, full = top(store);
   const rows = new Map(years.map(year => [year, make("canvas", { width: 366, height: 1 })]));
   const images = new Map([...rows].map(([year, canvas]) => [year, canvas.getContext("2d").createImageData(366, 1)]));
-  const placeOf = day => {
-    const year = yearOfMonth(monthOfDay(day)), start = firstDayOf(year * 12);
-    const leap = firstDayOf(year * 12 + 12) - start === 366, at = day - start;
-    return [year, at + (!leap && at >= 59 ? 1 : 0)];
-  };
   values.forEach((value, i) => {
     if (value === null) return;
     const share = Math.max(0, Math.min(1, value / full));
@@ -57,17 +64,16 @@ function strips(store, host) {
       if (!image) continue;
       image.data.set([...tint, 255], 4 * at);
       // A year without a leap day shows the day before it twice, rather than a gap.
-      if (at === 58) image.data.set([...tint, 255], 4 * 59);
+      if (at === kLeapDay - 1) image.data.set([...tint, 255], 4 * kLeapDay);
     }
   });
   for (const [year, canvas] of rows) canvas.getContext("2d").putImageData(images.get(year), 0, 0);
   const saidAt = (year, event, canvas) => {
     const box = canvas.getBoundingClientRect();
-    const at = Math.floor((event.clientX - box.left) / box.width * 366);
-    const start = firstDayOf(year * 12), leap = firstDayOf(year * 12 + 12) - start === 366;
-    const day = start + at - (!leap && at >= 59 ? 1 : 0);
+    const day = dayAt(year, Math.floor((event.clientX - box.left) / box.width * 366));
     const value = values[Math.floor((day - first) / step)];
-    return value === undefined || value === null ? null : [longDay(day), exact(value, store.unit), store.capacity ? `${percent(value / store.capacity)} full` : ""];
+    if (value === undefined || value === null) return null;
+    return [longDay(day), exact(value, store.unit), store.capacity ? `${percent(value / store.capacity)} full` : ""];
   };
   host.replaceChildren(...years.flatMap(year => [make("span", { className: "year", textContent: String(year) }),
     hinted(rows.get(year), event => saidAt(year, event, rows.get(year)))]), make("span", {}),

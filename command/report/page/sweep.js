@@ -8,6 +8,7 @@ import { amount, hides, largestOf, number, unitFor, unitText } from "./units.js"
 const kOpen = 40;  // members whose table is shown from the start
 const kRows = 300, kColumns = 6;
 
+const withUnit = (name, unit) => unit ? `${name} [${unit}]` : name;
 const varies = one => new Set(one.values).size > 1;
 
 // A number, or each text by its place in the order of its first occurrence.
@@ -60,8 +61,9 @@ class SweepChart {
     const apart = 1e-9 * ((axis.places[order[order.length - 1]] - axis.places[order[0]]) / factor.factor || 1);
     const once = by || new Set(order.map(i => axis.places[i])).size === order.length;
     this.plot = lines(this.host, { width, height: 320, x: order.map((i, k) => axis.places[i] / factor.factor + k * apart),
-      xLabel: `${x.name}${factor.unit ? ` [${factor.unit}]` : ""}`, yLabel: `${y.name}${chosen.unit ? ` [${chosen.unit}]` : ""}`, points: !once, marks: order.length <= 60, xNames: axis.names,
-      series: groups.map((name, g) => ({ label: y.name, colour: kSeriesColours[g], values: order.map(i => name === null || String(by.values[i]) === name ? y.values[i] / chosen.factor : null) })),
+      xLabel: withUnit(x.name, factor.unit), yLabel: withUnit(y.name, chosen.unit), points: !once, marks: order.length <= 60, xNames: axis.names,
+      series: groups.map((name, g) => ({ label: y.name, colour: kSeriesColours[g],
+        values: order.map(i => name === null || String(by.values[i]) === name ? y.values[i] / chosen.factor : null) })),
       span: true, curve: true, onPoint: at => this.point(at ?? null) });
     this.host.setAttribute("aria-label", `${y.name} by ${x.name}, ${order.length} members.`);
     this.point(null);
@@ -82,12 +84,13 @@ class SweepChart {
 function memberTable(sweep) {
   const { keys, figures } = sweep, count = keys[0].values.length;
   const few = [...figures.filter(varies), ...figures.filter(one => !varies(one))].slice(0, kColumns);
-  const title = (name, unit) => named(unit ? `${name} [${unit}]` : name);
   const columns = few.map(one => ({ ...one, chosen: unitFor(one.unit, largestOf(one.values)) }));
-  const rows = Array.from({ length: Math.min(count, kRows) }, (_, i) => [...keys.map(key => String(key.values[i] ?? "")), ...columns.map(one =>
-    typeof one.values[i] === "number" ? make("span", { textContent: number(one.values[i] / one.chosen.factor), title: hides(one.values[i], one.unit) }) : "–")]);
-  return [table("Members of the sweep", [...keys.map(key => ({ title: title(key.name, unitText(key.unit)) })),
-    ...columns.map(one => ({ title: title(one.name, one.chosen.unit), number: true }))], rows),
+  const cell = (value, { unit, chosen }) => typeof value === "number"
+    ? make("span", { textContent: number(value / chosen.factor), title: hides(value, unit) }) : "–";
+  const rows = Array.from({ length: Math.min(count, kRows) }, (_, i) =>
+    [...keys.map(key => String(key.values[i] ?? "")), ...columns.map(one => cell(one.values[i], one))]);
+  return [table("Members of the sweep", [...keys.map(key => ({ title: named(withUnit(key.name, unitText(key.unit))) })),
+    ...columns.map(one => ({ title: named(withUnit(one.name, one.chosen.unit)), number: true }))], rows),
   ...(count > kRows ? [make("p", { className: "note", textContent: `The first ${kRows} of ${number(count)}.` })] : [])];
 }
 
@@ -102,11 +105,12 @@ export function sweepSection({ sweep }) {
     set(Number(at));
     redraw();
   });
-  const controls = make("div", { className: "controls" }, pick("Across", [...names(sweep.keys), ...names(sweep.figures).map(([i, name]) => [String(Number(i) + sweep.keys.length), name])], chart.x, at => { chart.x = at; }),
+  const controls = make("div", { className: "controls" }, pick("Across", names([...sweep.keys, ...sweep.figures]), chart.x, at => { chart.x = at; }),
     pick("Up", names(sweep.figures), chart.y, at => { chart.y = at; }),
     sweep.keys.length > 1 ? pick("Colours", [["-1", "none"], ...names(sweep.keys)], chart.by, at => { chart.by = at; }) : null);
   const list = opened("As a table", () => memberTable(sweep));
-  return { ...head, note: "Each point is a member of the sweep.", how: "Choose what stands across, up and in colours.", body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host), list],
+  return { ...head, note: "Each point is a member of the sweep.", how: "Choose what stands across, up and in colours.",
+    body: [controls, figure("Figures of the sweep.", chart.keys, chart.when, chart.host), list],
     ready: () => {
       list.open = sweep.keys[0].values.length <= kOpen;
       redraw = drawn(chart.host, width => chart.draw(width));
