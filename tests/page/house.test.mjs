@@ -95,6 +95,21 @@ test("what is seen is saved as CSV and PNG", { skip: !charts }, () => withBrowse
   await tab.close();
 }));
 
+test("stripes are the days that they say, in leap years and others", () => withBrowser(async browser => {
+  const tab = await browser.open(file);
+  const strips = await tab.page.$$("#stores .strips canvas");
+  assert.equal(strips.length, 4);
+  // Each row has a place for 29 February, the 60th.
+  for (const [row, place, day] of [[0, 59, "29 February 2012"], [0, 60, "1 March 2012"], [1, 58, "28 February 2013"], [1, 60, "1 March 2013"],
+    [3, 0, "1 January 2015"], [3, 365, "31 December 2015"]]) {
+    await strips[row].scrollIntoView();
+    const box = await strips[row].boundingBox();
+    await tab.page.mouse.move(box.x + box.width * (place + 0.5) / 366, box.y + box.height / 2);
+    assert.equal(await tab.text(".hint strong"), day);
+  }
+  await tab.close();
+}));
+
 test("texts of the axes lie within the chart", { skip: !charts }, () => withBrowser(async browser => {
   const tab = await browser.open(file, { width: 480 });
   // A text that is cut off has ink in the outermost rows and columns of points.
