@@ -42,7 +42,7 @@ def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, 
         losses.append(fit.losses(fit.simulate(fractions), metric))
         return losses[-1]
 
-    (_evolve if method == "de" else _search)(objective, len(fit.keys), left, seed)
+    converged = (_evolve if method == "de" else _search)(objective, len(fit.keys), left, seed)
     tried, values = numpy.concatenate(fit.tried), numpy.concatenate(losses)
     if not numpy.isfinite(values).any():
         raise Error(f"all {len(values)} members failed; run one of them to see why")
@@ -50,23 +50,26 @@ def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, 
     covariance = _covariance(fit, best)
     history = pandas.DataFrame(tried, columns=fit.keys).assign(**{metric: _metric_of(values, metric)})
     return Calibration(batch.plan.model, fit, metric, dict(zip(fit.keys, map(float, fit.parameters(best)))),
-                       float(values.min()), covariance, history, seed)
+                       float(values.min()), covariance, history, seed, converged)
 
 
-def _evolve(objective: Any, dimensions: int, members: int, seed: int | None) -> None:
+def _evolve(objective: Any, dimensions: int, members: int, seed: int | None) -> bool | None:
     """Differential evolution: R. Storn, K. Price, Journal of Global Optimization 11 (1997) 341-359, of scipy."""
     from scipy.optimize import differential_evolution
 
     population = max(8, min(15 * dimensions, members // 8))
     start = unit_sobol(dimensions, 1 << (population - 1).bit_length(), seed)[:population]
     # scipy minimises over (parameters, members).
-    differential_evolution(lambda columns: objective(columns.T), [(0.0, 1.0)] * dimensions, init=start,
-                           maxiter=max(0, members // population - 1), tol=1e-4, polish=False, vectorized=True,
-                           updating="deferred", seed=seed)
+    found = differential_evolution(lambda columns: objective(columns.T), [(0.0, 1.0)] * dimensions, init=start,
+                                   maxiter=max(0, members // population - 1), tol=1e-4, polish=False, vectorized=True,
+                                   updating="deferred", seed=seed)
+    return bool(found.success)
 
 
-def _search(objective: Any, dimensions: int, members: int, seed: int | None) -> None:
+def _search(objective: Any, dimensions: int, members: int, seed: int | None) -> bool | None:
+    """Uses all members, and cannot tell whether it has converged."""
     dds(objective, numpy.zeros(dimensions), numpy.ones(dimensions), members=members, batch=8, seed=seed)
+    return None
 
 
 def _metric_of(losses: Floats, metric: str) -> Floats:
@@ -122,6 +125,8 @@ class Calibration:
     history : DataFrame
         All members: a column for each key, and the metric.
     seed : int or None
+    converged : bool or None
+        Whether the search ended because it found nothing better any more, before `max_members`; None: "dds" cannot tell.
     """
 
     model: Model
@@ -132,6 +137,7 @@ class Calibration:
     covariance: Floats = field(repr=False)
     history: pandas.DataFrame = field(repr=False)
     seed: int | None
+    converged: bool | None = None
 
     @property
     def value(self) -> float:
@@ -227,6 +233,8 @@ class Calibration:
             doubts.append("  flat direction: the fit hardly changes with " + ", ".join(parts))
         as_good = self.as_good
         doubts += [f"  {key} fits as well from {as_good['low'][key]:.4g} to {as_good['high'][key]:.4g}" for key in part_of]
+        if self.converged is False:
+            doubts.append("  the search stopped at max_members before it converged: a better fit may lie elsewhere")
         return doubts or ["  all parameters are known to a tenth of their ranges; no bound was hit"]
 
 

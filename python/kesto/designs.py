@@ -2,7 +2,7 @@
 from __future__ import annotations
 
 import itertools
-from collections.abc import Mapping, Sequence
+from collections.abc import Mapping, Sequence, Sized
 from typing import Any
 
 import numpy
@@ -37,6 +37,9 @@ def grid(axes: Mapping[str, Sequence[Value]]) -> pandas.DataFrame:
     3           3 m3         50
     4           3 m3        100
     """
+    for key, values in axes.items():
+        if isinstance(values, str) or not isinstance(values, Sized):
+            raise Error(f"the values of {key} are {values!r}; expected a list")
     if not axes or any(len(values) == 0 for values in axes.values()):
         raise Error("a grid needs at least one key, and a value for each")
     rows = list(itertools.product(*(list(values) for values in axes.values())))

@@ -138,6 +138,14 @@ def _flat(name: str, series: Any) -> Any:
     raise Error(f"the observations of {name} have dimensions {series.dims}; expected time alone")
 
 
+def observed_flows(observed: Observed) -> list[str]:
+    """The names of the flows that were observed. Raises TypeError where the series have no names."""
+    if not isinstance(observed, Mapping):
+        raise TypeError(f"the observations are a {type(observed).__name__}; expected a mapping such as"
+                        " {'tank:overflow': series}")
+    return list(observed)
+
+
 def recorded(sweep: Sweep, names: list[str]) -> xarray.DataArray:
     """The named flows of a sweep, dims (member, flow, time), with the coordinate `units` along `flow`."""
     import xarray

@@ -111,8 +111,9 @@ class Studies:
             The best, and what the observations cannot tell.
         """
         from .calibration import calibrate
+        from .objective import observed_flows
 
-        batch = _batch(self, list(observed), "key", options)
+        batch = _batch(self, observed_flows(observed), "key", options)
         return calibrate(batch, bounds, observed, metric=metric, warmup=warmup, method=method, max_members=max_members,
                          seed=seed)
 
@@ -146,9 +147,10 @@ class Studies:
         -------
         Uncertainty
         """
+        from .objective import observed_flows
         from .uncertainty import uncertainty
 
-        batch = _batch(self, list(observed), "key", options)
+        batch = _batch(self, observed_flows(observed), "key", options)
         return uncertainty(batch, bounds, observed, warmup=warmup, errors=errors, walkers=walkers, steps=steps,
                            burn=burn, seed=seed)
 

@@ -5,7 +5,7 @@ import csv
 import functools
 import os
 import tempfile
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Iterable, Mapping, Sequence, Sized
 from dataclasses import dataclass, field, replace
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, Union
@@ -65,10 +65,22 @@ class Plan:
 
 def as_design(design: Design) -> pandas.DataFrame:
     """A design as a table with a row for each member, numbered from 1."""
+    if isinstance(design, Mapping):
+        _expect_columns(design)
     table = design if isinstance(design, pandas.DataFrame) else pandas.DataFrame(design)
     if not len(table) or not len(table.columns):
         raise Error("the design has no members; expected a row for each, and a column for each key")
     return table.set_index(pandas.RangeIndex(1, len(table) + 1, name="member"))
+
+
+def _expect_columns(design: Mapping[str, Any]) -> None:
+    """Raises Error where the keys have no lists of values, or lists of different lengths."""
+    counts = {key: len(values) for key, values in design.items() if isinstance(values, Sized) and not isinstance(values, str)}
+    if design and not counts:
+        raise Error("the design has one value for each key; expected a list of values, one for each member")
+    if len(set(counts.values())) > 1:
+        told = ", ".join(f"{count} of {key}" for key, count in counts.items())
+        raise Error(f"the design has different numbers of values: {told}; expected one for each member (kesto.grid combines them)")
 
 
 def write_design(design: pandas.DataFrame, path: Path) -> None:
@@ -88,6 +100,8 @@ def _cell(value: Any) -> str:
 def run_sweep(plan: Plan, design: Design, *, jobs: int | None = None, client: Any = None,
               keep: str | os.PathLike[str] | None = None) -> Sweep:
     """What Model.sweep documents."""
+    if jobs is not None and jobs < 1:
+        raise Error(f"jobs is {jobs}; expected 1 or more, or None for one on each core")
     table = as_design(design)
     if client is not None:
         from .cluster import run_chunks

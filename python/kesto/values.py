@@ -58,6 +58,8 @@ def options(set: Mapping[str, Value] | None = None, scenario: str | Sequence[str
     >>> options({"tank.size": "3 m3"}, "dry", end="2012-12-31")
     ['--scenario', 'dry', '--set', 'tank.size=3 m3', '--to', '2012-12-31']
     """
+    if set is not None and not isinstance(set, Mapping):
+        raise TypeError(f"the values to set are {set!r}; expected a mapping such as {{'tank.size': '3 m3'}}")
     words: list[str] = []
     for name in listed(scenario):
         words += ["--scenario", name]

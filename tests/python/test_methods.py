@@ -18,6 +18,9 @@ def test_grid():
     assert not design.duplicated().any()
     with pytest.raises(kesto.Error, match="at least one key"):
         kesto.grid({"tank.size": []})
+    for value in (3, "3 m3"):
+        with pytest.raises(kesto.Error, match=f"the values of tank.size are {value!r}; expected a list"):
+            kesto.grid({"tank.size": value})
 
 
 def test_lhs_has_one_member_in_each_class():

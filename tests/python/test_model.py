@@ -72,6 +72,8 @@ def test_values_that_are_none(house):
         house.run({"tank.size": None})
     with pytest.raises(TypeError, match="no value of a key"):
         house.run({"tank.size": {"m3": 3}})
+    with pytest.raises(TypeError, match="the values to set are 'tank.size=3'; expected a mapping"):
+        house.run("tank.size=3")
 
 
 def test_monthly_values(house):

@@ -32,7 +32,7 @@ def test_two_parameters_are_recovered_from_noise(found):
     assert found.members <= 2000 and len(found.history) <= found.members
     assert not found.at_bounds and found.flat.empty
     assert abs(found.best["tank.size"] - 3000) < 4 * found.deviation["tank.size"] < 0.02 * 3000
-    assert "all parameters are known" in repr(found)
+    assert found.converged and "all parameters are known" in repr(found)
 
 
 def test_the_metric_of_the_best_is_that_of_its_run(found, observed):
@@ -48,6 +48,12 @@ def test_the_same_seed_gives_the_same_bits(house, observed):
     assert short[0].best == short[1].best and short[0].members <= 60
     other = house.calibrate(P, {"tank:overflow": observed}, max_members=60, seed=6)
     assert other.best != short[0].best
+
+
+def test_a_search_that_was_stopped_says_so(house, observed):
+    found = house.calibrate(P, {"tank:overflow": observed}, metric="nse", max_members=60, seed=1)
+    assert found.converged is False and "stopped at max_members before it converged" in repr(found)
+    assert "all parameters are known" not in repr(found)
 
 
 def test_what_cannot_be_known_is_said(house):
@@ -78,7 +84,7 @@ def test_dds_and_several_flows(house):
     run = house.run(TRUTH)
     flows = {name: run.flows.sel(flow=name) for name in ("tank:overflow", "tank:deficit")}
     found = house.calibrate(P, flows, metric="nse", method="dds", max_members=200, seed=2)
-    assert found.value > 0.98 and found.members <= 200
+    assert found.value > 0.98 and found.members <= 200 and found.converged is None
 
 
 def test_observations_with_gaps_and_without_dates(house, observed):
@@ -102,6 +108,12 @@ def test_questions_that_cannot_be_answered(house, observed, change, text):
     given = {"observed": {"tank:overflow": observed}, "max_members": 60, "seed": 1, **change}
     with pytest.raises(kesto.Error, match=text):
         house.calibrate(P, given.pop("observed"), **given)
+
+
+@pytest.mark.parametrize("study", ["calibrate", "uncertainty"])
+def test_observations_need_names(house, observed, study):
+    with pytest.raises(TypeError, match="the observations are a Series; expected a mapping"):
+        getattr(house, study)(P, observed)
 
 
 def test_unknown_options(house, observed):

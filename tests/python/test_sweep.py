@@ -97,6 +97,12 @@ def test_wrong_cells_are_all_named_with_their_member(house):
         house.sweep({"tank.sze": [1, 2]})
     with pytest.raises(kesto.Error, match="no members"):
         house.sweep(pandas.DataFrame())
+    with pytest.raises(kesto.Error, match=r"different numbers of values: 2 of tank.size, 1 of roof.size; .*kesto.grid combines"):
+        house.sweep({"tank.size": [1, 2], "roof.size": [50]})
+    with pytest.raises(kesto.Error, match="expected a list of values"):
+        house.sweep({"tank.size": 3})
+    with pytest.raises(kesto.Error, match="jobs is 0; expected 1 or more"):
+        house.sweep({"tank.size": [1, 2]}, jobs=0)
 
 
 def test_a_missing_cell_is_the_models_own(house):
