@@ -25,9 +25,9 @@ struct ComparedRun {
     std::string outcome;
     std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
     std::vector<std::string> units;                       // of the figures
+    std::vector<std::string> set = {};                    // what it was read with in place of the model's values
 
     // For the page.
-    std::vector<std::string> set = {};      // what it was read with in place of the model's values
     std::string folder = {};                // of its results; empty: in none
     std::string overview = {};              // JSON; empty: none
     std::vector<ComparedSeries> days = {};  // those that the overview shows, of a run without a folder

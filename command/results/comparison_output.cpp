@@ -69,7 +69,10 @@ std::string toText(const Comparison& comparison) {
     for (std::size_t i = 0; i < comparison.runs.size(); ++i) {
         const ComparedRun& run = comparison.runs[i];
         text += fmt::format("{:>3}  {}{}{}", i + 1, run.name, run.title.empty() ? "" : ": ", run.title);
-        text += run.start.empty() ? "\n" : fmt::format(", {} to {}\n", run.start, run.end);
+        if (!run.start.empty()) text += fmt::format(", {} to {}", run.start, run.end);
+        if (!run.folder.empty() && !run.set.empty())
+            text += "; with " + listOf({run.set.begin(), run.set.end()}, "and");
+        text += '\n';
         heading.push_back(std::to_string(i + 1));
         if (i > 0) heading.push_back(fmt::format("{} - 1", i + 1));
     }
@@ -99,6 +102,7 @@ std::string toJson(const Comparison& comparison) {
                         {"model_file", run.model},
                         {"start", run.start},
                         {"end", run.end},
+                        {"set", run.set},
                         {"outcome", run.outcome}});
     }
     for (const ComparedFigure& figure : comparison.figures) {

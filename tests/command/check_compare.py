@@ -228,6 +228,16 @@ class Compare(InFolder):
         before[self.folder / "b/flows.csv"] = b"cut"
         self.assertEqual({path: path.read_bytes() for path in self.folder.rglob("*") if path.is_file()}, before)
 
+    def test_what_runs_were_given_is_told(self):
+        self.run_into("a")
+        self.run_into("b", "--scenario", "small", "--set", "tank.size=7", "--set", "rain.demand=3")
+        lines = self.kesto("compare", "a", "b").stdout.splitlines()
+        self.assertEqual(lines[0], "  1  a: Tank, 2012-01-02 to 2012-01-05")
+        self.assertEqual(lines[1], "  2  b: Tank, 2012-01-02 to 2012-01-05; with --scenario small, tank.size=7 and rain.demand=3")
+        runs = self.compared("a", "b")[1]["runs"]
+        self.assertEqual([run["set"] for run in runs], [[], ["--scenario small", "tank.size=7", "rain.demand=3"]])
+        self.assertNotIn("; with", self.kesto("compare", "model.toml", "--scenarios").stdout)  # the name says it
+
     def test_what_is_no_run_is_refused(self):
         self.run_into("a")
         done = self.kesto("compare", "a", "b")
