@@ -1,4 +1,4 @@
-// The commands of kesto; main.cpp reads their arguments.
+// The commands of kesto; command_line.h says which arguments they have.
 #pragma once
 
 #include <string>
