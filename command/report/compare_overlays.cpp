@@ -5,7 +5,7 @@
 #include <set>
 
 #include "compare_parts.h"
-#include "files.h"
+#include "expected_shape.h"
 #include "stored_series.h"
 
 namespace kesto {
@@ -41,12 +41,10 @@ std::string labelOf(const Json& sum) {
                        output.empty() ? "storage" : output);
 }
 
-// Of the run itself, or as it stands in its folder; null: there is none.
+// Of the run itself, or as it stands in its folder; empty: there is none.
 Json overviewOf(const ComparedRun& run) {
-    constexpr std::size_t kLargest = 50'000'000;  // many times what a run writes
     if (!run.overview.empty()) return Json::parse(run.overview);
-    if (run.folder.empty() || !find(storedResults(run.folder).files, kOverviewFile)) return nullptr;
-    return Json::parse(readFile(joined(run.folder, kOverviewFile), kLargest));
+    return run.folder.empty() ? Json::object() : readOverview(run.folder, storedResults(run.folder).files);
 }
 
 std::vector<Line> monthsOf(const ComparedRun& run, const Json& overview) {
@@ -145,7 +143,7 @@ void addOverlays(std::vector<Overlay> overlays, std::size_t most, Json& list) {
 std::vector<std::string> namesByDay(const std::vector<ComparedRun>& runs, const std::vector<Json>& overviews) {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        if (overviews[i].is_null()) return {};
+        if (overviews[i].empty()) return {};
         std::vector<std::string> own;
         for (const Json& shown : overviews[i].value("shown", Json::array())) {
             own.push_back(shown.at("name").get<std::string>());

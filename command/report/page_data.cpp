@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base64.h"
+#include "expected_shape.h"
 #include "files.h"
 #include "page_parts.h"
 
@@ -110,13 +111,6 @@ void addRows(const Json& summary, const char* key, const Matters& matters, Json&
     if (more > 0) page[std::string("more_") + key] = more;
 }
 
-// What the run has left about the whole of it; empty: an earlier version did not.
-Json overviewIn(const PageSource& source) {
-    constexpr std::size_t kLargest = 50'000'000;  // many times what a run writes
-    if (!find(source.stored.files, kOverviewFile)) return Json::object();
-    return Json::parse(readFile(joined(source.folder, kOverviewFile), kLargest));
-}
-
 Json madeOf(const Json& summary) {
     Json made{{"version", summary.value("version", KESTO_VERSION)}, {"model", fileName(textOf(summary, "model"))}};
     if (summary.contains("model_sha256")) made["model_sha256"] = summary["model_sha256"];
@@ -162,7 +156,8 @@ std::string packed(std::span<const std::int32_t> values) {
 
 Json pageData(const PageSource& source) {
     const Json summary = Json::parse(source.stored.summary);
-    const Json overview = overviewIn(source);
+    expectSummary(summary, joined(source.folder, kSummaryFile));
+    const Json overview = readOverview(source.folder, source.stored.files);
     Json page;
     addHead(summary, page);
     addWarnings(summary, page);

@@ -17,6 +17,8 @@ import sys
 import tempfile
 import unittest
 
+import xxhash
+
 KESTO = str(pathlib.Path(sys.argv.pop(1)).resolve())
 MODEL = str(pathlib.Path(sys.argv.pop(1)).resolve())
 CHARTS = sys.argv.pop(1) != "OFF"
@@ -53,6 +55,27 @@ def probed(page):
 def kesto(*arguments, **environment):
     return subprocess.run([KESTO, *arguments], capture_output=True, text=True, timeout=120,
                           env={**os.environ, **environment})
+
+
+def first_leaves(value, path=()):
+    """The way to each text, number or truth, of lists to those of the first item."""
+    if isinstance(value, dict):
+        for key, one in value.items():
+            yield from first_leaves(one, path + (key,))
+    elif isinstance(value, list):
+        if value:
+            yield from first_leaves(value[0], path + (0,))
+    else:
+        yield path
+
+
+def list_file(file):
+    """As if the run had written it so."""
+    summary = json.loads((file.parent / "summary.json").read_text())
+    content = file.read_bytes()
+    row = {"file": file.name, "bytes": len(content), "xxh128": xxhash.xxh3_128_hexdigest(content)}
+    summary["files"] = [row if one["file"] == file.name else one for one in summary["files"]]
+    (file.parent / "summary.json").write_text(json.dumps(summary))
 
 
 class Pictures(unittest.TestCase):
@@ -165,6 +188,50 @@ class Pictures(unittest.TestCase):
                         refused += 1
                         self.assertRegex(report.stderr, r"^kesto: error: .*summary\.json.*\n$")
         self.assertGreater(refused, 5)
+
+    def test_files_of_another_shape(self):
+        """What is not what it should be is named, with its file; the page never gets it."""
+        self.make_report()
+        out, page = self.folder / "out", self.folder / "another.html"
+        for name in "summary.json", "overview.json":
+            good, refused = json.loads((out / name).read_text()), {}
+            for path in first_leaves(good):
+                changed, holder = json.loads(json.dumps(good)), None
+                for step in path:
+                    holder, value = (changed, changed[step]) if holder is None else (value, value[step])
+                holder[path[-1]] = {"another": []}
+                (out / name).write_text(json.dumps(changed))
+                if name == "overview.json":
+                    list_file(out / name)
+                done = kesto("report", str(out), "-o", str(page), PATH=str(self.folder))  # without drawings
+                with self.subTest(file=name, path=path):
+                    self.assertIn(done.returncode, (0, 1))
+                    if done.returncode == 1:
+                        errors = [line for line in done.stderr.splitlines() if line.startswith("kesto: error: ")]
+                        self.assertEqual(len(errors), 1, done.stderr)
+                        self.assertIn(name, errors[0])
+                        refused[path] = errors[0]
+            (out / name).write_text(json.dumps(good))
+            self.assertGreater(len(refused), 30, name)
+            if name == "overview.json":
+                list_file(out / name)
+                self.assertTrue(refused[("paths", "links", 0, "litres")].endswith(
+                    'overview.json: it is not what "kesto run" writes: paths.links[0].litres: expected a number, found object'))
+                self.assertTrue(refused[("months", "first")].endswith("months.first: expected a month such as 2012-01, found object"))
+                self.assertEqual(set(first_leaves(good)) - set(refused), set(), "all of it is shown")
+            else:
+                self.assertTrue(refused[("start",)].endswith("start: expected a date such as 2012-01-31, found object"))
+
+    def test_a_flow_diagram_between_nodes_that_are_not_there(self):
+        self.make_report()
+        file = self.folder / "out" / "overview.json"
+        overview = json.loads(file.read_text())
+        overview["paths"]["links"][0]["to"] = "nowhere"
+        file.write_text(json.dumps(overview))
+        list_file(file)
+        done = kesto("report", str(self.folder / "out"), "-o", str(self.folder / "another.html"))
+        self.assertEqual(done.returncode, 1)
+        self.assertTrue(done.stderr.endswith('overview.json: it is not what "kesto run" writes: paths: no node has the id "nowhere"\n'))
 
     def test_page_is_complete_in_itself(self):
         page = self.make_report()
