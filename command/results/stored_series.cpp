@@ -42,16 +42,17 @@ StoredSeries::StoredSeries(const std::string& folder, const std::vector<WrittenF
     places_.resize(found.size());
     std::iota(places_.begin(), places_.end(), 0U);
     // Flows in L stand before those in mm, and qualities as the flows that have them; a stranger's may be of no flow.
-    std::map<std::string_view, std::pair<std::string_view, std::size_t>> flows;
+    using Key = std::pair<std::string_view, std::size_t>;
+    std::map<std::string_view, Key> flows;
     for (std::size_t i = 0; i < found.size(); ++i) {
-        if (found[i].quantity == Quantity::flow) flows.emplace(found[i].of, std::pair(found[i].unit, i));
+        if (found[i].quantity == Quantity::flow) flows.emplace(found[i].of, Key(found[i].unit, i));
     }
     const auto keyOf = [&](std::size_t place) {
         const SeriesEntry& entry = found[place];
-        std::pair<std::string_view, std::size_t> key{entry.unit, place};
+        Key key{entry.unit, place};
         if (entry.quantity == Quantity::quality) {
             const auto flow = flows.find(entry.of);
-            key = flow == flows.end() ? std::pair(std::string_view("~"), place) : flow->second;
+            key = flow == flows.end() ? Key("~", place) : flow->second;
         } else if (entry.quantity == Quantity::potential) {
             key.first = {};
         }
