@@ -70,25 +70,30 @@ ProcessPool::Room* ProcessPool::takeRoom(std::size_t job) {
     }
 }
 
+// Looks for more after each piece: another job may take the one that this job was rung for, and leave it the other's.
 void ProcessPool::serve(std::size_t job) {
     for (;;) {
         orders_.wait();
-        Room* const room = takeRoom(job);
-        if (!room) continue;
-        const auto work = [&]() -> std::string {
-            run(*room);
-            return {};
-        };
-        try {
-            ChildProcess child({.run = work, .leavesStopping = true});
-            while (child.wait(ChildProcess::kForever)) {
-            }
-            if (!room->piece->isWhole) room->setWords(child.lastWords());
-        } catch (const std::exception& error) {
-            room->setWords(error.what());
+        while (Room* const room = takeRoom(job)) {
+            doPiece(*room);
+            room->piece->state = kEnded;
+            news_.ring();
         }
-        room->piece->state = kEnded;
-        news_.ring();
+    }
+}
+
+void ProcessPool::doPiece(Room& room) {
+    const auto work = [&]() -> std::string {
+        run(room);
+        return {};
+    };
+    try {
+        ChildProcess child({.run = work, .leavesStopping = true});
+        while (child.wait(ChildProcess::kForever)) {
+        }
+        if (!room.piece->isWhole) room.setWords(child.lastWords());
+    } catch (const std::exception& error) {
+        room.setWords(error.what());
     }
 }
 

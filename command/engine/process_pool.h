@@ -70,7 +70,8 @@ class ProcessPool {
     void startJob(std::size_t job);
     void serve(std::size_t job);      // in the job, until it is ended
     Room* takeRoom(std::size_t job);  // the first that waits; null: none does
-    void run(Room& room);             // in the process of a piece
+    void doPiece(Room& room);
+    void run(Room& room);  // in the process of a piece
     void loseJob(std::size_t job);
     std::optional<Done> ended();
 

@@ -178,6 +178,22 @@ TEST(Processes, OneThatStartsOthersIsKilled) {
     EXPECT_EQ(pieces.words, (Texts{"ended by signal 9 (Killed)", "ended by signal 9 (Killed)"}));
 }
 
+// Rooms are filled while jobs look for what waits. A job that found nothing, for another had just taken the piece that
+// it was rung for, once left a piece behind that nobody was rung for any more.
+TEST(Processes, LeaveNoPieceBehind) {
+    for (int time = 0; time < 300; ++time) {
+        ProcessPool pool(8, 1, [](std::size_t, const std::string&, std::span<char>) -> std::size_t { return 0; });
+        std::size_t ended = 0;
+        for (std::size_t piece = 0; !pool.isFull(); ++piece) {
+            pool.start(piece);
+        }
+        for (int inVain = 0; inVain < 50 && !pool.isIdle(); ++inVain) {
+            if (pool.next(100)) inVain = 0, ++ended;
+        }
+        ASSERT_EQ(ended, 16U) << time;
+    }
+}
+
 TEST(Results, ArriveAsTheyWereGiven) {
     MemberResult result;
     result.outcome = Outcome::finished;
