@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "netcdf_library.h"
 
@@ -11,12 +13,11 @@ namespace kesto {
 
 namespace {
 
-constexpr std::size_t kLongestChunk = 1 << 20;  // values of one row
-constexpr std::size_t kChunk = 1 << 16;         // values of several
+constexpr std::size_t kChunk = 1 << 16;  // values
 
 // As many short rows as make a chunk: one row each would take twice the time, and compress no better.
-std::size_t rowsOfChunk(std::size_t length) {
-    return std::max<std::size_t>(kChunk / std::max<std::size_t>(length, 1), 1);
+std::size_t rowsOfChunk(std::size_t rows, std::size_t length) {
+    return std::clamp<std::size_t>(kChunk / std::max<std::size_t>(length, 1), 1, std::max<std::size_t>(rows, 1));
 }
 
 }  // namespace
@@ -47,16 +48,13 @@ NetcdfFile::Id NetcdfFile::floats(const std::string& name, Id rows, Id columns, 
     check(netcdf().def_var(file_, name.c_str(), NC_FLOAT, 2, dimensions, &id));
     std::size_t count = 0;
     check(netcdf().inq_dimlen(file_, rows, &count));
-    const std::size_t chunk[] = {std::clamp<std::size_t>(count, 1, rowsOfChunk(length)),
-                                 std::clamp<std::size_t>(length, 1, kLongestChunk)};
+    const std::size_t chunk[] = {rowsOfChunk(count, length), std::max<std::size_t>(length, 1)};
     check(netcdf().def_var_chunking(file_, id, NC_CHUNKED, chunk));
     // Amounts repeat, from day to day and from household to household: bytes of whole numbers match better than
     // shuffled.
     if (compression_ > 0) check(netcdf().def_var_deflate(file_, id, NC_NOSHUFFLE, 1, compression_));
     check(netcdf().def_var_fill(file_, id, NC_FILL, &missing));
-    // Chunks are written whole, one after the other: what the library keeps of them only takes memory.
-    check(netcdf().set_var_chunk_cache(file_, id, chunk[0] * chunk[1] * sizeof(float), 1, 1));
-    missing_[id] = missing;
+    tables_.push_back({id, name, missing, count, length, {}});
     return id;
 }
 
@@ -112,25 +110,9 @@ void NetcdfFile::attribute(Id variable, const std::string& name, int value) {
     check(netcdf().put_att_int(file_, variable == kGlobal ? NC_GLOBAL : variable, name.c_str(), NC_INT, 1, &value));
 }
 
-void NetcdfFile::writeRows(Id variable, std::size_t rows, std::size_t length, const FillRow& fill) {
-    if (length == 0) return;
-    const std::size_t together = rowsOfChunk(length);
-    std::vector<float> values(std::min(together, rows) * length);
-    for (std::size_t first = 0; first < rows; first += together) {
-        const std::size_t end = std::min(first + together, rows);
-        bool isEmpty = true;
-        for (std::size_t row = first; row < end; ++row) {
-            float* const to = &values[(row - first) * length];
-            if (fill(row, to)) {
-                isEmpty = false;
-            } else {
-                std::fill_n(to, length, missing_[variable]);
-            }
-        }
-        if (isEmpty) continue;
-        const std::size_t start[] = {first, 0}, count[] = {end - first, length};
-        check(netcdf().put_vara_float(file_, variable, start, count, values.data()));
-    }
+void NetcdfFile::writeRows(Id variable, FillRow fill) {
+    const auto isOf = [&](const Table& table) { return table.variable == variable; };
+    std::find_if(tables_.begin(), tables_.end(), isOf)->fill = std::move(fill);
 }
 
 void NetcdfFile::writeBlock(Id variable, const Three& start, const Three& count, const float* values) {
@@ -146,9 +128,32 @@ void NetcdfFile::write(Id variable, const std::vector<int>& values) {
 }
 
 void NetcdfFile::close() {
-    const int file = file_;
-    file_ = -1;
+    const int file = std::exchange(file_, -1);
     check(netcdf().close(file));
+    if (!tables_.empty()) writeChunks();
+}
+
+void NetcdfFile::writeChunks() {
+    const auto checkChunks = [&](bool isGood) { check(isGood ? NC_NOERR : NC_EHDFERR); };
+    const auto close = [](ChunkFile* file) { netcdf().close_chunks(file); };
+    std::unique_ptr<ChunkFile, decltype(close)> file(netcdf().open_chunks(path_.c_str(), compression_), close);
+    checkChunks(file != nullptr);
+    std::vector<float> values;
+    for (const Table& table : tables_) {
+        if (table.length == 0) continue;
+        const std::size_t together = rowsOfChunk(table.rows, table.length);
+        for (std::size_t first = 0; first < table.rows; first += together) {
+            values.assign(together * table.length, table.missing);
+            bool isEmpty = true;
+            for (std::size_t i = 0; i < std::min(together, table.rows - first); ++i) {
+                if (table.fill(first + i, &values[i * table.length])) isEmpty = false;
+            }
+            if (!isEmpty) {
+                checkChunks(netcdf().write_chunk(file.get(), table.name.c_str(), first, values.data(), values.size()));
+            }
+        }
+    }
+    checkChunks(netcdf().close_chunks(file.release()));
 }
 
 }  // namespace kesto

@@ -41,21 +41,32 @@ class NetcdfFile {
     void attribute(Id variable, const std::string& name, int value);
 
     void writeBlock(Id variable, const Three& start, const Three& count, const float* values);
-    // `fill` writes the values of a row and returns true, or returns false for one that is missing. A chunk of missing
-    // rows takes no space.
+
+    // What close() writes to a variable of floats. `fill` writes the values of a row and returns true, or returns false
+    // for one that is missing and leaves the values alone. A chunk of missing rows takes no space.
     using FillRow = std::function<bool(std::size_t row, float* values)>;
-    void writeRows(Id variable, std::size_t rows, std::size_t length, const FillRow& fill);
+    void writeRows(Id variable, FillRow fill);
+
     void write(Id variable, const std::vector<double>& values);
     void write(Id variable, const std::vector<int>& values);
 
     void close();
 
   private:
+    struct Table {
+        Id variable;
+        std::string name;
+        float missing;
+        std::size_t rows, length;
+        FillRow fill;
+    };
+
     void check(int status) const;
+    void writeChunks();
     std::string path_;
     int compression_;
     std::map<std::size_t, Id> characters_;  // dimensions by their lengths
-    std::map<Id, float> missing_;           // of variables
+    std::vector<Table> tables_;
     int file_ = -1;
 };
 

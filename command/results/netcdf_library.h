@@ -4,6 +4,8 @@
 
 #include <netcdf.h>
 
+#include "module/chunk_file.h"
+
 namespace kesto {
 
 // What is used of it; kesto_netcdf.so, a library of ours beside the command, is linked with NetCDF and fills the table.
@@ -30,13 +32,15 @@ struct NetcdfLibrary {
     decltype(&nc_def_var_chunking) def_var_chunking;
     decltype(&nc_def_var_deflate) def_var_deflate;
     decltype(&nc_def_var_fill) def_var_fill;
-    decltype(&nc_set_var_chunk_cache) set_var_chunk_cache;
     decltype(&nc_put_att_text) put_att_text;
     decltype(&nc_put_att_int) put_att_int;
     decltype(&nc_put_var_text) put_var_text;
     decltype(&nc_put_var_int) put_var_int;
     decltype(&nc_put_var_double) put_var_double;
     decltype(&nc_put_vara_float) put_vara_float;
+    decltype(&openChunks) open_chunks;
+    decltype(&writeChunk) write_chunk;
+    decltype(&closeChunks) close_chunks;
 };
 
 #ifdef KESTO_MODULES

@@ -155,12 +155,12 @@ class Writer {
         file_.attribute(kind, "long_name", "what the signal is: water, a demand, or either");
         const Id quantities = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
         const Id qualities = define(table.quality, "quality of the flow", "", of + "_name", dimension, kNoQuality);
-        writeRows(quantities, flows, [&](const Flow* flow, float* to) {
+        writeRows(quantities, flows, [this](const Flow* flow, float* to) {
             std::transform(flow->signals, flow->signals + results_.steps, to,
                            [](const Signal& s) { return s.quantity; });
             return true;
         });
-        writeRows(qualities, flows, [&](const Flow* flow, float* to) {
+        writeRows(qualities, flows, [this](const Flow* flow, float* to) {
             std::transform(flow->signals, flow->signals + results_.steps, to,
                            [](const Signal& s) { return s.quality; });
             return std::any_of(to, to + results_.steps, [](float q) { return q != kNoQuality; });
@@ -180,7 +180,7 @@ class Writer {
         const Id dimension = file_.dimension(of, states.size());
         writeNames(of, dimension, names);
         const Id id = define(table.variable, meaningOf(table), table.unit, of + "_name", dimension);
-        writeRows(id, states, [&](const State* state, float* to) {
+        writeRows(id, states, [this](const State* state, float* to) {
             std::copy_n(state->values, results_.steps, to);
             return true;
         });
@@ -207,18 +207,18 @@ class Writer {
         }
         for (const auto& [name, potential, unit, values] : variables) {
             const std::string meaning = fmt::format("{} potential [{}]", potential->name, unit);
-            writeRows(define(name, meaning, unit, "group_name", dimension), values, [&](const float* from, float* to) {
-                if (from) std::copy_n(from, results_.steps, to);
-                return from != nullptr;
-            });
+            writeRows(define(name, meaning, unit, "group_name", dimension), values,
+                      [this](const float* from, float* to) {
+                          if (from) std::copy_n(from, results_.steps, to);
+                          return from != nullptr;
+                      });
         }
     }
 
     // `fill` has an item, and where the values of its row go.
     template <class Item, class Fill>
-    void writeRows(Id variable, const std::vector<Item>& items, const Fill& fill) {
-        file_.writeRows(variable, items.size(), results_.steps,
-                        [&](std::size_t row, float* values) { return fill(items[row], values); });
+    void writeRows(Id variable, const std::vector<Item>& items, Fill fill) {
+        file_.writeRows(variable, [items, fill](std::size_t row, float* to) { return fill(items[row], to); });
     }
 
     const Results& results_;

@@ -7,7 +7,7 @@ import pathlib
 import re
 import sys
 
-LIBRARIES = ("fmt/", "netcdf.h", "toml++/", "xxhash.h")
+LIBRARIES = ("fmt/", "hdf5.h", "libdeflate.h", "netcdf.h", "toml++/", "xxhash.h")
 SYSTEM_SOURCE = re.compile(r"_(posix|windows)\.cpp$")
 
 
