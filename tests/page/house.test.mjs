@@ -95,6 +95,18 @@ test("what is seen is saved as CSV and PNG", { skip: !charts }, () => withBrowse
   await tab.close();
 }));
 
+test("a year is as long as it is, the last one, too", { skip: !charts }, () => withBrowser(async browser => {
+  const tab = await browser.open(file, { hash: "#series=tank%3Aoverflow&by=year" });
+  const plot = await tab.page.$("#series .u-over");
+  await plot.scrollIntoView();
+  const box = await plot.boundingBox();
+  for (const [share, year] of [[0.01, "2012"], [0.24, "2012"], [0.26, "2013"], [0.7, "2014"], [0.76, "2015"], [0.99, "2015"]]) {
+    await tab.page.mouse.move(box.x + share * box.width, box.y + box.height / 2);
+    assert.equal(await tab.text("#series .when"), year);
+  }
+  await tab.close();
+}));
+
 test("stripes are the days that they say, in leap years and others", () => withBrowser(async browser => {
   const tab = await browser.open(file);
   const strips = await tab.page.$$("#stores .strips canvas");

@@ -3,7 +3,7 @@ import { button, byId, choice, figure, make, named, table } from "./dom.js";
 import { drawn } from "./chart.js";
 import { kSeriesColours } from "./colours.js";
 import { unpacked } from "./data.js";
-import { dayOf, firstDayOf, isoMonth, isoOf, longDay, monthOf } from "./days.js";
+import { dayOf, firstDayOf, isoMonth, isoOf, longDay, longMonth, monthOf } from "./days.js";
 import { csv, fileName, picture, save } from "./files.js";
 import { canDraw, lines, lineSample, noCharts } from "./lines.js";
 import { digitsFor, hides, largestOf, number, unitFor } from "./units.js";
@@ -110,7 +110,7 @@ class Overlays {
     const rows = one.values.map(text => text ? Array.isArray(text) ? text : unpacked(text) : []);
     const start = Math.min(...firsts.map(place)), end = Math.max(...rows.map((row, i) => place(firsts[i]) + row.length));
     const days = Array.from({ length: end - start }, (_, i) => monthly ? firstDayOf(start + i) : (start + i) * one.step_days);
-    return { one, monthly, days, iso: i => monthly ? isoMonth(start + i) : isoOf(days[i]),
+    return { one, monthly, days, iso: i => monthly ? isoMonth(start + i) : isoOf(days[i]), said: i => monthly ? longMonth(start + i) : longDay(days[i]),
       rows: rows.map((row, i) => days.map((_, at) => row[at + start - place(firsts[i])] ?? null)) };
   }
 
@@ -124,13 +124,13 @@ class Overlays {
       yLabel: `${chosen.unit || "value"}${read.one.sum ? read.monthly ? " per month" : " per day" : ""}`,
       series: read.rows.map((row, i) => ({ label: this.data.runs[i].name, ...look(i), stepped: read.monthly,
         values: row.map(value => value === null ? null : value / chosen.factor) })),
-      onPoint: at => this.point(at ?? null) });
+      onPoint: at => this.point(at) });
     this.host.setAttribute("aria-label", `${read.one.label} of ${this.data.runs.map(run => run.name).join(", ")} over time.`);
     this.point(null);
   }
 
   point(at) {
-    this.when.textContent = at === null ? " " : this.shown.iso(at);
+    this.when.textContent = at === null ? " " : this.shown.said(at);
     this.values.forEach((node, i) => {
       const value = at === null ? null : this.shown.rows[i][at];
       node.textContent = value === null ? "" : `${number(value / this.chosen.factor)} ${this.chosen.unit}`;

@@ -28,9 +28,9 @@ export function svg(tag, attributes = {}, ...children) {
 }
 
 // A name of the model: it may be in any script, and must not turn round what follows.
-// A long one breaks where its parts meet.
+// A long one breaks where its parts meet, though not between a file and its line.
 export function named(text) {
-  const parts = String(text).split(/(?<=[:_/.])(?=[^\s:_/.])/);
+  const parts = String(text).split(/(?<=[:_/.])(?=[^\s:_/.\d])/);
   return make("bdi", {}, ...parts.flatMap((part, i) => i ? [make("wbr"), part] : [part]));
 }
 

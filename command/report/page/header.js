@@ -56,7 +56,7 @@ export function warningSection(data, warnings) {
       `Another ${number(data.more_warnings)} stand in the file summary.json of the results.` }));
   }
   return warnings.every(passes) && !data.more_warnings
-    ? { id: "warnings", title: "Accepted warnings and notes", body, note: "What the author of the model knows of and has accepted." }
+    ? { id: "warnings", title: "Accepted warnings and notes", body, note: "Warnings that the model accepts, and notes on how to read the results." }
     : { id: "warnings", title: "Warnings", body, note: "What check and run found doubtful; look at these before you trust the figures." };
 }
 

@@ -38,18 +38,31 @@ function close(_, low, high) {
   return [low - room, high + room];
 }
 
+// The last month is as long as those before it.
+const prolonged = x => [...x, 2 * x[x.length - 1] - (x[x.length - 2] ?? x[0] - 30 * kDay)];
+const repeated = values => [...values, values[values.length - 1]];
+
+// The place under the pointer; null: none. A step is that of the month in which it begins.
+function pointed(chart, isStepped) {
+  const at = chart.cursor.idx ?? null;
+  if (at === null || !isStepped) return at;
+  const isBefore = chart.data[0][at] > chart.posToVal(chart.cursor.left, "x");
+  return Math.max(0, Math.min(isBefore ? at - 1 : at, chart.data[0].length - 2));
+}
+
 // `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
-export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, within, onZoom, onPoint }) {
+export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
   const placeNames = (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "");
   const across = xLabel ? { label: xLabel, labelSize: 18, size: 42, ...(xNames ? { values: placeNames } : {}) } : { values: timeTexts, space: 64, size: 52 };
+  const isStepped = x.length > 0 && series.some(one => one.stepped);
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
     width, height, padding: [10, xLabel ? 34 : 14, 0, 0],
     tzDate: second => uPlot.tzDate(new Date(second * 1000), "Etc/UTC"),
     legend: { show: false },
     cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
-    scales: { x: { time: !xLabel, range: within }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
+    scales: { x: { time: !xLabel }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
     axes: [
       { ...axis, ...across },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
@@ -60,13 +73,13 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, 
       label: one.label, stroke: colour(one.colour), width: one.width ?? 1.6, dash: one.dash, spanGaps: Boolean(span),
       fill: one.fill ? `${colour(one.colour)}22` : undefined,
       paths: points ? () => null : one.stepped ? uPlot.paths.stepped({ align: 1 }) : undefined,
-      points: { show: points || marks || one.values.length < 4, size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
+      points: { show: points || marks || (!one.stepped && one.values.length < 4), size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
     }))],
     hooks: {
       setScale: [(chart, scale) => scale === "x" && onZoom?.(chart.scales.x.min, chart.scales.x.max, chart)],
-      setCursor: [chart => onPoint?.(chart.cursor.idx, chart)],
+      setCursor: [chart => onPoint?.(pointed(chart, isStepped))],
     },
-  }, [x, ...series.map(one => one.values)], host);
+  }, isStepped ? [prolonged(x), ...series.map(one => repeated(one.values))] : [x, ...series.map(one => one.values)], host);
   return plot;
 }
 

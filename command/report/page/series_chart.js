@@ -67,7 +67,7 @@ export class SeriesChart {
       series: panel.rows.map(({ one, values }) => ({ label: one.name, ...looks(one), stepped: by !== "day" && !sorted,
         values: this.scaled(sorted ? duration(values) : values, panel.chosen.factor, sorted) })),
       onZoom: (min, max, chart) => sorted || this.zoomed(min, max, chart),
-      onPoint: index => this.onPoint(index ?? null),
+      onPoint: this.onPoint,
     }));
     const zoom = this.zoom();
     this.quiet = true;

@@ -64,7 +64,7 @@ class SweepChart {
       xLabel: withUnit(x.name, factor.unit), yLabel: withUnit(y.name, chosen.unit), points: !once, marks: order.length <= 60, xNames: axis.names,
       series: groups.map((name, g) => ({ label: y.name, colour: kSeriesColours[g],
         values: order.map(i => name === null || String(by.values[i]) === name ? y.values[i] / chosen.factor : null) })),
-      span: true, curve: true, onPoint: at => this.point(at ?? null) });
+      span: true, curve: true, onPoint: at => this.point(at) });
     this.host.setAttribute("aria-label", `${y.name} by ${x.name}, ${order.length} members.`);
     this.point(null);
   }
