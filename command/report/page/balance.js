@@ -34,7 +34,7 @@ function side(title, rows) {
   const total = sums.reduce((sum, one) => sum + one.litres, 0);
   const chosen = unitFor("L", Math.max(largestOf(sums.map(one => one.litres)), Math.abs(total)));
   const lines = sums.map(one => [words(one.kind), componentCell(one.components > 1 ? one.components : 0, one.name), told(one.litres, "L", chosen)]);
-  const last = ["together", "", told(total, "L", chosen)];
+  const last = ["total", "", told(total, "L", chosen)];
   last.className = "sum";
   return make("div", {}, make("h3", { textContent: `${title} [${chosen.unit}]` }),
     table(title, [{ title: "kind" }, { title: "component" }, { title: chosen.unit, number: true }], [...lines, last]));
@@ -113,7 +113,7 @@ export function writeMade({ made }) {
     row("Read", make("ul", {}, ...made.inputs.map(input => make("li", {}, named(input.file), " ", hash(input.sha256)))));
   }
   footer.prepend(make("h2", { textContent: "How it was made" }),
-    make("p", { className: "note", textContent: "Same model, data and version give the same results, bit for bit. This page needs no other file and no network." }),
+    make("p", { className: "note", textContent: "Same model, data and version give the same results, bit for bit. This page works offline and needs no other file." }),
     ...(rows.length ? [make("dl", { className: "made" }, ...rows)] : []));
   const licences = byId("licences");
   if (!licences.querySelector("pre").textContent.trim()) licences.remove();

@@ -152,7 +152,7 @@ class Overlays {
 export function overlaySection(data) {
   const head = { id: "overlays", title: "Over time", note: "The same series of all runs in one chart." };
   if (!data.overlays?.length) {
-    return data.runs.length ? { ...head, note: "These runs have left no series that all of them have; members of a sweep leave figures alone.", body: [] } : null;
+    return data.runs.length ? { ...head, note: "There is no series that all of these runs left; members of a sweep leave only figures.", body: [] } : null;
   }
   if (!canDraw()) return { ...head, body: [noCharts()] };
   const overlays = new Overlays(data);

@@ -1,8 +1,7 @@
 // What the command left in the page.
 import { byId } from "./dom.js";
 
-const read = JSON.parse(byId("data").textContent);
-export const data = read.page ?? read;
+export const data = JSON.parse(byId("data").textContent);
 
 // Little-endian floats; what is no number is a gap.
 export function unpacked(base64) {

@@ -20,41 +20,49 @@ export function csv(head, rows) {
   return new Blob([lines.map(line => line.join(",")).join("\n"), "\n"], { type: "text/csv" });
 }
 
+const kScale = 2, kSide = 12, kLine = 20, kTitle = 34;
+
+// Where each entry of the legend goes, in lines as wide as the picture.
+function placedLegend(entries, width) {
+  let x = kSide, y = kTitle + 8;
+  const placed = entries.map(entry => {
+    const text = wrapped(entry.label, width - 60, 1, 12)[0] ?? "", needed = widthOf(text) + 44;
+    if (x > kSide && x + needed > width) {
+      x = kSide;
+      y += kLine;
+    }
+    x += needed;
+    return { ...entry, text, x: x - needed, y };
+  });
+  return { placed, height: y - 8 + kLine };
+}
+
+function drawLegend(pen, legend) {
+  pen.font = font(12);
+  for (const { colour: name, dash, text, x, y } of legend) {
+    pen.strokeStyle = colour(name);
+    pen.lineWidth = 2.5;
+    pen.setLineDash(dash ?? []);
+    pen.beginPath();
+    pen.moveTo(x, y);
+    pen.lineTo(x + 22, y);
+    pen.stroke();
+    pen.fillText(text, x + 28, y + 4);
+  }
+}
+
 // Charts of uPlot one beneath the other, with a title and what each line is.
 export function picture(title, entries, plots, whenDone) {
-  const scale = 2, width = Math.max(...plots.map(plot => plot.width)), side = 12, line = 20;
-  const legend = [];
-  let x = side, y = 0;
-  for (const entry of entries) {
-    const text = wrapped(entry.label, width - 60, 1, 12)[0];
-    const needed = widthOf(text) + 44;
-    if (x > side && x + needed > width) {
-      x = side;
-      y += line;
-    }
-    legend.push({ ...entry, text, x, y });
-    x += needed;
-  }
-  const head = 34 + y + line;
-  const canvas = make("canvas", { width: width * scale, height: (head + plots.reduce((sum, plot) => sum + plot.height, 0) + 8) * scale });
+  const width = Math.max(...plots.map(plot => plot.width)), { placed, height: head } = placedLegend(entries, width);
+  const canvas = make("canvas", { width: width * kScale, height: (head + plots.reduce((sum, plot) => sum + plot.height, 0) + 8) * kScale });
   const pen = canvas.getContext("2d");
-  pen.scale(scale, scale);
+  pen.scale(kScale, kScale);
   pen.fillStyle = colour("--card");
   pen.fillRect(0, 0, canvas.width, canvas.height);
   pen.fillStyle = colour("--ink");
   pen.font = `bold ${font(14)}`;
-  pen.fillText(wrapped(title, width - 2 * side, 1, 14)[0] ?? "", side, 22);
-  pen.font = font(12);
-  for (const entry of legend) {
-    pen.strokeStyle = colour(entry.colour);
-    pen.lineWidth = 2.5;
-    pen.setLineDash(entry.dash ?? []);
-    pen.beginPath();
-    pen.moveTo(entry.x, 42 + entry.y);
-    pen.lineTo(entry.x + 22, 42 + entry.y);
-    pen.stroke();
-    pen.fillText(entry.text, entry.x + 28, 46 + entry.y);
-  }
+  pen.fillText(wrapped(title, width - 2 * kSide, 1, 14)[0] ?? "", kSide, 22);
+  drawLegend(pen, placed);
   let top = head;
   for (const plot of plots) {
     pen.drawImage(plot.ctx.canvas, 0, top, plot.width, plot.height);

@@ -72,7 +72,7 @@ function picture(months, colours, width, unit) {
     const i = Math.floor((event.clientX - drawing.getBoundingClientRect().left - left) / step);
     if (i < 0 || i >= count) return hideHint();
     showHint(event, shown.labels[i], ...months.series.map((one, s) => `${one.label}: ${amount(shown.series[s][i], unit)}`).reverse(),
-      `together ${amount(totals[i], unit)}`);
+      `total: ${amount(totals[i], unit)}`);
   });
   drawing.addEventListener("pointerleave", hideHint);
   return { drawing, unit: chosen.unit, yearly: shown.yearly };

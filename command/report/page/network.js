@@ -34,7 +34,7 @@ class NetworkSection {
       ? switcher("View", [["drawing", "Components"], ["groups", "Groups"]], "drawing", kind => kind === "drawing" ? this.showDrawing() : this.showGroups()) : null;
     const tools = make("div", { className: "finder screen" }, search, this.results, this.details);
     const isLarge = this.drawing && this.hasGroups && this.graph.components.length > kPrintable;
-    this.printed = isLarge ? make("div", { className: "paper boxes-paper" }) : null;
+    this.printed = isLarge ? make("div", { className: "paper" }) : null;
     const components = opened("Components as a list", () => this.componentTable());
     const past = button("Skip the drawing", () => components.querySelector("summary").focus(), { className: "skip screen" });
     this.stage = make("div", { className: `stage${isLarge ? " not-paper" : ""}` },
@@ -202,5 +202,5 @@ export function networkSection({ network }) {
   return { id: "network", title: "Network", body: section.body(), ready: () => section.ready(),
     note: section.drawing ? "The components, with their ports and groups, and what flows between them."
       : isSeen ? "The groups, with what they hold and what flows between them." : "The components, found by name.",
-    how: isSeen ? "Drag to pan; Ctrl and the wheel zoom. Click a box to open it, a component for its values, figures and series." : "" };
+    how: isSeen ? "Drag to pan; zoom with Ctrl and the wheel. Click a box, or press Enter on it, to open it: a component shows its values, figures and series." : "" };
 }

@@ -119,7 +119,7 @@ export function storeSection({ stores }) {
   }
   if (canDraw()) body.push(plot);
   body.push(make("h3", {}, caption), make("p", { className: "note key" }, "Each day is a stripe, from ", make("i", { className: "pale" }), " nearly empty to ",
-    make("i", { className: "deep" }), " full; ", make("i", { className: "none" }), " days are empty."),
+    make("i", { className: "deep" }), " full; ", make("i", { className: "none" }), " is an empty day."),
   figure("Each day as a stripe: the darker, the fuller; days without water stand out.", stripes));
   name();
   section.ready = () => {
