@@ -9,6 +9,18 @@
 #include "report.h"
 #include "scratch_folder.h"
 
+namespace {
+
+// With the few keys without which no page is made, so that what else may be wrong is reached.
+std::string completed(const std::string& summary) {
+    auto json = nlohmann::ordered_json::parse(summary, nullptr, false);
+    if (!json.is_object()) return summary;
+    json.update({{"start", "2012-01-01"}, {"end", "2012-01-02"}, {"steps_run", 2}, {"outcome", "finished"}});
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const ScratchFolder folder;
     static constexpr std::string_view kNames[] = {"flows.csv", "qualities.csv", "states.csv", "potentials.csv",
@@ -17,7 +29,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         folder.remove(std::string(name));
     }
     std::string_view text(reinterpret_cast<const char*>(data), size);
-    const std::string summary(text.substr(0, text.find("\n=== ")));
+    const std::string given(text.substr(0, text.find("\n=== ")));
+    // Now and then as it is.
+    const std::string summary = size % 8 == 0 ? given : completed(given);
     for (std::size_t at = text.find("\n=== "); at != std::string_view::npos; at = text.find("\n=== ")) {
         text.remove_prefix(at + 5);
         const std::string_view part = text.substr(0, text.find("\n=== "));
