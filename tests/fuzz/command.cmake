@@ -20,6 +20,10 @@ target_include_directories(fuzz_rooms SYSTEM PRIVATE $<TARGET_PROPERTY:netCDF::n
 # The sources stand in the list of compile commands once, as the rooms compile them.
 set_target_properties(fuzz_rooms PROPERTIES EXPORT_COMPILE_COMMANDS OFF KESTO_SANITIZED ON)
 
+# A fifth of the time to compile; missing includes show in the rooms themselves.
+target_precompile_headers(fuzz_rooms PRIVATE <algorithm> <functional> <map> <memory> <optional> <set> <string> <vector>
+    <fmt/format.h> <nlohmann/json.hpp>)
+
 # Of each target the corpus, and then some seconds of new inputs.
 foreach(reader IN ITEMS model csv netcdf results)
     add_executable(fuzz_${reader} command/${reader}_fuzzer.cpp)
