@@ -11,6 +11,8 @@ namespace kesto {
 
 using Day = std::int64_t;
 
+inline constexpr double kDaysPerYear = 365.25;
+
 struct CivilDate {
     int year, month, day;
 };

@@ -13,7 +13,6 @@ namespace kesto {
 
 namespace {
 
-constexpr double kDaysPerYear = 365.25;
 constexpr double kLeastYears = 0.95;  // of which the amounts of a year are told; shorter runs have sums
 constexpr std::size_t kMostCards = 9;
 

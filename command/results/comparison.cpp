@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -16,8 +15,6 @@
 namespace kesto {
 
 namespace {
-
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 std::string periodOf(const ComparedRun& run) {
     return run.start.empty() ? "" : run.start + " to " + run.end;

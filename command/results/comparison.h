@@ -1,6 +1,7 @@
 // The figures of several runs side by side.
 #pragma once
 
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,8 @@ struct ComparedSeries {
     bool isSum;  // over time; else an amount that is there
     std::vector<float> values;
 };
+
+inline constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 // What a run says of itself.
 struct ComparedRun {

@@ -1,7 +1,6 @@
 // What runs save against the first of them, from the figures that they have.
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "calendar.h"
 #include "comparison.h"
@@ -10,9 +9,6 @@
 namespace kesto {
 
 namespace {
-
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
-constexpr double kDaysPerYear = 365.25;
 
 // Nothing where the run has no such figure, or no value of it.
 std::optional<double> figureOf(const ComparedRun& run, std::string_view name) {

@@ -12,9 +12,6 @@ namespace kesto {
 namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-constexpr double kNoticed = 1e-6;  // of a demand: less is rounding
-constexpr double kDaysPerYear = 365.25;
-constexpr double kLitresOfM3 = 1000;
 constexpr std::array<std::string_view, 12> kUnmetOfMonth{"unmet_jan", "unmet_feb", "unmet_mar", "unmet_apr",
                                                          "unmet_may", "unmet_jun", "unmet_jul", "unmet_aug",
                                                          "unmet_sep", "unmet_oct", "unmet_nov", "unmet_dec"};
@@ -191,7 +188,7 @@ class Collector {
         const auto yearly = money_.ofGroup(group);
         if (!yearly) return;
         const double served = figures_.find(component, "served")->value * money_.countOf(component);
-        add(component, "cost_per_m3", served > 0 ? *yearly * money_.network().years * kLitresOfM3 / served : kNone);
+        add(component, "cost_per_m3", served > 0 ? *yearly * money_.network().years * kLitresPerM3 / served : kNone);
     }
 
     void addPeakOf(int component) {

@@ -11,6 +11,8 @@
 
 namespace kesto {
 
+inline constexpr double kNoticed = 1e-6;  // of a demand: to lack less is rounding
+
 struct Figure {
     int component;  // or kOutside: of the network
     const FigureInfo* info;

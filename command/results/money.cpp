@@ -12,9 +12,6 @@ namespace kesto {
 
 namespace {
 
-constexpr double kDaysPerYear = 365.25;
-constexpr double kLitres = 1000;  // of a m3
-
 using Known = std::optional<double>;
 
 void add(Known& sum, const Known& more) {
@@ -68,7 +65,7 @@ Savings savingsOf(const NetworkCosts& now, const NetworkCosts& before) {
     const auto more = [](const Known& after, const Known& first) { return after.value_or(0) - first.value_or(0); };
     const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
                          more(now.operation, before.operation);
-    savings.costPerM3 = savings.mains > 0 ? spent * now.years * kLitres / savings.mains : kNoSaving;
+    savings.costPerM3 = savings.mains > 0 ? spent * now.years * kLitresPerM3 / savings.mains : kNoSaving;
     const double capital = more(now.capital, before.capital);
     savings.payback = *savings.running > 0 && capital >= 0 ? capital / *savings.running : kNoSaving;
     return savings;
@@ -135,7 +132,7 @@ void Money::addBooked() {
 void Money::addWater(const Account& account) {
     if (network_.years == 0) return;
     const auto yearly = [&](double litres, const Known& price) {
-        return times(litres / kLitres / network_.years, price);
+        return times(litres / kLitresPerM3 / network_.years, price);
     };
     network_.mains = yearly(network_.mainsLitres, economics_.waterPrice);
     double sewage = economics_.sewageTo.empty() ? network_.mainsLitres : 0;

@@ -10,6 +10,8 @@
 
 namespace kesto {
 
+inline constexpr double kLitresPerM3 = 1000;
+
 // Of the whole network; sums of money are of a year, but for the capital. What the model has no price for is not known.
 struct NetworkCosts {
     double years = 0;

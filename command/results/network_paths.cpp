@@ -4,24 +4,19 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <numeric>
 #include <set>
 
-#include "flow_graph.h"
 #include "path_bypass.h"
 #include "path_loops.h"
 #include "path_nodes.h"
+#include "path_reduction.h"
 
 namespace kesto {
 
 namespace {
 
-constexpr std::size_t kMost = 8;    // nodes of a kind
-constexpr std::size_t kNamed = 4;   // places of one kind that have a node each
-constexpr double kRounding = 1e-9;  // of all water: less is not shown
+constexpr std::size_t kNamed = 4;  // places of one kind that have a node each
 constexpr std::array<std::string_view, 5> kKinds{"source", "store", "works", "use", "sink"};
-constexpr std::array<std::string_view, 5> kOthers{"other sources", "other stores", "other works", "other uses",
-                                                  "other sinks"};
 
 // Where water crosses the border of the network, by the kinds of the account.
 struct Crossing {
@@ -67,17 +62,12 @@ class Paths {
         countPlaces();
         collect();
         const bool isFinite =
-            std::all_of(edges_.begin(), edges_.end(), [](const Edge& edge) { return std::isfinite(edge.litres); });
+            std::all_of(edges_.begin(), edges_.end(), [](const PathEdge& edge) { return std::isfinite(edge.litres); });
         if (!isFinite) return {};
-        return reduced();
+        return reduced(std::move(nodes_), edges_);
     }
 
   private:
-    struct Edge {
-        int from, to;  // below 0: components, from -1 down, that are passed through
-        double litres;
-    };
-
     void countPlaces() {
         for (const AccountEntry& entry : account_.entries) {
             places_[{entry.isIn, entry.kind}].insert(entry.component);
@@ -159,77 +149,6 @@ class Paths {
         }
     }
 
-    // Components that are passed through get numbers after the nodes, and are then taken out.
-    NetworkPaths reduced() {
-        const auto fixed = static_cast<int>(nodes_.size());
-        std::map<int, int> numbers;
-        for (const Edge& edge : edges_) {
-            for (const int end : {edge.from, edge.to}) {
-                if (end < 0) numbers.emplace(end, 0);
-            }
-        }
-        std::vector<int> passed;
-        for (auto& [component, number] : numbers) {
-            number = fixed + static_cast<int>(passed.size());
-            passed.push_back(number);
-        }
-        FlowGraph graph(at(fixed) + passed.size());
-        const auto numberOf = [&](int end) { return end < 0 ? numbers.at(end) : end; };
-        for (const Edge& edge : edges_) {
-            graph.add(numberOf(edge.from), numberOf(edge.to), edge.litres);
-        }
-        graph.passThroughAll(passed);
-        return fewest(graph, fixed);
-    }
-
-    NetworkPaths fewest(const FlowGraph& graph, int fixed) {
-        std::vector<std::size_t> to(at(fixed));
-        std::iota(to.begin(), to.end(), 0U);
-        for (std::size_t kind = 0; kind < kKinds.size(); ++kind) {
-            mergeSmall(graph, static_cast<PathKind>(kind), to);
-        }
-        std::map<std::pair<std::size_t, std::size_t>, double> links;
-        double all = 0;
-        for (int from = 0; from < fixed; ++from) {
-            for (const auto& [receiver, litres] : graph.out(from)) {
-                if (receiver >= fixed || to[at(from)] == to[at(receiver)]) continue;
-                links[{to[at(from)], to[at(receiver)]}] += litres;
-                all += litres;
-            }
-        }
-        NetworkPaths paths;
-        std::map<std::size_t, std::size_t> numbers;
-        const auto numberOf = [&](std::size_t node) {
-            const auto [known, isNew] = numbers.emplace(node, paths.nodes.size());
-            if (isNew) paths.nodes.push_back(nodes_[node]);
-            return known->second;
-        };
-        for (const auto& [ends, litres] : links) {
-            if (litres > kRounding * all) paths.links.push_back({numberOf(ends.first), numberOf(ends.second), litres});
-        }
-        return paths;
-    }
-
-    // The largest of a kind stay, the others become one.
-    void mergeSmall(const FlowGraph& graph, PathKind kind, std::vector<std::size_t>& to) {
-        std::vector<std::size_t> members;
-        for (std::size_t i = 0; i < to.size(); ++i) {
-            if (nodes_[i].kind == kind) members.push_back(i);
-        }
-        if (members.size() <= kMost) return;
-        const auto sizeOf = [&](std::size_t i) {
-            return std::max(graph.sumIn(static_cast<int>(i)), graph.sumOut(static_cast<int>(i)));
-        };
-        std::stable_sort(members.begin(), members.end(),
-                         [&](std::size_t a, std::size_t b) { return sizeOf(a) > sizeOf(b); });
-        PathNode other{std::string(kOthers[static_cast<std::size_t>(kind)]), kind, 0, 0};
-        for (std::size_t i = kMost - 1; i < members.size(); ++i) {
-            other.components += nodes_[members[i]].components;
-            to[members[i]] = nodes_.size();
-        }
-        nodes_.push_back(std::move(other));
-    }
-
     const Recorded& recorded_;
     const ComponentSums& sums_;
     const WaterPaths& paths_;
@@ -239,7 +158,7 @@ class Paths {
     std::map<std::pair<bool, AccountKind>, std::set<int>> places_;
     std::map<std::pair<bool, std::string>, int> borders_;
     std::set<std::pair<int, int>> counted_;
-    std::vector<Edge> edges_;
+    std::vector<PathEdge> edges_;
 };
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace {
 
 constexpr double kNear = 0.01;           // of a volume that is compared
 constexpr double kRounding = 1e-9;       // of a sum
-constexpr double kNoticed = 1e-6;        // of a demand: less is rounding
 constexpr std::size_t kFew = 12;         // sources that are looked at one by one
 constexpr std::size_t kMostSources = 5;  // that have a colour each
 

@@ -233,17 +233,18 @@ std::vector<std::pair<const Connection*, double>> WaterPaths::askersOf(int compo
     return askers;
 }
 
-// The demand sources from which all of a demand comes, each with its part: what passes several is theirs in parts.
-// Nothing where others ask for some of it, or where it goes round a loop.
-std::optional<WaterPaths::Shares> WaterPaths::sourcesOf(int sender, double litres) const {
-    std::map<int, int> receivers{{sender, 0}};  // how many ask each one, of those on the way
+bool WaterPaths::isDemandSource(int component) const {
+    return recorded_.component(component).code == code::kDemandSource && sums_.isBalanced(component);
+}
+
+// All that a demand comes from, by way of whom, each with how many of them it asks. Nothing where others ask for some
+// of it.
+std::optional<std::map<int, int>> WaterPaths::upstreamOf(int sender) const {
+    std::map<int, int> receivers{{sender, 0}};
     std::vector<int> found{sender};
-    const auto isSource = [&](int component) {
-        return recorded_.component(component).code == code::kDemandSource && sums_.isBalanced(component);
-    };
     for (std::size_t i = 0; i < found.size(); ++i) {
         const int component = found[i];
-        if (isSource(component)) continue;
+        if (isDemandSource(component)) continue;
         if (!passesDemand(component)) return std::nullopt;
         for (const auto& [connection, asked] : askersOf(component)) {
             if (&multiplicity_.of(connection->from) != &multiplicity_.into(component)) return std::nullopt;
@@ -252,16 +253,23 @@ std::optional<WaterPaths::Shares> WaterPaths::sourcesOf(int sender, double litre
             if (isNew) found.push_back(connection->from);
         }
     }
+    return receivers;
+}
 
+// The demand sources from which all of a demand comes, each with its part: what passes several is theirs in parts.
+// Nothing where others ask for some of it, or where it goes round a loop.
+std::optional<WaterPaths::Shares> WaterPaths::sourcesOf(int sender, double litres) const {
+    auto receivers = upstreamOf(sender);
+    if (!receivers) return std::nullopt;
     Shares sources;
     std::map<int, double> parts{{sender, litres}};
     std::vector<int> ready;
-    if (receivers[sender] == 0) ready.push_back(sender);
+    if (receivers->at(sender) == 0) ready.push_back(sender);
     std::size_t passed = 0;
     for (; passed < ready.size(); ++passed) {
         const int component = ready[passed];
         const double part = parts[component];
-        if (isSource(component)) {
+        if (isDemandSource(component)) {
             sources.emplace_back(component, part);
             continue;
         }
@@ -273,10 +281,10 @@ std::optional<WaterPaths::Shares> WaterPaths::sourcesOf(int sender, double litre
         }
         for (const auto& [connection, asked] : askers) {
             parts[connection->from] += part * asked / all;
-            if (--receivers[connection->from] == 0) ready.push_back(connection->from);
+            if (--receivers->at(connection->from) == 0) ready.push_back(connection->from);
         }
     }
-    return passed == found.size() ? std::optional(sources) : std::nullopt;
+    return passed == receivers->size() ? std::optional(sources) : std::nullopt;
 }
 
 void WaterPaths::handBack(const Shares& sources, int to) {

@@ -68,6 +68,8 @@ class WaterPaths {
     void addSupply(int component);
     void addUses();
     std::vector<std::pair<const Connection*, double>> askersOf(int component) const;
+    bool isDemandSource(int component) const;
+    std::optional<std::map<int, int>> upstreamOf(int sender) const;
     std::optional<Shares> sourcesOf(int sender, double litres) const;
     bool passesDemand(int component) const;
     void handBack(const Shares& sources, int to);
