@@ -57,10 +57,6 @@ std::string savingsText(const Comparison& comparison) {
     return "\nAgainst 1\n" + alignedRows(rows);
 }
 
-Json orNull(double value) {
-    return std::isfinite(value) ? Json(value) : Json(nullptr);
-}
-
 }  // namespace
 
 std::string toText(const Comparison& comparison) {
@@ -94,6 +90,7 @@ std::string toText(const Comparison& comparison) {
     return text;
 }
 
+// What is not finite becomes null.
 std::string toJson(const Comparison& comparison) {
     Json runs = Json::array(), figures = Json::array();
     for (const ComparedRun& run : comparison.runs) {
@@ -106,25 +103,20 @@ std::string toJson(const Comparison& comparison) {
                         {"outcome", run.outcome}});
     }
     for (const ComparedFigure& figure : comparison.figures) {
-        Json values = Json::array(), differences = Json::array(), percents = Json::array();
+        std::vector<double> differences, percents;
         for (std::size_t i = 0; i < figure.values.size(); ++i) {
-            values.push_back(orNull(figure.values[i]));
-            differences.push_back(orNull(figure.values[i] - figure.values[0]));
-            percents.push_back(orNull(percentOf(figure, i)));
+            differences.push_back(figure.values[i] - figure.values[0]);
+            percents.push_back(percentOf(figure, i));
         }
         figures.push_back({{"name", figure.name},
                            {"unit", figure.unit},
-                           {"values", values},
+                           {"values", figure.values},
                            {"differences", differences},
                            {"percent", percents}});
     }
     Json savings = Json::array();
     for (const ComparedFigure& figure : comparison.savings) {
-        Json values = Json::array();
-        for (const double value : figure.values) {
-            values.push_back(orNull(value));
-        }
-        savings.push_back({{"name", figure.name}, {"unit", figure.unit}, {"values", values}});
+        savings.push_back({{"name", figure.name}, {"unit", figure.unit}, {"values", figure.values}});
     }
     const Json all{{"runs", runs}, {"figures", figures}, {"savings", savings}, {"warnings", comparison.warnings}};
     return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";

@@ -59,7 +59,7 @@ std::string changedOptions(const Json& mine, const Json& other) {
         text += fmt::format("{}--{} was {}, and is {}", text.empty() ? "" : ", ", name, listed(other.at(name)),
                             listed(value));
     }
-    return text.empty() ? "its options were others" : text;
+    return text.empty() ? "its options differ" : text;
 }
 
 }  // namespace
@@ -156,7 +156,7 @@ void SweepFolder::refuse(const Json& other) const {
         }
         if (other.at("inputs") != madeOf_.at("inputs")) add(changedInputs(madeOf_.at("inputs"), other.at("inputs")));
         if (other.at("design") != madeOf_.at("design")) {
-            add(fmt::format("its design of {} members is another", other.at("design").at("members").dump()));
+            add(fmt::format("its design of {} members differs", other.at("design").at("members").dump()));
         }
         if (other.at("options") != madeOf_.at("options"))
             add(changedOptions(madeOf_.at("options"), other.at("options")));

@@ -562,10 +562,16 @@ class Signals(LongRuns):
         (self.folder / "new.toml").write_text(model("new", tanks=400))
         running = subprocess.Popen([KESTO, "run", "new.toml", "-q", "-o", "out"], cwd=self.folder,
                                    preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        sent = 0
         for _ in range(20):
             time.sleep(0.01)
             for process in (*self.children(running.pid), running.pid):
-                os.kill(process, signal.SIGHUP)
+                try:
+                    os.kill(process, signal.SIGHUP)
+                except ProcessLookupError:
+                    continue  # it has just ended
+                sent += process != running.pid
+        self.assertGreater(sent, 0)
         self.assertEqual(running.wait(timeout=60), 0)
         self.assertEqual(state(self.out), "new")
 

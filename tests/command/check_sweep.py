@@ -332,7 +332,7 @@ class House(Sweeping):
         start = "out: error: out holds a sweep that this one cannot go on with: "
         end = "; --restart begins anew, or choose another folder"
         for changed, reason in (
-                (["--vary", "tank.size=1:8:9"], "its design of 9 members is another"),
+                (["--vary", "tank.size=1:8:9"], "its design of 9 members differs"),
                 ([*options, "--set", "roof.size=3"], "--set was not given, and is roof.size=3"),
                 ([*options, "--record", "tank", "--every", "year"],
                  "--record was none, and is tank, --every was day, and is year"),
