@@ -25,6 +25,7 @@
 #include "results_checks.h"
 #include "results_folder.h"
 #include "results_netcdf.h"
+#include "run_ending.h"
 #include "side_run.h"
 #include "strict.h"
 #include "summary.h"
@@ -45,25 +46,6 @@ class Watch {
   private:
     using Clock = std::chrono::steady_clock;
     Clock::time_point last_ = Clock::now();
-};
-
-// What a run tells in the end. The engine's process makes it, and leaves it to this one as bytes.
-struct Ending {
-    int status = kRunFailed;
-    std::string output, errors;
-
-    std::string toBytes() const { return fmt::format("{} {}\n{}{}", status, output.size(), output, errors); }
-
-    static Ending fromBytes(const std::string& bytes) {
-        std::istringstream in(bytes);
-        Ending ending;
-        std::size_t length = 0;
-        in >> ending.status >> length;
-        const std::size_t begin = bytes.find('\n') + 1;
-        ending.output = bytes.substr(begin, length);
-        ending.errors = bytes.substr(begin + length);
-        return ending;
-    }
 };
 
 class Run {
@@ -127,24 +109,14 @@ class Run {
         return kRunFailed;
     }
 
-    // What the network costs where the scenario that it is compared with has its way; false: it cannot be run.
+    // False where it cannot be run.
     bool runBaseline() {
         const Economics& economics = loaded_.model().economics;
         if (economics.baseline.empty()) return true;
-        ReadOptions read = options_.read;
-        read.baseline = economics.baseline;
-        LoadedModel other(options_.model, read);
-        const auto refuse = [&](const std::string& why) {
-            diagnostics_.error("wrong-value", economics.place, withoutBaseline(economics, why));
-            return false;
-        };
-        if (!other.isFit()) return refuse(other.diagnostics().firstError()->text);
-        std::string failure;
-        runBeside(other, false, [&](const Results& results, const Evaluation& evaluation) {
-            failure = failureOf(results);
-            baseline_ = evaluation.costs;
-        });
-        return failure.empty() || refuse(failure);
+        std::string why;
+        baseline_ = costsOfBaseline(options_.model, options_.read, economics.baseline, why);
+        if (!baseline_) diagnostics_.error("wrong-value", economics.place, withoutBaseline(economics, why));
+        return baseline_.has_value();
     }
 
     Place folderPlace() const { return {std::make_shared<const std::string>(options_.output), 0, 0}; }
@@ -277,7 +249,7 @@ class Run {
     std::vector<OutputPort> asked_;
     AccountNeeds needs_;
     RunCosts costs_;
-    std::optional<NetworkCosts> baseline_;
+    std::optional<NetworkCosts> baseline_;  // what the network costs there
     std::vector<InputFile> inputs_;
     std::size_t told_ = 0;  // of the messages
     bool isMemoryReported_ = false;

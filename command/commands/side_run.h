@@ -2,9 +2,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "load.h"
+#include "money.h"
 
 namespace kesto {
 
@@ -15,5 +17,9 @@ struct Results;
 // `isOverseen` all that `kesto run` does, and the evaluation has an overview.
 void runBeside(LoadedModel& loaded, bool isOverseen,
                const std::function<void(const Results&, const Evaluation&)>& look);
+
+// What the network costs in the scenario that its runs are compared with. Nothing where that cannot be run: `why` not.
+std::optional<NetworkCosts> costsOfBaseline(const std::string& model, ReadOptions read, const std::string& scenario,
+                                            std::string& why);
 
 }  // namespace kesto
