@@ -92,6 +92,12 @@ test("components are reached, read and opened with the keyboard alone", () => wi
   assert.equal(await focused(tab), last);
   await keyboard.press("Space");
   assert.equal(await tab.text("#network .details h3"), last);
+  // Whoever does not want to go through all of them need not.
+  await tab.page.focus("#network .skip");
+  const skip = await (await tab.page.$("#network .skip")).boundingBox();
+  assert.ok(skip.x > 0 && skip.width > 40, "it is seen while it has the focus");
+  await keyboard.press("Enter");
+  assert.equal(await focused(tab), "Components as a list");
   await tab.close();
 }));
 

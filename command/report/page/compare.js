@@ -15,7 +15,7 @@ const kDashes = [undefined, [8, 4], [2, 3], [10, 3, 2, 3]];
 const look = i => ({ colour: kSeriesColours[i % kSeriesColours.length], dash: kDashes[Math.floor(i / kSeriesColours.length) + (i % 2)] });
 
 export function writeCompareHead(data) {
-  byId("lead").textContent = data.runs.length ? `${data.runs.length} runs; differences are to the first, ${data.runs[0].name}`
+  byId("lead").textContent = data.runs.length ? `${data.runs.length} runs, compared with the first of them, ${data.runs[0].name}`
     : `A sweep of ${number(data.sweep?.keys?.[0]?.values.length ?? 0)} members over ${(data.sweep?.keys ?? []).map(key => key.name).join(", ")}`;
   const stopped = data.runs.filter(run => run.outcome && run.outcome !== "finished");
   if (stopped.length) {
