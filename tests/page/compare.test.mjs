@@ -3,12 +3,13 @@ import assert from "node:assert/strict";
 import path from "node:path";
 import { test } from "node:test";
 import { few, looksRight, withBrowser } from "./browser.mjs";
-import { charts, comparison, folder, sweep } from "./runs.mjs";
+import { changed, charts, comparison, folder, hostile, sweep } from "./runs.mjs";
+
+const four = comparison();
 
 test("four runs side by side", () => withBrowser(async browser => {
-  const file = comparison();
-  await looksRight(browser, file, { all: few });
-  const tab = await browser.open(file);
+  await looksRight(browser, four, { all: few });
+  const tab = await browser.open(four);
   assert.deepEqual(await tab.texts("#runs tbody th"), ["tank of 1 m3", "tank of 2 m3", "tank of 5 m3", "tank of 0.5 m3"]);
   // 369.6 m³ with 1 m³ of tank, 349.1 with 5.
   const mains = (await tab.texts("#figures tbody tr")).find(text => text.startsWith("network.mains"));
@@ -29,6 +30,16 @@ test("four runs side by side", () => withBrowser(async browser => {
     assert.equal((await tab.texts("#overlays .keys li")).length, 4);
   }
   await tab.pdf(path.join(folder, "comparison.pdf"));
+  await tab.close();
+}));
+
+test("runs of any name", () => withBrowser(async browser => {
+  const names = [hostile[1], hostile[4], hostile[2], hostile[8]];
+  const file = changed(four, "hostile-runs", data => data.runs.forEach((run, i) => Object.assign(run, { name: names[i], set: [`a=${names[i]}`] })));
+  await looksRight(browser, file, { all: [400, 1280] });
+  const tab = await browser.open(file);
+  assert.equal(await tab.text("#runs tbody th"), names[0]);
+  assert.equal((await tab.page.$$("main img, main script")).length, 0);
   await tab.close();
 }));
 
