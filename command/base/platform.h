@@ -5,9 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <system_error>
-#include <vector>
 
 namespace kesto {
 
@@ -57,19 +55,6 @@ class FileLock {
 
 // Bytes: the larger of this process's peak and that of its largest child.
 double peakMemory();
-
-// A constant table of this name out of a library: of the first of these files that can be loaded, by their places
-// relative to the folder of this program, and nowhere else. Throws std::runtime_error when there is none.
-const void* loadTable(const std::vector<std::string>& files, const std::string& name);
-
-struct ProgramRun {
-    bool isFound = false;  // by its name, on the system's path; if not, nothing was started
-    bool succeeded = false;
-    std::string output, errors;  // all that it wrote
-};
-
-// Runs a program to its end: its name, then its arguments. Throws std::runtime_error when it cannot be started.
-ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input);
 
 // While it lives, a request to stop (Ctrl-C, a polite kill, a terminal that closes) does not end this process: it is
 // only noted, unless the process was started to ignore it. A second one ends the process at once.

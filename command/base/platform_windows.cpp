@@ -12,6 +12,7 @@
 #include <stdexcept>
 
 #include "files.h"
+#include "handle_windows.h"
 #include "platform.h"
 
 namespace kesto {
@@ -50,32 +51,11 @@ bool isHeldElsewhere(const std::error_code& error) {
            (error.value() == ERROR_SHARING_VIOLATION || error.value() == ERROR_LOCK_VIOLATION);
 }
 
-// Closed at its end.
-class Handle {
-  public:
-    explicit Handle(HANDLE handle) : handle_(handle) {}
-    ~Handle() {
-        if (isGood()) CloseHandle(handle_);
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    bool isGood() const { return handle_ != INVALID_HANDLE_VALUE && handle_ != nullptr; }
-    HANDLE get() const { return handle_; }
-
-  private:
-    HANDLE handle_;
-};
-
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 HANDLE openExisting(const std::string& path, DWORD access) {
     return CreateFileW(pathOf(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS,
                        nullptr);
-}
-
-// A handle fits into an int: those of the system have 32 bits that count.
-HANDLE handleOf(int file) {
-    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(file));
 }
 
 volatile LONG interrupted = 0;  // 0: no request to stop; else the event, plus one
@@ -89,6 +69,14 @@ BOOL WINAPI noteInterrupt(DWORD event) {
 }
 
 }  // namespace
+
+Handle::~Handle() {
+    if (isGood()) CloseHandle(handle_);
+}
+
+void failBySystem(const std::string& what) {
+    throw std::runtime_error(fmt::format("cannot {}: {}", what, reasonOf(errorOf(GetLastError()))));
+}
 
 int terminalColumns(std::FILE* stream) {
     const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
@@ -177,7 +165,7 @@ FileLock::FileLock(const std::string& path) : path_(path) {
             CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
                         nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (file != INVALID_HANDLE_VALUE) {
-            file_ = static_cast<int>(reinterpret_cast<std::intptr_t>(file));
+            file_ = Handle::numberOf(file);
             holder_ = static_cast<long>(GetCurrentProcessId());
             const std::string holder = std::to_string(holder_);
             DWORD written = 0;
@@ -206,13 +194,13 @@ void FileLock::hold() {
     const Handle parent(OpenProcess(PROCESS_DUP_HANDLE, FALSE, static_cast<DWORD>(holder_)));
     HANDLE own = nullptr;
     if (!parent.isGood() ||
-        !DuplicateHandle(parent.get(), handleOf(file_), GetCurrentProcess(), &own, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+        !DuplicateHandle(parent.get(), Handle::of(file_), GetCurrentProcess(), &own, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
         throw std::system_error(errorOf(GetLastError()), path_);
     }
 }
 
 FileLock::~FileLock() {
-    if (file_ >= 0) CloseHandle(handleOf(file_));
+    if (file_ >= 0) CloseHandle(Handle::of(file_));
 }
 
 bool FileLock::isHeld() const {
@@ -223,77 +211,6 @@ double peakMemory() {
     PROCESS_MEMORY_COUNTERS counters{};
     K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     return static_cast<double>(counters.PeakWorkingSetSize);
-}
-
-namespace {
-
-// A file for what another program reads or writes; gone when it is closed.
-HANDLE makeTemporary() {
-    std::array<wchar_t, MAX_PATH + 1> folder{}, name{};
-    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    if (GetTempPathW(folder.size(), folder.data()) == 0 ||
-        GetTempFileNameW(folder.data(), L"kes", 0, name.data()) == 0) {
-        return INVALID_HANDLE_VALUE;
-    }
-    return CreateFileW(name.data(), GENERIC_READ | GENERIC_WRITE | DELETE, kShareAll, &inherited, CREATE_ALWAYS,
-                       FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-}
-
-std::string readAll(HANDLE file) {
-    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
-    std::string text;
-    std::array<char, 1 << 16> buffer;
-    for (DWORD count = 0; ReadFile(file, buffer.data(), buffer.size(), &count, nullptr) && count > 0;) {
-        text.append(buffer.data(), count);
-    }
-    return text;
-}
-
-// Of the folders that PATH names; the current one is none of them.
-std::wstring findProgram(const std::string& name) {
-    const wchar_t* const folders = _wgetenv(L"PATH");
-    std::array<wchar_t, 32768> found{};
-    const DWORD length = SearchPathW(folders ? folders : L"", pathOf(name).c_str(), L".exe",
-                                     static_cast<DWORD>(found.size()), found.data(), nullptr);
-    return {found.data(), length < found.size() ? length : 0};
-}
-
-}  // namespace
-
-ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input) {
-    const std::wstring program = findProgram(arguments.front());
-    if (program.empty()) return {};
-    const auto fail = [&] {
-        throw std::runtime_error(
-            fmt::format("cannot start \"{}\": {}", arguments[0], errorOf(GetLastError()).message()));
-    };
-    const Handle in(makeTemporary()), out(makeTemporary()), errors(makeTemporary());
-    DWORD written = 0;
-    if (!in.isGood() || !out.isGood() || !errors.isGood() ||
-        !WriteFile(in.get(), input.data(), static_cast<DWORD>(input.size()), &written, nullptr)) {
-        fail();
-    }
-    SetFilePointer(in.get(), 0, nullptr, FILE_BEGIN);
-    std::wstring line = L"\"" + program + L"\"";
-    for (std::size_t i = 1; i < arguments.size(); ++i) {
-        line += L" " + pathOf(arguments[i]).wstring();  // "-Tsvg"
-    }
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = in.get();
-    start.hStdOutput = out.get();
-    start.hStdError = errors.get();
-    PROCESS_INFORMATION started{};
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr,
-                        &start, &started)) {
-        fail();
-    }
-    const Handle process(started.hProcess), thread(started.hThread);
-    WaitForSingleObject(process.get(), INFINITE);
-    DWORD status = 1;
-    GetExitCodeProcess(process.get(), &status);
-    return {true, status == 0, readAll(out.get()), readAll(errors.get())};
 }
 
 struct InterruptGuard::Before {};

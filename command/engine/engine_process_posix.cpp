@@ -1,21 +1,14 @@
 #include <fmt/format.h>
-#include <malloc.h>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <limits>
-#include <new>
 #include <stdexcept>
 
 #include "engine_process.h"
@@ -117,61 +110,6 @@ void keepNothingMore() {
     }
 }
 
-SharedMemory::SharedMemory(std::size_t bytes) : size_(std::max<std::size_t>(bytes, 16)) {
-    void* address = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (address == MAP_FAILED) throw std::bad_alloc();
-    begin_ = static_cast<std::byte*>(address);
-}
-
-SharedMemory::~SharedMemory() {
-    munmap(begin_, size_);
-}
-
-void* SharedMemory::takeBytes(std::size_t bytes) {
-    const std::size_t length = rounded(bytes);
-    if (used_ + length > size_) throw std::bad_alloc();
-    void* address = begin_ + used_;
-    used_ += length;
-    return address;
-}
-
-// Whole pages alone: what shares one with other memory stays.
-void giveBack(void* memory, std::size_t bytes) {
-    static const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t first = (begin + page - 1) / page * page, last = (begin + bytes) / page * page;
-    if (first < last) madvise(static_cast<std::byte*>(memory) + (first - begin), last - first, MADV_DONTNEED);
-}
-
-namespace {
-
-// Takes one ring, if there is one.
-bool isRung(int bell) {
-    eventfd_t rings = 0;
-    return eventfd_read(bell, &rings) == 0;
-}
-
-}  // namespace
-
-Bell::Bell() : handle_(eventfd(0, EFD_SEMAPHORE | EFD_NONBLOCK)) {
-    if (handle_ < 0) throw std::runtime_error(fmt::format("cannot open an event: {}", std::strerror(errno)));
-}
-
-Bell::~Bell() {
-    close(handle_);
-}
-
-void Bell::ring() {
-    eventfd_write(handle_, 1);
-}
-
-void Bell::wait() {
-    pollfd waiting{handle_, POLLIN, 0};
-    while (!isRung(handle_)) {
-        poll(&waiting, 1, -1);
-    }
-}
-
 struct ChildProcess::System {
     pid_t child = 0;  // 0: it has been waited for
     Pipe errors, answer;
@@ -214,8 +152,7 @@ void ChildProcess::waitForAny(const std::vector<const ChildProcess*>& children, 
         waiting.push_back({child->system_->answer.out, POLLIN, 0});
     }
     poll(waiting.data(), waiting.size(), milliseconds);
-    while (isRung(bell.handle_)) {
-    }
+    bell.silence();
 }
 
 void ChildProcess::stop() {
@@ -231,19 +168,6 @@ void ChildProcess::collect() {
     if (WIFSIGNALED(status)) {
         fault_ = fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
     }
-}
-
-std::string ChildProcess::lastWords() const {
-    const std::string words = errors_.substr(0, errors_.find_last_not_of('\n') + 1);
-    return words.empty() ? fault_ : words;
-}
-
-// The C library returns what is free at the end of the heap, and large blocks at once; each page that is taken again
-// costs more than what is done with it.
-void keepFreeMemory() {
-    mallopt(M_MMAP_THRESHOLD, 32 << 20);
-    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-    mallopt(M_TOP_PAD, 1 << 20);
 }
 
 int startProgram(int argc, char** argv, int (*program)(int argc, char** argv)) {

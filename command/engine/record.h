@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "AUEglobals.h"
-#include "engine_process.h"
 #include "model.h"
 #include "recordings.h"
 #include "series.h"
+#include "shared_memory.h"
 
 namespace kesto {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "draw.h"
-#include "platform.h"
+#include "programs.h"
 
 namespace kesto {
 

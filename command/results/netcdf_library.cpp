@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform.h"
+#include "programs.h"
 
 namespace kesto {
 
