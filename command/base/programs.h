@@ -16,6 +16,9 @@ struct ProgramRun {
 // Runs a program to its end: its name, then its arguments. Throws std::runtime_error when it cannot be started.
 ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_view input);
 
+// What a person does to have the programs of Graphviz here, for a message.
+std::string_view installGraphviz();
+
 // A constant table of this name out of a library: of the first of these files that can be loaded, by their places
 // relative to the folder of this program, and nowhere else. Throws std::runtime_error when there is none.
 const void* loadTable(const std::vector<std::string>& files, const std::string& name);

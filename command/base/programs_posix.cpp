@@ -86,4 +86,8 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_vie
     return {true, WIFEXITED(status) && WEXITSTATUS(status) == 0, readAll(out.get()), readAll(errors.get())};
 }
 
+std::string_view installGraphviz() {
+    return "install graphviz (Debian: apt-get install graphviz)";
+}
+
 }  // namespace kesto

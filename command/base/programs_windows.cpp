@@ -79,4 +79,8 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, std::string_vie
     return {true, status == 0, readAll(out.get()), readAll(errors.get())};
 }
 
+std::string_view installGraphviz() {
+    return "install Graphviz from graphviz.org and put its folder bin on PATH";
+}
+
 }  // namespace kesto

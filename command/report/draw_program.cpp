@@ -10,8 +10,7 @@ namespace kesto {
 std::string renderGraph(const std::string& dot, const std::string& format) {
     const ProgramRun run = runProgram({"dot", "-T" + format}, dot);
     if (!run.isFound) {
-        throw std::runtime_error(
-            "the program \"dot\" of Graphviz was not found; install graphviz (Debian: apt-get install graphviz)");
+        throw std::runtime_error(fmt::format("the program \"dot\" of Graphviz was not found; {}", installGraphviz()));
     }
     if (!run.succeeded) throw std::runtime_error(fmt::format("\"dot -T{}\" failed: {}", format, run.errors));
     return run.output;
