@@ -263,7 +263,10 @@ class Pictures(unittest.TestCase):
     def test_tables_stand_without_charts(self):
         dom, console = self.browse(probed(self.make_report()))
         self.assertEqual(console, [])
-        self.assertIn('<pre id="probe">{}</pre>', dom)
+        # The stripes of stores need no library.
+        drawn = json.loads(re.search('<pre id="probe">(.*?)</pre>', dom)[1])
+        self.assertEqual(list(drawn), ["stores"])
+        self.assertGreater(drawn["stores"], 300)
         self.assertIn("There are no charts", dom)
         self.assertIn("265,559.998373 L", dom)  # rain on the roof, in the account
 
@@ -307,8 +310,9 @@ class Pictures(unittest.TestCase):
         moved = model.parent.rename(self.folder / "moved") / "model.toml"
         report = kesto("report", results, "-o", str(self.folder / "report.html"), "--model", str(moved))
         self.assertEqual(report.returncode, 0)
-        self.assertEqual(report.stderr, f"kesto report: warning: {moved} has changed since the run\n"
-                                        f"kesto report: warning: {moved.parent / 'weather.csv'} has changed since the run\n")
+        said = [line for line in report.stderr.splitlines() if CHARTS or "tables but no charts" not in line]
+        self.assertEqual(said, [f"kesto report: warning: {moved} has changed since the run",
+                                f"kesto report: warning: {moved.parent / 'weather.csv'} has changed since the run"])
         self.assertIn("weather.csv has changed since the run", (self.folder / "report.html").read_text())
         (moved.parent / "weather.csv").unlink()
         report = kesto("report", results, "-o", str(self.folder / "report.html"), "--model", str(moved))
