@@ -1,4 +1,4 @@
-// fmt, compiled once: as headers alone every source would compile all of it, which took two thirds of a build. It
+// fmt, compiled once: as headers alone every source would compile all of it, which took half the time of a build. It
 // defines what the headers only declare: functions, and these templates, which versions 9 and 10 share.
 #include <fmt/format-inl.h>
 
