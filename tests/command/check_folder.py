@@ -575,8 +575,8 @@ class Signals(LongRuns):
         self.assertEqual(running.wait(timeout=60), 0)
         self.assertEqual(state(self.out), "new")
 
-    def slow_writing(self):
-        """A run that writes for some seconds, and has begun to."""
+    def stopped_writing(self):
+        """A run that has begun to write, and the process of it that writes, which is stopped."""
         text = ['kesto_model = 1\ntitle = "new"\n[simulation]\nstart = 1970-01-01\nend = 2500-12-31\n']
         text += [f'[[components]]\nname = "p{i}"\ntype = "demand_source"\ndemand = 1.{i:04}\n' for i in range(60)]
         (self.folder / "new.toml").write_text("".join(text))
@@ -585,17 +585,22 @@ class Signals(LongRuns):
         self.addCleanup(running.wait)
         self.addCleanup(running.kill)
         until(lambda: (self.out / HIDDEN / "flows.csv").exists())
-        return running
+        writer = self.children(running.pid)[0]
+        os.kill(writer, signal.SIGSTOP)
+        return running, writer
 
     def test_a_signal_while_writing_lets_it_finish(self):
         for number in signal.SIGINT, signal.SIGTERM, signal.SIGHUP:
-            running = self.slow_writing()
+            running, writer = self.stopped_writing()
             running.send_signal(number)
+            time.sleep(0.1)
+            self.assertIsNone(running.poll())
+            os.kill(writer, signal.SIGCONT)
             self.assertEqual(running.wait(timeout=60), -number)
             self.assertEqual((state(self.out), self.summary()["outcome"]), ("new", "finished"))
 
     def test_a_second_signal_while_writing_ends_it(self):
-        running = self.slow_writing()
+        running, _ = self.stopped_writing()
         running.terminate()
         time.sleep(0.1)
         running.terminate()
