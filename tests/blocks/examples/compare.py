@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""examples.py KESTO LENGTH MODEL...: models give the same results with blocks of a length as with every step by turns."""
+"""compare.py KESTO LENGTH MODEL...: models give the same results with blocks of a length as with every step by turns."""
 
 import os
 import subprocess
