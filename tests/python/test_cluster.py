@@ -42,17 +42,18 @@ def test_lost_workers_change_nothing(house, client, monkeypatch, lost):
     monkeypatch.setattr(cluster, "CHUNK_SECONDS", 0.2)
     client.wait_for_workers(2)
     design = kesto.lhs(P, 600, seed=2)
-    killed = []
+    workers = list(client.run(os.getpid).values())[:lost]
 
-    def kill():
-        for worker in list(client.run(os.getpid).values())[:lost]:
-            killed.append(worker)
+    def kill_while_chunks_run():
+        while sum(map(len, client.processing().values())) < 2:
+            time.sleep(0.005)
+        for worker in workers:
             os.kill(worker, signal.SIGKILL)
 
-    timer = threading.Timer(1.0, kill)
-    timer.start()
+    killer = threading.Thread(target=kill_while_chunks_run, daemon=True)
+    killer.start()
     swept = house.sweep(design, record="tank:overflow", client=client)
-    assert len(killed) == lost and not timer.is_alive()  # while it ran
+    assert not killer.is_alive()
     equal(swept, house.sweep(design, record="tank:overflow"))
 
 
