@@ -153,8 +153,10 @@ def windows_section(prefix, folder, emulator):
     """README's commands for Windows, to the letter, with the package's bin on PATH."""
     section = re.search(r"^## On Windows$.*?```bat\n(.*?)```", (prefix / "share/kesto/README.md").read_text(), re.MULTILINE | re.DOTALL)
     environment = {**os.environ, "WINEPATH": f"Z:{prefix / 'bin'}".replace("/", "\\")}
+    # By its path: a bare name goes to a helper of Wine that starts a process more, and once could not.
+    shell = r"C:\windows\system32\cmd.exe"
     for line in section[1].splitlines():
-        run(emulator, "cmd", "/c", line, cwd=folder, env=environment)
+        run(emulator, shell, "/c", line, cwd=folder, env=environment)
     if not (folder / "results/flows.csv").stat().st_size or b"uPlot" not in (folder / "report.html").read_bytes():
         sys.exit("README's commands left no results, or a page without charts")
     print(f"README on Windows: {len(section[1].splitlines())} commands run")

@@ -246,7 +246,7 @@ class Files(Case):
         self.assertEqual(windows("run", "-q", SHORT, "-o", out).returncode, 0)
         before = files(out)
         # A shell whose output goes to the file holds it open.
-        holder = subprocess.Popen([OPTIONS.wine, "cmd", "/c", f"more >> Z:{out}/flows.csv"], stdin=subprocess.PIPE)
+        holder = subprocess.Popen([OPTIONS.wine, r"C:\windows\system32\cmd.exe", "/c", f"more >> Z:{out}/flows.csv"], stdin=subprocess.PIPE)
         try:
             for _ in range(30):  # it may not have begun
                 done = windows("run", "-q", SHORT, "-o", out)
