@@ -121,9 +121,12 @@ HANDLE startChild(HANDLE section, const CopiedRange& range, HANDLE errors) {
     start.lpAttributeList = inheritance.list();
     PROCESS_INFORMATION started{};
     constexpr DWORD kFlags = DETACHED_PROCESS | CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT;
-    if (!CreateProcessW(program.data(), line.data(), nullptr, nullptr, TRUE, kFlags, nullptr, nullptr,
-                        &start.StartupInfo, &started)) {
-        failBySystem("start a process");
+    // One in some thousand processes dies under wine 8 before it begins, on a busy machine.
+    constexpr int kTries = 3;
+    for (int tries = 1; !CreateProcessW(program.data(), line.data(), nullptr, nullptr, TRUE, kFlags, nullptr, nullptr,
+                                        &start.StartupInfo, &started);
+         ++tries) {
+        if (GetLastError() != ERROR_INTERNAL_ERROR || tries == kTries) failBySystem("start a process");
     }
     AssignProcessToJobObject(job(), started.hProcess);
     ResumeThread(started.hThread);

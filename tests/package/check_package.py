@@ -149,14 +149,24 @@ def installed_python(prefix):
     print("Python: runs")
 
 
+def in_shell(emulator, line, **options):
+    # The shell's path: wine gives a bare name to a helper, which is a process more.
+    command = [emulator, r"C:\windows\system32\cmd.exe", "/c", line]
+    done = subprocess.run(command, capture_output=True, text=True, **options)
+    # One in some thousand processes dies under wine 8 before it begins, on a busy machine.
+    if "Internal error" in done.stdout + done.stderr:
+        print(f"once more: {line}")
+        done = subprocess.run(command, capture_output=True, text=True, **options)
+    if done.returncode:
+        sys.exit(f"{line}: exit status {done.returncode}\n{done.stdout}\n{done.stderr}")
+
+
 def windows_section(prefix, folder, emulator):
     """README's commands for Windows, to the letter, with the package's bin on PATH."""
     section = re.search(r"^## On Windows$.*?```bat\n(.*?)```", (prefix / "share/kesto/README.md").read_text(), re.MULTILINE | re.DOTALL)
     environment = {**os.environ, "WINEPATH": f"Z:{prefix / 'bin'}".replace("/", "\\")}
-    # By its path: a bare name goes to a helper of Wine that starts a process more, and once could not.
-    shell = r"C:\windows\system32\cmd.exe"
     for line in section[1].splitlines():
-        run(emulator, shell, "/c", line, cwd=folder, env=environment)
+        in_shell(emulator, line, cwd=folder, env=environment)
     if not (folder / "results/flows.csv").stat().st_size or b"uPlot" not in (folder / "report.html").read_bytes():
         sys.exit("README's commands left no results, or a page without charts")
     print(f"README on Windows: {len(section[1].splitlines())} commands run")
