@@ -1,5 +1,6 @@
 #include "member_result.h"
 
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 

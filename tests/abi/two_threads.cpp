@@ -1,6 +1,7 @@
 // Two threads that call KESTO_simul at once: one of them runs, the other is refused and told so in its own record.
 
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>

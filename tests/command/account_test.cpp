@@ -2,7 +2,9 @@
 // was recorded or everything.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iostream>
 #include <map>
 #include <random>
 

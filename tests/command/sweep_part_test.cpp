@@ -9,6 +9,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 
 #include "sweep_csv.h"
 #include "sweep_part_reader.h"

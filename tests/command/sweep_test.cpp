@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <stdexcept>
 
 #include "design.h"
 #include "findings.h"

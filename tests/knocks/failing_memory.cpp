@@ -1,6 +1,7 @@
 #include "failing_memory.h"
 
 #include <cstddef>
+#include <functional>
 #include <new>
 #include <unordered_set>
 

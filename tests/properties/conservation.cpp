@@ -4,6 +4,7 @@
 
 #include <rapidcheck.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 

@@ -1,5 +1,6 @@
 #include "outcome.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "bits.h"

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "bits.h"
 
 #define EXPECT_BITS(expected, got) EXPECT_EQ(written(expected), written(got))
