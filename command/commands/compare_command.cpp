@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::size_t kMostRuns = 12;      // on a page
 constexpr std::size_t kMostPoints = 5000;  // of a sweep, likewise
+constexpr char kAsItIs[] = "as it is";     // a model without a scenario
 
 // The ending says what is written: a page, or else a table.
 bool isPage(const std::string& output) {
@@ -42,7 +43,7 @@ std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, cons
     const Model& model = loaded.model();
     ComparedRun run;
     runBeside(loaded, isForPage, [&](const Results& results, const Evaluation& evaluation) {
-        run = comparedRun(model.path, results, evaluation);
+        run = comparedRun(kAsItIs, results, evaluation);
     });
     for (const Scenario& one : model.scenarios) {
         if (one.name != scenario) continue;

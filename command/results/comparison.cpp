@@ -39,16 +39,23 @@ void warnOf(const char* what, const std::vector<ComparedRun>& runs, const Text& 
     if (!isAlike) warnings.push_back(fmt::format("the runs are {}: {}", what, all));
 }
 
+// By what their files hold, whatever they are called.
+bool haveSameModel(const std::vector<ComparedRun>& runs) {
+    return std::all_of(runs.begin(), runs.end(), [&](const ComparedRun& run) {
+        return !run.modelSha256.empty() && run.modelSha256 == runs.front().modelSha256;
+    });
+}
+
 std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
     std::vector<std::string> warnings;
     warnOf(
         "over different periods", runs, [](const ComparedRun& run) { return periodOf(run); }, warnings);
-    warnOf(
-        "of different models", runs, [](const ComparedRun& run) { return run.model; }, warnings);
-    if (warnings.empty()) {
-        warnOf(
-            "of different versions of the model file", runs,
-            [](const ComparedRun& run) { return run.modelSha256.substr(0, 8); }, warnings);
+    if (!haveSameModel(runs)) {
+        const auto fileOf = [](const ComparedRun& run) { return run.model; };
+        const auto hashOf = [](const ComparedRun& run) { return run.modelSha256.substr(0, 8); };
+        const auto before = warnings.size();
+        warnOf("of different models", runs, fileOf, warnings);
+        if (warnings.size() == before) warnOf("of different versions of the model file", runs, hashOf, warnings);
     }
     for (const ComparedRun& run : runs) {
         if (run.outcome != "finished") warnings.push_back(fmt::format("{}: this run {}", run.name, run.outcome));

@@ -46,7 +46,7 @@ class Compare(InFolder):
     def test_a_model_and_its_scenarios(self):
         figures, comparison = self.compared("model.toml", "--scenarios")
         self.assertEqual([(run["name"], run["title"]) for run in comparison["runs"]],
-                         [("model.toml", "Tank"), ("small", "Half the demand"), ("full", "Tank")])
+                         [("as it is", "Tank"), ("small", "Half the demand"), ("full", "Tank")])
         self.assertEqual(figures["tank.unmet"]["values"], [16, 0, 4])
         for number, scenario in enumerate(("small", "full")):
             self.run_into(scenario, "--scenario", scenario)
@@ -123,9 +123,11 @@ class Compare(InFolder):
         self.write(TANK.replace("size = 20", "size = 30"))
         self.run_into("c")
         self.assertIn("the runs are of different versions of the model file: a ", self.kesto("compare", "a", "c").stderr)
-        (self.folder / "other.toml").write_text(TANK)
-        self.kesto("run", "-q", "other.toml", "-o", "d")
-        self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "d").stderr)
+        for name, text in ("d", TANK), ("e", TANK.replace("size = 20", "size = 40")):
+            (self.folder / f"{name}.toml").write_text(text)
+            self.kesto("run", "-q", f"{name}.toml", "-o", name)
+        self.assertEqual(self.kesto("compare", "a", "d").stderr, "")  # a copy
+        self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "e").stderr)
         self.assertIn("No figure differs.", self.kesto("compare", "a", "a").stdout)
 
     def page(self, name="page.html"):
@@ -170,7 +172,7 @@ class Compare(InFolder):
         done = self.kesto("compare", "model.toml", "--scenarios", "-o", "page.html", "--json")
         self.assertEqual(done.returncode, 0, done.stderr)
         page = self.page()
-        self.assertEqual([run["name"] for run in page["runs"]], ["model.toml", "small", "full"])
+        self.assertEqual([run["name"] for run in page["runs"]], ["as it is", "small", "full"])
         self.assertEqual([run["title"] for run in page["runs"]], ["Tank", "Half the demand", "Tank"])
         of_page = {row["name"]: row["values"] for row in page["figures"]}
         for row in json.loads(done.stdout)["figures"]:
