@@ -53,6 +53,33 @@ test("the view pans and zooms with keys and buttons", () => withBrowser(async br
   await tab.close();
 }));
 
+test("two fingers pan and zoom the view, one scrolls the page", () => withBrowser(async browser => {
+  const tab = await browser.open(small, { width: 480 });
+  const session = await tab.page.createCDPSession();
+  await session.send("Emulation.setTouchEmulationEnabled", { enabled: true, maxTouchPoints: 2 });
+  await (await tab.page.$("#network .frame")).scrollIntoView();
+  const frame = await (await tab.page.$("#network .frame")).boundingBox(), y = frame.y + frame.height / 2;
+  const box = () => tab.page.$eval("#network .frame svg", node => node.getAttribute("viewBox").split(" ").map(Number));
+  const drag = async (...places) => {
+    for (const [index, xs] of places.entries()) {
+      const type = index === 0 ? "touchStart" : "touchMove";
+      await session.send("Input.dispatchTouchEvent", { type, touchPoints: xs.map((x, id) => ({ x: frame.x + x, y, id })) });
+    }
+    await session.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
+    await tab.settle();
+    return box();
+  };
+  const near = (found, expected) => found.forEach((value, i) => assert.ok(Math.abs(value - expected[i]) < 0.5, `${found}, not ${expected}`));
+  const whole = await box(), perPixel = whole[2] / frame.width;
+  near(await drag([100, 200], [130, 230], [140, 240]), [whole[0] - 40 * perPixel, ...whole.slice(1)]);
+  const [x, top, width, height] = await box();
+  // Apart by twice as much, about the place 100 pixels from the left.
+  near(await drag([50, 150], [25, 175], [0, 200]), [x + 50 * perPixel, top + height / 4, width / 2, height / 2]);
+  const zoomed = await box();
+  near(await drag([100], [150]), zoomed);
+  await tab.close();
+}));
+
 // The names of the buttons in a picture, as a screen reader tells them, in the order of the keyboard.
 async function buttonNames(tab, selector) {
   const names = [];

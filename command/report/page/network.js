@@ -202,5 +202,5 @@ export function networkSection({ network }) {
   return { id: "network", title: "Network", body: section.body(), ready: () => section.ready(),
     note: section.drawing ? "The components, with their ports and groups, and what flows between them."
       : isSeen ? "The groups, with what they hold and what flows between them." : "The components, found by name.",
-    how: isSeen ? "Drag to pan; zoom with Ctrl and the wheel. Click a box, or press Enter on it, to open it: a component shows its values, figures and series." : "" };
+    how: isSeen ? "Drag to pan; zoom with Ctrl and the wheel, or do both with two fingers. Click a box, or press Enter on it, to open it: a component shows its values, figures and series." : "" };
 }

@@ -1,4 +1,4 @@
-// A window on a drawing that is larger than it: drag to pan; buttons, keys, or the wheel with Ctrl to zoom.
+// A window on a drawing that is larger than it: drag to pan; buttons, keys, or the wheel with Ctrl to zoom; two fingers for both.
 import { button, make } from "./dom.js";
 
 const kStep = 1.3, kLeast = 40;
@@ -14,6 +14,7 @@ export class View {
     this.frame.addEventListener("wheel", event => this.wheel(event), { passive: false });
     this.frame.addEventListener("keydown", event => this.key(event));
     this.frame.addEventListener("pointerdown", event => this.grab(event));
+    for (const name of ["touchstart", "touchmove"]) this.frame.addEventListener(name, event => this.pinch(event), { passive: false });
     // What a drag ends on is not clicked.
     this.frame.addEventListener("click", event => this.moved && event.stopPropagation(), true);
     this.frame.addEventListener("focusin", event => event.target.matches(":focus-visible") && this.reveal(event.target));
@@ -105,6 +106,22 @@ export class View {
     };
     addEventListener("pointermove", move);
     addEventListener("pointerup", end);
+  }
+
+  // Two fingers hold on to the places of the drawing below them; one scrolls the page.
+  pinch(event) {
+    const before = this.fingers;
+    this.fingers = null;
+    if (event.touches.length !== 2 || !this.box) return;
+    event.preventDefault();
+    const [a, b] = event.touches;
+    this.fingers = { clientX: (a.clientX + b.clientX) / 2, clientY: (a.clientY + b.clientY) / 2,
+                     apart: Math.hypot(a.clientX - b.clientX, a.clientY - b.clientY) };
+    if (!before) return;
+    const held = this.place(before);
+    this.zoom(before.apart / this.fingers.apart, held);
+    const [x, y] = this.place(this.fingers);
+    this.set({ ...this.box, x: this.box.x + held[0] - x, y: this.box.y + held[1] - y });
   }
 
   // Pans to a part of the drawing that lies beyond the frame.
