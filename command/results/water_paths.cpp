@@ -1,7 +1,7 @@
 #include "water_paths.h"
 
 #include <cmath>
-#include <map>
+#include <optional>
 
 #include "balance_steps.h"
 
@@ -28,6 +28,7 @@ WaterPaths::WaterPaths(const Recorded& recorded, const Outlets& outlets, const M
       outlets_(outlets),
       multiplicity_(multiplicity),
       sums_(sums),
+      demandSources_(recorded, multiplicity, sums),
       handedBack_(static_cast<std::size_t>(recorded.components()), 0) {
     for (int i = 0; i < recorded.components(); ++i) {
         addInputs(i);
@@ -115,7 +116,7 @@ void WaterPaths::addDemandAsWater(const Connection& connection) {
     const auto& [from, to] = std::pair(connection.from, connection.to);
     const double litres = sent(connection, multiplicity_.into(to));
     const bool countAlike = &multiplicity_.of(from) == &multiplicity_.into(to);
-    if (const auto sources = countAlike ? sourcesOf(from, litres) : std::nullopt) {
+    if (const auto sources = countAlike ? demandSources_.of(from, litres) : std::nullopt) {
         for (const auto& [source, part] : *sources) {
             moveAcross(kOutside, from, part, Border::source, source);
         }
@@ -200,7 +201,7 @@ void WaterPaths::addSupply(int component) {
         if (recorded_.carriers().ofOutput(connection.from, connection.fromPort) != Carries::demand) continue;
         const double litres = sent(connection, multiplicity_.into(component));
         const bool countAlike = &multiplicity_.of(connection.from) == &multiplicity_.into(component);
-        if (const auto sources = countAlike ? sourcesOf(connection.from, litres) : std::nullopt) {
+        if (const auto sources = countAlike ? demandSources_.of(connection.from, litres) : std::nullopt) {
             handBack(*sources, component);
         } else {
             create(component, litres, kSuppliesTwice);
@@ -215,79 +216,7 @@ void WaterPaths::addUses() {
     }
 }
 
-bool WaterPaths::passesDemand(int component) const {
-    const Type& type = recorded_.type(component);
-    const bool isPlain = type.balance.terms.empty() || recorded_.component(component).code == code::kMultiplier;
-    return isPlain && !type.in.empty() && recorded_.carriers().of(component) == Carries::demand &&
-           sums_.isBalanced(component);
-}
-
-// Connections by which a component is asked for something, with how much.
-std::vector<std::pair<const Connection*, double>> WaterPaths::askersOf(int component) const {
-    std::vector<std::pair<const Connection*, double>> askers;
-    for (const int index : recorded_.inputs(component)) {
-        const Connection& connection = recorded_.connection(index);
-        const double litres = sent(connection, multiplicity_.into(component));
-        if (litres != 0) askers.emplace_back(&connection, litres);
-    }
-    return askers;
-}
-
-bool WaterPaths::isDemandSource(int component) const {
-    return recorded_.component(component).code == code::kDemandSource && sums_.isBalanced(component);
-}
-
-// All that a demand comes from, by way of whom, each with how many of them it asks. Nothing where others ask for some
-// of it.
-std::optional<std::map<int, int>> WaterPaths::upstreamOf(int sender) const {
-    std::map<int, int> receivers{{sender, 0}};
-    std::vector<int> found{sender};
-    for (std::size_t i = 0; i < found.size(); ++i) {
-        const int component = found[i];
-        if (isDemandSource(component)) continue;
-        if (!passesDemand(component)) return std::nullopt;
-        for (const auto& [connection, asked] : askersOf(component)) {
-            if (&multiplicity_.of(connection->from) != &multiplicity_.into(component)) return std::nullopt;
-            const auto [known, isNew] = receivers.try_emplace(connection->from, 0);
-            ++known->second;
-            if (isNew) found.push_back(connection->from);
-        }
-    }
-    return receivers;
-}
-
-// The demand sources from which all of a demand comes, each with its part: what passes several is theirs in parts.
-// Nothing where others ask for some of it, or where it goes round a loop.
-std::optional<WaterPaths::Shares> WaterPaths::sourcesOf(int sender, double litres) const {
-    auto receivers = upstreamOf(sender);
-    if (!receivers) return std::nullopt;
-    Shares sources;
-    std::map<int, double> parts{{sender, litres}};
-    std::vector<int> ready;
-    if (receivers->at(sender) == 0) ready.push_back(sender);
-    std::size_t passed = 0;
-    for (; passed < ready.size(); ++passed) {
-        const int component = ready[passed];
-        const double part = parts[component];
-        if (isDemandSource(component)) {
-            sources.emplace_back(component, part);
-            continue;
-        }
-        const auto askers = askersOf(component);
-        if (askers.empty() && part != 0) return std::nullopt;
-        double all = 0;
-        for (const auto& [connection, asked] : askers) {
-            all += asked;
-        }
-        for (const auto& [connection, asked] : askers) {
-            parts[connection->from] += part * asked / all;
-            if (--receivers->at(connection->from) == 0) ready.push_back(connection->from);
-        }
-    }
-    return passed == receivers->size() ? std::optional(sources) : std::nullopt;
-}
-
-void WaterPaths::handBack(const Shares& sources, int to) {
+void WaterPaths::handBack(const DemandSources::Shares& sources, int to) {
     for (const auto& [source, litres] : sources) {
         move(source, to, litres);
         handedBack_[at(source)] += litres;

@@ -7,12 +7,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "component_sums.h"
+#include "demand_sources.h"
 
 namespace kesto {
 
@@ -51,8 +50,6 @@ class WaterPaths {
     double stored(int component) const;
 
   private:
-    using Shares = std::vector<std::pair<int, double>>;  // demand sources with a part of what they ask for
-
     double sent(const Connection& connection, const Factor& factor) const;
     double asked(int component, int port) const;
     void addInputs(int component);
@@ -67,12 +64,7 @@ class WaterPaths {
     void addOwn(int component);
     void addSupply(int component);
     void addUses();
-    std::vector<std::pair<const Connection*, double>> askersOf(int component) const;
-    bool isDemandSource(int component) const;
-    std::optional<std::map<int, int>> upstreamOf(int sender) const;
-    std::optional<Shares> sourcesOf(int sender, double litres) const;
-    bool passesDemand(int component) const;
-    void handBack(const Shares& sources, int to);
+    void handBack(const DemandSources::Shares& sources, int to);
     void move(int from, int to, double litres, bool isAsked = false);
     void moveAcross(int from, int to, double litres, Border border, int place, bool isAsked = false);
     void askMains(OutputPort output, double litres, int place);
@@ -82,6 +74,7 @@ class WaterPaths {
     const Outlets& outlets_;
     const Multiplicity& multiplicity_;
     const ComponentSums& sums_;
+    const DemandSources demandSources_;
     std::vector<Movement> movements_;
     std::vector<Creation> creations_;
     std::vector<OutputPort> unanswered_;  // outputs that ask the mains
