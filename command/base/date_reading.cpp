@@ -28,8 +28,9 @@ std::size_t digitsOf(std::string_view text) {
 
 int take(std::string_view& text, std::size_t digits) {
     int number = 0;
-    std::from_chars(text.data(), text.data() + digits, number);
-    text.remove_prefix(digits);
+    const std::string_view taken = text.substr(0, digits);
+    std::from_chars(taken.data(), taken.data() + taken.size(), number);
+    text.remove_prefix(taken.size());
     return number;
 }
 

@@ -101,8 +101,27 @@ void readSize(Section& section, Component& component) {
     component.size = given ? given->value : component.hasSize ? std::nan("") : size.standard.value_or(0);
 }
 
-bool isGoodName(const std::string& name) {
-    return name.find_first_of(":,\"\n\t") == std::string::npos;
+void readName(Section& section, const PlacedText& name, Component& component) {
+    component.name = name.value;
+    component.place = name.place;
+    if (name.value.find_first_of(":,\"\n\t") == std::string::npos) return;
+    section.diagnostics().error(
+        "wrong-value", name.place,
+        fmt::format("{}: a name cannot hold a colon, comma, quote, tab or line end", section.what()));
+}
+
+void addComponent(Reading& reading, Section& section, Component component) {
+    Model& model = reading.model;
+    const int index = static_cast<int>(model.components.size());
+    const auto [existing, isNew] = model.componentIndex.emplace(component.name, index);
+    if (!isNew) {
+        const Place& first = model.components[static_cast<std::size_t>(existing->second)].place;
+        section.diagnostics().error(
+            "repeated", component.place,
+            fmt::format("{} stands here and at {}; expected each name once", section.what(), toString(first)));
+        return;
+    }
+    model.components.push_back(std::move(component));
 }
 
 }  // namespace
@@ -117,16 +136,7 @@ void readComponent(Reading& reading, const Value& original) {
     Section section(table, name ? fmt::format("component \"{}\"", name->value) : "a component", reading.diagnostics);
     const Diagnostics::Subject subject(reading.diagnostics, name ? name->value : "");
     section.allow("name");
-    if (name) {
-        component.name = name->value;
-        component.place = name->place;
-        if (!isGoodName(name->value)) {
-            section.diagnostics().error("wrong-value", name->place,
-                                        fmt::format("{}: a name cannot hold a colon, comma, quote, tab or "
-                                                    "line end",
-                                                    section.what()));
-        }
-    }
+    if (name) readName(section, *name, component);
     component.type = readType(section, component.code);
     if (!component.type) {
         reading.unknownTypes.insert(component.name);
@@ -145,18 +155,7 @@ void readComponent(Reading& reading, const Value& original) {
     readOwnSeries(reading, section, component);
     section.allow("splits");
     section.finish();
-    if (!name) return;
-    Model& model = reading.model;
-    const int index = static_cast<int>(model.components.size());
-    const auto [existing, isNew] = model.componentIndex.emplace(component.name, index);
-    if (!isNew) {
-        const Place& first = model.components[static_cast<std::size_t>(existing->second)].place;
-        section.diagnostics().error(
-            "repeated", component.place,
-            fmt::format("{} stands here and at {}; expected each name once", section.what(), toString(first)));
-        return;
-    }
-    model.components.push_back(std::move(component));
+    if (name) addComponent(reading, section, std::move(component));
 }
 
 }  // namespace kesto

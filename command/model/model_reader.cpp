@@ -115,9 +115,8 @@ Value economicsOf(Reading& reading, const Value* given) {
     return table;
 }
 
-void readContents(Reading& reading, const ModelDocument& document) {
-    const Value& file = document.file;
-    Section section(file, "the model", reading.diagnostics);
+// What stands above all tables, and when the model runs.
+void readHead(Reading& reading, Section& section) {
     if (const Value* version = section.require("kesto_model", "1, the version of this format")) {
         if (!version->isNumber() || version->number != 1) section.wrong(*version, "kesto_model", "1");
     }
@@ -129,6 +128,12 @@ void readContents(Reading& reading, const ModelDocument& document) {
         else
             section.wrong(*simulation, "simulation", "a table [simulation]");
     }
+}
+
+void readContents(Reading& reading, const ModelDocument& document) {
+    const Value& file = document.file;
+    Section section(file, "the model", reading.diagnostics);
+    readHead(reading, section);
     section.allow("accept");  // read once the components are known
     section.allow("tables");  // read with the document
     std::vector<std::pair<PlacedText, const Value*>> brands;

@@ -120,7 +120,7 @@ std::string gapsOf(const Account& account, Detail detail) {
     for (const auto& [component, reason] : account.notRecorded) {
         const std::string_view name = account.model->components[at(component)].name;
         const auto known = std::find_if(reasons.begin(), reasons.end(),
-                                        [&reason = reason](const auto& one) { return one.first == reason; });
+                                        [&wanted = reason](const auto& one) { return one.first == wanted; });
         if (known == reasons.end()) {
             reasons.push_back({reason, {name}});
         } else {
