@@ -114,6 +114,7 @@ std::string splitsOf(const Component& component) {
 }  // namespace
 
 void readSplits(Reading& reading, const Value& original) {
+    if (!original.field("splits") && reading.overrides.empty()) return;
     const Value* named = original.field("name");
     const Value table = withOverrides(original, {"components", named ? named->text : std::string()}, reading.overrides);
     const Value* splits = table.field("splits");

@@ -57,6 +57,11 @@ void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
 void readTables(ModelDocument& document, Diagnostics& diagnostics) {
     const Value* tables = document.file.field("tables");
     if (!tables) return;
+    if (tables->kind != Value::Kind::table) {
+        diagnostics.error("wrong-value", tables->place,
+                          fmt::format("tables is {}; expected a table [tables]", describe(*tables)));
+        return;
+    }
     Section section(*tables, "[tables]", diagnostics);
     for (const char* key : {"brands", "groups", "components", "splits", "connections"}) {
         const auto file = section.text(key);

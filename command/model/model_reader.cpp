@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <functional>
 #include <set>
 
 #include "ids.h"
@@ -53,52 +52,56 @@ void readSimulation(Reading& reading, const Value& original) {
     section.finish();
 }
 
-// Calls `read` for each table of a list, or for the one table that stands alone.
-void forEachTable(Reading& reading, const Value* list, std::string_view key,
-                  const std::function<void(const Value&)>& read) {
-    if (!list) return;
-    std::vector<const Value*> items;
-    if (list->kind == Value::Kind::table) items.push_back(list);
-    for (const Value& item : list->items) {
-        items.push_back(&item);
-    }
-    if (items.empty() && list->kind != Value::Kind::array) {
+// The tables of a list, or the one table that stands alone.
+std::vector<const Value*> tablesOf(Reading& reading, const Value* list, std::string_view key) {
+    if (!list) return {};
+    if (list->kind == Value::Kind::table) return {list};
+    std::vector<const Value*> tables;
+    if (list->kind != Value::Kind::array) {
         reading.diagnostics.error("wrong-value", list->place,
                                   fmt::format("{} is {}; expected [[{}]]", key, describe(*list), key));
     }
-    for (const Value* item : items) {
-        if (item->kind == Value::Kind::table) {
-            read(*item);
+    for (const Value& item : list->items) {
+        if (item.kind == Value::Kind::table) {
+            tables.push_back(&item);
         } else {
-            reading.diagnostics.error("wrong-value", item->place,
-                                      fmt::format("{} holds {}; expected a table", key, describe(*item)));
+            reading.diagnostics.error("wrong-value", item.place,
+                                      fmt::format("{} holds {}; expected a table", key, describe(item)));
         }
     }
+    return tables;
 }
 
-// Calls `read` for each named table: [brands.NAME].
-void forEachNamed(Reading& reading, const Value* table, std::string_view key,
-                  const std::function<void(const PlacedText&, const Value&)>& read) {
-    if (!table) return;
-    for (const auto& [name, value] : table->fields) {
+using NamedTable = std::pair<PlacedText, const Value*>;
+
+// Those of [brands.NAME].
+std::vector<NamedTable> namedTablesOf(Reading& reading, const Value* named, std::string_view key) {
+    if (!named) return {};
+    std::vector<NamedTable> tables;
+    if (named->kind != Value::Kind::table) {
+        reading.diagnostics.error("wrong-value", named->place,
+                                  fmt::format("{} is {}; expected [{}.NAME]", key, describe(*named), key));
+    }
+    for (const auto& [name, value] : named->fields) {
         if (value.kind == Value::Kind::table) {
-            read(name, value);
+            tables.emplace_back(name, &value);
         } else {
             reading.diagnostics.error(
                 "wrong-value", value.place,
                 fmt::format("[{}]: {} is {}; expected [{}.{}]", key, name.value, describe(value), key, name.value));
         }
     }
+    return tables;
 }
 
-void readNamedRow(Reading& reading, const Value& row,
-                  const std::function<void(const PlacedText&, const Value&)>& read) {
-    const Value* name = row.field("name");
-    if (!name) {
-        reading.diagnostics.error("missing-key", row.place, "this row has no name");
-        return;
+void addRows(Reading& reading, const std::vector<Value>& rows, std::vector<NamedTable>& tables) {
+    for (const Value& row : rows) {
+        if (const Value* name = row.field("name")) {
+            tables.emplace_back(PlacedText{name->text, name->place}, &row);
+        } else {
+            reading.diagnostics.error("missing-key", row.place, "this row has no name");
+        }
     }
-    read({name->text, name->place}, row);
 }
 
 // [economics] with what the command line says of it.
@@ -115,6 +118,13 @@ Value economicsOf(Reading& reading, const Value* given) {
     return table;
 }
 
+// [series] with what the command line says of it.
+Value seriesOf(Reading& reading, const Value* given) {
+    Value none;
+    none.kind = Value::Kind::table;
+    return withSeriesOverrides(given ? *given : none, reading.overrides, reading.diagnostics);
+}
+
 // What stands above all tables, and when the model runs.
 void readHead(Reading& reading, Section& section) {
     if (const Value* version = section.require("kesto_model", "1, the version of this format")) {
@@ -128,55 +138,67 @@ void readHead(Reading& reading, Section& section) {
         else
             section.wrong(*simulation, "simulation", "a table [simulation]");
     }
+    section.allow("tables");     // read with the document
+    section.allow("scenarios");  // read before all that they change
+    section.allow("accept");     // read once the components are known
+}
+
+// What refers to a name comes after what bears it.
+void readNetwork(Reading& reading, const ModelDocument& document, Section& section) {
+    const auto tables = [&](const char* key) {
+        auto found = tablesOf(reading, section.find(key), key);
+        for (const Value& row : document.rowsOf(key)) {
+            found.push_back(&row);
+        }
+        return found;
+    };
+    const auto namedTables = [&](const char* key) {
+        auto found = namedTablesOf(reading, section.find(key), key);
+        addRows(reading, document.rowsOf(key), found);
+        return found;
+    };
+    auto brands = namedTables("brands");
+    std::erase_if(brands, [&](const NamedTable& brand) { return !addBrand(reading, brand.first); });
+    for (const auto& [name, table] : namedTables("groups")) {
+        readGroup(reading, name, *table);
+    }
+    const auto components = tables("components");
+    for (const Value* table : components) {
+        readComponent(reading, *table);
+    }
+    const auto types = typesOfBrands(reading.model);
+    for (const auto& [name, table] : brands) {
+        readBrand(reading, name, *table, types);
+    }
+    for (const Value* table : components) {
+        readSplits(reading, *table);
+    }
+    for (const Value& row : document.rowsOf("splits")) {
+        readSplitRow(reading, row);
+    }
+    for (const Value* table : tables("connections")) {
+        readConnection(reading, *table);
+    }
 }
 
 void readContents(Reading& reading, const ModelDocument& document) {
-    const Value& file = document.file;
-    Section section(file, "the model", reading.diagnostics);
+    Section section(document.file, "the model", reading.diagnostics);
     readHead(reading, section);
-    section.allow("accept");  // read once the components are known
-    section.allow("tables");  // read with the document
-    std::vector<std::pair<PlacedText, const Value*>> brands;
     const Value economics = economicsOf(reading, section.find("economics"));
-    const auto brand = [&](const PlacedText& name, const Value& table) {
-        if (addBrand(reading, name)) brands.emplace_back(name, &table);
-    };
-    const auto group = [&](const PlacedText& name, const Value& table) { readGroup(reading, name, table); };
-    const auto component = [&](const Value& table) { readComponent(reading, table); };
-    const auto splits = [&](const Value& table) { readSplits(reading, table); };
-    const auto connection = [&](const Value& table) { readConnection(reading, table); };
-    section.allow("scenarios");  // read before all that they change
-    const Value* given = section.find("series");
-    Value none;
-    none.kind = Value::Kind::table;
-    const Value merged = withSeriesOverrides(given ? *given : none, reading.overrides, reading.diagnostics);
-    const Value* series = given || !merged.fields.empty() ? &merged : nullptr;
-
-    forEachTable(reading, series, "series", [&](const Value& table) { readSeriesFile(reading, table); });
-    forEachNamed(reading, section.find("brands"), "brands", brand);
-    for (const Value& row : document.rowsOf("brands"))
-        readNamedRow(reading, row, brand);
-    forEachNamed(reading, section.find("groups"), "groups", group);
-    for (const Value& row : document.rowsOf("groups"))
-        readNamedRow(reading, row, group);
-    forEachTable(reading, section.find("components"), "components", component);
-    for (const Value& row : document.rowsOf("components"))
-        component(row);
-    const auto types = typesOfBrands(reading.model);
-    for (const auto& [name, table] : brands)
-        readBrand(reading, name, *table, types);
-    forEachTable(reading, section.find("components"), "components", splits);
-    for (const Value& row : document.rowsOf("splits"))
-        readSplitRow(reading, row);
-    forEachTable(reading, section.find("connections"), "connections", connection);
-    for (const Value& row : document.rowsOf("connections"))
-        connection(row);
-    forEachTable(reading, series, "series", [&](const Value& table) { readSeries(reading, table); });
+    const Value given = seriesOf(reading, section.find("series"));
+    const auto series = tablesOf(reading, &given, "series");
+    for (const Value* table : series) {
+        readSeriesFile(reading, *table);
+    }
+    readNetwork(reading, document, section);
+    for (const Value* table : series) {
+        readSeries(reading, *table);
+    }
     finishSeries(reading);
     finishEconomics(reading, economics);
     section.finish();
     if (reading.model.components.empty() && !reading.diagnostics.hasErrors()) {
-        reading.diagnostics.error("no-components", file.place,
+        reading.diagnostics.error("no-components", document.file.place,
                                   "the model has no components; expected at least one [[components]]");
     }
 }

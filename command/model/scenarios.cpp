@@ -48,6 +48,10 @@ std::vector<std::vector<Override>> readScenarios(Reading& reading, const Value* 
                                                  const std::vector<std::string>& asked) {
     std::map<std::string, std::vector<Override>, std::less<>> values;
     std::vector<std::string_view> names;
+    if (table && table->kind != Value::Kind::table) {
+        reading.diagnostics.error("wrong-value", table->place,
+                                  fmt::format("scenarios is {}; expected [scenarios.NAME]", describe(*table)));
+    }
     for (const Field& field : table ? table->fields : std::vector<Field>()) {
         const std::string what = fmt::format("[scenarios.{}]", field.name.value);
         if (field.value.kind != Value::Kind::table) {
