@@ -36,6 +36,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"unused-brand", About::values, "no component uses the brand"},
     {"unread-size", About::values, "the type does not read its size"},
     {"unread-parameter", About::values, "no component of the brand reads the parameter"},
+    {"unread-series", About::values, "no component reads the series"},
     {"polar-days", About::values, "days without sunrise or sunset"},
     {"frost", About::values, "a temperature below 0 degC where the model has none"},
     {"odd-size", About::values, "an area or a capacity that cannot be"},

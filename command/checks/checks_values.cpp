@@ -21,6 +21,7 @@ class ValueDoubts {
     void raise() {
         checkLatitude();
         checkParameters();
+        checkReadSeries();
         for (const Component& component : model_.components) {
             checkFrost(component);
         }
@@ -73,6 +74,52 @@ class ValueDoubts {
                                 brand.name, number));
             }
         }
+    }
+
+    // A series that nobody reads is most often one of another kind, or meant for somebody else. Where something is
+    // wrong, who would read it may not have been understood.
+    void checkReadSeries() {
+        if (diagnostics_.hasErrors()) return;
+        const std::vector<bool> isRead = readSources();
+        std::map<SourceIndex, std::string_view> names;
+        const auto addNames = [&](const SourcesByKind& series) {
+            for (std::size_t kind = 0; kind < kSeriesKinds; ++kind) {
+                const SourceIndex source = series.index[kind];
+                if (source >= 0 && !isRead[at(source)]) names[source] = info(static_cast<SeriesKind>(kind)).name;
+            }
+        };
+        for (const Group& group : model_.groups) {
+            addNames(group.series);
+        }
+        for (const Component& component : model_.components) {
+            addNames(component.series);
+        }
+        for (std::size_t i = 0; i < isRead.size(); ++i) {
+            if (isRead[i]) continue;
+            const auto name = names.find(static_cast<SourceIndex>(i));
+            const std::string_view what = name == names.end() ? "this series" : name->second;
+            diagnostics_.warning("unread-series", model_.sources[i].place, fmt::format("no component reads {}", what));
+        }
+    }
+
+    // Habits may hold uses of appliances that a household does not have. Splitters and traced sources look up a storage
+    // and a quality that are given to any component.
+    std::vector<bool> readSources() const {
+        std::vector<bool> isRead(model_.sources.size());
+        const auto read = [&](SourceIndex source) {
+            if (source >= 0) isRead[at(source)] = true;
+        };
+        for (const Component& component : model_.components) {
+            for (const SeriesNeed& need : component.type->series) {
+                read(sourceFor(model_, component, need));
+            }
+            read(component.series[SeriesKind::storage]);
+            read(component.series[SeriesKind::quality]);
+        }
+        for (const Group& group : model_.groups) {
+            std::for_each(group.uses.begin(), group.uses.end(), read);
+        }
+        return isRead;
     }
 
     std::shared_ptr<const Floats> seriesOf(const Component& component, SeriesKind kind, SourceIndex& source) {
