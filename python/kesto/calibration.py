@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import functools
+from collections.abc import Mapping
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any
 
@@ -11,7 +12,9 @@ import pandas
 from .designs import Bounds, Floats, unit_sobol
 from .errors import Error
 from .objective import Batch, Fit, Observed, expect_metric
+from .observations import Period
 from .search import dds
+from .values import Value
 
 if TYPE_CHECKING:
     from matplotlib.axes import Axes
@@ -26,31 +29,43 @@ _FLAT = 0.1  # of a range: a direction whose standard deviation is larger is fla
 _AS_GOOD = 0.01  # members within this of the best metric fit as well
 
 
-def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, warmup: int | str, method: str,
+def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, warmup: Period, method: str,
               max_members: int, seed: int | None) -> Calibration:
     """What Model.calibrate documents."""
     expect_metric(metric)
     if method not in METHODS:
         raise Error(f"there is no method {method!r}; expected {' or '.join(METHODS)}")
     fit = Fit(batch, bounds, observed, warmup)
-    left = max_members - 4 * len(fit.keys) - 2  # what the look around the best needs
+    left = max_members - 4 * len(fit.keys) - 2  # the look around the best needs the rest
     if left < 10:
         raise Error(f"max_members is {max_members}; expected at least {12 + 4 * len(fit.keys)}")
     losses: list[Floats] = []
 
     def objective(fractions: Floats) -> Floats:
-        losses.append(fit.losses(fit.simulate(fractions), metric))
+        simulated = fit.simulate(fractions)
+        if not losses:
+            fit.expect_defined(metric)
+        losses.append(fit.losses(simulated, metric))
+        if len(losses) == 1 and not numpy.isfinite(losses[0]).any():
+            # A search has nothing to go by, and that of scipy would run its members twice.
+            raise Error(_undefined(simulated, metric))
         return losses[-1]
 
     converged = (_evolve if method == "de" else _search)(objective, len(fit.keys), left, seed)
     tried, values = numpy.concatenate(fit.tried), numpy.concatenate(losses)
-    if not numpy.isfinite(values).any():
-        raise Error(f"all {len(values)} members failed; run one of them to see why")
     best = (tried[values.argmin()] - fit.low) / (fit.high - fit.low)
     covariance = _covariance(fit, best)
     history = pandas.DataFrame(tried, columns=fit.keys).assign(**{metric: _metric_of(values, metric)})
     return Calibration(batch.plan.model, fit, metric, dict(zip(fit.keys, map(float, fit.parameters(best)))),
                        float(values.min()), covariance, history, seed, converged)
+
+
+def _undefined(simulated: Floats, metric: str) -> str:
+    """Why no member has a metric."""
+    if numpy.isnan(simulated).any(axis=(1, 2)).all():
+        return f"all {len(simulated)} members at the start failed; run one of them to see why"
+    return (f"{metric} is undefined for all {len(simulated)} members at the start: each simulates a flow that is the same on"
+            " all observed days, where only nse and pbias are defined")
 
 
 def _evolve(objective: Any, dimensions: int, members: int, seed: int | None) -> bool | None:
@@ -195,9 +210,26 @@ class Calibration:
         """The run of the best."""
         return self.run()
 
-    def run(self, **options: Any) -> Result:
-        """Runs the model with the best parameters; options as for Model.run."""
-        return self.fit.batch.plan.run(self.best, **options)
+    def run(self, set: Mapping[str, Value] | None = None, **options: Any) -> Result:
+        """Runs the model with the best parameters: another period, for validation, or under a scenario.
+
+        Parameters
+        ----------
+        set : mapping of str to value
+            More values; the best parameters win.
+        **options
+            As for `Model.run`. `set`, `scenario`, `start` and `end` of the calibration count where none are given here.
+
+        Returns
+        -------
+        Result
+
+        Raises
+        ------
+        ModelError, RunError
+            As for `Model.run`.
+        """
+        return self.fit.batch.plan.run({**(set or {}), **self.best}, **options)
 
     def plot(self) -> Axes:
         """Draws observed and simulated flows, and the metric of all members over each parameter.
@@ -232,7 +264,9 @@ class Calibration:
             parts = [f"{key} by {row[key]:+.3g}" for key in part_of]
             doubts.append("  flat direction: the fit hardly changes with " + ", ".join(parts))
         as_good = self.as_good
-        doubts += [f"  {key} fits as well from {as_good['low'][key]:.4g} to {as_good['high'][key]:.4g}" for key in part_of]
+        # Where the search has tried less than the deviation, its members tell nothing that the deviation does not.
+        doubts += [f"  {key} fits as well from {as_good['low'][key]:.4g} to {as_good['high'][key]:.4g}" for key in part_of
+                   if as_good["high"][key] - as_good["low"][key] >= self.deviation[key]]
         if self.converged is False:
             doubts.append("  the search stopped at max_members before it converged: a better fit may lie elsewhere")
         return doubts or ["  all parameters are known to a tenth of their ranges; no bound was hit"]

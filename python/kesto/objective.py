@@ -11,6 +11,7 @@ import pandas
 from .designs import Bounds, Floats, design, limits
 from .errors import Error
 from .metrics import METRICS, loss
+from .observations import Period, aligned, period
 from .sweep import Plan, Sweep, run_sweep
 
 if TYPE_CHECKING:
@@ -65,11 +66,11 @@ class Fit:
     bounds : mapping of str to (low, high)
     observed : mapping of str to series
         Of each flow a Series or DataArray with dates, or values for all days of the run. Missing days are left out.
-    warmup : int or str
+    warmup : number, str or timedelta
         What is left out at the start: days, or a text such as "365D".
     """
 
-    def __init__(self, batch: Batch, bounds: Bounds, observed: Observed, warmup: int | str) -> None:
+    def __init__(self, batch: Batch, bounds: Bounds, observed: Observed, warmup: Period) -> None:
         if not observed:
             raise Error("nothing was observed; expected series by flow, such as {\"tank:overflow\": series}")
         self.batch = batch
@@ -77,7 +78,7 @@ class Fit:
         self.keys = list(bounds)
         self.low, self.high = limits(bounds)
         self.flows = list(observed)
-        self.warmup = pandas.Timedelta(days=warmup) if isinstance(warmup, int) else pandas.Timedelta(warmup)
+        self.warmup = period(warmup)
         self._given = dict(observed)
         self._observed: Floats | None = None
         self.time: Any = None
@@ -97,7 +98,7 @@ class Fit:
         if self._observed is None:
             self.time = simulated["time"].values
             self.units = [str(unit) for unit in simulated["units"].values]
-            self._observed = numpy.stack([self._aligned(name) for name in self.flows])
+            self._observed = numpy.stack(list(map(self._aligned, self.flows, self.units)))
         found: Floats = simulated.values.astype(float)
         return found
 
@@ -109,33 +110,30 @@ class Fit:
         assert self._observed is not None
         return self._observed
 
+    def expect_defined(self, metric: str) -> None:
+        """Raises Error where a metric of the observations is undefined, whatever is simulated."""
+        for name, values in zip(self.flows, self.observed):
+            known = values[numpy.isfinite(values)]
+            if metric != "pbias" and numpy.ptp(known) == 0:
+                raise Error(f"{metric} is undefined: all observations of {name} after the warm-up are {known[0]:g}; expected"
+                            " values that vary (pbias needs no variation)")
+            if metric != "nse" and known.mean() == 0:
+                raise Error(f"{metric} is undefined: the mean of the observations of {name} is 0 (nse needs no mean)")
+
     def losses(self, simulated: Floats, metric: str) -> Floats:
         """What a search minimises, (members,): the mean over the flows; infinite where a member failed."""
         each = [loss(metric)(simulated[:, at], self.observed[at]) for at in range(len(self.flows))]
         mean = numpy.mean(each, axis=0)
         return numpy.where(numpy.isfinite(mean), mean, numpy.inf)
 
-    def _aligned(self, name: str) -> Floats:
-        series, index = self._given[name], pandas.DatetimeIndex(self.time)
-        if hasattr(series, "to_series"):
-            series = series.to_series() if getattr(series, "ndim", 1) == 1 else _flat(name, series)
-        if isinstance(series, pandas.Series) and isinstance(series.index, pandas.DatetimeIndex):
-            values = series.reindex(index).to_numpy(float)
-        else:
-            values = numpy.array(series, float)
-            if values.shape != (len(index),):
-                raise Error(f"{name} has {values.shape} observed values without dates; expected a series with dates, or"
-                            f" a value for each of the {len(index)} days")
-        values[index < index[0] + self.warmup] = numpy.nan
+    def _aligned(self, name: str, unit: str) -> Floats:
+        values = aligned(name, self._given[name], self.time, unit)
+        begin = self.time[0] + self.warmup.to_timedelta64()
+        values[self.time < begin] = numpy.nan
         if not numpy.isfinite(values).any():
-            raise Error(f"no observation of {name} lies in the run after its warm-up, {index[0] + self.warmup:%Y-%m-%d}"
-                        f" to {index[-1]:%Y-%m-%d}")
-        aligned: Floats = values
-        return aligned
-
-
-def _flat(name: str, series: Any) -> Any:
-    raise Error(f"the observations of {name} have dimensions {series.dims}; expected time alone")
+            raise Error(f"no observation of {name} lies in the run after its warm-up,"
+                        f" {str(begin)[:10]} to {str(self.time[-1])[:10]}")
+        return values
 
 
 def observed_flows(observed: Observed) -> list[str]:

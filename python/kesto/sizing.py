@@ -11,6 +11,7 @@ from .designs import grid
 from .errors import Error
 from .objective import Batch
 from .sweep import Sweep
+from .sweep_plots import numbers
 from .values import Value
 
 if TYPE_CHECKING:
@@ -56,6 +57,7 @@ class SizingCurve:
 
 def sizing_curve(batch: Batch, key: str, sizes: Sequence[Value], target: float, figure: str | None) -> SizingCurve:
     """What Model.sizing_curve documents."""
+    _expect_one_unit(key, sizes)
     figure = figure or f"{key.rsplit('.', 1)[0]}.{_DEFAULT}"
     sweep = batch.sweep(grid({key: sizes}))
     if figure not in sweep.figures:
@@ -64,10 +66,19 @@ def sizing_curve(batch: Batch, key: str, sizes: Sequence[Value], target: float, 
     return SizingCurve(key, figure, target, curve, _smallest(curve, target), sweep)
 
 
+def _expect_one_unit(key: str, sizes: Sequence[Value]) -> None:
+    """Raises Error where sizes are numbers in different units: nobody here can order them."""
+    first: dict[str, Value] = {}
+    for size in sizes:
+        found = numbers(pandas.Series([size]))
+        first.setdefault(found[1] if found else "", size)
+    if len(first) > 1:
+        raise Error(f"the sizes of {key} are in different units: {', '.join(map(repr, first.values()))}; expected texts with"
+                    " one unit, or numbers in the unit of the key")
+
+
 def _smallest(curve: pandas.Series, target: float) -> Value | None:
     """The first size, in the order of the sizes, from which on all reach the target."""
-    from .sweep_plots import numbers
-
     found = numbers(pandas.Series(curve.index))
     order = found[0].argsort(kind="stable") if found is not None else range(len(curve))
     smallest: Value | None = None

@@ -12,6 +12,7 @@ if TYPE_CHECKING:
     from .designs import Bounds
     from .model import Model
     from .objective import Batch, Observed
+    from .observations import Period
     from .pareto import Front
     from .sensitivity import Sensitivity, Statistic
     from .sizing import SizingCurve
@@ -82,7 +83,7 @@ class Studies:
                        figures=figures)
         return run_sweep(plan, design, jobs=jobs, client=client, keep=keep)
 
-    def calibrate(self, bounds: Bounds, observed: Observed, *, metric: str = "kge", warmup: int | str = 0,
+    def calibrate(self, bounds: Bounds, observed: Observed, *, metric: str = "kge", warmup: Period = 0,
                   method: str = "de", max_members: int = 2000, seed: int | None = None, **options: Any) -> Calibration:
         """Finds the parameters that meet observations best.
 
@@ -91,10 +92,11 @@ class Studies:
         bounds : mapping of str to (low, high)
             Keys and their ranges, in the units of the keys.
         observed : mapping of str to series
-            Of each flow [L a day] a Series or DataArray with dates, or values of all days of the run; of several flows
-            the mean metric counts. Missing days are left out.
+            Of each flow a Series or DataArray with a date for each day, or values of all days of the run; of several flows
+            the mean metric counts. Missing days are left out. In L, or mm of soil stores; an attribute `units` such as
+            "m3" is converted.
         metric : "nse", "kge" or "pbias"
-        warmup : int or str
+        warmup : number, str or timedelta
             What is left out at the start: days, or a text such as "365D".
         method : "de" or "dds"
             Differential evolution, or dynamically dimensioned search for many parameters and few members.
@@ -117,13 +119,14 @@ class Studies:
         return calibrate(batch, bounds, observed, metric=metric, warmup=warmup, method=method, max_members=max_members,
                          seed=seed)
 
-    def uncertainty(self, bounds: Bounds, observed: Observed, *, warmup: int | str = 0, errors: str = "absolute",
+    def uncertainty(self, bounds: Bounds, observed: Observed, *, warmup: Period = 0, errors: str = "absolute",
                     walkers: int | None = None, steps: int = 500, burn: int | None = None, seed: int | None = None,
                     **options: Any) -> Uncertainty:
         """Draws from what the parameters can be, given observations (needs emcee).
 
         The likelihood is that of Gaussian errors, independent from day to day, whose standard deviation is a parameter
-        of each flow; priors are uniform in the bounds. The walkers are those of D. Foreman-Mackey, D. W. Hogg, D. Lang,
+        of each flow; priors are uniform in the bounds, those of the deviations up to twice the deviation of the
+        observations or, of relative errors, twice the simulated flow. The walkers are those of D. Foreman-Mackey, D. W. Hogg, D. Lang,
         J. Goodman: emcee: the MCMC hammer. PASP 125 (2013) 306-312.
 
         Parameters

@@ -35,7 +35,7 @@ class Plan:
     """What `kesto sweep` is told beside the design: model, options, and what is kept of each member."""
 
     model: Model
-    words: tuple[str, ...]
+    options: Mapping[str, Any]  # set, scenario, start and end of Model.run
     record: tuple[str, ...] = ()
     every: str = "day"
     figures: str = "all"
@@ -48,14 +48,19 @@ class Plan:
         for name, value, known in (("every", every, ("day", "month", "year")), ("figures", figures, ("key", "all"))):
             if value not in known:
                 raise Error(f"{name} is {value!r}; expected {', '.join(known[:-1])} or {known[-1]}")
-        return cls(model, tuple(options(set, scenario, start, end)), tuple(listed(record)), every, figures)
+        options(set, scenario, start, end)  # raises what is wrong with them
+        return cls(model, {"set": dict(set or {}), "scenario": scenario, "start": start, "end": end},
+                   tuple(listed(record)), every, figures)
 
-    def run(self, set: Mapping[str, Value], *, record: str | Sequence[str] = "all",
-            keep: str | os.PathLike[str] | None = None) -> Result:
-        """One member by itself."""
-        from .run import run
+    @property
+    def words(self) -> list[str]:
+        """The options as words of the command."""
+        return options(**self.options)
 
-        return run(self.model, [*self.words, *options(set)], record, keep)
+    def run(self, set: Mapping[str, Value], **changed: Any) -> Result:
+        """One member by itself; arguments of Model.run win over those of the plan."""
+        arguments: dict[str, Any] = {**self.options, **changed, "set": {**self.options["set"], **set}}
+        return self.model.run(**arguments)
 
     def arguments(self, model: str, table: str, folder: str) -> list[str]:
         """The words of the command."""
@@ -93,7 +98,7 @@ def write_design(design: pandas.DataFrame, path: Path) -> None:
 
 
 def _cell(value: Any) -> str:
-    missing = value is None or isinstance(value, float) and value != value
+    missing = pandas.api.types.is_scalar(value) and pandas.isna(value)
     return "" if missing else written(value)
 
 
@@ -226,10 +231,14 @@ class Sweep:
         Raises
         ------
         Error
-            Two members have the same values.
+            Two members have the same values, or one has the model's own.
         """
         import xarray
 
+        for key in self.design:
+            for member in self.design.index[self.design[key].isna()]:
+                raise Error(f"member {member} has no value of {key}, but the model's own, which is no place along a dimension;"
+                            f" give {key} a value in all members")
         if self.design.duplicated().any():
             raise Error("members with the same values cannot be told apart: the design is no grid")
         data = xarray.Dataset({name: ("member", column.to_numpy(), {"units": self.pieces.units[name]})

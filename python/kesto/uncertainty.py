@@ -10,18 +10,22 @@ import pandas
 from .designs import Bounds, Floats, design, unit_sobol
 from .errors import Error
 from .objective import Batch, Fit, Observed, recorded
+from .observations import Period
 
 if TYPE_CHECKING:
     import xarray
     from matplotlib.axes import Axes
 
 _FLOOR = 0.01  # of relative errors, as a fraction of the mean of the observations: a dry day is not known exactly
+_LARGEST = 2.0  # a deviation, as a multiple of that of the observations or of the simulated flow
+_LIMITS = {"absolute": "twice the standard deviation of the observations", "relative": "twice the simulated flow"}
+_NEAR = 0.05  # of the range of a deviation: draws this close to its limit say that the limit matters
 _TAUS = 50  # autocorrelation times that a chain should have, after the manual of emcee
 
 
 @dataclass
 class Likelihood:
-    """Gaussian errors whose standard deviation is a parameter of each flow.
+    """Gaussian errors whose standard deviation is a parameter of each flow, with a uniform prior from 0 to `largest`.
 
     Attributes
     ----------
@@ -36,10 +40,10 @@ class Likelihood:
 
     @property
     def largest(self) -> Floats:
-        """Upper bounds of the deviations, (flows,): twice the deviation of the observations, or 2."""
+        """Upper limits of the deviations, (flows,): twice the deviation of the observations, or twice the simulated flow."""
         if self.errors == "relative":
-            return numpy.full(len(self.fit.flows), 2.0)
-        largest: Floats = numpy.maximum(2 * numpy.nanstd(self.fit.observed, axis=1), 1e-6)
+            return numpy.full(len(self.fit.flows), _LARGEST)
+        largest: Floats = numpy.maximum(_LARGEST * numpy.nanstd(self.fit.observed, axis=1), 1e-6)
         return largest
 
     def scale(self, simulated: Floats) -> Floats:
@@ -72,7 +76,7 @@ class Likelihood:
         return found
 
 
-def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: int | str, errors: str, walkers: int | None,
+def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: Period, errors: str, walkers: int | None,
                 steps: int, burn: int | None, seed: int | None) -> Uncertainty:
     """What Model.uncertainty documents."""
     try:
@@ -151,6 +155,14 @@ class Uncertainty:
     seed: int | None
 
     @property
+    def at_limits(self) -> list[str]:
+        """Deviations that press against the upper limit of their prior, which the user does not choose: the model cannot
+        give such observations, or errors are of the other kind."""
+        deviations = self.draws.iloc[:, len(self.fit.keys):]
+        near = deviations.quantile(0.95).to_numpy() > (1 - _NEAR) * self.likelihood.largest
+        return list(deviations.columns[near])
+
+    @property
     def too_short(self) -> bool:
         """Whether the chain has fewer than 50 autocorrelation times of some parameter."""
         return not bool((self.steps - self.burn >= _TAUS * self.autocorrelation).all())
@@ -213,10 +225,13 @@ class Uncertainty:
                 f" {self.burn}>",
                 f"  Gaussian errors, independent from day to day, with a standard deviation {kind[self.likelihood.errors]};"
                 " uniform priors in the bounds",
+                f"  deviations with uniform priors up to {', '.join(f'{one:.6g}' for one in self.likelihood.largest)}"
+                f" ({_LIMITS[self.likelihood.errors]})",
                 f"  accepted {self.acceptance:.0%}, autocorrelation time up to {self.autocorrelation.max():.0f} steps",
                 f"  {'':<{wide}} {'5 %':>12} {'median':>12} {'95 %':>12}"]
         for name, row in self.draws.quantile([0.05, 0.5, 0.95]).T.iterrows():
             rows.append(f"  {name:<{wide}} {row[0.05]:>12.6g} {row[0.5]:>12.6g} {row[0.95]:>12.6g}")
+        rows += [f"  {name} is at its upper limit: the errors may be larger, or of the other kind" for name in self.at_limits]
         if self.too_short:
             rows.append(f"  the chain is too short to trust: expected {_TAUS} autocorrelation times, it has"
                         f" {(self.steps - self.burn) / self.autocorrelation.max():.0f}; raise steps")

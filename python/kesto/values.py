@@ -3,14 +3,14 @@ from __future__ import annotations
 
 import datetime
 from collections.abc import Mapping, Sequence
-from typing import SupportsFloat, SupportsIndex, Union
+from typing import Any, SupportsFloat, SupportsIndex, Union
 
 Value = Union[str, bool, int, float, SupportsFloat, Sequence["Value"]]
 Day = Union[str, datetime.date]
 
 
 def written(value: Value) -> str:
-    """A value as after `--set KEY=`: numbers in full, texts as they are.
+    """A value as after `--set KEY=`: numbers in full, texts as they are. Arrays are lists, those without dimensions numbers.
 
     >>> written("3 m3"), written(0.1), written(True), written([1, 2.5])
     ('3 m3', '0.1', 'true', '[1, 2.5]')
@@ -22,11 +22,13 @@ def written(value: Value) -> str:
     """
     if isinstance(value, str):
         return value
-    if isinstance(value, (bool, type(None))) or type(value).__name__ in ("bool_", "bool"):
-        if value is None:
-            raise TypeError("None is no value of a key; expected a number, a text or a list of numbers")
+    if hasattr(value, "dtype"):  # of numpy, pandas or xarray
+        import numpy
+
+        value = numpy.asarray(value).tolist()
+    if isinstance(value, bool):
         return "true" if value else "false"
-    if isinstance(value, SupportsIndex):  # whole numbers, numpy's among them
+    if isinstance(value, SupportsIndex):
         return str(value.__index__())
     if isinstance(value, SupportsFloat):
         return repr(float(value))
@@ -36,13 +38,18 @@ def written(value: Value) -> str:
 
 
 def day(value: Day) -> str:
-    """A day as YYYY-MM-DD; a pandas Timestamp is a date, too.
+    """A day as YYYY-MM-DD; a Timestamp of pandas is a date, too, and numpy has its own.
 
     >>> day("2012-01-31"), day(datetime.date(2012, 1, 31))
     ('2012-01-31', '2012-01-31')
     """
+    if hasattr(value, "dtype"):  # of numpy, which is not imported here
+        moment: Any = value
+        return str(moment.astype("datetime64[D]"))
     if isinstance(value, datetime.datetime):
         value = value.date()
+    if not isinstance(value, (str, datetime.date)):
+        raise TypeError(f"{value!r} is no day; expected a date, or a text such as 2012-01-31")
     return value if isinstance(value, str) else value.isoformat()
 
 

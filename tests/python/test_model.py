@@ -14,6 +14,7 @@ import time
 import numpy
 import pandas
 import pytest
+import xarray
 
 import kesto
 from conftest import ROOT
@@ -62,7 +63,8 @@ def test_titles_are_escaped(own_house):
     assert "<script>" not in kesto.load(own_house)._repr_html_()
 
 
-@pytest.mark.parametrize("size", ["3 m3", 3000, 3000.0, numpy.float64(3000), numpy.int32(3000)])
+@pytest.mark.parametrize("size", ["3 m3", 3000, 3000.0, numpy.float64(3000), numpy.int32(3000), numpy.array(3000),
+                                  numpy.array(3000.0), xarray.DataArray(3000.0)])
 def test_values_are_set(house, size):
     assert house.run({"tank.size": size}, record="none").figures["value"]["tank.served"] == pytest.approx(106235, abs=1)
 
@@ -78,9 +80,10 @@ def test_values_that_are_none(house):
 
 def test_monthly_values(house):
     monthly = [1.0] * 12
-    run = house.run({"groups.garden.demand_fluctuation.monthly": monthly})
-    garden = run.flows.sel(flow="garden:demand").values
-    assert (garden == garden[0]).all()
+    for values in (monthly, numpy.ones(12), pandas.Series(monthly), xarray.DataArray(monthly)):
+        run = house.run({"groups.garden.demand_fluctuation.monthly": values})
+        garden = run.flows.sel(flow="garden:demand").values
+        assert (garden == garden[0]).all()
 
 
 def test_a_wrong_key_is_a_model_error(house):
@@ -101,6 +104,9 @@ def test_scenarios_and_period(own_house):
     year = model.run(start="2013-01-01", end=datetime.date(2013, 12, 31))
     assert year.flows.sizes["time"] == 365
     assert model.run(start=pandas.Timestamp("2013-01-01"), end="2013-12-31").flows.identical(year.flows)
+    assert model.run(start=numpy.datetime64("2013-01-01"), end=numpy.datetime64("2013-12-31T00:00")).flows.identical(year.flows)
+    with pytest.raises(TypeError, match="2013 is no day; expected a date"):
+        model.run(start=2013)
 
 
 def test_record(house):

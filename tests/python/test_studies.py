@@ -1,4 +1,6 @@
 """Calibration, uncertainty, sensitivity, sizing and fronts of the house whose truth is known."""
+import dataclasses
+
 import numpy
 import pytest
 
@@ -50,6 +52,41 @@ def test_the_same_seed_gives_the_same_bits(house, observed):
     assert other.best != short[0].best
 
 
+def test_members_keep_to_their_limit_where_a_metric_is_undefined(house, monkeypatch):
+    """The observations are looked at after the first generation, and no generation runs twice."""
+    from kesto.objective import Batch
+
+    ran = []
+    sweep = Batch.sweep
+    monkeypatch.setattr(Batch, "sweep", lambda self, table: ran.append(len(table)) or sweep(self, table))
+    days = numpy.arange(1461.0)
+    dry = {"series.rainfall.scale": 0.0}
+    for observed, metric, text, options in (
+            (days * 0 + 3, "nse", "nse is undefined: all observations of tank:overflow after the warm-up are 3", {}),
+            (days * 0, "pbias", "pbias is undefined: the mean of the observations of tank:overflow is 0", {}),
+            (days[:1], "kge", "kge is undefined: all observations", {"end": "2012-01-01"}),
+            (days, "kge", "kge is undefined for all 8 members at the start: each simulates a flow that is the same", {"set": dry})):
+        ran.clear()
+        with pytest.raises(kesto.Error, match=text):
+            house.calibrate(P, {"tank:overflow": observed}, metric=metric, max_members=60, seed=1, **options)
+        assert sum(ran) <= 60
+    found = house.calibrate(P, {"tank:overflow": days}, metric="nse", max_members=60, seed=1, set=dry)
+    assert found.members <= 60
+
+
+def test_the_best_runs_on_another_period_and_under_a_scenario(own_house, observed):
+    with own_house.open("a") as file:
+        file.write("\n[scenarios.dry]\nseries.rainfall.scale = 0.5\n")
+    house = kesto.load(own_house)
+    found = house.calibrate(P, {"tank:overflow": observed}, metric="nse", max_members=60, seed=1, start="2012-01-01",
+                            end="2012-12-31", set={"roof.size": 3})
+    for options in ({"start": "2013-01-01", "end": "2013-12-31"}, {"end": "2013-12-31"}, {"scenario": "dry"},
+                    {"set": {"tank.size": 1, "garden.size": 10}, "record": "none"}):
+        alone = {"end": "2012-12-31", **options, "set": {**options.get("set", {}), **found.best}}
+        assert found.run(**options).figures.equals(house.run(**alone).figures)
+    assert found.run(found.best).info["end"] == "2012-12-31"
+
+
 def test_a_search_that_was_stopped_says_so(house, observed):
     found = house.calibrate(P, {"tank:overflow": observed}, metric="nse", max_members=60, seed=1)
     assert found.converged is False and "stopped at max_members before it converged" in repr(found)
@@ -69,6 +106,8 @@ def test_what_cannot_be_known_is_said(house):
     assert row["roof.size"] / found.best["roof.size"] == pytest.approx(row[LOSS] / (1 - found.best[LOSS]), rel=0.1)
     seen = found.best["roof.size"] * (1 - found.best[LOSS])
     assert seen == pytest.approx(75 * 0.88, rel=0.02)
+    one = dataclasses.replace(found, history=found.history[found.history["nse"] == found.value])  # which is no range
+    assert "flat direction" in repr(one) and "fits as well" not in repr(one)
     for words in ("flat direction", "correlated by", "fits as well from"):
         assert words in repr(found)
 
@@ -166,6 +205,20 @@ def test_the_likelihood_by_hand(house, observed):
         assert likelihood.log(point)[0] == pytest.approx(-(numpy.log(sd) + 0.5 * ((o - s) / sd) ** 2).sum(), rel=1e-9)
 
 
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_deviations_at_their_limit_are_said(house):
+    """Observations ten times as large as any that the model gives: the relative deviation cannot be as large as it is."""
+    overflow = house.run(TRUTH, end="2012-12-31").flows.sel(flow="tank:overflow").to_series()
+    options = {"walkers": 8, "steps": 10, "seed": 1, "end": "2012-12-31"}
+    far = house.uncertainty(P, {"tank:overflow": 100 * overflow + 1}, errors="relative", **options)
+    assert far.at_limits == ["deviation of tank:overflow"]
+    assert "priors up to 2 (twice the simulated flow)" in repr(far)
+    assert "deviation of tank:overflow is at its upper limit" in repr(far)
+    near = house.uncertainty(P, {"tank:overflow": overflow}, **options)
+    assert near.at_limits == [] and "is at its upper limit" not in repr(near)
+    assert f"priors up to {2 * overflow.std(ddof=0):.6g} (twice the standard" in repr(near)
+
+
 @pytest.mark.long
 @pytest.mark.filterwarnings("ignore::DeprecationWarning")
 def test_bands_cover(house):
@@ -201,6 +254,10 @@ def test_sizing_curve(house):
     assert found.curve["3 m3"] == house.run({"tank.size": "3 m3"}).figures["value"]["tank.reliability_volume"]
     assert found.plot().get_xlabel() == "tank.size, m3"
     assert house.sizing_curve("tank.size", [500, 1000], target=0.99).smallest is None
+    for sizes, text in ((["8 m3", "1 m3", "3000 L", "500"], "'8 m3', '3000 L', '500'"), (["1 m3", 8000], "'1 m3', 8000")):
+        with pytest.raises(kesto.Error, match=f"tank.size are in different units: {text}; expected texts with one unit"):
+            house.sizing_curve("tank.size", sizes)
+    assert house.sizing_curve("tank.size", [500, "6000"], target=0.9).smallest == "6000"
     with pytest.raises(kesto.Error, match="no figure 'roof.reliability_volume'"):
         house.sizing_curve("roof.size", [50, 100])
 

@@ -60,6 +60,14 @@ def test_unstack_of_one_key_and_of_no_grid(house):
         house.sweep({"tank.size": [1000, 1000]}).unstack()
 
 
+def test_unstack_has_no_place_for_the_models_own_value(house):
+    several = house.sweep({"tank.size": [1000, 3000, 8000], "roof.size": [50, 100, None]}, end="2012-01-31")
+    with pytest.raises(kesto.Error, match="member 3 has no value of roof.size, but the model's own"):
+        several.unstack()
+    with pytest.raises(kesto.Error, match="member 2 has no value of tank.size"):
+        house.sweep({"tank.size": ["1 m3", None]}, end="2012-01-31").unstack()
+
+
 def test_jobs_change_nothing(house, swept, grid):
     again = house.sweep(grid, record=["tank:overflow", "roof"], jobs=1)
     assert again.members.equals(swept.members) and again.flows.identical(swept.flows)
@@ -109,6 +117,8 @@ def test_a_missing_cell_is_the_models_own(house):
     sweep = house.sweep(pandas.DataFrame({"tank.size": [None, "3 m3"], "roof.size": [50, numpy.nan]}))
     assert sweep.figures.loc[1, "network.mains"] == house.run({"roof.size": 50}).figures["value"]["network.mains"]
     assert sweep.figures.loc[2, "network.mains"] == house.run({"tank.size": 3000}).figures["value"]["network.mains"]
+    nullable = house.sweep(pandas.DataFrame({"tank.size": pandas.array([pandas.NA, 3000], "Int64"), "roof.size": [50, None]}))
+    assert nullable.figures.equals(sweep.figures)
 
 
 def test_more_members_than_a_part_holds(house):
