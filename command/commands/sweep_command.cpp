@@ -192,7 +192,7 @@ class Sweep {
         const SweepSummary summary = writeMembersTable(folder.aside(kMembersTable), cells(), slice_, folder.journal());
         std::vector<WrittenFile> files{folder.fileAside(kMembersTable)};
         for (const std::string& part : parts.names()) {
-            files.push_back(*find(folder.journal().parts(), part));
+            files.push_back(*folder.journal().part(part));
         }
         summary.findings.tell(slice_.size(), diagnostics_);
         findings_.add(summary.findings.rows());

@@ -36,10 +36,6 @@ std::string readSummary(const std::string& folder) {
         fmt::format("cannot read {}: {}; the results there do not belong together: run the model again", folder, why));
 }
 
-bool isUnchanged(const std::string& folder, const WrittenFile& file) {
-    return isThere(folder, file) && xxh128OfFile(joined(folder, file.name)) == file.checksum;
-}
-
 // A run that is stopped while it moves its files leaves a mark that the summary does not know.
 void expectNoOtherMark(const std::string& folder, const std::vector<WrittenFile>& files) {
     const WrittenFile* listed = find(files, kStoppedFile);
@@ -91,6 +87,10 @@ bool isThere(const std::string& folder, const WrittenFile& file) {
     std::error_code error;
     const fs::path path = pathOf(joined(folder, file.name));
     return fs::symlink_status(path, error).type() == fs::file_type::regular && fs::file_size(path, error) == file.bytes;
+}
+
+bool isUnchanged(const std::string& folder, const WrittenFile& file) {
+    return isThere(folder, file) && xxh128OfFile(joined(folder, file.name)) == file.checksum;
 }
 
 WrittenFile fileAt(const std::string& folder, const std::string& name) {

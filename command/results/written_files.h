@@ -37,6 +37,9 @@ const WrittenFile* find(const std::vector<WrittenFile>& files, std::string_view 
 // True when a regular file of this name and length is in the folder.
 bool isThere(const std::string& folder, const WrittenFile& file);
 
+// True when it holds what was written, too.
+bool isUnchanged(const std::string& folder, const WrittenFile& file);
+
 // What stands in the folder under this name now. Throws std::runtime_error when it cannot be read.
 WrittenFile fileAt(const std::string& folder, const std::string& name);
 

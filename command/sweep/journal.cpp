@@ -158,6 +158,12 @@ void Journal::addPart(const WrittenFile& part) {
     parts_.push_back(part);
 }
 
+const WrittenFile* Journal::part(const std::string& name) const {
+    const auto found =
+        std::find_if(parts_.rbegin(), parts_.rend(), [&](const WrittenFile& part) { return part.name == name; });
+    return found == parts_.rend() ? nullptr : &*found;
+}
+
 Journal::Row Journal::read(std::size_t member) const {
     const Line& at = lines_[member - first_];
     std::string line(at.length, ' ');

@@ -28,7 +28,9 @@ class Journal {
     void add(std::size_t member, const MemberResult& result);
     void forget(std::size_t member) { lines_[member - first_] = {}; }  // it is done again
 
+    // Files that are or were about to be moved into the folder; of two with one name the last one counts.
     const std::vector<WrittenFile>& parts() const { return parts_; }
+    const WrittenFile* part(const std::string& name) const;  // null: none
     void addPart(const WrittenFile& part);
 
     // What stood in the results of a member, its figures as text.

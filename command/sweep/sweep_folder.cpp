@@ -20,15 +20,6 @@ using Json = nlohmann::ordered_json;
 constexpr const char* kHiddenFolder = ".kesto-sweep";
 constexpr const char* kJournal = "journal";
 
-void moveTo(const std::string& from, const std::string& to) {
-    if (const std::error_code error = syncToDisk(from)) {
-        throw std::runtime_error(fmt::format("cannot write {}: {}", from, reasonOf(error)));
-    }
-    if (const std::error_code error = moveFile(from, to)) {
-        throw std::runtime_error(fmt::format("cannot write {}: {}", to, reasonOf(error)));
-    }
-}
-
 // "tank.size=3, roof.size=50" of what was given once or several times.
 std::string listed(const Json& value) {
     std::string text;
@@ -92,15 +83,17 @@ SweepFolder::Hidden::~Hidden() {
 
 SweepFolder::SweepFolder(const std::string& path, Json madeOf, const Slice& slice,
                          const std::vector<std::string>& inputs, const std::vector<std::string>& parts, bool restart)
-    : path_(path), madeOf_(std::move(madeOf)), hidden_(path) {
+    : path_(path), madeOf_(std::move(madeOf)), inputs_(inputs), hidden_(path) {
     readEarlier();
     if (!restart) expectSame();
     std::vector<std::string> names{std::string(kMembersTable), std::string(kMembersFile)};
     names.insert(names.end(), parts.begin(), parts.end());
-    expectReplaceable(
-        path, names, inputs, [this](const std::string& name) { return isOurs(name); }, "sweep");
+    expectReplaceable(names);
     if (restart) removeEarlier();
-    if (finished_) return;
+    if (finished_) {
+        clearHidden();
+        return;
+    }
     journal_ = std::make_unique<Journal>(inHidden(kJournal), madeOf_.dump(), slice.first, slice.last);
     takeUpParts();
 }
@@ -124,14 +117,14 @@ void SweepFolder::readEarlier() {
         const std::string text = readFile(path, kLargestSummary);
         try {
             const Json json = Json::parse(text);
-            old_ = filesIn(json.at("files"));
+            own_ = filesIn(json.at("files"));
             earlier_ = json.at("made_of");
-            old_.push_back({std::string(kMembersFile), text.size(), {}});
-            const bool isWhole =
-                std::all_of(old_.begin(), old_.end(), [&](const WrittenFile& file) { return isThere(path_, file); });
+            own_.push_back(fileAt(path_, std::string(kMembersFile)));
+            const bool isWhole = std::all_of(own_.begin(), own_.end(),
+                                             [&](const WrittenFile& file) { return isUnchanged(path_, file); });
             if (earlier_ == madeOf_ && isWhole) finished_ = json;
         } catch (const nlohmann::json::exception&) {
-            old_.clear();  // a file of somebody else
+            own_.clear();  // a file of somebody else
         }
     }
     const auto journal = Journal::madeOf(inHidden(kJournal));
@@ -139,7 +132,7 @@ void SweepFolder::readEarlier() {
     finished_.reset();
     earlier_ = Json::parse(*journal, nullptr, false);
     const Journal parts(inHidden(kJournal), *journal, 1, 1);
-    old_.insert(old_.end(), parts.parts().begin(), parts.parts().end());
+    own_.insert(own_.end(), parts.parts().begin(), parts.parts().end());
 }
 
 // Throws where what is there is made of something else.
@@ -174,47 +167,85 @@ void SweepFolder::refuse(const Json& other) const {
 }
 
 bool SweepFolder::isOurs(const std::string& name) const {
-    return std::any_of(old_.begin(), old_.end(),
-                       [&](const WrittenFile& file) { return file.name == name && isThere(path_, file); });
+    return std::any_of(own_.begin(), own_.end(),
+                       [&](const WrittenFile& file) { return file.name == name && isUnchanged(path_, file); });
+}
+
+void SweepFolder::expectReplaceable(const std::vector<std::string>& names) const {
+    kesto::expectReplaceable(
+        path_, names, inputs_, [this](const std::string& name) { return isOurs(name); }, "sweep");
 }
 
 void SweepFolder::removeEarlier() {
-    for (const WrittenFile& file : old_) {
-        if (isThere(path_, file)) fs::remove(pathOf(joined(path_, file.name)));
+    for (const WrittenFile& file : own_) {
+        if (isUnchanged(path_, file)) fs::remove(pathOf(joined(path_, file.name)));
     }
-    for (const fs::directory_entry& entry : fs::directory_iterator(pathOf(hidden_.path))) {
-        if (entry.path().filename() != kLockFile && !fs::is_directory(entry.symlink_status())) fs::remove(entry.path());
-    }
+    clearHidden();
+    own_.clear();
     finished_.reset();
 }
 
-// A part that was written and not yet moved is moved now.
+// What this process or one that was killed has left aside. The journal goes last: it tells what is the sweep's own.
+void SweepFolder::clearHidden() const {
+    for (const fs::directory_entry& entry : fs::directory_iterator(pathOf(hidden_.path))) {
+        const fs::path name = entry.path().filename();
+        if (name != kLockFile && name != kJournal && !fs::is_directory(entry.symlink_status()))
+            fs::remove(entry.path());
+    }
+    fs::remove(pathOf(inHidden(kJournal)));
+}
+
+// A part that was written and not yet moved is moved now. The tables are written anew.
 void SweepFolder::takeUpParts() {
     for (const WrittenFile& part : journal_->parts()) {
-        if (!isThere(path_, part) && fs::exists(pathOf(aside(part.name)))) movePart(part.name);
+        if (part.name == kMembersTable || part.name == kMembersFile) continue;
+        if (!isThere(path_, part) && isUnchanged(hidden_.path, part)) move(part.name);
     }
 }
 
 bool SweepFolder::hasPart(const std::string& name) const {
-    const WrittenFile* part = find(journal_->parts(), name);
+    const WrittenFile* part = journal_->part(name);
     return part && isThere(path_, *part);
 }
 
-// Known as ours before it is moved, wherever this process may be killed.
 void SweepFolder::addPart(const std::string& name) {
-    journal_->addPart(fileAside(name));
-    movePart(name);
+    announce(name);
+    move(name);
 }
 
-void SweepFolder::movePart(const std::string& name) {
-    moveTo(aside(name), joined(path_, name));
+// Known as ours before it is moved, wherever this process may be killed.
+void SweepFolder::announce(const std::string& name) {
+    const WrittenFile file = fileAside(name);
+    if (const std::error_code error = syncToDisk(aside(name))) {
+        throw std::runtime_error(fmt::format("cannot write {}: {}", aside(name), reasonOf(error)));
+    }
+    journal_->addPart(file);
+    own_.push_back(file);
 }
 
+// Hours may have passed, and another file may stand there now.
+void SweepFolder::move(const std::string& name) {
+    try {
+        expectReplaceable({name});
+    } catch (const NotReplaceable& refusal) {
+        throw std::runtime_error(refusal.what());
+    }
+    const std::string to = joined(path_, name);
+    if (const std::error_code error = moveFile(aside(name), to)) {
+        throw std::runtime_error(fmt::format("cannot write {}: {}", to, reasonOf(error)));
+    }
+}
+
+// Wherever this is stopped, the journal is there until all else is in its place.
 void SweepFolder::finish(const Json& members) {
-    moveTo(aside(kMembersTable), joined(path_, kMembersTable));
-    replaceFile(joined(path_, kMembersFile), members.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    const std::string table(kMembersTable), summary(kMembersFile);
+    writeFile(aside(summary), members.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    announce(table);
+    announce(summary);
+    move(table);
+    move(summary);
     journal_.reset();
-    fs::remove(pathOf(inHidden(kJournal)));
+    clearHidden();
     finished_ = members;
 }
 

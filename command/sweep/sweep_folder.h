@@ -36,7 +36,7 @@ class SweepFolder {
     WrittenFile fileAside(std::string_view name) const;
     void addPart(const std::string& name);  // one that stands aside
 
-    // Moves the table, which stands aside, into the folder, and writes members.json.
+    // Moves the table, which stands aside, into the folder, and members.json after it.
     void finish(const nlohmann::ordered_json& members);
 
   private:
@@ -52,17 +52,21 @@ class SweepFolder {
     std::string inHidden(std::string_view name) const;
     void readEarlier();
     void expectSame() const;
+    void expectReplaceable(const std::vector<std::string>& names) const;
     void removeEarlier();
+    void clearHidden() const;
     void takeUpParts();
-    void movePart(const std::string& name);
+    void announce(const std::string& name);
+    void move(const std::string& name);
     bool isOurs(const std::string& name) const;
     [[noreturn]] void refuse(const nlohmann::ordered_json& other) const;
 
     std::string path_;
     nlohmann::ordered_json madeOf_;
+    std::vector<std::string> inputs_;
     Hidden hidden_;
     std::optional<nlohmann::ordered_json> earlier_;  // what an earlier sweep is made of
-    std::vector<WrittenFile> old_;                   // files of earlier sweeps
+    std::vector<WrittenFile> own_;  // files that this sweep or an earlier one has moved here, or is about to
     std::optional<nlohmann::ordered_json> finished_;
     std::unique_ptr<Journal> journal_;
 };

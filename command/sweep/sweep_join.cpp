@@ -66,7 +66,7 @@ SliceResults readSlice(const std::string& folder) {
     SliceResults results =
         readingJson(path, "kesto sweep", [&] { return sliceIn(Json::parse(readFile(path, kLargestSummary)), folder); });
     for (const WrittenFile& file : results.files) {
-        if (!isThere(folder, file) || fileAt(folder, file.name).checksum != file.checksum) {
+        if (!isUnchanged(folder, file)) {
             throw std::runtime_error(fmt::format("{} is not as the sweep has written it", joined(folder, file.name)));
         }
     }
@@ -245,7 +245,7 @@ Json joinSlices(const std::vector<std::string>& folders, const std::string& outp
     }
     std::vector<WrittenFile> files{folder.fileAside(kMembersTable)};
     for (const std::string& name : names) {
-        files.push_back(*find(folder.journal().parts(), name));
+        files.push_back(*folder.journal().part(name));
     }
     folder.finish(membersJson(first.subject, made, summary, findings, files));
     return *folder.finished();
