@@ -50,13 +50,13 @@ class Members {
   public:
     explicit Members(const std::string& folder)
         : folder_(folder), table_(readTable(folder)), json_(Json::parse(readFile(path(), kLargestSummary))) {
+        if (table_.rows() == 0) failReading(joined(folder, kMembersTable), "kesto sweep", "it has no rows");
         const std::vector<WrittenFile> files = filesIn(json_.at("files"));
         const WrittenFile* table = find(files, kMembersTable);
         if (!table || !isUnchanged(folder, *table)) {
             throw std::runtime_error(
                 fmt::format("{} is not as the sweep has written it", joined(folder, kMembersTable)));
         }
-        if (table_.rows() == 0) failReading(joined(folder, kMembersTable), "kesto sweep", "it has no rows");
         for (std::size_t row = 0; row < table_.rows(); ++row) {
             rows_[numberIn(table_.cell(row, need("member")), std::string(table_.cell(row, 0)))] = row;
         }
