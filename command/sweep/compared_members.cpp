@@ -51,6 +51,9 @@ class Members {
     explicit Members(const std::string& folder)
         : folder_(folder), table_(readTable(folder)), json_(Json::parse(readFile(path(), kLargestSummary))) {
         if (table_.rows() == 0) failReading(joined(folder, kMembersTable), "kesto sweep", "it has no rows");
+        for (const Json& column : json_.at("columns")) {
+            columns_.push_back({column.at("name"), column.at("unit")});
+        }
         const std::vector<WrittenFile> files = filesIn(json_.at("files"));
         const WrittenFile* table = find(files, kMembersTable);
         if (!table || !isUnchanged(folder, *table)) {
@@ -59,9 +62,6 @@ class Members {
         }
         for (std::size_t row = 0; row < table_.rows(); ++row) {
             rows_[numberIn(table_.cell(row, need("member")), std::string(table_.cell(row, 0)))] = row;
-        }
-        for (const Json& column : json_.at("columns")) {
-            columns_.push_back({column.at("name"), column.at("unit")});
         }
     }
 
