@@ -14,7 +14,7 @@ from .errors import Error
 from .objective import Batch, Fit, Observed, expect_metric
 from .observations import Period
 from .search import dds
-from .values import Value
+from .values import Value, whole
 
 if TYPE_CHECKING:
     from matplotlib.axes import Axes
@@ -36,7 +36,7 @@ def calibrate(batch: Batch, bounds: Bounds, observed: Observed, *, metric: str, 
     if method not in METHODS:
         raise Error(f"there is no method {method!r}; expected {' or '.join(METHODS)}")
     fit = Fit(batch, bounds, observed, warmup)
-    left = max_members - 4 * len(fit.keys) - 2  # the look around the best needs the rest
+    left = whole("max_members", max_members) - 4 * len(fit.keys) - 2  # the look around the best needs the rest
     if left < 10:
         raise Error(f"max_members is {max_members}; expected at least {12 + 4 * len(fit.keys)}")
     losses: list[Floats] = []

@@ -10,7 +10,7 @@ import pandas
 from numpy.typing import NDArray
 
 from .errors import Error
-from .values import Value
+from .values import Value, whole
 
 Bounds = Mapping[str, tuple[float, float]]
 Floats = NDArray[numpy.float64]
@@ -69,7 +69,8 @@ def lhs(bounds: Bounds, n: int, *, seed: int | None = None) -> pandas.DataFrame:
     from scipy.stats import qmc
 
     low, high = limits(bounds)
-    return design(bounds, qmc.scale(qmc.LatinHypercube(len(bounds), seed=seed).random(n), low, high))
+    points = qmc.LatinHypercube(len(bounds), seed=seed).random(whole("n", n))
+    return design(bounds, qmc.scale(points, low, high))
 
 
 def sobol(bounds: Bounds, n: int, *, seed: int | None = None) -> pandas.DataFrame:
@@ -100,8 +101,9 @@ def unit_sobol(dimensions: int, n: int, seed: int | None) -> Floats:
     """`n` points of a scrambled Sobol' sequence in the unit cube: (n, dimensions)."""
     from scipy.stats import qmc
 
-    if n < 1 or n & (n - 1):
-        raise Error(f"n is {n}; expected a power of two, such as {1 << max(0, round(numpy.log2(max(n, 1))))}")
+    n = whole("n", n)
+    if n & (n - 1):
+        raise Error(f"n is {n}; expected a power of two, such as {1 << round(numpy.log2(n))}")
     points: Floats = qmc.Sobol(dimensions, scramble=True, seed=seed).random_base2(n.bit_length() - 1)
     return points
 

@@ -1,7 +1,7 @@
 """What can go wrong: exceptions that carry the data of an error, not only its text."""
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping
+from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any
 
@@ -75,6 +75,19 @@ class ModelError(Error):
 
     def __reduce__(self) -> tuple[Any, ...]:
         return type(self), (self.path, self.faults)
+
+
+# Codes of faults that the folder of `keep` has, not the model.
+_OF_FOLDERS = {"not-results", "over-input", "folder-busy", "other-sweep", "cannot-write"}
+
+
+def not_begun(path: str, faults: Sequence[Fault]) -> Error:
+    """The error of a run or sweep of the model `path` that did not begin."""
+    if not any(fault.code in _OF_FOLDERS for fault in faults):
+        return ModelError(path, faults)
+    # The options that the command advises are not those of this package.
+    return CommandError("\n".join(f"{fault.file} holds another sweep, of another design, model or options; expected keep= with"
+                                  " another folder" if fault.code == "other-sweep" else fault.text for fault in faults))
 
 
 class RunError(Error):

@@ -120,6 +120,8 @@ class Model(Studies):
             A key, a value or the model is wrong; all faults.
         RunError
             The run stopped; `result` of the error holds the steps before.
+        CommandError
+            The folder `keep` cannot be used: it holds other files, or cannot be written.
         """
         from .run import run
 

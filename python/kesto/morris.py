@@ -13,6 +13,7 @@ import pandas
 
 from .designs import Bounds, Floats, limits
 from .errors import Error
+from .values import whole
 
 
 def morris_sample(bounds: Bounds, trajectories: int, *, levels: int = 4, seed: int | None = None) -> Floats:
@@ -32,10 +33,9 @@ def morris_sample(bounds: Bounds, trajectories: int, *, levels: int = 4, seed: i
     ndarray, (trajectories (parameters + 1), parameters)
         Trajectory by trajectory.
     """
-    if levels < 2 or levels % 2:
+    if whole("levels", levels, 2) % 2:
         raise Error(f"levels is {levels}; expected an even number from 2")
-    if trajectories < 1:
-        raise Error(f"trajectories is {trajectories}; expected a number from 1")
+    trajectories = whole("trajectories", trajectories)
     low, high = limits(bounds)
     d = len(bounds)
     step = levels / (2 * (levels - 1))

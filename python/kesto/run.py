@@ -8,7 +8,7 @@ from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from . import command
-from .errors import CommandError, Fault, ModelError, RunError
+from .errors import CommandError, Fault, RunError, not_begun
 from .result import Result
 from .values import listed
 
@@ -30,7 +30,7 @@ def _run_into(folder: Path, model: Model, options: Sequence[str], record: str | 
                           "--record", ",".join(listed(record)) or "none", "-o", str(folder), *options)
     summary = called.json()
     if summary["outcome"] == "not run":
-        raise ModelError(str(model.path), map(Fault.of, summary["errors"]))
+        raise not_begun(str(model.path), list(map(Fault.of, summary["errors"])))
     result = _result(folder, summary, kept)
     if summary["outcome"] != "finished":
         raise run_error(summary, result)

@@ -54,7 +54,8 @@ class Studies:
         set, scenario, start, end
             Of all members, as for `run`; the design wins.
         record : str or sequence of str
-            Flows to keep as series; their totals are figures.
+            Flows to keep as series; their totals are figures. Only these: a run also keeps what recorders
+            have received.
         every : "day", "month" or "year"
             What recorded flows are summed over.
         figures : "all" or "key"
@@ -76,6 +77,10 @@ class Studies:
         ------
         ModelError
             A key, a value or the model is wrong; all faults, with the member.
+        CommandError
+            The folder `keep` cannot be used: it holds another sweep or other files, or cannot be written.
+        Error
+            The design has no members, or an argument is none of those above.
         """
         from .sweep import Plan, run_sweep
 
@@ -111,6 +116,14 @@ class Studies:
         -------
         Calibration
             The best, and what the observations cannot tell.
+
+        Raises
+        ------
+        ModelError
+            A key, a value or the model is wrong; all faults.
+        Error
+            The observations cannot be compared with the days of the run, the metric is undefined for them, all members
+            fail, or an argument is none of those above.
         """
         from .calibration import calibrate
         from .objective import observed_flows
@@ -149,6 +162,13 @@ class Studies:
         Returns
         -------
         Uncertainty
+
+        Raises
+        ------
+        ModelError
+            A key, a value or the model is wrong; all faults.
+        Error
+            As of `calibrate`; `walkers` are too few or odd, `burn` leaves no steps, or there is no emcee.
         """
         from .objective import observed_flows
         from .uncertainty import uncertainty
@@ -181,6 +201,14 @@ class Studies:
         Returns
         -------
         Sensitivity
+
+        Raises
+        ------
+        ModelError
+            A key, a value or the model is wrong; all faults.
+        Error
+            There is no such figure, flow or method, `n` is no power of two, the target is the same for all members, or the
+            statistic does not give a number for each.
         """
         from .sensitivity import sensitivity
 
@@ -207,6 +235,13 @@ class Studies:
         Returns
         -------
         SizingCurve
+
+        Raises
+        ------
+        ModelError
+            A key, a value or the model is wrong; all faults.
+        Error
+            There is no such figure, or the sizes are in different units.
         """
         from .sizing import sizing_curve
 
@@ -231,6 +266,13 @@ class Studies:
         Returns
         -------
         Front
+
+        Raises
+        ------
+        ModelError
+            A key, a value or the model is wrong; all faults.
+        Error
+            There are fewer than two aims, or one is neither a figure nor a key.
         """
         from .pareto import pareto
 

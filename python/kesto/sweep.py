@@ -13,10 +13,10 @@ from typing import TYPE_CHECKING, Any, Union
 import pandas
 
 from . import command
-from .errors import CommandError, Error, Fault, ModelError
+from .errors import CommandError, Error, Fault, not_begun
 from .sweep_files import Pieces, read_pieces
 from .tables import fault_table, is_monthly
-from .values import Day, Value, listed, options, written
+from .values import Day, Value, listed, options, whole, written
 
 if TYPE_CHECKING:
     import xarray
@@ -105,8 +105,10 @@ def _cell(value: Any) -> str:
 def run_sweep(plan: Plan, design: Design, *, jobs: int | None = None, client: Any = None,
               keep: str | os.PathLike[str] | None = None) -> Sweep:
     """What Model.sweep documents."""
-    if jobs is not None and jobs < 1:
-        raise Error(f"jobs is {jobs}; expected 1 or more, or None for one on each core")
+    if jobs is not None:
+        jobs = whole("jobs", jobs)
+    if client is not None and not (hasattr(client, "scatter") and hasattr(client, "submit")):
+        raise Error(f"client is {client!r}; expected a dask.distributed.Client")
     table = as_design(design)
     if client is not None:
         from .cluster import run_chunks
@@ -127,7 +129,7 @@ def expect_swept(plan: Plan, called: command.Completed) -> None:
     if said.get("outcome") == "not run":
         faults = [_of_design(Fault.of(row)) for row in said["errors"]]
         if called.status == 2:
-            raise ModelError(str(plan.model.path), faults)
+            raise not_begun(str(plan.model.path), faults)
         raise CommandError("\n".join(str(fault) for fault in faults) or called.errors.strip())
 
 
@@ -159,10 +161,11 @@ class Sweep:
     pieces: Pieces = field(repr=False)
     folder: Path | None = None
 
-    @property
+    @functools.cached_property
     def members(self) -> pandas.DataFrame:
-        """members.csv: keys, outcome, message and figures; index `member`."""
-        return self.pieces.members
+        """members.csv: keys, outcome, message and figures; index `member`. Keys that are numbers in the design are numbers."""
+        keys = self.design.select_dtypes("number")
+        return self.pieces.members.assign(**{str(key): keys[key] for key in keys if key in self.pieces.members})
 
     @property
     def outcomes(self) -> pandas.Series:

@@ -11,6 +11,7 @@ from .designs import Bounds, Floats, design, unit_sobol
 from .errors import Error
 from .objective import Batch, Fit, Observed, recorded
 from .observations import Period
+from .values import whole
 
 if TYPE_CHECKING:
     import xarray
@@ -89,11 +90,12 @@ def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: Per
     fit = Fit(batch, bounds, observed, warmup)
     likelihood = Likelihood(fit, errors)
     dimensions = len(fit.keys) + len(fit.flows)
-    walkers = walkers if walkers is not None else max(32, 4 * dimensions)
-    burn = steps // 2 if burn is None else burn
+    walkers = max(32, 4 * dimensions) if walkers is None else whole("walkers", walkers)
+    steps = whole("steps", steps)
+    burn = steps // 2 if burn is None else whole("burn", burn, 0)
     if walkers < 2 * dimensions or walkers % 2:
         raise Error(f"walkers is {walkers}; expected an even number of at least {2 * dimensions}")
-    if not 0 <= burn < steps:
+    if burn >= steps:
         raise Error(f"burn is {burn}; expected a number from 0 to {steps - 1}, fewer than the {steps} steps")
     start = _start(likelihood, walkers, seed)
     state = emcee.State(start, random_state=numpy.random.RandomState(seed).get_state())
@@ -173,6 +175,7 @@ class Uncertainty:
         Parameters
         ----------
         level : float
+            Between 0 and 1.
         draws : int
             Members that are run for it.
         errors : bool
@@ -182,9 +185,17 @@ class Uncertainty:
         -------
         DataArray, (band, flow, time)
             Bands "low", "median" and "high"; the coordinate `units` along `flow`.
+
+        Raises
+        ------
+        Error
+            `level` is no fraction, or `draws` no number from 1.
         """
         import xarray
 
+        if not 0 < level < 1:
+            raise Error(f"level is {level!r}; expected a fraction between 0 and 1")
+        draws = whole("draws", draws)
         rows = self.draws.iloc[numpy.linspace(0, len(self.draws) - 1, min(draws, len(self.draws))).astype(int)]
         d = len(self.fit.keys)
         swept = recorded(self.fit.batch.sweep(design(self.fit.keys, rows.iloc[:, :d].to_numpy())), self.fit.flows)

@@ -5,6 +5,8 @@ import datetime
 from collections.abc import Mapping, Sequence
 from typing import Any, SupportsFloat, SupportsIndex, Union
 
+from .errors import Error
+
 Value = Union[str, bool, int, float, SupportsFloat, Sequence["Value"]]
 Day = Union[str, datetime.date]
 
@@ -51,6 +53,22 @@ def day(value: Day) -> str:
     if not isinstance(value, (str, datetime.date)):
         raise TypeError(f"{value!r} is no day; expected a date, or a text such as 2012-01-31")
     return value if isinstance(value, str) else value.isoformat()
+
+
+def whole(name: str, value: Any, least: int = 1) -> int:
+    """A whole number of things, numpy's among them.
+
+    >>> whole("n", 3)
+    3
+
+    Raises
+    ------
+    Error
+        It is none, or less than `least`.
+    """
+    if isinstance(value, SupportsIndex) and not isinstance(value, bool) and value.__index__() >= least:
+        return value.__index__()
+    raise Error(f"{name} is {value!r}; expected a whole number from {least}")
 
 
 def listed(names: str | Sequence[str]) -> list[str]:

@@ -23,6 +23,13 @@ def test_grid():
             kesto.grid({"tank.size": value})
 
 
+@pytest.mark.parametrize("draw", [kesto.lhs, kesto.sobol, kesto.morris_sample, kesto.sobol_sample])
+@pytest.mark.parametrize("count", [0, -1, 2.5, "3", None, True])
+def test_counts_that_are_none(draw, count):
+    with pytest.raises(kesto.Error, match=f"(n|trajectories) is {count!r}; expected a whole number from 1"):
+        draw(THREE, count)
+
+
 def test_lhs_has_one_member_in_each_class():
     design = kesto.lhs({"x": (200, 8000), "y": (-1, 1)}, 50, seed=3)
     for key, (low, high) in {"x": (200, 8000), "y": (-1, 1)}.items():

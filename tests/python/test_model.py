@@ -135,6 +135,10 @@ def test_results_are_kept_on_request_only(house, tmp_path, monkeypatch):
     assert kept.folder == tmp_path / "kept"
     again = kesto.open_results(tmp_path / "kept")
     assert again.flows.identical(run.flows) and again.figures.equals(run.figures)
+    (tmp_path / "mine").mkdir()
+    (tmp_path / "mine/results.nc").write_text("mine")
+    with pytest.raises(kesto.CommandError, match="mine/results.nc is no file that a run has left here"):
+        house.run(keep=tmp_path / "mine")
     with pytest.raises(kesto.Error, match="holds no results"):
         kesto.open_results(tmp_path)
 

@@ -215,8 +215,20 @@ def test_deviations_at_their_limit_are_said(house):
     assert "priors up to 2 (twice the simulated flow)" in repr(far)
     assert "deviation of tank:overflow is at its upper limit" in repr(far)
     near = house.uncertainty(P, {"tank:overflow": overflow}, **options)
+    with pytest.raises(kesto.Error, match="level is 1.5; expected a fraction between 0 and 1"):
+        near.bands(1.5)
     assert near.at_limits == [] and "is at its upper limit" not in repr(near)
     assert f"priors up to {2 * overflow.std(ddof=0):.6g} (twice the standard" in repr(near)
+
+
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
+@pytest.mark.parametrize("change, text", [
+    ({"steps": 0}, "steps is 0; expected a whole number from 1"), ({"walkers": 8.0}, "walkers is 8.0; expected a whole number"),
+    ({"walkers": 7}, "walkers is 7; expected an even number of at least 6"), ({"burn": -1}, "burn is -1; expected a whole number from 0"),
+    ({"burn": 9}, "burn is 9; expected a number from 0 to 3"), ({"errors": "x"}, "errors is 'x'")])
+def test_chains_that_cannot_be(house, observed, change, text):
+    with pytest.raises(kesto.Error, match=text):
+        house.uncertainty(P, {"tank:overflow": observed}, **{"walkers": 8, "steps": 4, **change})
 
 
 @pytest.mark.long

@@ -109,8 +109,11 @@ def test_wrong_cells_are_all_named_with_their_member(house):
         house.sweep({"tank.size": [1, 2], "roof.size": [50]})
     with pytest.raises(kesto.Error, match="expected a list of values"):
         house.sweep({"tank.size": 3})
-    with pytest.raises(kesto.Error, match="jobs is 0; expected 1 or more"):
-        house.sweep({"tank.size": [1, 2]}, jobs=0)
+    for jobs in (0, 1.5):
+        with pytest.raises(kesto.Error, match=f"jobs is {jobs}; expected a whole number from 1"):
+            house.sweep({"tank.size": [1, 2]}, jobs=jobs)
+    with pytest.raises(kesto.Error, match="client is 'x'; expected a dask.distributed.Client"):
+        house.sweep({"tank.size": [1, 2]}, client="x")
 
 
 def test_a_missing_cell_is_the_models_own(house):
@@ -138,6 +141,14 @@ def test_a_sweep_is_kept_on_request_and_goes_on(house, tmp_path):
     again = house.sweep({"tank.size": [1000, 3000]}, record="tank:overflow", keep=tmp_path / "kept")
     assert again.members.equals(first.members)
     assert house.sweep({"tank.size": [1000]}).folder is None
+    with pytest.raises(kesto.CommandError, match="kept holds another sweep, .* expected keep= with another folder$"):
+        house.sweep({"tank.size": [2000]}, keep=tmp_path / "kept")
+
+
+def test_members_have_the_keys_as_the_design_has_them(house):
+    sweep = house.sweep({"tank.size": [1000, 3000.5], "roof.size": ["50 m2", "60 m2"]}, end="2012-01-31")
+    assert sweep.members["tank.size"].tolist() == [1000, 3000.5] and sweep.members["tank.size"].dtype == float
+    assert sweep.members["roof.size"].tolist() == ["50 m2", "60 m2"]
 
 
 def test_an_interrupt_ends_the_members_and_clears_up(house, tmp_path, monkeypatch):
