@@ -92,8 +92,9 @@ class Members {
                         .outcome = std::string(table_.cell(row, need("outcome"))),
                         .figures = {},
                         .units = {}};
+        const auto keys = json_.at("keys").get<std::vector<std::string>>();
         for (const MemberColumn& column : columns_) {
-            run.figures.emplace_back(column.name, valueAt(row, column.name));
+            run.figures.emplace_back(figureIn(column.name, keys), valueAt(row, column.name));
             run.units.push_back(column.unit);
         }
         return run;

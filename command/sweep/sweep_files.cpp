@@ -19,6 +19,7 @@ namespace kesto {
 namespace {
 
 constexpr std::size_t kMostValues = 5'000'000;  // in memory, beside key figures
+constexpr std::string_view kBeforeFigure = "figure.";
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 // The columns of all members: key figures first, each in the order in which members first have them.
@@ -105,12 +106,25 @@ std::string lineOf(std::size_t member, const std::vector<std::string>& keys, con
 
 }  // namespace
 
+std::string columnOf(const std::string& figure, const std::vector<std::string>& keys) {
+    const bool isKey = std::find(keys.begin(), keys.end(), figure) != keys.end();
+    return isKey ? std::string(kBeforeFigure) + figure : figure;
+}
+
+std::string figureIn(const std::string& column, const std::vector<std::string>& keys) {
+    const std::string rest = column.starts_with(kBeforeFigure) ? column.substr(kBeforeFigure.size()) : column;
+    return columnOf(rest, keys) == column ? rest : column;
+}
+
 SweepSummary writeMembersTable(const std::string& path, const MemberCells& given, const Slice& slice,
                                const Journal& journal) {
     const ColumnUnion all(slice, journal);
     SweepSummary summary;
     summary.keys = given.keys;
     summary.columns = all.columns();
+    for (MemberColumn& column : summary.columns.all) {
+        column.name = columnOf(column.name, given.keys);
+    }
     const std::vector<MemberColumn>& columns = summary.columns.all;
     std::map<std::string, std::size_t> outcomes;
     std::vector<std::vector<double>> values(isLimited(columns.size(), slice) ? summary.columns.key : columns.size());

@@ -42,6 +42,10 @@ struct MemberCells {
     std::function<std::vector<std::string>(std::size_t member)> of;
 };
 
+// Columns have distinct names: a figure of the name of a key has "figure." before it.
+std::string columnOf(const std::string& figure, const std::vector<std::string>& keys);
+std::string figureIn(const std::string& column, const std::vector<std::string>& keys);
+
 // Writes the table, row by row, and returns what it has come to. Throws std::runtime_error.
 SweepSummary writeMembersTable(const std::string& path, const MemberCells& cells, const Slice& slice,
                                const Journal& journal);

@@ -81,6 +81,35 @@ class Designs(Sweeping):
         self.sweep("--vary", "tank.size=0.5 m3:2:4")
         self.assertEqual([row["tank.size"] for row in self.rows()], ["0.5 m3", "1 m3", "1.5 m3", "2 m3"])
 
+    def test_a_figure_with_the_name_of_a_key(self):
+        self.write(TANK.replace("[groups.house]", '[economics]\ncurrency = "EUR"\nhorizon = 20\n[groups.house]').replace(
+            'group = "house"', 'group = "house"\ncapital_per_size = "300 EUR/m3"'))
+        options = ["--vary", "tank.capital=100 EUR,200", "--figures", "all"]
+        self.sweep(*options)
+        with open(self.folder / "out/members.csv") as table:
+            header = table.readline().strip().split(",")
+        self.assertEqual(len(header), len(set(header)))
+        rows = self.rows()
+        self.assertEqual([row["tank.capital"] for row in rows], ["100 EUR", "200"])
+        for row, given in zip(rows, ("100", "200")):
+            figures = self.figures_of_run("--set", f"tank.capital={given}")
+            self.assertEqual(float(row.pop("figure.tank.capital")), figures.pop("tank.capital"))
+            self.expect_as_run(row, figures)
+        names = [column["name"] for column in self.json_in("out/members.json")["columns"]]
+        self.assertIn("figure.tank.capital", names)
+        self.assertNotIn("tank.capital", names)
+        # Beside each other, and beside a run.
+        self.kesto("run", "model.toml", "-q", "-o", "run", "--set", "tank.capital=200")
+        for folders in (["out"], ["run", "out", "--members", "1,2"]):
+            compared = json.loads(self.kesto("compare", *folders, "--json", "--all").stdout)
+            values = {row["name"]: row["values"][-2:] for row in compared["figures"]}
+            self.assertEqual(values["tank.capital"], values["network.capital"])
+            self.assertEqual(values["tank.capital"], [106, 206])
+        for name, slice_ in (("a", "1-1"), ("b", "2-2")):
+            self.sweep(*options, "--members", slice_, output=name)
+        self.assertEqual(self.kesto("sweep", "--join", "a", "b", "-o", "joined").returncode, 0)
+        self.assertEqual((self.folder / "joined/members.csv").read_bytes(), (self.folder / "out/members.csv").read_bytes())
+
     def test_scenarios(self):
         self.sweep("--scenarios", "--vary", "tank.size=20,30", "--figures", "all")
         rows = self.rows()
