@@ -4,7 +4,7 @@ from __future__ import annotations
 import functools
 import json
 import os
-from collections.abc import Mapping
+from collections.abc import Mapping, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -169,19 +169,25 @@ class Result:
         """Warnings and notes: a row each, the columns those of Fault."""
         return fault_table(Fault.of(row) for row in self._summary["warnings"])
 
-    def plot(self, flows: list[str] | None = None, *, every: str = "month") -> Axes:
-        """Draws flows and states over time.
+    def plot(self, flows: str | Sequence[str] | None = None, *, every: str = "month") -> Axes:
+        """Draws flows and states over time; flows that are demands are dashed.
 
         Parameters
         ----------
-        flows : list of str, optional
-            Names of flows; by default the largest eight.
+        flows : str or sequence of str, optional
+            Names of flows; by default the largest eight that differ.
         every : "day", "month" or "year"
             What flows are summed over.
 
         Returns
         -------
         matplotlib Axes
+            Those of the flows.
+
+        Raises
+        ------
+        Error
+            There is no such flow or period.
         """
         from .plots import plot_result
 

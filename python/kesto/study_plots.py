@@ -6,7 +6,7 @@ from typing import TYPE_CHECKING, Any
 import numpy
 import pandas
 
-from .plots import axes, scaled
+from .plots import axes, dates, scaled
 from .sweep_plots import label, numbers
 
 if TYPE_CHECKING:
@@ -37,6 +37,7 @@ def plot_calibration(found: Calibration) -> Axes:
         ax.plot(fit.time, simulated, linewidth=0.8, label="best", color="tab:blue")
         ax.plot(fit.time, fit.observed[at], **_OBSERVED)
         ax.set_ylabel(f"{flow}, {fit.units[at]} a day")
+        dates(ax)
         ax.legend(loc="upper left", frameon=False, ncols=2, fontsize="small")
     values = found.history[found.metric]
     shown = values >= values.quantile(0.25) if found.metric != "pbias" else values <= values.quantile(0.75)
@@ -82,6 +83,7 @@ def plot_uncertainty(found: Uncertainty) -> Axes:
         ax.plot(fit.time, middle, linewidth=0.8, label="median")
         ax.plot(fit.time, fit.observed[at], **_OBSERVED)
         ax.set_ylabel(f"{flow}, {fit.units[at]} a day")
+        dates(ax)
         ax.legend(loc="upper left", frameon=False, ncols=3, fontsize="small")
     assert first is not None
     return first

@@ -260,7 +260,8 @@ class Sweep:
         Parameters
         ----------
         figure : str, optional
-            A column of `figures`; by default the first that varies.
+            A column of `figures`; by default the reliability by volume of a component of the keys, else the mains,
+            else the first that varies.
         ax : matplotlib Axes, optional
 
         Returns

@@ -43,10 +43,7 @@ def plot_sweep(sweep: Sweep, figure: str | None, ax: Axes | None) -> Axes:
     """What Sweep.plot documents."""
     figures = sweep.figures
     if figure is None:
-        varying = [name for name in figures if figures[name].nunique() > 1]
-        if not varying:
-            raise Error("no figure varies among the members")
-        figure = varying[0]
+        figure = _telling(sweep)
     if figure not in figures:
         raise Error(f"there is no figure {figure!r}; expected one of {', '.join(figures)}")
     values, unit = scaled(figures[figure].to_numpy(), figures.attrs["units"][figure])
@@ -63,6 +60,15 @@ def plot_sweep(sweep: Sweep, figure: str | None, ax: Axes | None) -> Axes:
         ax.set_xlabel("member")
     ax.set_ylabel(label(figure, unit))
     return ax
+
+
+def _telling(sweep: Sweep) -> str:
+    """A figure that people decide by: how well what is varied serves, else the mains; else the first that varies."""
+    varying = [str(name) for name in sweep.figures if sweep.figures[name].nunique() > 1]
+    if not varying:
+        raise Error("no figure varies among the members")
+    served = [f"{str(key).rsplit('.', 1)[0]}.reliability_volume" for key in sweep.design]
+    return next(name for name in [*served, "network.mains", *varying] if name in varying)
 
 
 def _line(ax: Axes, texts: pandas.Series, found: tuple[Any, str] | None, values: Any, key: str) -> None:

@@ -133,3 +133,46 @@ def test_plot(both, tmp_path):
         run.plot(["nothing"])
     with pytest.raises(kesto.Error, match="expected day, month or year"):
         run.plot(every="week")
+
+
+def labels(ax):
+    return [line.get_label() for line in ax.get_lines()]
+
+
+def test_plots_show_the_last_period_in_full(house):
+    run = house.run(start="2012-01-15", end="2014-03-10")
+    yearly = run.plot("tank:overflow", every="year").get_lines()
+    overflow = run.flows.sel(flow="tank:overflow").to_series()
+    assert len(yearly) == 1 and list(yearly[0].get_ydata()[:-1]) == pytest.approx(list(overflow.resample("YS").sum() / 1000))
+    days = [str(day)[:10] for day in yearly[0].get_xdata()]
+    assert days == ["2012-01-15", "2013-01-01", "2014-01-01", "2014-03-11"]
+
+
+def test_plots_tell_demands_from_water_and_draw_no_flow_twice(house):
+    run = house.run()
+    lines = run.plot().get_lines()
+    drawn = {line.get_label(): run.flows.sel(flow=line.get_label()) for line in lines}
+    assert len({flow.values.tobytes() for flow in drawn.values()}) == len(drawn) == 8
+    carried = {str(flow["carries"].values): line.get_linestyle() for line, flow in zip(lines, drawn.values())}
+    assert carried == {"water": "-", "demand": "--"}
+    for line, flow in zip(lines, drawn.values()):
+        assert line.get_linestyle() == carried[str(flow["carries"].values)]
+
+
+def test_plots_have_a_panel_for_each_unit():
+    run = kesto.load(ROOT / "examples/town/model.toml").run()
+    panels = run.plot(every="year").figure.axes
+    assert [ax.get_ylabel() for ax in panels] == ["flow, ML a year", "flow, mm a year", "stored, ML", "stored, mm"]
+    assert labels(panels[3]) == list(run.state_depths["store"].values)
+    assert len({line.get_color() for line in panels[2].get_lines()}) == run.states.sizes["store"] > 10
+    soil = run.depths["flow"].values[0]
+    assert labels(run.plot([soil]).figure.axes[0]) == [soil]
+
+
+def test_labels_of_dates_do_not_touch(house):
+    for run in (house.run(), house.run(end="2012-03-01"), house.run(end="2012-01-01")):
+        ax = run.plot()
+        bottom = ax.figure.axes[-1]
+        ax.figure.canvas.draw()
+        boxes = [text.get_window_extent() for text in bottom.get_xticklabels() if text.get_text()]
+        assert 1 < len(boxes) and all(left.x1 < right.x0 for left, right in zip(boxes, boxes[1:]))

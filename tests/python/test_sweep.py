@@ -178,5 +178,8 @@ def test_plots(house, swept, tmp_path):
     one = house.sweep({"tank.size": ["1 m3", "3 m3"]}).plot("network.mains")
     assert (one.get_xlabel(), one.get_ylabel()) == ("tank.size, m3", "network.mains, m³")
     one.figure.savefig(tmp_path / "sweep.png")
+    default = house.sweep({"tank.size": ["1 m3", "3 m3"], "roof.size": ["50 m2", "60 m2"]}).plot()
+    assert default.figure.axes[-1].get_ylabel() == "tank.reliability_volume"
+    assert house.sweep({"roof.size": [50, 60]}).plot().get_ylabel() == "network.mains, m³"
     with pytest.raises(kesto.Error, match="there is no figure"):
         swept.plot("nothing")
