@@ -111,7 +111,7 @@ std::string boxText(std::size_t index, const std::string& name, const Box& box) 
     std::stable_sort(types.begin(), types.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
     std::string lines;
     for (std::size_t i = 0; i < std::min(types.size(), kMostTypes); ++i) {
-        lines += fmt::format("<br/><font point-size=\"9\" color=\"#555555\">{} {}</font>",
+        lines += fmt::format("<br/><font point-size=\"9\" color=\"#555555\">{} \u00d7 {}</font>",
                              withThousands(types[i].first), escapeMarkup(types[i].second));
     }
     if (types.size() > kMostTypes) {

@@ -131,7 +131,7 @@ class Pictures(unittest.TestCase):
         dot = (self.folder / "net.dot").read_text()
         self.assertEqual(re.findall(r"<b>(.*?)</b>", dot),
                          ["g0 and 333 alike", "g1 and 332 alike", "g2 and 332 alike", "without a group"])
-        self.assertIn("1,999 junction", dot)
+        self.assertIn("1,999 × junction", dot)
         self.assertEqual(re.findall(r'label=" ([\d,]+)"', dot), ["999", "666", "334"])
         self.assertEqual(kesto("draw", str(model), "-o", str(self.folder / "net.svg")).returncode, 0)
         self.assertEqual(kesto("draw", str(model), "--all", "-o", str(self.folder / "all.dot")).returncode, 0)

@@ -14,7 +14,7 @@ test("a click on a component shows it, and a button leads back", () => withBrows
   await tab.page.click(`#network [id="${tank}"] text`);
   await tab.settle();
   assert.equal(await tab.text("#network .details h3"), "tank");
-  assert.match(await tab.text("#network .details"), /Gets from[\s\S]*roof[\s\S]*Sends to[\s\S]*mains/);
+  assert.match(await tab.text("#network .details"), /Gets from\s+roof:runoff → inflow\s+water, 225\.7 m³\s[\s\S]*Sends to\s+deficit → mains:inflow\s+demand, 31\.2 m³/);
   assert.match(await tab.run(() => location.hash), /component=tank/);
   assert.ok(await tab.run(id => document.getElementById(id).classList.contains("chosen"), tank));
   if (charts) {
@@ -146,7 +146,7 @@ test("what the keyboard reaches beyond the frame comes into sight", () => withBr
 test("groups are opened with the keyboard, and it stays in the picture", { skip: !charts }, () => withBrowser(async browser => {
   const tab = await browser.open(large), { keyboard } = tab.page;
   await tab.click("Groups", "#network");
-  assert.ok((await buttonNames(tab, "#network svg.boxes")).some(name => /^mill 11 components 7 appliance/.test(name)));
+  assert.ok((await buttonNames(tab, "#network svg.boxes")).some(name => /^mill 11 components 7 × appliance/.test(name)));
   await tab.run(() => [...document.querySelectorAll("#network svg.boxes .box")].find(node => /^mill/.test(node.textContent)).focus());
   await keyboard.press("Enter");
   await tab.settle();

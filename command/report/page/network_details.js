@@ -22,10 +22,13 @@ function pairs(title, rows) {
 // `own` and `other` are places in a link: of this component's port, and of the other component and its port.
 function ends(title, links, graph, own, other, otherPort, choose) {
   if (!links.length) return [];
-  const small = (className, text, title) => make("span", { className, textContent: text, title });
-  const rows = links.slice(0, kLinks).map(link => make("li", {}, small("port", link[own]), " ",
-    nameButton(graph.name(link[other]), () => choose(link[other])), small("port", ` ${link[otherPort]}`),
-    link[4] ? small("total", " demand") : null, link[5] ? small("total", ` ${amount(link[5], "L")}`, hides(link[5], "L")) : null));
+  const rows = links.slice(0, kLinks).map(link => {
+    const away = [nameButton(graph.name(link[other]), () => choose(link[other])), make("span", { className: "port", textContent: link[otherPort] && `:${link[otherPort]}` })];
+    const here = make("span", { className: "port", textContent: link[own] });
+    const carried = [link[4] ? "demand" : "water", link[5] ? amount(link[5], "L") : ""].filter(text => text).join(", ");
+    return make("li", {}, ...(own > 1 ? [...away, " → ", here] : [here, " → ", ...away]),
+      make("span", { className: "total", textContent: carried, title: link[5] ? hides(link[5], "L") : undefined }));
+  });
   const more = links.length - rows.length;
   return [make("h4", { textContent: title }), make("ul", { className: "links" }, ...rows,
     more ? make("li", { className: "note", textContent: `… and ${number(more)} more` }) : null)];

@@ -153,6 +153,6 @@ export class Graph {
 
 export function typesText(types, most = 3) {
   const sorted = Object.entries(types).sort((a, b) => b[1] - a[1]);
-  const shown = sorted.slice(0, most).map(([type, count]) => `${number(count)} ${type}`);
+  const shown = sorted.slice(0, most).map(([type, count]) => `${number(count)} × ${type}`);
   return sorted.length > most ? [...shown, sorted.length - most === 1 ? "1 more type" : `${sorted.length - most} more types`] : shown;
 }
