@@ -128,7 +128,14 @@ StoreOverview storeOf(const Recorded& recorded, const State& state, int componen
     return store;
 }
 
-// Those that hold most, as often as each counts. Of stores that are alike one stands for all.
+// What it can hold, or held at most where that is not bounded, in the unit of the state.
+double largestLevel(const Recorded& recorded, const State& state, int component) {
+    const std::optional<double> capacity = capacityOf(recorded, component);
+    if (capacity && std::isfinite(*capacity)) return *capacity;
+    return static_cast<double>(*std::max_element(state.values, state.values + recorded.steps()));
+}
+
+// The largest, as often as each counts. Of stores that are alike one stands for all.
 void addStores(const Recorded& recorded, const Results& results, const Multiplicity& multiplicity, Overview& overview) {
     struct Candidate {
         double size;
@@ -152,7 +159,7 @@ void addStores(const Recorded& recorded, const Results& results, const Multiplic
         const Component& of = recorded.component(component);
         if (!known.emplace(of.code, of.size, sum, squares).second) continue;
         const double perUnit = BalanceInputs(recorded, component).litresPerUnit();
-        const double size = sum * perUnit * multiplicity.of(component).greatest;
+        const double size = largestLevel(recorded, state, component) * perUnit * multiplicity.of(component).greatest;
         candidates.push_back({size, &state, component});
     }
     std::stable_sort(candidates.begin(), candidates.end(),
