@@ -82,6 +82,7 @@ constexpr ExpectedShape kOverview[] = {
     {"paths.links[].to", Shape::text, kNeeded},
     {"paths.links[].litres", Shape::number, kNeeded},
     {"months.first", Shape::month, kNeeded},
+    {"months.whole[]", Shape::boolean},
     {"months.unit", Shape::text, kNeeded},
     {"months.series[].label", Shape::text, kNeeded},
     {"months.series[].kind", Shape::text, kNeeded},

@@ -26,6 +26,7 @@ class Cards {
         for (const Json& row : *figures) {
             if (row.at("value").is_number()) figures_.emplace(row.at("name").get<std::string>(), &row);
         }
+        isDaily_ = summary.value("days_per_step", 1.0) == 1;
         years_ = summary.value("steps_run", 0.0) / kDaysPerYear;
     }
 
@@ -55,7 +56,9 @@ class Cards {
 
     void add(Json card) { cards_.push_back(std::move(card)); }
 
-    bool hasYear() const { return years_ >= kLeastYears; }
+    // The calendar moves one day a step: of longer steps its years are none.
+    bool hasYear() const { return isDaily_ && years_ >= kLeastYears; }
+    std::string_view step() const { return isDaily_ ? "day" : "step"; }
     double perYear(double litres) const { return hasYear() ? litres / years_ : litres; }
     // "24.8 m³ a year"
     std::string aYear(double amount, std::string_view unit) const {
@@ -106,9 +109,10 @@ class Cards {
             add({{"id", "use"},
                  {"label", "Water use"},
                  {"value", *use / days / *persons},
-                 {"unit", "L per person and day"},
+                 {"unit", fmt::format("L per person and {}", step())},
                  {"digits", 1},
-                 {"note", fmt::format("{} a day for {} persons", readable(*use / days, "L"), personsText(*persons))}});
+                 {"note",
+                  fmt::format("{} a {} for {} persons", readable(*use / days, "L"), step(), personsText(*persons))}});
         } else {
             add({{"id", "use"},
                  {"label", "Water use"},
@@ -146,10 +150,11 @@ class Cards {
                   {"label", "Demand served"},
                   {"value", 100 * served / demand},
                   {"unit", "%"},
-                  {"digits", 1}};
+                  {"digits", 1},
+                  {"name", service->value("label", "")}};
         if (service->contains("days_in_full")) {
-            card["note"] = fmt::format("by {}, in full on {:.1f} % of the days", service->value("label", ""),
-                                       100 * service->value("days_in_full", 0.0));
+            card["note"] = fmt::format("by {}, in full on {:.1f} % of the {}s with a demand",
+                                       service->value("label", ""), 100 * service->value("days_in_full", 0.0), step());
         }
         add(std::move(card));
     }
@@ -162,13 +167,16 @@ class Cards {
             if (!longest || row->at("value").get<double>() > longest->at("value").get<double>()) longest = row;
         }
         if (!longest) return;
-        Json card{{"id", "shortage"}, {"label", "Longest shortage"}, {"value", longest->at("value")}, {"unit", "d"}};
-        const std::string name = longest->at("name").get<std::string>();
+        Json card{{"id", "shortage"}, {"label", "Longest shortage"}, {"value", longest->at("value")}};
+        const std::string figure = longest->at("name").get<std::string>();
+        const std::string name = figure.substr(0, figure.size() - kEnding.size());
+        card["unit"] = isDaily_ ? "d" : "steps";
         if (longest->at("value").get<double>() > 0) {
             card["from"] = longest->at("from");
             card["to"] = longest->at("to");
-            card["note"] = fmt::format("{}, {}", name.substr(0, name.size() - kEnding.size()),
-                                       period(card["from"].get<std::string>(), card["to"].get<std::string>()));
+            card["name"] = name;
+            card["note"] =
+                fmt::format("{}, {}", name, period(card["from"].get<std::string>(), card["to"].get<std::string>()));
         }
         add(std::move(card));
     }
@@ -183,6 +191,7 @@ class Cards {
              {"value", 100 * litres / inflow},
              {"unit", "% of the inflow"},
              {"digits", 1},
+             {"name", overflow->value("label", "")},
              {"note", fmt::format("{}, from {}", aYear(litres, "L"), overflow->value("label", ""))}});
     }
 
@@ -190,7 +199,7 @@ class Cards {
         const auto found = figures_.find("network.yearly_cost");
         if (found == figures_.end()) return {};
         const std::string unit = found->second->at("unit").get<std::string>();
-        return unit.substr(0, unit.find('/'));
+        return unit.substr(0, unit.rfind('/'));  // it may hold a slash of its own
     }
 
     void addMoney() {
@@ -241,7 +250,8 @@ class Cards {
     const Json& summary_;
     const Json& overview_;
     std::map<std::string, const Json*, std::less<>> figures_;
-    double years_ = 0;
+    bool isDaily_ = true;
+    double years_ = 0;  // of the calendar
     Json cards_ = Json::array();
 };
 

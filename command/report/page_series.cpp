@@ -23,9 +23,15 @@ bool addsUp(Quantity quantity) {
     return quantity == Quantity::flow || quantity == Quantity::potential;
 }
 
+struct OfMonths {
+    std::vector<float> values;
+    std::vector<std::size_t> days;  // that have a value
+    bool isWhole = true;            // all days have
+};
+
 // Of each month of the run. A day without a value is a gap of its month's mean, not of its sum.
-std::vector<float> byMonth(const std::vector<float>& values, const std::vector<std::uint8_t>& months, bool isSum) {
-    std::vector<float> result;
+OfMonths byMonth(const std::vector<float>& values, const std::vector<std::uint8_t>& months, bool isSum) {
+    OfMonths result;
     for (std::size_t first = 0; first < values.size();) {
         double sum = 0;
         std::size_t count = 0, day = first;
@@ -35,7 +41,9 @@ std::vector<float> byMonth(const std::vector<float>& values, const std::vector<s
             ++count;
         }
         const double value = isSum ? sum : sum / static_cast<double>(count);
-        result.push_back(count > 0 ? static_cast<float>(value) : std::numeric_limits<float>::quiet_NaN());
+        result.values.push_back(count > 0 ? static_cast<float>(value) : std::numeric_limits<float>::quiet_NaN());
+        result.days.push_back(count);
+        if (count < day - first) result.isWhole = false;
         first = day;
     }
     return result;
@@ -197,7 +205,9 @@ class SeriesData {
         }
         row["unit"] = entry.unit;
         row["sum"] = addsUp(entry.quantity);
-        row["months"] = packed(byMonth(values, months_, addsUp(entry.quantity)));
+        const OfMonths byMonths = byMonth(values, months_, addsUp(entry.quantity));
+        row["months"] = packed(byMonths.values);
+        if (!byMonths.isWhole && !addsUp(entry.quantity)) row["month_days"] = byMonths.days;
         addPacked(row, values);
         if (!isQuality(entry.quantity) && first_.contains(entry.name())) row["first_shown"] = true;
         return row;

@@ -53,7 +53,12 @@ Json monthsOf(const Overview& overview) {
     for (const OverviewRow& row : overview.supply) {
         series.push_back({{"label", row.label}, {"kind", row.kind}, {"values", numbers(row.values)}});
     }
+    Json whole = Json::array();
+    for (std::size_t month = 0; month < overview.months.count(); ++month) {
+        whole.push_back(overview.months.isWhole(month));
+    }
     return {{"first", fmt::format("{:04}-{:02}", overview.months.year(0), overview.months.ofYear(0))},
+            {"whole", std::move(whole)},
             {"unit", "L"},
             {"series", std::move(series)}};
 }

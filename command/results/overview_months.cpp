@@ -172,11 +172,11 @@ class MonthRows {
             }
         }
         const std::string of = sourceCount_ == 1 ? recorded_.component(lastSource_).name : "a store or source";
-        addYear(fmtDays(of), sumOfSteps(overview_.months, [&](std::size_t step) { return isShort[step] ? 1.0 : 0.0; }),
-                "d");
+        const bool isDaily = recorded_.model().simulation.timeStep == 1;
+        addYear((isDaily ? "Days on which " : "Steps on which ") + of + " fell short",
+                sumOfSteps(overview_.months, [&](std::size_t step) { return isShort[step] ? 1.0 : 0.0; }),
+                isDaily ? "d" : "steps");
     }
-
-    static std::string fmtDays(const std::string& of) { return "Days on which " + of + " fell short"; }
 
     const Recorded& recorded_;
     const Results& results_;

@@ -152,6 +152,8 @@ class PageData(unittest.TestCase):
         self.assertEqual([cards["shortage"][key] for key in ("value", "from", "to")],
                          [float(shortage["value"]), shortage["from"], shortage["to"]])
         self.assertEqual(cards["shortage"]["note"], "tank, 28 July to 11 October 2012")
+        self.assertEqual(cards["shortage"]["name"], "tank")
+        self.assertIn("of the days with a demand", cards["reliability"]["note"])
         self.assertEqual(cards["use"]["note"], f"{used / 1461:.1f} L a day for 2.46 persons")
         self.assertEqual(cards["overflow"]["note"].split(",")[0],
                          f'{math.fsum(flows["tank:overflow [L]"]) / 4 / 1000:.1f} m\u00b3 a year')
@@ -239,8 +241,47 @@ class PageData(unittest.TestCase):
             with self.subTest(first):
                 data = self.run_and_report(HOUSE, "--from", first, "--to", last)
                 self.assertEqual(data["years"]["whole"], whole)
+                self.assertEqual(data["months"]["whole"], [first.endswith("01")] + [True] * (months - 2) +
+                                 [last != "2014-01-01"] * (months > 1))
                 self.assertEqual(len(data["months"]["series"][0]["values"]), months)
                 self.assertEqual(len(unpacked(data["series"]["list"][0]["months"])), months)
+
+    # A quality is known on days on which water flowed.
+    def test_means_of_months_know_their_days(self):
+        data = self.run_and_report(EXAMPLES / "office-greywater" / "model.toml")
+        shown = {series["name"]: series for series in data["series"]["list"]}
+        self.assertNotIn("month_days", shown["tank:storage"])
+        overflow = shown["plant:overflow:quality"]
+        known = [not math.isnan(value) for value in unpacked(overflow["days"])]
+        self.assertEqual(overflow["month_days"][:2], [sum(known[:31]), sum(known[31:59])])
+        self.assertTrue(0 < overflow["month_days"][0] < 31)
+
+    def test_longer_steps_are_no_days(self):
+        text = HOUSE.read_text().replace("[simulation]", "[simulation]\ntime_step = 2")
+        (self.folder / "weather.csv").write_bytes((HOUSE.parent / "weather.csv").read_bytes())
+        data = self.run_and_report(self.model(text))
+        cards = self.cards(data)
+        self.assertEqual(cards["use"]["unit"], "L per person and step")
+        self.assertIn("of the steps with a demand", cards["reliability"]["note"])
+        self.assertEqual(cards["shortage"]["unit"], "steps")
+        self.assertNotIn("year", "".join(card.get("note", "") for card in cards.values()))
+        self.assertEqual(data["years"]["rows"][-1]["label"], "Steps on which tank fell short")
+
+    def test_the_largest_stores(self):
+        data = self.run_and_report(self.model(street(600, "2012-02-10")))
+        sizes = [store["capacity"] for store in data["stores"]["list"]]
+        self.assertEqual(sizes, [300 + n for n in range(599, 587, -1)])
+        self.assertEqual(data["stores"]["more"], 588)
+
+    def test_a_currency_with_a_slash(self):
+        office = EXAMPLES / "office-greywater"
+        for file in office.glob("*.csv"):
+            (self.folder / file.name).write_bytes(file.read_bytes())
+        text = (office / "model.toml").read_text()
+        self.assertIn('currency = "EUR"', text)
+        data = self.run_and_report(self.model(re.sub(r"\bEUR\b", "</i>", text)))
+        self.assertEqual(self.cards(data)["cost"]["unit"], "</i>/m³")
+        self.assertEqual(self.cards(data)["cost"]["note"], "2,476.24 </i> a year")
 
     def test_a_run_that_failed(self):
         folder = pathlib.Path(__file__).parent / "failing"

@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { few, long, looksRight, widths, withBrowser } from "./browser.mjs";
-import { charts, failed, hostile, hostileNames } from "./runs.mjs";
+import { changed, charts, failed, hostile, hostileNames, house } from "./runs.mjs";
 
 test("hostile names are text", () => withBrowser(async browser => {
   const file = hostileNames();
@@ -23,6 +23,25 @@ test("hostile names are text", () => withBrowser(async browser => {
     await again.close();
   }
   await tab.fits();
+  await tab.close();
+}));
+
+test("a name that is written from right to left does not turn round the dates beside it", () => withBrowser(async browser => {
+  const tab = await browser.open(changed(house(), "right-to-left", data => {
+    const card = data.cards.find(one => one.id === "shortage");
+    Object.assign(card, { name: hostile[2], note: card.note.replace(card.name, hostile[2]) });
+  }));
+  const [name, day, year] = await tab.run(() => {
+    const aside = [...document.querySelectorAll("#figures .aside")].find(node => / July to /.test(node.textContent));
+    const text = aside.lastChild, range = document.createRange();
+    const leftOf = (from, to) => {
+      range.setStart(text, from);
+      range.setEnd(text, to);
+      return range.getBoundingClientRect().left;
+    };
+    return [aside.querySelector("bdi").getBoundingClientRect().right, leftOf(2, 4), leftOf(text.length - 4, text.length)];
+  });
+  assert.ok(name <= day && day < year, `${name}, ${day}, ${year}`);
   await tab.close();
 }));
 

@@ -7,6 +7,7 @@ import path from "node:path";
 
 const kKesto = process.env.KESTO, kExamples = process.env.KESTO_EXAMPLES;
 
+export const examples = kExamples;
 export const charts = process.env.KESTO_CHARTS !== "OFF";
 export const folder = fs.mkdtempSync(path.join(os.tmpdir(), "kesto-page-"));
 process.on("exit", () => fs.rmSync(folder, { recursive: true, force: true }));

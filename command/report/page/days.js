@@ -13,6 +13,8 @@ export function longDay(day) {
   return `${date.getUTCDate()} ${kMonths[date.getUTCMonth()]} ${date.getUTCFullYear()}`;
 }
 
+export const longPeriod = (first, last) => first === last ? longDay(first) : `${longDay(first)} to ${longDay(last)}`;
+
 export const monthOfDay = day => dateOf(day).getUTCFullYear() * 12 + dateOf(day).getUTCMonth();
 export const monthOf = iso => Number(iso.slice(0, 4)) * 12 + Number(iso.slice(5, 7)) - 1;
 export const yearOfMonth = month => Math.floor(month / 12);

@@ -34,6 +34,9 @@ export function named(text) {
   return make("bdi", {}, ...parts.flatMap((part, i) => i ? [make("wbr"), part] : [part]));
 }
 
+// The same within a text that has no elements.
+export const isolated = text => `\u2068${text}\u2069`;
+
 // A list that is opened with a click, and filled only then.
 export function opened(title, fill) {
   const details = make("details", {}, make("summary", { textContent: title }));

@@ -1,6 +1,6 @@
 // The head of the page: period, size and outcome; then warnings and cards.
 import { byId, make, named } from "./dom.js";
-import { dayOf, longDay } from "./days.js";
+import { dayOf, longPeriod } from "./days.js";
 import { exact, number, unitFor } from "./units.js";
 
 const kWarningsShown = 8;
@@ -20,7 +20,8 @@ export function allWarnings(data) {
 }
 
 export function writeHead(data, warnings) {
-  const parts = [data.place && named(data.place), `${longDay(dayOf(data.start))} to ${longDay(dayOf(data.end))}`,
+  const parts = [data.place && named(data.place), longPeriod(dayOf(data.start), dayOf(data.end)),
+                 (data.days_per_step ?? 1) !== 1 && `steps of ${number(data.days_per_step)} days, each with one date`,
                  data.components === 1 ? "1 component" : `${number(data.components)} components`,
                  outcomeText(data, warnings)].filter(part => part);
   const lead = byId("lead");
@@ -60,6 +61,11 @@ export function warningSection(data, warnings) {
     : { id: "warnings", title: "Warnings", body, note: "What check and run found doubtful; look at these before you trust the figures." };
 }
 
+function aside({ note, name }) {
+  const text = note.replaceAll(" %", "\u00a0%"), at = name ? note.indexOf(name) : -1;
+  return make("span", { className: "aside" }, ...(at < 0 ? [text] : [text.slice(0, at), named(name), text.slice(at + name.length)]));
+}
+
 function card(one) {
   const chosen = unitFor(one.unit, one.value);
   const shown = number(one.value / chosen.factor, chosen.factor === 1 ? one.digits : undefined);
@@ -67,7 +73,7 @@ function card(one) {
     make("dt", { textContent: one.label }),
     make("dd", {}, make("span", { className: "figure", textContent: shown }), " ",
       make("span", { className: "unit", textContent: chosen.unit }),
-      one.note ? make("span", { className: "aside", textContent: one.note.replaceAll(" %", "\u00a0%") }) : null));
+      one.note ? aside(one) : null));
 }
 
 export function cardSection(data) {

@@ -7,9 +7,10 @@ const kDay = 86400;
 
 function timeTexts(_, splits, __, ___, step) {
   let year = null, before = null;
+  const hasMidnight = splits.some(second => second !== null && second % kDay === 0);
   return splits.map(second => {
     // Within a day there is nothing to name.
-    if (second === null || Math.floor(second / kDay) === before) return "";
+    if (second === null || Math.floor(second / kDay) === before || (hasMidnight && second % kDay !== 0)) return "";
     before = Math.floor(second / kDay);
     const date = new Date(second * 1000), now = date.getUTCFullYear();
     const first = now !== year;
@@ -22,6 +23,9 @@ function timeTexts(_, splits, __, ___, step) {
 }
 
 export const canDraw = () => typeof uPlot !== "undefined";
+
+// One day alone has a day's width.
+const days = ({ data: [x] }, low, high) => x.length === 1 ? [x[0] - kDay / 2, x[0] + kDay / 2] : [low, high];
 
 // From zero where nothing lies below it.
 function range(_, low, high) {
@@ -38,8 +42,8 @@ function close(_, low, high) {
   return [low - room, high + room];
 }
 
-// The last month is as long as those before it.
-const prolonged = x => [...x, 2 * x[x.length - 1] - (x[x.length - 2] ?? x[0] - 30 * kDay)];
+// The last month is as long as it is, or as those before it.
+const prolonged = (x, until) => [...x, until ?? 2 * x[x.length - 1] - (x[x.length - 2] ?? x[0] - 30 * kDay)];
 const repeated = values => [...values, values[values.length - 1]];
 
 // The place under the pointer; null: none. A step is that of the month in which it begins.
@@ -50,19 +54,19 @@ function pointed(chart, isStepped) {
   return Math.max(0, Math.min(isBefore ? at - 1 : at, chart.data[0].length - 2));
 }
 
-// `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`.
-export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, onZoom, onPoint }) {
+// `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`; `until`: where the last step ends.
+export function lines(host, { width, height, x, until, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
   const placeNames = (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "");
   const across = xLabel ? { label: xLabel, labelSize: 18, size: 42, ...(xNames ? { values: placeNames } : {}) } : { values: timeTexts, space: 64, size: 52 };
   const isStepped = x.length > 0 && series.some(one => one.stepped);
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
-    width, height, padding: [10, xLabel ? 34 : 14, 0, 0],
+    width, height, padding: [10, xLabel ? 34 : Math.ceil(widthOf("30 May") / 2) + 2, 0, 0],
     tzDate: second => uPlot.tzDate(new Date(second * 1000), "Etc/UTC"),
     legend: { show: false },
     cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
-    scales: { x: { time: !xLabel }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
+    scales: { x: { time: !xLabel, ...(xLabel ? {} : { range: days }) }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
     axes: [
       { ...axis, ...across },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
@@ -79,7 +83,7 @@ export function lines(host, { width, height, x, series, yLabel, xLabel, xNames, 
       setScale: [(chart, scale) => scale === "x" && onZoom?.(chart.scales.x.min, chart.scales.x.max, chart)],
       setCursor: [chart => onPoint?.(pointed(chart, isStepped))],
     },
-  }, isStepped ? [prolonged(x), ...series.map(one => repeated(one.values))] : [x, ...series.map(one => one.values)], host);
+  }, isStepped ? [prolonged(x, until), ...series.map(one => repeated(one.values))] : [x, ...series.map(one => one.values)], host);
   return plot;
 }
 

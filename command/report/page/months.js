@@ -1,22 +1,28 @@
 // What was used in each month, by source, as bars one on the other; then the years as a table.
-import { figure, make, opened, svg, table } from "./dom.js";
+import { figure, isolated, make, opened, svg, table } from "./dom.js";
 import { drawn, hideHint, legend, showHint, ticks, tickTexts, widthOf } from "./chart.js";
 import { coloursOf } from "./colours.js";
 import { longMonth, monthOf, shortMonths, yearOfMonth } from "./days.js";
 import { amount, digitsFor, hides, largestOf, number, unitFor } from "./units.js";
 
-const kHeight = 280, kBelow = 26, kAbove = 8;
+const kHeight = 280, kBelow = 26, kAbove = 16;
 const kNarrowestBar = 3;
+
+const isWhole = (months, i) => months.whole?.[i] !== false;
+const marked = (text, whole) => whole ? text : `${text}*`;
 
 // Sums of years where the months are too many to be seen.
 function bars(months, width) {
   const first = monthOf(months.first), count = Math.max(...months.series.map(one => one.values.length));
   if (count * kNarrowestBar <= width) {
-    return { labels: Array.from({ length: count }, (_, i) => longMonth(first + i)), series: months.series.map(one => one.values),
+    const whole = Array.from({ length: count }, (_, i) => isWhole(months, i));
+    return { labels: whole.map((one, i) => marked(longMonth(first + i), one)), whole, series: months.series.map(one => one.values),
              years: Array.from({ length: count }, (_, i) => (first + i) % 12 === 0 || i === 0 ? yearOfMonth(first + i) : null), first };
   }
   const years = [...new Set(Array.from({ length: count }, (_, i) => yearOfMonth(first + i)))];
-  return { labels: years.map(String), years, yearly: true,
+  const inYear = year => Array.from({ length: count }, (_, i) => i).filter(i => yearOfMonth(first + i) === year);
+  const whole = years.map(year => inYear(year).length === 12 && inYear(year).every(i => isWhole(months, i)));
+  return { labels: years.map((year, i) => marked(String(year), whole[i])), whole, years, yearly: true,
            series: months.series.map(one => years.map(year => one.values.reduce((sum, value, i) =>
              yearOfMonth(first + i) === year ? sum + (value ?? 0) : sum, 0))) };
 }
@@ -67,15 +73,17 @@ function picture(months, colours, width, unit) {
     });
     drawing.append(svg("path", { d: path || "M0,0", fill: colours[s] }));
   });
+  totals.forEach((total, i) => shown.whole[i] || drawing.append(svg("text", { class: "part", x: left + i * step + bar / 2,
+    y: y(total / chosen.factor) - 1, "text-anchor": "middle" }, "*")));
   drawing.append(timeLabels(shown, left, step, count, base));
   drawing.addEventListener("pointermove", event => {
     const i = Math.floor((event.clientX - drawing.getBoundingClientRect().left - left) / step);
     if (i < 0 || i >= count) return hideHint();
-    showHint(event, shown.labels[i], ...months.series.map((one, s) => `${one.label}: ${amount(shown.series[s][i], unit)}`).reverse(),
+    showHint(event, shown.labels[i], ...months.series.map((one, s) => `${isolated(one.label)}: ${amount(shown.series[s][i], unit)}`).reverse(),
       `total: ${amount(totals[i], unit)}`);
   });
   drawing.addEventListener("pointerleave", hideHint);
-  return { drawing, unit: chosen.unit, yearly: shown.yearly };
+  return { drawing, unit: chosen.unit, yearly: shown.yearly, whole: shown.whole };
 }
 
 function monthTable(months) {
@@ -83,7 +91,7 @@ function monthTable(months) {
   const chosen = unitFor(months.unit, largestOf(months.series.flatMap(one => one.values)));
   const digits = digitsFor(largestOf(months.series.flatMap(one => one.values)) / chosen.factor);
   return table(`Months, in ${chosen.unit}`, [{ title: "month" }, ...months.series.map(one => ({ title: one.label, number: true }))],
-    months.series[0].values.map((_, i) => [longMonth(first + i), ...months.series.map(one =>
+    months.series[0].values.map((_, i) => [marked(longMonth(first + i), isWhole(months, i)), ...months.series.map(one =>
       cell(one.values[i], months.unit, chosen, digits))]));
 }
 
@@ -102,10 +110,13 @@ export function monthSection({ months }) {
   const note = make("span", {});
   const host = make("div", { className: "chart" });
   const keys = legend(series.map((one, i) => ({ label: one.label, colour: colours[i] })));
-  const body = [figure("What was used in each month, by source.", keys, host), opened("As a table", () => monthTable(kept))];
+  const part = make("p", { className: "note" });
+  const body = [figure("What was used in each month, by source.", keys, host, part), opened("As a table", () => monthTable(kept))];
   const draw = width => {
-    const { drawing, unit, yearly } = picture(kept, colours, width, months.unit);
+    const { drawing, unit, yearly, whole } = picture(kept, colours, width, months.unit);
     note.textContent = `What was used, in ${unit} ${yearly ? "a year" : "a month"}, by where it came from.`;
+    part.textContent = `* Only a part of this ${yearly ? "year" : "month"} was run.`;
+    part.hidden = whole.every(one => one);
     host.replaceChildren(drawing);
   };
   return { id: "months", title: "Month by month", note, body, ready: () => drawn(host, draw)() };
@@ -122,7 +133,7 @@ function unitOfRow({ unit, values }, rows) {
 // Years across while they fit, else down; so no sheet of paper cuts them.
 export function yearSection({ years }) {
   if (!years?.rows?.length || !years.years.length) return null;
-  const title = i => `${years.years[i]}${years.whole?.[i] === false ? "*" : ""}`;
+  const title = i => marked(String(years.years[i]), years.whole?.[i] !== false);
   const rows = years.rows.map(row => {
     const chosen = unitOfRow(row, years.rows);
     const digits = row.values.every(value => Number.isInteger(value ?? 0)) && chosen.factor === 1 ? 0

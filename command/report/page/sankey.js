@@ -1,6 +1,6 @@
 // Where the water comes from and goes. d3-sankey places nodes and bands; the labels decide how much room there must be, so
 // that no two touch: a column's nodes stand apart by the height of a label, and a label is no wider than its column.
-import { figure, make, opened, scrolled, svg, table } from "./dom.js";
+import { figure, isolated, make, opened, scrolled, svg, table } from "./dom.js";
 import { drawn, hinted, widthOf, wrapped } from "./chart.js";
 import { colourOf } from "./colours.js";
 import { digitsFor, exact, hides, largestOf, number, unitFor } from "./units.js";
@@ -8,6 +8,7 @@ import { digitsFor, exact, hides, largestOf, number, unitFor } from "./units.js"
 const kNode = 10, kGap = 8, kLine = 15, kApart = 8;
 const kSide = 180;      // the widest label beside the picture
 const kNarrowest = 84;  // pixels that a column needs for a label
+const kSmallest = 10;   // letters of a name that would else be cut
 
 // Links that close a loop, as reuse does: they run back beneath the picture, for the layout knows no loops.
 function returning(nodes, links) {
@@ -84,7 +85,8 @@ class Picture {
     this.columns = 1 + Math.max(...nodes.map(node => node.layer));
     const layer = new Map(nodes.map(node => [node.id, node.layer]));
     this.beside = width >= 720;
-    const font = this.beside ? 13 : 11.5;
+    this.font = this.beside ? 13 : 11.5;
+    const { font } = this;
     const widest = side => Math.min(kSide, Math.ceil(Math.max(...this.nodes.filter(node => layer.get(node.id) === side)
       .flatMap(node => [node.label, this.scale.text(this.amountOf(node))]).map(text => widthOf(text, font)))) + kGap + 4);
     this.left = this.beside ? widest(0) : 0;
@@ -96,8 +98,8 @@ class Picture {
     for (const node of this.nodes) {
       const column = layer.get(node.id);
       const room = (this.beside && column === 0 ? this.left : column === this.columns - 1 ? this.right : this.slot) - 2 * kGap + 4;
-      const lines = wrapped(node.label, room, 3, font).map(text => ({ text, name: true }))
-        .concat(wrapped(this.scale.text(this.amountOf(node)), room, 2, font - 1).map(text => ({ text })));
+      const lines = this.nameLines(node.label, room)
+        .concat(wrapped(this.scale.text(this.amountOf(node)), room, 2, font - 1).map(text => ({ text, size: font - 1 })));
       this.labels.set(node.id, lines);
       tallest = Math.max(tallest, lines.length * kLine);
     }
@@ -110,6 +112,14 @@ class Picture {
     this.thickness = this.graph.links.length ? this.graph.links[0].width / this.graph.links[0].value : 0;
     const lanes = this.returns.reduce((sum, link) => sum + Math.max(1, link.litres * this.thickness) + 10, 0);
     this.height = Math.ceil(this.top * 2 + this.bands + (lanes ? lanes + 8 : 0));
+  }
+
+  // Smaller rather than cut.
+  nameLines(name, room) {
+    for (let size = this.font; ; size -= 0.5) {
+      const lines = wrapped(name, room, 3, size);
+      if (size <= kSmallest || !lines.some(line => line.endsWith("…"))) return lines.map(text => ({ text, size, name: true }));
+    }
   }
 
   amountOf(node) {
@@ -146,7 +156,7 @@ class Picture {
     const addBand = (path, width, link) => {
       const from = label.get(link.from);
       const band = svg("path", { d: path, class: "band", stroke: colourOf(from.kind, from.label), "stroke-width": Math.max(1, width) });
-      hinted(band, () => [`${from.label} → ${label.get(link.to).label}`, this.scale.text(link.litres), `in all ${exact(link.litres, "L")}`]);
+      hinted(band, () => [`${isolated(from.label)} → ${isolated(label.get(link.to).label)}`, this.scale.text(link.litres), `in all ${exact(link.litres, "L")}`]);
       inside.append(band);
     };
     for (const link of graph.links) addBand(this.band(link), link.width, link.link);
@@ -168,11 +178,11 @@ class Picture {
     const middle = (node.y0 + node.y1) / 2;
     return svg("g", { class: "label", "text-anchor": outside ? "end" : "start" }, svg("title", {}, node.label), ...lines.map((line, i) =>
       svg("text", { x, y: middle + (i - (lines.length - 1) / 2) * kLine + 4, class: line.name ? "name" : "amount",
-                    "font-size": (this.beside ? 13 : 11.5) - (line.name ? 0 : 1) }, line.text)));
+                    "font-size": line.size }, line.text)));
   }
 
   said() {
-    const parts = kind => this.nodes.filter(node => node.kind === kind).map(node => `${node.label} ${this.scale.text(this.amountOf(node))}`);
+    const parts = kind => this.nodes.filter(node => node.kind === kind).map(node => `${isolated(node.label)} ${this.scale.text(this.amountOf(node))}`);
     return `Flow diagram. From: ${parts("source").join(", ")}. To: ${parts("sink").join(", ")}. The table below holds all bands.`;
   }
 }
@@ -186,10 +196,10 @@ function linkTable(paths) {
     [label.get(link.from), label.get(link.to), scale.text(link.litres), hides(link.litres, "L")]));
 }
 
-export function sankeySection({ paths: given, days, start, end }) {
+export function sankeySection({ paths: given, years, period: dates }) {
   if (!given?.links?.some(link => link.litres > 0)) return null;
-  const paths = { years: days / 365.25, ...given };
-  const period = `${isPerYear(paths) ? "Mean of a year" : "Sum of the period"}, ${start} to ${end}`;
+  const paths = { years, ...given };
+  const period = `${isPerYear(paths) ? "Mean of a year" : "Sum of the period"}, ${dates}`;
   const head = { id: "paths", title: "Where the water comes from and goes" };
   if (typeof d3 === "undefined") return { ...head, note: `${period}; nothing is left out.`, body: [linkTable(paths)] };
   const host = make("div", { className: "chart" });

@@ -1,11 +1,11 @@
 // All series: a list to choose from, and the chart of those that are chosen.
-import { button, choice, figure, make, named, switcher, table } from "./dom.js";
+import { button, choice, figure, isolated, make, named, switcher, table } from "./dom.js";
 import { address, onAddress, remember } from "./address.js";
 import { drawn } from "./chart.js";
-import { data } from "./data.js";
+import { data, stepWord } from "./data.js";
 import { isoOf } from "./days.js";
 import { canDraw, lineSample, noCharts } from "./lines.js";
-import { all, firstShown, groupOf, hasDays, kindOf, kMostShown, looks, placed, summed, timesOf, typeOf } from "./series_data.js";
+import { all, firstShown, groupOf, hasDays, kindOf, kMostShown, looks, partsSaid, placed, summed, timesOf, typeOf } from "./series_data.js";
 import { emptyChart, SeriesChart } from "./series_chart.js";
 import { amount, hides, number } from "./units.js";
 
@@ -41,6 +41,7 @@ class SeriesSection {
     const byName = new Map(all.map(one => [one.name, one]));
     const asked = (address.series ?? []).map(name => byName.get(name)).filter(one => one).slice(0, kMostShown);
     this.shown = asked.length ? asked : firstShown();
+    this.ordered();
     this.by = ["day", "month", "year"].includes(address.by) ? address.by : this.shown.every(hasDays) ? "day" : "month";
     placed(this.shown);
   }
@@ -102,7 +103,7 @@ class SeriesSection {
   }
 
   controls() {
-    const options = [["day", "Day"], ["month", "Month"], ["year", "Year"]];
+    const options = [["day", stepWord === "day" ? "Day" : "Step"], ["month", "Month"], ["year", "Year"]];
     this.byMonth = switcher("Resolution", all.some(hasDays) ? options : options.slice(1), this.by, by => {
       this.by = by;
       this.changed();
@@ -116,6 +117,11 @@ class SeriesSection {
       const other = name === "from" ? "to" : "from";
       if (event.target.value && !address[other]) remember({ [other]: this.ends()[other] });
       this.redraw();
+    },
+    onblur: event => {
+      if (Object.values(this.limits).includes(event.relatedTarget)) return;  // the other date comes next
+      this.ordered();
+      this.showRange();
     } });
     this.limits = { from: limit("from"), to: limit("to") };
     const logarithmic = make("input", { type: "checkbox", checked: address.scale === "log", onchange: () => {
@@ -136,6 +142,15 @@ class SeriesSection {
   ends() {
     const seconds = timesOf("day").seconds;
     return { from: isoOf((seconds[0] ?? 0) / 86400), to: isoOf((seconds[seconds.length - 1] ?? 0) / 86400) };
+  }
+
+  // Dates that were given the wrong way round, or beyond the run.
+  ordered() {
+    if (!address.from || !address.to) return;
+    const ends = this.ends(), [from, to] = [address.from, address.to].sort();
+    const isInside = from <= ends.to && to >= ends.from;
+    const kept = isInside ? { from: from < ends.from ? ends.from : from, to: to > ends.to ? ends.to : to } : { from: undefined, to: undefined };
+    if (kept.from !== address.from || kept.to !== address.to) remember(kept);
   }
 
   showRange() {
@@ -163,9 +178,11 @@ class SeriesSection {
 
   showHint() {
     const without = this.by === "day" ? this.shown.filter(one => !hasDays(one)) : [];
-    this.hint.textContent = without.length ? `${without.map(one => one.name).join(", ")}: this page has months only; ` +
-      `"kesto report --series" chooses which series have days.` : "";
-    this.hint.hidden = !without.length;
+    const hints = [without.length && `${without.map(one => isolated(one.name)).join(", ")}: this page has months only; ` +
+      `"kesto report --series" chooses which series have days.`,
+    this.shown.some(one => one.sum) && partsSaid(this.by)].filter(text => text);
+    this.hint.textContent = hints.join(" ");
+    this.hint.hidden = !hints.length;
     this.range.hidden = address.as === "sorted";
     this.log.hidden = address.as !== "sorted";
   }

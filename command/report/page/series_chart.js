@@ -45,8 +45,10 @@ export class SeriesChart {
   // The zoom in seconds, or null for all days.
   zoom() {
     if (address.as === "sorted" || !address.from || !address.to) return null;
-    const zoom = { min: dayOf(address.from) * 86400, max: dayOf(address.to) * 86400 };
-    return zoom.min < zoom.max ? zoom : null;
+    const [first, last] = [dayOf(address.from) * 86400, dayOf(address.to) * 86400].sort((a, b) => a - b);
+    const { seconds } = this.times, min = Math.max(first, seconds[0]), max = Math.min(last, this.times.until ?? seconds[seconds.length - 1]);
+    if (!(min <= max)) return null;  // no dates, or none of the run
+    return min < max ? { min, max } : { min: min - 43200, max: max + 43200 };
   }
 
   draw(width, shown, by) {
@@ -61,6 +63,7 @@ export class SeriesChart {
     this.plots = this.panels.map(panel => lines(this.host, {
       width, height, key: "series",
       x: sorted ? Array.from({ length: kShares + 1 }, (_, i) => 100 * i / kShares) : this.times.seconds,
+      until: this.times.until,
       xLabel: sorted ? "share of the time at least as high [%]" : undefined,
       logarithmic: sorted && address.scale === "log",
       yLabel: `${panel.chosen.unit || "value"}${panel.suffix}`,

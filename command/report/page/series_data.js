@@ -1,5 +1,5 @@
 // The series of the run: by day where the page has their days, by month and year all of them.
-import { data, unpacked } from "./data.js";
+import { data, stepWord, unpacked } from "./data.js";
 import { dayOf, firstDayOf, isoMonth, isoOf, longDay, longMonth, monthOfDay, yearOfMonth } from "./days.js";
 import { kSeriesColours } from "./colours.js";
 
@@ -9,6 +9,7 @@ export const kMostShown = 8;
 
 const first = dayOf(source.first ?? data.start ?? "1970-01-01"), step = source.step_days ?? 1, count = source.count ?? 0;
 const firstMonth = monthOfDay(first);
+const yearOf = day => yearOfMonth(monthOfDay(day));
 const marksAbsence = one => one.quantity === "quality" || one.quantity === "store_quality";
 
 function decoded(one, part) {
@@ -16,7 +17,7 @@ function decoded(one, part) {
   return one.decoded[part] ??= unpacked(one[part]).map(value => value === -1 && marksAbsence(one) ? null : value);
 }
 
-// Days of the run in each month, by which means of months are weighed.
+// Days of the run in each month, by which means of months are weighed; where some have no value, of those that have one.
 const monthDays = (() => {
   const days = [];
   for (let i = 0; i < count; ++i) {
@@ -26,6 +27,8 @@ const monthDays = (() => {
   return Array.from(days, value => value ?? 0);
 })();
 
+const weightOf = (one, month) => one.sum ? 1 : one.month_days?.[month] ?? monthDays[month] ?? 1;
+
 const years = [...new Set(monthDays.map((_, i) => yearOfMonth(firstMonth + i)))];
 
 function yearly(one) {
@@ -34,9 +37,8 @@ function yearly(one) {
     let sum = 0, weight = 0;
     months.forEach((value, i) => {
       if (value === null || yearOfMonth(firstMonth + i) !== year) return;
-      const days = one.sum ? 1 : monthDays[i] || 1;
-      sum += value * days;
-      weight += days;
+      sum += value * weightOf(one, i);
+      weight += weightOf(one, i);
     });
     return weight ? one.sum ? sum : sum / weight : null;
   });
@@ -53,19 +55,36 @@ export function valuesOf(one, by) {
 export function timesOf(by) {
   const days = by === "day" ? Array.from({ length: count }, (_, i) => first + i * step)
     : by === "month" ? monthDays.map((_, i) => firstDayOf(firstMonth + i)) : years.map(year => firstDayOf(year * 12));
+  const last = firstMonth + monthDays.length - 1;
+  const end = by === "month" ? firstDayOf(last + 1) : firstDayOf((yearOfMonth(last) + 1) * 12);
   return {
     seconds: days.map(day => day * 86400),
+    until: by === "day" ? undefined : end * 86400,
     said: i => by === "day" ? longDay(days[i]) : by === "month" ? longMonth(firstMonth + i) : String(years[i]),
     iso: i => by === "day" ? isoOf(days[i]) : by === "month" ? isoMonth(firstMonth + i) : String(years[i]),
   };
 }
 
-export const perTime = (one, by) => one.sum ? by === "day" ? step === 1 ? " per day" : ` per ${step} days` : ` per ${by}` : "";
+// Which months or years have fewer days than the calendar: their sums are not those of the others.
+export function partsSaid(by) {
+  if (by === "day") return "";
+  const last = first + (count - 1) * step, begin = day => by === "month" ? firstDayOf(monthOfDay(day)) : firstDayOf(yearOf(day) * 12);
+  const next = by === "month" ? firstDayOf(monthOfDay(last) + 1) : firstDayOf((yearOf(last) + 1) * 12);
+  const name = day => by === "month" ? longMonth(monthOfDay(day)) : String(yearOf(day));
+  const parts = [...new Set([...(first > begin(first) ? [name(first)] : []), ...(last + step < next ? [name(last)] : [])])];
+  return parts.length ? `Of ${parts.join(" and ")} only a part was run.` : "";
+}
+
+export const perTime = (one, by) => one.sum ? ` per ${by === "day" ? stepWord : by}` : "";
 
 export function summed(one) {
-  const values = decoded(one, "months").filter(value => value !== null);
-  const sum = values.reduce((total, value) => total + value, 0);
-  return one.sum ? sum : values.length ? sum / values.length : null;
+  let sum = 0, weight = 0;
+  decoded(one, "months").forEach((value, i) => {
+    if (value === null) return;
+    sum += value * weightOf(one, i);
+    weight += weightOf(one, i);
+  });
+  return one.sum ? sum : weight ? sum / weight : null;
 }
 
 const kinds = { storage: "storage", quality: "quality", store_quality: "quality in stores", potential: "potentials", balance: "balance" };
@@ -84,7 +103,7 @@ export function typeOf(one) {
 }
 
 function variation(one) {
-  const values = decoded(one, "months").filter(value => value !== null);
+  const values = decoded(one, hasDays(one) ? "days" : "months").filter(value => value !== null);
   const mean = values.reduce((sum, value) => sum + value, 0) / (values.length || 1);
   const spread = Math.sqrt(values.reduce((sum, value) => sum + (value - mean) ** 2, 0) / (values.length || 1));
   return mean ? spread / Math.abs(mean) : 0;
@@ -101,7 +120,7 @@ export function firstShown() {
     seen.add(one.months);
     chosen.push(one);
   }
-  return chosen.length ? chosen : all.slice(0, 1);
+  return chosen.length ? chosen : [all.find(hasDays) ?? all[0]];
 }
 
 // Colours stay with a series as long as it is shown.

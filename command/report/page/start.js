@@ -1,8 +1,8 @@
 // Puts the sections one beneath the other, with a list of them at the top.
 import { byId, make } from "./dom.js";
 import { watchPage } from "./chart.js";
-import { data } from "./data.js";
-import { dayOf, longDay } from "./days.js";
+import { data, stepWord } from "./data.js";
+import { dayOf, longPeriod } from "./days.js";
 import { allWarnings, cardSection, warningSection, writeHead } from "./header.js";
 import { sankeySection } from "./sankey.js";
 import { monthSection, yearSection } from "./months.js";
@@ -36,8 +36,9 @@ function contents(sections) {
 function runSections() {
   const warnings = allWarnings(data);
   writeHead(data, warnings);
-  const days = data.steps_run * (data.days_per_step ?? 1);
-  const period = { days, start: longDay(dayOf(data.start)), end: longDay(dayOf(data.start) + Math.max(0, days - 1)) };
+  const days = data.steps_run, start = dayOf(data.start);
+  // Steps that are no days make no years.
+  const period = { years: stepWord === "day" ? days / 365.25 : 0, period: longPeriod(start, start + Math.max(0, days - 1)) };
   return [warningSection(data, warnings), cardSection(data), sankeySection({ paths: data.paths, ...period }), monthSection(data), yearSection(data),
           storeSection(data), networkSection(data), seriesSection(), balanceSection(data)];
 }

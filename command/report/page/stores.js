@@ -1,7 +1,7 @@
 // What the stores hold: level over time, how often they are empty or full, and each day as a stripe.
-import { choice, figure, make, named, svg, table } from "./dom.js";
+import { choice, figure, isolated, make, named, svg, table } from "./dom.js";
 import { colour, drawn, hinted } from "./chart.js";
-import { data, unpacked } from "./data.js";
+import { data, stepWord, unpacked } from "./data.js";
 import { dayOf, longDay, monthOfDay, shortMonths, firstDayOf, yearOfMonth } from "./days.js";
 import { canDraw, lines } from "./lines.js";
 import { amount, exact, hides, largestOf, number, percent, unitFor } from "./units.js";
@@ -9,6 +9,7 @@ import { amount, exact, hides, largestOf, number, percent, unitFor } from "./uni
 const kShown = 12;
 
 const days = store => store.decoded ??= unpacked(store.days);
+const firstDay = () => dayOf(data.series?.first ?? data.start);
 const top = store => store.capacity || largestOf(days(store)) || 1;
 
 function spark(store) {
@@ -26,8 +27,8 @@ function spark(store) {
 
 function storeTable(stores) {
   const amountCell = (value, unit) => value === undefined ? "–" : make("span", { textContent: amount(value, unit), title: hides(value, unit) });
-  return table("Stores", [{ title: "store" }, { title: "group" }, { title: "capacity", number: true }, { title: "days empty", number: true },
-    { title: "days full", number: true }, { title: "level over time" }], stores.map(store =>
+  return table("Stores", [{ title: "store" }, { title: "group" }, { title: "capacity", number: true }, { title: `${stepWord}s empty`, number: true },
+    { title: `${stepWord}s full`, number: true }, { title: "level over time" }], stores.map(store =>
     [named(store.name), named(store.group ?? ""), amountCell(store.capacity, store.unit), percent(store.empty_share),
      percent(store.full_share), store.days ? spark(store) : ""]));
 }
@@ -48,7 +49,7 @@ const dayAt = (year, place) => firstOf(year) + place - (!isLeap(year) && place >
 
 // One row of pixels a year; the browser stretches them without blurring.
 function strips(store, host) {
-  const values = days(store), first = dayOf(data.series?.first ?? data.start), step = data.series?.step_days ?? data.days_per_step ?? 1;
+  const values = days(store), first = firstDay(), step = data.series?.step_days ?? 1;
   const years = [...new Set([yearOfMonth(monthOfDay(first)), ...values.map((_, i) => yearOfMonth(monthOfDay(first + i * step)))])];
   const pale = rgb(colour("--pale")), deep = rgb(colour("--blue")), empty = rgb(colour("--vermillion"));
   const emptyBelow = store.empty_below ?? 0, full = top(store);
@@ -83,7 +84,7 @@ function strips(store, host) {
 function level(store, host, width) {
   host.replaceChildren();
   const values = days(store), chosen = unitFor(store.unit, Math.max(top(store), largestOf(values)));
-  const first = dayOf(data.series?.first ?? data.start), step = data.series?.step_days ?? data.days_per_step ?? 1;
+  const first = firstDay(), step = data.series?.step_days ?? 1;
   const x = values.map((_, i) => (first + i * step) * 86400);
   const series = [{ label: store.name, values: values.map(value => value === null ? null : value / chosen.factor), colour: "--blue", fill: true }];
   if (store.capacity) series.push({ label: "capacity", values: x.map(() => store.capacity / chosen.factor), colour: "--soft", dash: [4, 4], width: 1 });
@@ -97,17 +98,17 @@ export function storeSection({ stores }) {
   if (stores.more) body.push(make("p", { className: "note", textContent: `The ${list.length} largest stores; ${number(stores.more)} more are in the results.` }));
   const shown = list.filter(store => store.days).slice(0, kShown);
   const section = { id: "stores", title: list.length === 1 ? "The store" : "Stores", body,
-    note: "How full each is over time, and on which share of the days it is empty or full." };
+    note: `How full ${list.length === 1 ? "it" : "each"} is over time, and on which share of the ${stepWord}s it is empty or full.` };
   if (!shown.length) return section;
   let store = shown[0];
   const chart = make("div", { className: "chart", role: "img" }), stripes = make("div", { className: "strips", role: "img" });
   const caption = make("span", { className: "caption" });
   const redraws = [];
   const name = () => {
-    caption.textContent = `${store.name}, day by day`;
-    chart.setAttribute("aria-label", `Level of ${store.name} over time.`);
-    stripes.setAttribute("aria-label", `Each day of ${store.name} as a stripe, from empty to full.`);
-    plot.querySelector("figcaption").textContent = `Level of ${store.name} over time.`;
+    caption.replaceChildren(named(store.name), `, ${stepWord} by ${stepWord}`);
+    chart.setAttribute("aria-label", `Level of ${isolated(store.name)} over time.`);
+    stripes.setAttribute("aria-label", `Each ${stepWord} of ${isolated(store.name)} as a stripe, from empty to full.`);
+    plot.querySelector("figcaption").textContent = `Level of ${isolated(store.name)} over time.`;
   };
   const plot = figure("", chart);
   if (shown.length > 1) {
@@ -118,9 +119,9 @@ export function storeSection({ stores }) {
     })));
   }
   if (canDraw()) body.push(plot);
-  body.push(make("h3", {}, caption), make("p", { className: "note key" }, "Each day is a stripe, from ", make("i", { className: "pale" }), " nearly empty to ",
-    make("i", { className: "deep" }), " full; ", make("i", { className: "none" }), " is an empty day."),
-  figure("Each day as a stripe: the darker, the fuller; days without water stand out.", stripes));
+  body.push(make("h3", {}, caption), make("p", { className: "note key" }, `Each ${stepWord} is a stripe, from `, make("i", { className: "pale" }), " nearly empty to ",
+    make("i", { className: "deep" }), " full; ", make("i", { className: "none" }), ` is an empty ${stepWord}.`),
+  figure(`Each ${stepWord} as a stripe: the darker, the fuller; ${stepWord}s without water stand out.`, stripes));
   name();
   section.ready = () => {
     if (canDraw()) redraws.push(drawn(chart, width => level(store, chart, width)));

@@ -4,7 +4,7 @@ const kUnits = {
   kWh: [[1, "kWh"], [1e4, "MWh", 1e3], [1e7, "GWh", 1e6]],
   kg: [[1, "kg"], [1e4, "t", 1e3]],
 };
-const kWords = { d: ["day", "days"], day: ["day", "days"], days: ["day", "days"], a: ["year", "years"] };
+const kWords = { d: ["day", "days"], day: ["day", "days"], days: ["day", "days"], a: ["year", "years"], steps: ["step", "steps"] };
 
 // As a person writes it: "EUR/m³".
 export const unitText = unit => unit === "1" || unit === "-" ? "" : (unit ?? "").replace(/\bm2\b/g, "m²").replace(/\bm3\b/g, "m³");
