@@ -196,8 +196,8 @@ class Sweep {
         }
         summary.findings.tell(slice_.size(), diagnostics_);
         findings_.add(summary.findings.rows());
-        folder.finish(
-            membersJson({options_.model, title(), options_.table}, folder.madeOf(), summary, findings_, files));
+        folder.finish(membersJson({options_.model, title(), options_.table, keyUnits(*input_, slice_.first)},
+                                  folder.madeOf(), summary, findings_, files));
     }
 
     MemberCells cells() const {

@@ -108,7 +108,15 @@ Json sweepOf(const ComparedSweep& sweep) {
     for (const ComparedFigure& figure : sweep.figures) {
         if (!figure.name.starts_with(kAccount)) figures.push_back(rowOf(figure, meaningOf(figure.name)));
     }
-    return {{"keys", std::move(keys)}, {"figures", std::move(figures)}, {"members", sweep.members}};
+    Json data{{"keys", std::move(keys)}, {"figures", std::move(figures)}, {"members", sweep.members}};
+    data["all"] = sweep.all;
+    if (sweep.failures.empty()) return data;
+    data["outcomes"] = sweep.outcomes;
+    data["ends"] = sweep.ends;
+    for (const ComparedSweep::Failure& one : sweep.failures) {
+        data["failures"].push_back({{"member", one.member}, {"outcome", one.outcome}, {"message", one.message}});
+    }
+    return data;
 }
 
 std::string titleOf(const Comparison& comparison, const ComparedSweep* sweep) {

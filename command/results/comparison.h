@@ -2,6 +2,7 @@
 #pragma once
 
 #include <limits>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,15 +51,22 @@ struct ComparedFigure {
 // What members of a sweep were given, and what came of it.
 struct ComparedSweep {
     struct Key {
-        std::string name, unit;
+        std::string name, unit;          // of the numbers
         std::vector<std::string> texts;  // by member, as they were given; empty: the model's value
-        std::vector<double> numbers;     // the same; empty: they are none, or in several units
+        std::vector<double> numbers;     // the same in one unit; empty: they are no quantities
+    };
+    struct Failure {
+        std::size_t member;
+        std::string outcome, message;
     };
     std::string title;
     std::vector<Key> keys;
-    std::vector<ComparedFigure> figures;  // those that vary; values by member
-    std::vector<std::size_t> members;     // their numbers
-    std::size_t all = 0;                  // members of the sweep
+    std::vector<ComparedFigure> figures;          // those that vary; values by member
+    std::vector<std::size_t> members;             // their numbers
+    std::vector<std::string> ends;                // how each of them ended
+    std::size_t all = 0;                          // members of the sweep
+    std::map<std::string, std::size_t> outcomes;  // of all: how many ended so
+    std::vector<Failure> failures;                // the first of those that did not finish
 };
 
 struct Comparison {

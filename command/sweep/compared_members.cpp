@@ -8,11 +8,12 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 
+#include "compared_keys.h"
 #include "csv_file.h"
+#include "engine_run.h"
 #include "files.h"
 #include "json_reading.h"
 #include "number_format.h"
@@ -26,6 +27,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMostListed = 10'000;
 constexpr std::size_t kMostVarying = 200;
+constexpr std::size_t kMostFailures = 8;  // that are told of
 
 std::size_t numberIn(std::string_view text, const std::string& all) {
     std::size_t number = 0;
@@ -34,6 +36,15 @@ std::size_t numberIn(std::string_view text, const std::string& all) {
         throw std::runtime_error(fmt::format("--members {}: expected numbers of members, as in 1,5,9-12", all));
     }
     return number;
+}
+
+// Where the files lay is nobody's business who is handed the page.
+std::string withoutFolder(std::string text, const std::string& folder) {
+    if (folder.empty()) return text;
+    for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) {
+        text.erase(at, folder.size());
+    }
+    return text;
 }
 
 CsvFile readTable(const std::string& folder) {
@@ -112,9 +123,8 @@ class Members {
             sweep.members.push_back(member);
             shown.push_back(row);
         }
-        for (const Json& key : json_.at("keys")) {
-            sweep.keys.push_back(keyOf(key.get<std::string>(), shown));
-        }
+        addKeys(shown, sweep);
+        addOutcomes(shown, sweep);
         for (const MemberColumn& column : columns_) {
             ComparedFigure figure{column.name, column.unit, {}};
             for (const std::size_t row : shown) {
@@ -131,28 +141,37 @@ class Members {
         return parseNumber(table_.cell(row, need(column))).value_or(std::numeric_limits<double>::quiet_NaN());
     }
 
-    // Numbers where each value is one and all have the same unit.
-    ComparedSweep::Key keyOf(const std::string& name, const std::vector<std::size_t>& rows) const {
-        ComparedSweep::Key key{name, "", {}, {}};
-        std::optional<std::string_view> unit;
-        bool isNumber = true;
+    std::vector<std::string> textsOf(const std::string& key, const std::vector<std::size_t>& rows) const {
+        std::vector<std::string> texts;
         for (const std::size_t row : rows) {
-            const std::string_view cell = table_.cell(row, need(name));
-            const std::size_t blank = std::min(cell.find(' '), cell.size());
-            const auto number = parseNumber(cell.substr(0, blank));
-            const std::string_view own = cell.substr(std::min(blank + 1, cell.size()));
-            key.texts.emplace_back(cell);
-            key.numbers.push_back(number.value_or(std::numeric_limits<double>::quiet_NaN()));
-            if (cell.empty()) continue;
-            if (!unit) unit = own;
-            isNumber = isNumber && number && own == *unit;
+            texts.emplace_back(table_.cell(row, need(key)));
         }
-        if (isNumber && unit) {
-            key.unit = *unit;
-        } else {
-            key.numbers.clear();
+        return texts;
+    }
+
+    void addKeys(const std::vector<std::size_t>& rows, ComparedSweep& sweep) const {
+        const Json& keys = json_.at("keys");
+        const auto units = json_.value("key_units", std::vector<std::string>(keys.size()));
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            const std::string name = keys[i].get<std::string>();
+            sweep.keys.push_back(comparedKey(name, i < units.size() ? units[i] : "", textsOf(name, rows)));
         }
-        return key;
+    }
+
+    // How many came to which end, and why the first of those that did not finish stopped.
+    void addOutcomes(const std::vector<std::size_t>& rows, ComparedSweep& sweep) const {
+        const std::string model = json_.at("model").get<std::string>();
+        const std::string folder = model.substr(0, model.find_last_of("/\\") + 1);
+        for (const auto& [member, row] : rows_) {
+            const std::string outcome(table_.cell(row, need("outcome")));
+            ++sweep.outcomes[outcome];
+            if (outcome == toText(Outcome::finished) || sweep.failures.size() == kMostFailures) continue;
+            const std::string message(table_.cell(row, need("message")));
+            sweep.failures.push_back({member, outcome, withoutFolder(message, folder)});
+        }
+        for (const std::size_t row : rows) {
+            sweep.ends.emplace_back(table_.cell(row, need("outcome")));
+        }
     }
 
     std::size_t need(const std::string& column) const {

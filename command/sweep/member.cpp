@@ -8,6 +8,7 @@
 #include "checks.h"
 #include "evaluation.h"
 #include "findings.h"
+#include "key_units.h"
 #include "model_reader.h"
 #include "record.h"
 #include "record_choice.h"
@@ -123,6 +124,16 @@ void checkMember(SweepInput& input, std::size_t member, Diagnostics& diagnostics
     diagnostics.error("wrong-value", {std::make_shared<const std::string>("--record " + input.record), 0, 0},
                       "what is recorded must be the same for all members, over the same days; expected no key that "
                       "changes the period, or the type of what is recorded");
+}
+
+std::vector<std::string> keyUnits(SweepInput& input, std::size_t member) {
+    Diagnostics ignored;
+    const Model model = MemberModel(input, member, ignored).model;
+    std::vector<std::string> units;
+    for (const KeyPath& path : input.design.paths()) {
+        units.push_back(unitAt(path, model));
+    }
+    return units;
 }
 
 std::optional<SweepShape> shapeOf(SweepInput& input, std::size_t member) {

@@ -43,6 +43,9 @@ struct MemberModel {
 // What cannot be run is reported. The files that the member reads, beside the model's tables, are added to `files`.
 void checkMember(SweepInput& input, std::size_t member, Diagnostics& diagnostics, std::set<std::string>& files);
 
+// Of the keys that members vary, by the model of this one.
+std::vector<std::string> keyUnits(SweepInput& input, std::size_t member);
+
 // What is recorded of each member; none where the member cannot be run, which its check reports.
 std::optional<SweepShape> shapeOf(SweepInput& input, std::size_t member);
 

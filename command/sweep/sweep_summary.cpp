@@ -62,9 +62,16 @@ Json membersJson(const SweepSubject& subject, const Json& made, const SweepSumma
     for (const auto& [outcome, count] : summary.outcomes) {
         outcomes[outcome] = count;
     }
-    return {{"model", subject.model},  {"title", subject.title}, {"design_table", subject.designTable},
-            {"made_of", made},         {"keys", summary.keys},   {"columns", columns},
-            {"outcomes", outcomes},    {"varying", varying},     {"warnings", findings.rows()},
+    return {{"model", subject.model},
+            {"title", subject.title},
+            {"design_table", subject.designTable},
+            {"made_of", made},
+            {"keys", summary.keys},
+            {"key_units", subject.keyUnits},
+            {"columns", columns},
+            {"outcomes", outcomes},
+            {"varying", varying},
+            {"warnings", findings.rows()},
             {"files", fileRows(files)}};
 }
 

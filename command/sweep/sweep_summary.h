@@ -14,6 +14,7 @@ namespace kesto {
 // What the results are of.
 struct SweepSubject {
     std::string model, title, designTable;  // path of the table; empty: there is none
+    std::vector<std::string> keyUnits;      // of the keys that are varied
 };
 
 // The same for the same members, whenever and in whatever slices they ran.

@@ -194,9 +194,9 @@ class Compare(InFolder):
         page = self.page()
         self.assertEqual((page["runs"], page["figures"]), ([], []))
         keys = {key["name"]: key for key in page["sweep"]["keys"]}
-        self.assertEqual(keys["tank.size"], {"name": "tank.size", "unit": "", "values": [10, 20, 30]})
+        self.assertEqual(keys["tank.size"], {"name": "tank.size", "unit": "L", "values": [10, 20, 30]})
         self.assertEqual(keys["rain.demand"]["values"], [4, None, 5])
-        self.assertEqual(keys["asked.demand"]["values"], ["1 L", "0.002 m3", "3 L"])
+        self.assertEqual(keys["asked.demand"], {"name": "asked.demand", "unit": "L", "values": [1, 2, 3]})
         self.assertEqual(page["sweep"]["members"], [1, 2, 3])
         rows = self.csv_rows("sweep/members.csv")
         figures = {figure["name"]: figure["values"] for figure in page["sweep"]["figures"]}
@@ -207,6 +207,28 @@ class Compare(InFolder):
         self.assertEqual([run["title"] for run in page["runs"]],
                          ["tank.size=10, rain.demand=4, asked.demand=1 L", "tank.size=30, rain.demand=5, asked.demand=3 L"])
         self.assertEqual(len(page["sweep"]["members"]), 3)
+
+    def test_units_of_the_keys_of_a_sweep(self):
+        self.write(TANK + '\n[economics]\ncurrency = "EUR"\nwater_price = 2\n')
+        (self.folder / "members.csv").write_text(
+            "economics.water_price,simulation.latitude,rain.demand.scale,tank.initial_storage\n"
+            "2 EUR/m3,48,1,0.001 m3\n3,49,50 %,2\n")
+        self.sweep("members.csv")
+        self.assertEqual(self.json_in("sweep/members.json")["key_units"], ["EUR/m3", "degrees", "-", "L"])
+        self.assertEqual(self.kesto("compare", "sweep", "-o", "page.html").returncode, 0)
+        keys = {key["name"]: key for key in self.page()["sweep"]["keys"]}
+        self.assertEqual(keys["rain.demand.scale"]["values"], [1, 0.5])
+        self.assertEqual(keys["tank.initial_storage"], {"name": "tank.initial_storage", "unit": "L", "values": [1, 2]})
+        # A sweep of an earlier version does not say the units of its keys.
+        for given, values, unit in (("1 m3,3000 L", [1000, 3000], "L"), ("1 m3,3", ["1 m3", "3"], ""), ("4,3", [4, 3], "")):
+            shutil.rmtree(self.folder / "sweep")
+            self.sweep("--vary", f"tank.size={given}")
+            members = self.json_in("sweep/members.json")
+            del members["key_units"]
+            (self.folder / "sweep/members.json").write_text(json.dumps(members))
+            self.assertEqual(self.kesto("compare", "sweep", "-o", "page.html").returncode, 0)
+            key, = self.page()["sweep"]["keys"]
+            self.assertEqual((key["values"], key["unit"]), (values, unit), given)
 
     def test_a_page_is_never_written_over_something_else(self):
         self.run_into("a")

@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import path from "node:path";
 import { test } from "node:test";
 import { few, looksRight, withBrowser } from "./browser.mjs";
-import { changed, charts, comparison, folder, hostile, sweep } from "./runs.mjs";
+import { changed, charts, comparison, folder, failingSweep, hostile, sweep, tableSweep } from "./runs.mjs";
 
 const four = comparison();
 
@@ -49,7 +49,7 @@ test("a sweep by what it varies", { skip: !charts }, () => withBrowser(async bro
   const tab = await browser.open(file);
   assert.match(await tab.text("#lead"), /24 members over tank\.size, roof\.size/);
   // A curve over the sizes of the tank for each of three roofs.
-  assert.deepEqual(await tab.texts("#sweep .keys li"), ["roof.size = 40", "roof.size = 60", "roof.size = 100"]);
+  assert.deepEqual(await tab.texts("#sweep .keys li"), ["roof.size = 40 m²", "roof.size = 60 m²", "roof.size = 100 m²"]);
   assert.ok((await tab.coloured("#sweep"))[0] > 300);
   await tab.page.select("#sweep label:nth-of-type(1) select", "1");
   await tab.settle();
@@ -57,5 +57,85 @@ test("a sweep by what it varies", { skip: !charts }, () => withBrowser(async bro
   await tab.click("As a table", "#sweep");
   assert.equal((await tab.page.$$("#sweep tbody tr")).length, 24);
   await tab.accessible();
+  await tab.close();
+}));
+
+const said = tab => tab.page.$eval("#sweep .chart", node => node.getAttribute("aria-label"));
+const choose = async (tab, label, text) => {
+  await tab.run((wanted, option) => {
+    const select = [...document.querySelectorAll("#sweep .controls label")].find(node => node.firstChild.textContent === wanted).querySelector("select");
+    select.value = [...select.options].find(one => one.text === option).value;
+    select.onchange();
+  }, label, text);
+  await tab.settle();
+};
+
+// Halton's sequence: each member has a tank and a roof of its own.
+const halton = (i, base) => i ? (i % base + halton(Math.floor(i / base), base)) / base : 0;
+
+test("members that differ in two keys are points, coloured by classes", { skip: !charts }, () => withBrowser(async browser => {
+  const file = tableSweep("spread", ["tank.size,roof.size", ...Array.from({ length: 40 }, (_, i) =>
+    `${Math.round(500 + 7000 * halton(i + 1, 2))},${Math.round(20 + 180 * halton(i + 1, 3))}`)]);
+  await looksRight(browser, file, { all: [400, 1280] });
+  const tab = await browser.open(file);
+  assert.match(await said(tab), /network\.mains by tank\.size, 40 members as points/);
+  const classes = await tab.texts("#sweep .keys li");
+  assert.equal(classes.length, 5);
+  // From little to much, each class above the one before.
+  const ends = classes.map(text => /^roof\.size = ([\d.]+) to ([\d.]+) m²$/.exec(text).slice(1).map(Number)).flat();
+  assert.deepEqual(ends, [...ends].sort((a, b) => a - b));
+  const inked = async () => (await tab.coloured("#sweep"))[0];
+  const byClass = await inked();
+  assert.ok(byClass > 300);
+  await choose(tab, "Colours", "none");
+  assert.match(await said(tab), /as points/);
+  assert.deepEqual(await tab.texts("#sweep .keys li"), []);
+  // Nearly the same points, and no lines between them.
+  assert.ok(await inked() < 2.5 * byClass);
+  await tab.close();
+}));
+
+test("sizes in several units stand where they belong", { skip: !charts }, () => withBrowser(async browser => {
+  const tab = await browser.open(tableSweep("units", ["tank.size", "1 m3", "3 m3", "800 L", "2000"]));
+  assert.match(await said(tab), /by tank\.size, 4 members as curves/);
+  assert.deepEqual((await tab.texts("#sweep thead th")).slice(0, 2), ["member", "tank.size [m³]"]);
+  assert.deepEqual(await tab.texts("#sweep tbody td:nth-child(2)"), ["1", "3", "0.8", "2"]);
+  await tab.close();
+  const names = await browser.open(changed(path.join(folder, "units.html"), "texts", data => {
+    Object.assign(data.sweep.keys[0], { name: "scenario", unit: "", values: ["run 10", "run 9", "", "run 9 b"] });
+  }));
+  assert.match(await said(names), /by scenario, 4 members as points/);
+  assert.deepEqual(await names.texts("#sweep tbody td:nth-child(2)"), ["run 10", "run 9", "as in the model", "run 9 b"]);
+  await names.close();
+}));
+
+test("a sweep of which members failed", { skip: !charts }, () => withBrowser(async browser => {
+  const file = failingSweep();
+  await looksRight(browser, file, { all: [400] });
+  const tab = await browser.open(file);
+  assert.match(await tab.text("#alarm"), /^2 of 3 members did not finish\. They have no figures \(2 failed\)\.\s+Member 1: Infeasibility/);
+  assert.match(await tab.text("#alarm"), /, failed\.toml:14:8\)/);
+  assert.equal(await tab.text("#sweep .missing"), "Not in the chart: 2 members did not finish.");
+  assert.deepEqual(await tab.texts("#sweep tbody td:nth-child(3)"), ["failed", "finished", "failed"]);
+  await tab.close();
+}));
+
+test("ticks have the digits of their steps", { skip: !charts }, () => withBrowser(async browser => {
+  const tab = await browser.open(changed(path.join(folder, "units.html"), "ticks", data => {
+    Object.assign(data.sweep.figures[0], { name: "some", unit: "", values: [369.6, 357.1, 373.6, 361.5] });
+  }));
+  // Drawn on a canvas, whose texts are caught as they are written.
+  const texts = await tab.run(async () => {
+    const written = [], draw = CanvasRenderingContext2D.prototype.fillText;
+    CanvasRenderingContext2D.prototype.fillText = function (text, ...rest) { written.push(text); draw.call(this, text, ...rest); };
+    const select = document.querySelectorAll("#sweep select")[1];
+    select.value = "0";
+    select.onchange();
+    await new Promise(done => setTimeout(done, 60));
+    return written;
+  });
+  const ticks = texts.filter(text => /^3[5-7]\d/.test(text)).map(Number), step = ticks[1] - ticks[0];
+  assert.ok(ticks.length > 3, texts.join());
+  ticks.slice(1).forEach((tick, i) => assert.ok(Math.abs(tick - ticks[i] - step) < 1e-9, ticks.join()));
   await tab.close();
 }));

@@ -65,6 +65,26 @@ export function sweep() {
   return file;
 }
 
+// A sweep of the house over a table of members; lines of CSV.
+export function tableSweep(name, lines) {
+  const table = written(`${name}.csv`, csvOf(lines)), results = path.join(folder, name), file = path.join(folder, `${name}.html`);
+  const ran = kesto("sweep", path.join(kExamples, "rainwater-house/model.toml"), table, "-q", "-o", results);
+  assert.equal(ran.status, 0, ran.said);
+  const made = kesto("compare", results, "-o", file);
+  assert.equal(made.status, 0, made.said);
+  return file;
+}
+
+// An intake of which two members of three ask too much.
+export function failingSweep() {
+  const results = path.join(folder, "failing"), file = path.join(folder, "failing.html");
+  const ran = kesto("sweep", failedModel(), "--vary", "brands.intake.daily_capacity=10,100,20", "-q", "-o", results);
+  assert.equal(ran.status, 1, ran.said);
+  const made = kesto("compare", results, "-o", file);
+  assert.equal(made.status, 0, made.said);
+  return file;
+}
+
 // The page with other data: as what a command could give that no example does.
 export function changed(file, name, change) {
   const text = fs.readFileSync(file, "utf8");
@@ -75,9 +95,9 @@ export function changed(file, name, change) {
 }
 
 // More is asked of an intake than it can deliver: the run stops on its third day.
-export function failed() {
+function failedModel() {
   written("asked.csv", csvOf(["date,asked", ...[2, 5, 20, 30, 40].map((litres, i) => `2012-01-0${i + 1},${litres}`)]));
-  const model = written("failed.toml", `kesto_model = 1
+  return written("failed.toml", `kesto_model = 1
 [simulation]
 start = 2012-01-01
 end = 2012-01-05
@@ -97,8 +117,9 @@ brand = "intake"
 from = "asked"
 to = "intake"
 `);
-  return page("failed", model, { status: 1 });
 }
+
+export const failed = () => page("failed", failedModel(), { status: 1 });
 
 // Names in other scripts, names that look like markup, a formula or nothing, and names longer than a window.
 export const hostile = ["</script><script>alert(1)</script>", "<img src=x onerror=alert(1)>", "مرحبا بالعالم מים", "a&amp;b<b>&lt;",

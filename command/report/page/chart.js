@@ -103,9 +103,12 @@ export function ticks(low, high, about = 5) {
   return Array.from({ length: last - first + 1 }, (_, i) => (first + i) * step);
 }
 
+// With as many digits as the steps between them have: 2.5 apart they are 357.5 and 360.0.
 export function tickTexts(values) {
   const step = values.length > 1 ? Math.abs(values[1] - values[0]) : 1;
-  const digits = Math.max(0, Math.min(8, -Math.floor(Math.log10(step) + 1e-9)));
+  const isWhole = digits => Math.abs(step * 10 ** digits - Math.round(step * 10 ** digits)) < 1e-6 * step * 10 ** digits;
+  let digits = Math.max(0, Math.min(8, -Math.floor(Math.log10(step) + 1e-9)));
+  while (digits < 8 && !isWhole(digits)) ++digits;
   return values.map(value => number(value, digits));
 }
 

@@ -14,9 +14,20 @@ const kDashes = [undefined, [8, 4], [2, 3], [10, 3, 2, 3]];
 
 const look = i => ({ colour: kSeriesColours[i % kSeriesColours.length], dash: kDashes[Math.floor(i / kSeriesColours.length) + (i % 2)] });
 
+// Members that stopped, and why the first of them did.
+function alarmOfSweep({ all, outcomes, failures }) {
+  const stopped = Object.entries(outcomes).filter(([outcome]) => outcome !== "finished");
+  const count = stopped.reduce((sum, [, members]) => sum + members, 0);
+  byId("alarm").hidden = false;
+  byId("alarm").append(make("strong", { textContent: `${number(count)} of ${number(all)} members did not finish. ` }),
+    `They have no figures (${stopped.map(([outcome, members]) => `${number(members)} ${outcome}`).join(", ")}). `);
+  byId("alarm").append(...failures.filter(one => one.message).flatMap(one => [make("br"), `Member ${one.member}: `, named(one.message)]));
+}
+
 export function writeCompareHead(data) {
   byId("lead").textContent = data.runs.length ? `${data.runs.length} runs, compared with the first of them, ${data.runs[0].name}`
-    : `A sweep of ${number(data.sweep?.keys?.[0]?.values.length ?? 0)} members over ${(data.sweep?.keys ?? []).map(key => key.name).join(", ")}`;
+    : `A sweep of ${number(data.sweep?.all ?? 0)} members over ${(data.sweep?.keys ?? []).map(key => key.name).join(", ")}`;
+  if (data.sweep?.outcomes) alarmOfSweep(data.sweep);
   const stopped = data.runs.filter(run => run.outcome && run.outcome !== "finished");
   if (stopped.length) {
     byId("alarm").hidden = false;

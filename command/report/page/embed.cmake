@@ -6,7 +6,7 @@
 # exports, in the order in which they need each other, for a module of its own would have to be fetched.
 set(modules dom data units days chart colours files address lines header sankey months stores series_data series_chart series
     network_graph network_boxes network_pictures network_drawing network_view network_details network
-    balance compare sweep start)
+    balance compare sweep_groups sweep start)
 set(styles page print)
 # Name, file of its script, file of its licence.
 set(packages

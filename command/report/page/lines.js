@@ -1,9 +1,10 @@
 // A chart of lines by uPlot, with axes that hold their labels whatever the figures are.
 import { make, svg } from "./dom.js";
-import { colour, font, tickTexts, widthOf } from "./chart.js";
+import { colour, font, tickTexts, widthOf, wrapped } from "./chart.js";
 import { shortMonths } from "./days.js";
 
 const kDay = 86400;
+const kNarrowest = 44;  // pixels that a name needs
 
 function timeTexts(_, splits, __, ___, step) {
   let year = null, before = null;
@@ -35,11 +36,47 @@ function range(_, low, high) {
   return [low >= 0 ? 0 : low - room, high + room];
 }
 
+// One value, and some room about it.
+const about = value => value ? [value - 0.1 * Math.abs(value), value + 0.1 * Math.abs(value)] : [0, 1];
+
 // The shape of a curve, wherever zero is.
 function close(_, low, high) {
-  if (low === null || high === null || low === high || low < 0.3 * high) return range(_, low, high);
+  if (low !== null && low === high) return about(low);
+  if (low === null || high === null || low < 0.3 * high) return range(_, low, high);
   const room = (high - low) * 0.08;
   return [low - room, high + room];
+}
+
+// What stands across where it is no time: points at the ends are seen whole.
+function spread(low, high) {
+  if (high - low <= 1e-6 * Math.abs(high)) return about(low);
+  const room = (high - low) * 0.02;
+  return [low - room, high + room];
+}
+
+// Names in place of numbers: each has its part of the axis, or every second, third ... where there are many.
+function namedAxis(names) {
+  const roomOf = chart => chart.bbox.width / chart.ctx.canvas.width * chart.width / names.length;
+  return { splits: chart => {
+    const step = Math.max(1, Math.ceil(kNarrowest / roomOf(chart)));
+    return names.flatMap((_, i) => i % step ? [] : [i]);
+  }, values: (chart, places) => places.map((place, i) =>
+    wrapped(names[place] ?? "", roomOf(chart) * ((places[i + 1] ?? places[i] + (places[1] ?? 1)) - place) - 8, 2).join("\n")) };
+}
+
+// Finds the point next to the pointer, whichever series it is of.
+function nearestTo(chart) {
+  const { left, top } = chart.cursor, [xs, ...rows] = chart.data;
+  let found = null, least = Infinity;
+  xs.forEach((x, i) => {
+    const aside = (chart.valToPos(x, "x") - left) ** 2;
+    if (aside >= least) return;
+    for (const row of rows) {
+      const distance = row[i] === null ? Infinity : aside + (chart.valToPos(row[i], "y") - top) ** 2;
+      if (distance < least) [found, least] = [i, distance];
+    }
+  });
+  return found;
 }
 
 // The last month is as long as it is, or as those before it.
@@ -54,19 +91,22 @@ function pointed(chart, isStepped) {
   return Math.max(0, Math.min(isBefore ? at - 1 : at, chart.data[0].length - 2));
 }
 
-// `series`: [{ label, values, colour: name of a variable, dash, stepped }]. `x`: seconds, or numbers with `xLabel`; `until`: where the last step ends.
+// `series`: [{ label, values, colour: name of a variable, outline: likewise, of points, dash, stepped }]. `x`: seconds, or numbers with `xLabel`; `until`: where the last step ends.
 export function lines(host, { width, height, x, until, series, yLabel, xLabel, xNames, marks, curve, logarithmic, points, span, key, onZoom, onPoint }) {
   const soft = colour("--soft"), rule = colour("--rule");
-  const placeNames = (_, places) => places.map(place => xNames[Math.round(place * 1e6) / 1e6] ?? "");
-  const across = xLabel ? { label: xLabel, labelSize: 18, size: 42, ...(xNames ? { values: placeNames } : {}) } : { values: timeTexts, space: 64, size: 52 };
+  const across = xLabel ? { label: xLabel, labelSize: 18, size: xNames ? 56 : 42, ...(xNames ? namedAxis(xNames) : { values: (_, values) => tickTexts(values), space: 64 }) }
+    : { values: timeTexts, space: 64, size: 52 };
+  const xRange = xNames ? () => [-0.5, xNames.length - 0.5] : !xLabel ? days : curve ? () => spread(x[0], x[x.length - 1]) : undefined;
+  let nearest = null;
   const isStepped = x.length > 0 && series.some(one => one.stepped);
   const axis = { stroke: soft, font: font(12), labelFont: font(12), grid: { stroke: rule, width: 1 }, ticks: { stroke: rule, width: 1 } };
   const plot = new uPlot({
     width, height, padding: [10, xLabel ? 34 : Math.ceil(widthOf("30 May") / 2) + 2, 0, 0],
     tzDate: second => uPlot.tzDate(new Date(second * 1000), "Etc/UTC"),
     legend: { show: false },
-    cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 } },
-    scales: { x: { time: !xLabel, ...(xLabel ? {} : { range: days }) }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
+    cursor: { sync: key ? { key, setSeries: false } : undefined, drag: { x: true, y: false, uni: 20 }, points: { size: 7 },
+      ...(points ? { dataIdx: (chart, at) => at ? nearest : nearest = nearestTo(chart) } : {}) },
+    scales: { x: { time: !xLabel, range: xRange }, y: logarithmic ? { distr: 3 } : { range: curve ? close : range } },
     axes: [
       { ...axis, ...across },
       { ...axis, label: yLabel, labelSize: 20, labelGap: 2, values: (_, values) => logarithmic
@@ -77,11 +117,12 @@ export function lines(host, { width, height, x, until, series, yLabel, xLabel, x
       label: one.label, stroke: colour(one.colour), width: one.width ?? 1.6, dash: one.dash, spanGaps: Boolean(span),
       fill: one.fill ? `${colour(one.colour)}22` : undefined,
       paths: points ? () => null : one.stepped ? uPlot.paths.stepped({ align: 1 }) : undefined,
-      points: { show: points || marks || (!one.stepped && one.values.length < 4), size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined },
+      points: { show: points || marks || (!one.stepped && one.values.length < 4), size: points ? 8 : 6, fill: points ? colour(one.colour) : undefined,
+        ...(points && one.outline ? { stroke: colour(one.outline) } : {}) },
     }))],
     hooks: {
       setScale: [(chart, scale) => scale === "x" && onZoom?.(chart.scales.x.min, chart.scales.x.max, chart)],
-      setCursor: [chart => onPoint?.(pointed(chart, isStepped))],
+      setCursor: [chart => onPoint?.(points && chart.cursor.idx !== null ? nearest : pointed(chart, isStepped))],
     },
   }, isStepped ? [prolonged(x, until), ...series.map(one => repeated(one.values))] : [x, ...series.map(one => one.values)], host);
   return plot;
