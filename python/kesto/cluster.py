@@ -7,7 +7,6 @@ from __future__ import annotations
 
 import json
 import os
-import tempfile
 import time
 from collections.abc import Iterator
 from dataclasses import dataclass, replace
@@ -16,6 +15,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import command
 from .errors import CommandError
+from .interrupts import passing_folder
 from .sweep import Plan, expect_swept, write_design
 from .sweep_files import Pieces, read_pieces
 
@@ -75,7 +75,7 @@ def run_chunk(package: Package, plan: Plan, first: int, last: int) -> Chunk:
         The worker has no `kesto` command of this version.
     """
     begin = time.perf_counter()
-    with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
+    with passing_folder() as folder:
         place = Path(folder, "model")
         package.unpack(place)
         words = plan.arguments(str(place / package.model), str(place / package.table), str(Path(folder, "out")))
@@ -158,7 +158,7 @@ def slices(first: int, last: int, size: int) -> Iterator[tuple[int, int]]:
 def pack(plan: Plan, design: pandas.DataFrame) -> Package:
     """The model, the tables and series that it and its members read, and the design."""
     model = plan.model.path
-    with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
+    with passing_folder() as folder:
         table = Path(folder, "kesto-design.csv")
         write_design(design, table)
         # A sweep of one member tells which files the model reads.
@@ -182,7 +182,7 @@ def _varied(model: Path, design: pandas.DataFrame) -> set[Path]:
 
 def _gathered(chunks: list[Chunk], keep: str | os.PathLike[str] | None) -> Pieces:
     """The slices as one sweep; with `keep`, joined into that folder."""
-    with tempfile.TemporaryDirectory(prefix="kesto-") as passing:
+    with passing_folder() as passing:
         places = [Path(passing, f"chunk-{number:05}") for number in range(len(chunks))]
         for place, chunk in zip(places, chunks):
             place.mkdir()

@@ -14,6 +14,7 @@ from typing import IO, Any
 
 from . import __version__
 from .errors import CommandError
+from .interrupts import uninterrupted
 
 _SECONDS_TO_END = 10.0  # for a command that was asked to end; it puts its results in place
 
@@ -82,15 +83,19 @@ def _expect_version(path: str, changed: int) -> None:
 @contextmanager
 def started(arguments: Sequence[str], *, output: int | IO[Any] = subprocess.PIPE) -> Iterator[subprocess.Popen[str]]:
     """The running command. It is ended, with its children, when the block is left by an exception (an interrupt)."""
-    process = subprocess.Popen([find(), *arguments], stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE,
-                               text=True, encoding="utf-8", errors="replace")
+    path = find()
+    process: subprocess.Popen[str] | None = None
     try:
+        with uninterrupted():  # a command that has started, but is not known, would go on
+            process = subprocess.Popen([path, *arguments], stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE,
+                                       text=True, encoding="utf-8", errors="replace")
         yield process
     except BaseException:
-        _end(process)
+        if process is not None:
+            _end(process)
         raise
     finally:
-        for pipe in (process.stdout, process.stderr):
+        for pipe in (process.stdout, process.stderr) if process is not None else ():
             if pipe:
                 pipe.close()
 

@@ -4,7 +4,6 @@ from __future__ import annotations
 import datetime
 import html
 import os
-import tempfile
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -12,6 +11,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import command
 from .errors import CommandError, Error, Fault, ModelError
+from .interrupts import passing_folder
 from .studies import Studies
 from .values import Day, Value, options
 
@@ -163,9 +163,9 @@ class Model(Studies):
 
     def _drawing(self) -> str:
         """The network as SVG; where Graphviz is missing, nothing."""
-        with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
+        with passing_folder() as folder:
             try:
-                text = self.draw(Path(folder) / "network.svg").read_text(encoding="utf-8")
+                text = self.draw(folder / "network.svg").read_text(encoding="utf-8")
             except (Error, OSError):
                 return ""
         return text[text.find("<svg"):]

@@ -2,13 +2,13 @@
 from __future__ import annotations
 
 import os
-import tempfile
 from collections.abc import Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from . import command
 from .errors import CommandError, Fault, RunError, not_begun
+from .interrupts import passing_folder
 from .result import Result
 from .values import listed
 
@@ -21,8 +21,8 @@ def run(model: Model, options: Sequence[str], record: str | Sequence[str],
     """Runs `model` with `options` of the command; what Model.run documents."""
     if keep is not None:
         return _run_into(Path(keep).absolute(), model, options, record, kept=True)
-    with tempfile.TemporaryDirectory(prefix="kesto-") as folder:
-        return _run_into(Path(folder), model, options, record, kept=False)
+    with passing_folder() as folder:
+        return _run_into(folder, model, options, record, kept=False)
 
 
 def _run_into(folder: Path, model: Model, options: Sequence[str], record: str | Sequence[str], kept: bool) -> Result:

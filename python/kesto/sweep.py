@@ -4,7 +4,6 @@ from __future__ import annotations
 import csv
 import functools
 import os
-import tempfile
 from collections.abc import Iterable, Mapping, Sequence, Sized
 from dataclasses import dataclass, field, replace
 from pathlib import Path
@@ -14,6 +13,7 @@ import pandas
 
 from . import command
 from .errors import CommandError, Error, Fault, not_begun
+from .interrupts import passing_folder
 from .sweep_files import Pieces, read_pieces
 from .tables import fault_table, is_monthly
 from .values import Day, Value, listed, options, whole, written
@@ -114,7 +114,7 @@ def run_sweep(plan: Plan, design: Design, *, jobs: int | None = None, client: An
         from .cluster import run_chunks
 
         return Sweep(plan, table, run_chunks(plan, table, client, keep), None if keep is None else Path(keep).absolute())
-    with tempfile.TemporaryDirectory(prefix="kesto-") as passing:
+    with passing_folder() as passing:
         folder = Path(passing, "sweep") if keep is None else Path(keep).absolute()
         members = Path(passing, _TABLE)
         write_design(table, members)

@@ -100,6 +100,7 @@ def uncertainty(batch: Batch, bounds: Bounds, observed: Observed, *, warmup: Per
     start = _start(likelihood, walkers, seed)
     state = emcee.State(start, random_state=numpy.random.RandomState(seed).get_state())
     sampler = emcee.EnsembleSampler(walkers, dimensions, likelihood.log, vectorize=True)
+    sampler.log_prob_fn = likelihood.log  # without the wrapper that prints all walkers when a cell is interrupted
     sampler.run_mcmc(state, steps)
     scale = numpy.concatenate([fit.high - fit.low, likelihood.largest])
     names = [*fit.keys, *(f"deviation of {flow}" for flow in fit.flows)]

@@ -168,6 +168,39 @@ def test_an_interrupt_ends_the_children(tmp_path, monkeypatch):
     assert not children()
 
 
+def test_an_interrupt_while_a_folder_is_removed(house, tmp_path, monkeypatch):
+    monkeypatch.setattr(tempfile, "tempdir", str(tmp_path))
+    remove = tempfile.TemporaryDirectory._rmtree
+
+    def interrupted(*arguments, **options):
+        os.kill(os.getpid(), signal.SIGINT)
+        remove(*arguments, **options)
+
+    monkeypatch.setattr(tempfile.TemporaryDirectory, "_rmtree", staticmethod(interrupted))
+    for call in (lambda: house.run(end="2012-01-02"), lambda: house.sweep({"tank.size": [1000]}, end="2012-01-02")):
+        with pytest.raises(KeyboardInterrupt):
+            call()
+        assert not list(tmp_path.iterdir())
+    assert signal.getsignal(signal.SIGINT) is signal.default_int_handler
+
+
+def test_an_interrupt_while_the_command_starts(tmp_path, monkeypatch):
+    class Interrupted(subprocess.Popen):
+        def __init__(self, *arguments, **options):
+            super().__init__(*arguments, **options)
+            os.kill(os.getpid(), signal.SIGINT)
+
+    slow = tmp_path / "slow"
+    slow.write_text(f"#!/bin/sh\n[ $1 = --version ] && echo kesto {kesto.__version__} && exit\nexec sleep 60\n")
+    slow.chmod(0o755)
+    monkeypatch.setenv("KESTO", str(slow))
+    command.find()
+    monkeypatch.setattr(subprocess, "Popen", Interrupted)
+    with pytest.raises(KeyboardInterrupt):
+        command.call("run")
+    assert not children()
+
+
 def test_run_costs_little_more_than_the_command(house, tmp_path):
     arguments = [command.find(), "run", "-q", str(house.path), "--json", "--balance", "--format", "netcdf", "-o",
                  str(tmp_path / "out")]

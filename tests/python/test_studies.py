@@ -222,6 +222,19 @@ def test_deviations_at_their_limit_are_said(house):
 
 
 @pytest.mark.filterwarnings("ignore::DeprecationWarning")
+def test_an_interrupt_prints_nothing(house, observed, monkeypatch, capfd):
+    from kesto.uncertainty import Likelihood
+
+    def interrupted(self, points):
+        raise KeyboardInterrupt
+
+    monkeypatch.setattr(Likelihood, "log", interrupted)
+    with pytest.raises(KeyboardInterrupt):
+        house.uncertainty(P, {"tank:overflow": observed}, walkers=8, steps=4)
+    assert capfd.readouterr() == ("", "")
+
+
+@pytest.mark.filterwarnings("ignore::DeprecationWarning")
 @pytest.mark.parametrize("change, text", [
     ({"steps": 0}, "steps is 0; expected a whole number from 1"), ({"walkers": 8.0}, "walkers is 8.0; expected a whole number"),
     ({"walkers": 7}, "walkers is 7; expected an even number of at least 6"), ({"burn": -1}, "burn is -1; expected a whole number from 0"),
