@@ -50,4 +50,16 @@ test("water that is used again returns beneath", { skip }, async () => {
   });
 });
 
+test("sources that the months do not tell apart are named beneath them", () => withBrowser(async browser => {
+  assert.doesNotMatch(await textOf(browser, file), /Other sources/);
+  const page = changed(file, "other-sources", data => { Object.assign(data.months.series[1], { label: "Other sources", kind: "other" }); });
+  assert.match(await textOf(browser, page), /Other sources: \u2068Rain on roof\u2069\./);
+}));
+
+async function textOf(browser, page) {
+  const tab = await browser.open(page), text = await tab.text("#months");
+  await tab.close();
+  return text;
+}
+
 test("one source, one sink", { skip }, () => apart(withPaths("one-link", [node("a", "Rain", "source"), node("b", "River", "sink")], [link("a", "b", 12)])));

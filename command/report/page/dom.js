@@ -50,7 +50,7 @@ export function opened(title, fill) {
 
 // A picture and what it shows. The caption is printed; on the screen the heading and its sentence say the same.
 export function figure(caption, ...children) {
-  return make("figure", {}, ...children, make("figcaption", { textContent: caption }));
+  return make("figure", {}, ...children.filter(child => child), make("figcaption", { textContent: caption }));
 }
 
 export function button(text, onclick, properties = {}) {

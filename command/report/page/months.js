@@ -101,7 +101,23 @@ function cell(value, unit, chosen, digits) {
                         title: hides(value, unit) });
 }
 
-export function monthSection({ months }) {
+const kNamed = 6;
+
+// What the sources beside the mains are: those of the flow diagram from which water reaches a user.
+function otherSources(months, paths) {
+  if (!paths || !months.series.some(one => one.kind === "other")) return "";
+  const reaching = new Set(paths.nodes.filter(node => node.kind === "use").map(node => node.id));
+  for (let size = 0; size < reaching.size;) {
+    size = reaching.size;
+    for (const link of paths.links) if (link.litres > 0 && reaching.has(link.to)) reaching.add(link.from);
+  }
+  const names = paths.nodes.filter(node => node.kind === "source" && node.label !== "Mains" && reaching.has(node.id))
+    .sort((a, b) => b.litres - a.litres).map(node => isolated(node.label));
+  const shown = names.length > kNamed ? [...names.slice(0, kNamed - 1), `${names.length - kNamed + 1} more`] : names;
+  return shown.length ? `Other sources: ${shown.join(", ")}.` : "";
+}
+
+export function monthSection({ months, paths }) {
   if (!months?.series?.length) return null;
   const series = months.series.filter(one => one.values.some(value => value));
   if (!series.length) return null;
@@ -111,7 +127,8 @@ export function monthSection({ months }) {
   const host = make("div", { className: "chart" });
   const keys = legend(series.map((one, i) => ({ label: one.label, colour: colours[i] })));
   const part = make("p", { className: "note" });
-  const body = [figure("What was used in each month, by source.", keys, host, part), opened("As a table", () => monthTable(kept))];
+  const others = otherSources(kept, paths);
+  const body = [figure("What was used in each month, by source.", keys, host, others ? make("p", { className: "note", textContent: others }) : null, part), opened("As a table", () => monthTable(kept))];
   const draw = width => {
     const { drawing, unit, yearly, whole } = picture(kept, colours, width, months.unit);
     note.textContent = `What was used, in ${unit} ${yearly ? "a year" : "a month"}, by where it came from.`;
