@@ -47,6 +47,7 @@ for (const [name, make] of [["house", house], ["town", town]]) {
     pages.forEach((text, i) => assert.match(text, new RegExp(`Page ${i + 1} of ${pages.length}`)));
     assert.doesNotMatch(all, /Save CSV|Search by name|Drag|Zoom|Fit\b|Choose up to/);
     assert.match(all, /Figure 1\. /);
+    if (charts && name === "town") assert.match(all, /\bcompensation\b[\s\S]*Figure 1\. /);  // a node of the flow diagram
     assert.match(all, /How it was made/);
     if (charts) assert.match(all, /The series chosen on the page/);
     for (const { width, height, points } of pictures(pdf)) {

@@ -114,12 +114,13 @@ class Picture {
     this.height = Math.ceil(this.top * 2 + this.bands + (lanes ? lanes + 8 : 0));
   }
 
-  // Smaller rather than cut.
+  // Smaller rather than cut, where that helps.
   nameLines(name, room) {
-    for (let size = this.font; ; size -= 0.5) {
-      const lines = wrapped(name, room, 3, size);
-      if (size <= kSmallest || !lines.some(line => line.endsWith("…"))) return lines.map(text => ({ text, size, name: true }));
+    const at = size => wrapped(name, room, 3, size).map(text => ({ text, size, name: true }));
+    for (let size = this.font; size >= kSmallest; size -= 0.5) {
+      if (!at(size).some(line => line.text.endsWith("…"))) return at(size);
     }
+    return at(this.font);
   }
 
   amountOf(node) {
