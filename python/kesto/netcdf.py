@@ -1,6 +1,7 @@
 """NetCDF files of the command as datasets of xarray."""
 from __future__ import annotations
 
+import warnings
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -32,7 +33,10 @@ def read(source: bytes | Path) -> xarray.Dataset:
     name, memory = ("results.nc", source) if isinstance(source, bytes) else (str(source), None)
     with netCDF4.Dataset(name, memory=memory) as file:
         store: Any = xarray.backends.NetCDF4DataStore
-        data = xarray.open_dataset(store(file)).load()
+        with warnings.catch_warnings():
+            # Dates beyond those of pandas, 1677 to 2262, are objects of cftime.
+            warnings.simplefilter("ignore", xarray.SerializationWarning)
+            data = xarray.open_dataset(store(file)).load()
     return named(_without_fill(data, netCDF4.default_fillvals["f4"]))
 
 

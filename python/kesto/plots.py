@@ -85,7 +85,7 @@ def _lines(ax: Axes, array: xarray.DataArray, label: str, every: str) -> None:
     import matplotlib
 
     summed = array if every == "day" else array.resample(time=_PERIODS[every]).sum()
-    times = _edges(array, summed) if every != "day" else summed["time"].values
+    times = _edges(array, summed) if every != "day" else _days(summed)
     values, unit = scaled(summed.values, "L") if ", L" in label else (summed.values, "mm")
     demands = array["carries"].values == "demand" if "carries" in array.coords else [False] * len(values)
     ax.set_prop_cycle(color=matplotlib.colormaps["tab10" if len(values) <= 10 else "tab20"].colors)
@@ -105,6 +105,14 @@ def _edges(days: xarray.DataArray, summed: xarray.DataArray) -> Any:
     """Where periods begin, of which the first may be cut, and where the last one ends with the run."""
     import numpy
 
-    times = days["time"].values
+    times = _days(days)
     step = times[1] - times[0] if len(times) > 1 else numpy.timedelta64(1, "D")
-    return numpy.concatenate([times[:1], summed["time"].values[1:], [times[-1] + step]])
+    return numpy.concatenate([times[:1], _days(summed)[1:], [times[-1] + step]])
+
+
+def _days(array: xarray.DataArray) -> Any:
+    """The time of each value; dates beyond those of pandas are objects of cftime, which matplotlib does not know."""
+    import numpy
+
+    times = array["time"].values
+    return numpy.array([time.isoformat() for time in times], "datetime64[D]") if times.dtype == object else times

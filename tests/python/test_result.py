@@ -176,3 +176,32 @@ def test_labels_of_dates_do_not_touch(house):
         ax.figure.canvas.draw()
         boxes = [text.get_window_extent() for text in bottom.get_xticklabels() if text.get_text()]
         assert 1 < len(boxes) and all(left.x1 < right.x0 for left, right in zip(boxes, boxes[1:]))
+
+
+@pytest.mark.parametrize("start, end", [("1650-01-01", "1651-12-31"), ("2260-01-01", "2264-12-31")])
+def test_dates_that_pandas_cannot_hold(tmp_path, start, end):
+    path = tmp_path / "model.toml"
+    path.write_text(f"""kesto_model = 1
+[simulation]
+start = {start}
+end = {end}
+[groups.g]
+rainfall = 5
+[brands.b]
+evaporation_fraction = 0.1
+[[components]]
+name = "roof"
+type = "impervious_surface"
+group = "g"
+brand = "b"
+size = 50
+""")
+    model = kesto.load(path)
+    run = model.run()
+    assert str(run.flows["time"].values[0])[:10] == start and str(run.flows["time"].values[-1])[:10] == end
+    for every in ("day", "month", "year"):
+        line = run.plot("roof:runoff", every=every).get_lines()[0]
+        assert str(line.get_xdata()[0])[:10] == start
+    assert len(line.get_ydata()) == int(end[:4]) - int(start[:4]) + 2
+    with pytest.raises(kesto.Error, match=f"the run lasts from {start}.* to {end}.*; observations need dates from 1677-09-21 to 2262"):
+        model.calibrate({"roof.size": (20, 200)}, {"roof:runoff": run.flows.sel(flow="roof:runoff")}, max_members=40, seed=1)
