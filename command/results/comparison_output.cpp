@@ -14,12 +14,25 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-ShownUnit shownIn(const ComparedFigure& figure) {
+constexpr double kLeastWritten = 1e-6;  // in full
+
+ShownUnit unitOf(const ComparedFigure& figure) {
     double largest = 0;
     for (const double value : figure.values) {
         if (std::isfinite(value)) largest = std::max(largest, std::abs(value));
     }
     return shownUnit(figure.unit, largest);
+}
+
+// With the decimals of its row, but never so few that an amount looks like nothing.
+std::string shownIn(double value, const ShownUnit& shown) {
+    const double size = std::abs(value * shown.factor);
+    const double inLastDigit = size * std::pow(10, shown.decimals);
+    if (!(size > 0) || inLastDigit >= 10 || inLastDigit == std::round(inLastDigit)) return shownNumber(value, shown);
+    if (size < kLeastWritten) return fmt::format("{:.2e}", value * shown.factor);
+    ShownUnit finer = shown;
+    finer.decimals = std::max(shown.decimals, 1 - static_cast<int>(std::floor(std::log10(size))));
+    return shownNumber(value, finer);
 }
 
 // Of the first run's; fractions differ by percentage points instead.
@@ -31,7 +44,7 @@ std::string change(const ComparedFigure& figure, std::size_t run, const ShownUni
     const double difference = figure.values[run] - figure.values[0];
     if (std::isnan(difference)) return "";
     if (difference == 0) return "=";
-    std::string text = fmt::format("{:+.{}f}", difference * shown.factor, shown.decimals);
+    std::string text = (difference > 0 ? "+" : "") + shownIn(difference, shown);
     const double percent = percentOf(figure, run);
     if (figure.unit != "-" && std::isfinite(percent)) text += fmt::format(" ({:+.1f} %)", percent);
     return text;
@@ -47,10 +60,10 @@ std::string savingsText(const Comparison& comparison) {
     }
     std::vector<Row> rows{heading};
     for (const ComparedFigure& figure : comparison.savings) {
-        const ShownUnit shown = shownIn(figure);
+        const ShownUnit shown = unitOf(figure);
         Row row{figure.name, std::string(shown.unit)};
         for (std::size_t i = 1; i < figure.values.size(); ++i) {
-            row.push_back(shownNumber(figure.values[i], shown));
+            row.push_back(shownIn(figure.values[i], shown));
         }
         rows.push_back(row);
     }
@@ -74,10 +87,10 @@ std::string toText(const Comparison& comparison) {
     }
     std::vector<Row> rows{heading};
     for (const ComparedFigure& figure : comparison.figures) {
-        const ShownUnit shown = shownIn(figure);
+        const ShownUnit shown = unitOf(figure);
         Row row{figure.name, std::string(shown.unit)};
         for (std::size_t i = 0; i < figure.values.size(); ++i) {
-            row.push_back(shownNumber(figure.values[i], shown));
+            row.push_back(shownIn(figure.values[i], shown));
             if (i > 0) row.push_back(change(figure, i, shown));
         }
         rows.push_back(row);

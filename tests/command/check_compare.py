@@ -114,6 +114,16 @@ class Compare(InFolder):
         self.assertEqual(float(rows["tank.unmet"]["small: difference"]), -16)
         self.assertEqual(float(rows["tank.unmet"]["full: difference [%]"]), -75)
 
+    def test_what_is_small_beside_another_is_not_nothing(self):
+        # Of 4 L a day, and of a million times as much, or more.
+        self.run_into("a", "--set", "asked.demand=4")
+        self.run_into("b", "--set", "asked.demand=40000000 m3")
+        lines = {line.split()[0]: line.split() for line in self.kesto("compare", "b", "a").stdout.splitlines() if line.startswith("  ")}
+        self.assertEqual(lines["tank.demand"][:4], ["tank.demand", "GL", "160.0", "1.60e-08"])
+        self.run_into("b", "--set", "asked.demand=40000 m3")
+        lines = {line.split()[0]: line.split() for line in self.kesto("compare", "b", "a").stdout.splitlines() if line.startswith("  ")}
+        self.assertEqual(lines["tank.demand"][:4], ["tank.demand", "ML", "160.0", "0.000016"])
+
     def test_what_cannot_be_compared_well_is_told(self):
         self.run_into("a")
         self.run_into("b", "--to", "2012-01-04")

@@ -33,6 +33,41 @@ test("four runs side by side", () => withBrowser(async browser => {
   await tab.close();
 }));
 
+test("runs of different size", () => withBrowser(async browser => {
+  const file = changed(four, "sizes", data => {
+    data.figures.unshift({ name: "network.small", unit: "L", values: [38176.5e6, 265560, 0.3, 0] });
+    data.overlays = [];
+    data.runs[1].set = ["a_long_name_of_a_component.initial_storage=500 m3"];
+  });
+  const tab = await browser.open(file, { width: 400 });
+  const cells = (await tab.text("#figures tbody tr")).split(/\s*\t\s*/);
+  assert.match(cells[2], /^38,177/);
+  assert.match(cells[3], /^0\.266/);
+  assert.match(cells[4], /^3\.00e[-−]7/);
+  assert.match(cells[5], /^0\b/);
+  assert.match(await tab.text("#overlays"), /There is no series that all of these runs have\.$/);
+  // What a run was given has room for some letters on each line.
+  assert.ok(await tab.run(() => document.querySelector("#runs td code").getBoundingClientRect().width) > 90);
+  assert.ok(await tab.run(() => [...document.querySelectorAll("#runs th, #runs td")].every(cell => cell.scrollWidth <= cell.clientWidth + 1)));
+  await tab.fits();
+  await tab.picture("400");
+  await tab.close();
+}));
+
+test("twelve runs", () => withBrowser(async browser => {
+  const file = changed(four, "twelve", data => {
+    const times = list => Array.from({ length: 12 }, (_, i) => list[i % 4]);
+    data.runs = times(data.runs).map((run, i) => ({ ...run, name: `run ${i + 1}`, set: ["tank.size=500", "roof.size=60"] }));
+    for (const row of data.figures) row.values = times(row.values);
+    for (const row of data.overlays) for (const key of ["values", "firsts"]) row[key] = times(row[key]);
+  });
+  await looksRight(browser, file, { all: [400, 480] });
+  const tab = await browser.open(file, { width: 480 });
+  assert.deepEqual(await tab.texts("#figures caption"), ["Figures of runs 1 and 2 to 5", "Figures of runs 1 and 6 to 9", "Figures of runs 1 and 10 to 12"]);
+  await tab.accessible();
+  await tab.close();
+}));
+
 test("runs of any name", () => withBrowser(async browser => {
   const names = [hostile[1], hostile[4], hostile[2], hostile[8]];
   const file = changed(four, "hostile-runs", data => data.runs.forEach((run, i) => Object.assign(run, { name: names[i], set: [`a=${names[i]}`] })));

@@ -37,19 +37,27 @@ export function writeCompareHead(data) {
 
 export function runSection(data) {
   if (!data.runs.length) return null;
-  const columns = [["run", run => named(run.name)], ["title", run => run.title && named(run.title)],
-    ["period", run => run.start && `${longDay(dayOf(run.start))} to ${longDay(dayOf(run.end))}`],
-    ["set", run => run.set && make("code", { textContent: run.set.join(", ") })]].filter(([, cell]) => data.runs.some(cell));
+  const columns = [["run", run => named(run.name)],
+    ["set", run => run.set && make("code", {}, ...run.set.flatMap((text, i) => i ? [", ", named(text)] : [named(text)]))],
+    ["title", run => run.title && named(run.title)],
+    ["period", run => run.start && `${longDay(dayOf(run.start))} to ${longDay(dayOf(run.end))}`]].filter(([, cell]) => data.runs.some(cell));
   const body = [table("Runs", columns.map(([title]) => ({ title })), data.runs.map(run => columns.map(([, cell]) => cell(run) || "")))];
   if (data.notes?.length) body.push(make("ul", { className: "warnings" }, ...data.notes.map(text => make("li", {}, named(text)))));
   return { id: "runs", title: "Runs", body, note: "What is compared, and what differs in how it was run." };
+}
+
+// With the digits of its row, but never so few that an amount looks like nothing, or like a tenth of what it is.
+function shownIn(amount, digits) {
+  if (amount === 0) return "0";
+  const size = Math.abs(amount), inLastDigit = size * 10 ** digits;
+  return number(amount, inLastDigit >= 10 || Number.isInteger(inLastDigit) ? digits : Math.max(digits, digitsFor(size)));
 }
 
 function figureCell(row, at) {
   const value = row.values[at], first = row.values[0];
   const chosen = unitFor(row.unit, largestOf(row.values)), digits = chosen.unit === "%" ? 1 : digitsFor(largestOf(row.values) / chosen.factor);
   const whole = chosen.factor === 1 && row.values.every(one => Number.isInteger(one ?? 0));
-  const text = one => number(one / chosen.factor, whole || one === 0 ? 0 : digits);
+  const text = one => shownIn(one / chosen.factor, whole ? 0 : digits);
   if (value === null || value === undefined) return "–";
   const cell = make("span", { title: hides(value, row.unit) }, text(value));
   if (at && first !== null && first !== undefined) {
@@ -76,7 +84,8 @@ function figureTables(data, rows) {
   for (let from = 0; from === 0 || from < others.length; from += kAcross) {
     const shown = [0, ...others.slice(from, from + kAcross)];
     const columns = [{ title: "figure" }, { title: "unit" }, ...shown.map(at => ({ title: data.runs[at].name, number: true }))];
-    tables.push(table("Figures of the runs", columns,
+    const which = others.length > kAcross ? `runs 1 and ${from + 2} to ${from + shown.length}` : "the runs";
+    tables.push(table(`Figures of ${which}`, columns,
       rows.map(row => [figureName(row), unitFor(row.unit, largestOf(row.values)).unit, ...shown.map(at => figureCell(row, at))])));
   }
   return tables;
@@ -163,7 +172,8 @@ class Overlays {
 export function overlaySection(data) {
   const head = { id: "overlays", title: "Over time", note: "The same series of all runs in one chart." };
   if (!data.overlays?.length) {
-    return data.runs.length ? { ...head, note: "There is no series that all of these runs left; members of a sweep leave only figures.", body: [] } : null;
+    return data.runs.length ? { ...head, note: data.sweep ? "There is no series that all of these runs have: members of a sweep leave only figures."
+      : "There is no series that all of these runs have.", body: [] } : null;
   }
   if (!canDraw()) return { ...head, body: [noCharts()] };
   const overlays = new Overlays(data);
