@@ -37,6 +37,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"unread-size", About::values, "the type does not read its size"},
     {"unread-parameter", About::values, "no component of the brand reads the parameter"},
     {"unread-series", About::values, "no component reads the series"},
+    {"replaced-value", About::values, "a value of --set wins over that of a scenario of the sweep"},
     {"polar-days", About::values, "days without sunrise or sunset"},
     {"frost", About::values, "a temperature below 0 degC where the model has none"},
     {"odd-size", About::values, "an area or a capacity that cannot be"},

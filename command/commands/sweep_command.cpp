@@ -15,6 +15,7 @@
 #include "model_reader.h"
 #include "platform.h"
 #include "progress_bar.h"
+#include "replaced_values.h"
 #include "results_netcdf.h"
 #include "summary_json.h"
 #include "sweep_join.h"
@@ -116,6 +117,7 @@ class Sweep {
             return false;
         }
         slice_ = *slice;
+        warnOfReplaced(*document, options_.read, *design, diagnostics_);
         input_.emplace(SweepInput{std::move(*document), options_.read, std::move(*design), options_.record,
                                   *everyFrom(options_.every), options_.figures == "all"});
         return true;

@@ -7,6 +7,23 @@ namespace kesto {
 
 namespace {
 
+bool hasUse(const Group& group, int kind) {
+    return group.uses[static_cast<std::size_t>(kind) - 1] != kNoSource;
+}
+
+// A column of uses gives way to values from outside that name the same uses in the other way.
+void dropReplacedColumns(Value& table, const std::string& name, const std::vector<Override>& overrides) {
+    for (const Override& one : overrides) {
+        const bool isOfUses =
+            one.path.size() > 2 && one.path[0] == "groups" && one.path[1] == name && one.path[2] == "uses";
+        if (!isOfUses) continue;
+        std::erase_if(table.fields, [&](const Field& field) {
+            const bool isColumn = field.value.fromCell && field.name.value.starts_with("use_");
+            return isColumn && (one.path.size() == 3 || field.name.value == "use_" + one.path[3]);
+        });
+    }
+}
+
 void readUse(Reading& reading, Group& group, int kind, const Value& value, const std::string& what) {
     if (kind < 1 || kind > kUseKinds) {
         reading.diagnostics.error("wrong-value", value.place,
@@ -33,7 +50,12 @@ void readUses(Reading& reading, Section& section, Group& group) {
         return;
     }
     for (const auto& [key, value] : uses->fields) {
-        if (const auto kind = wholeNumber(key.value)) {
+        const auto kind = wholeNumber(key.value);
+        if (kind && *kind >= 1 && *kind <= kUseKinds && hasUse(group, *kind)) {
+            reading.diagnostics.error(
+                "repeated", key.place,
+                fmt::format("{}: \"{}\" gives kind {} for the second time; expected it once", what, key.value, *kind));
+        } else if (kind) {
             readUse(reading, group, *kind, value, what);
         } else {
             reading.diagnostics.error(
@@ -51,7 +73,7 @@ void readUseColumns(Reading& reading, Section& section, Group& group) {
         const std::string key = fmt::format("use_{}", kind);
         const Value* value = section.find(key);
         if (!value) continue;
-        if (group.uses[static_cast<std::size_t>(kind) - 1] != kNoSource) {
+        if (hasUse(group, kind)) {
             reading.diagnostics.error("repeated", value->place,
                                       fmt::format("{}: {} and uses both give kind {}", section.what(), key, kind));
             continue;
@@ -72,7 +94,8 @@ int addGroup(Reading& reading, const PlacedText& name) {
 
 void readGroup(Reading& reading, const PlacedText& name, const Value& original) {
     reading.groupsDeclared = true;
-    const Value table = withOverrides(original, {"groups", name.value}, reading.overrides);
+    Value table = withOverrides(original, {"groups", name.value}, reading.overrides);
+    dropReplacedColumns(table, name.value, reading.overrides);
     Section section(table, fmt::format("group \"{}\"", name.value), reading.diagnostics);
     if (reading.model.findGroup(name.value) >= 0) {
         reading.diagnostics.error("repeated", name.place,

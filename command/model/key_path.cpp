@@ -93,6 +93,26 @@ std::string toText(const KeyPath& path) {
     return text;
 }
 
+std::optional<KeyPath> GivenPaths::add(const KeyPath& path) {
+    auto replaced = replacedBy(path);
+    const bool isNamed = path.front() == "brands" || path.front() == "groups" || path.front() == "components";
+    for (const std::string_view giver : kGivers) {
+        if (replaced || !isGiver(path.back()) || path.size() <= (isNamed ? 3 : 2)) break;
+        KeyPath other = path;
+        other.back() = giver;
+        replaced = replacedBy(other);
+    }
+    paths_.insert(path);
+    return replaced;
+}
+
+std::optional<KeyPath> GivenPaths::replacedBy(const KeyPath& path) const {
+    const auto next = paths_.lower_bound(path);  // what lies within a path follows it
+    const bool isWithin =
+        next != paths_.end() && next->size() >= path.size() && std::equal(path.begin(), path.end(), next->begin());
+    return isWithin ? std::optional(*next) : std::nullopt;
+}
+
 void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value, const Place& keyPlace) {
     const std::string& key = path[first];
     if (first + 1 == path.size()) return set(table, key, value, keyPlace);

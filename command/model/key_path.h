@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,5 +36,17 @@ bool needsQuotes(std::string_view name);
 // is where the path stands. A series that is given in short becomes a table: { column = "rain" }, { value = 3 }; and
 // has one of column, value, monthly and weekly.
 void putAt(Value& table, const KeyPath& path, std::size_t first, const Value& value, const Place& keyPlace);
+
+// Paths that are put in order, and which of them would be lost.
+class GivenPaths {
+  public:
+    // An earlier path whose value this one replaces: the same, one within it, or another that gives the same series.
+    std::optional<KeyPath> add(const KeyPath& path);
+
+  private:
+    std::optional<KeyPath> replacedBy(const KeyPath& path) const;
+
+    std::set<KeyPath> paths_;
+};
 
 }  // namespace kesto

@@ -22,6 +22,20 @@ void collect(const KeyPath& path, const Value& value, const Place& keyPlace, std
     }
 }
 
+// One scenario gives each value once; TOML does not see that a.b and "a.b" are the same key.
+void refuseLost(const std::vector<Override>& overrides, const std::string& what, Diagnostics& diagnostics) {
+    GivenPaths given;
+    for (const Override& one : overrides) {
+        if (const auto lost = given.add(one.path)) {
+            diagnostics.error(
+                "repeated", one.keyPlace,
+                *lost == one.path
+                    ? fmt::format("{}: {} is given twice; expected it once", what, toText(*lost))
+                    : fmt::format("{}: {} replaces {}; expected one of them", what, toText(one.path), toText(*lost)));
+        }
+    }
+}
+
 std::vector<Override> valuesOf(const Value& scenario, const std::string& what, Diagnostics& diagnostics) {
     std::vector<Override> overrides;
     for (const Field& field : scenario.fields) {
@@ -39,6 +53,7 @@ std::vector<Override> valuesOf(const Value& scenario, const std::string& what, D
         }
         collect(*path, field.value, field.name.place, overrides);
     }
+    refuseLost(overrides, what, diagnostics);
     return overrides;
 }
 
@@ -57,6 +72,11 @@ std::vector<std::vector<Override>> readScenarios(Reading& reading, const Value* 
         if (field.value.kind != Value::Kind::table) {
             reading.diagnostics.error("wrong-value", field.value.place,
                                       fmt::format("{} is {}; expected a table", what, describe(field.value)));
+            continue;
+        }
+        if (field.name.value.empty()) {
+            reading.diagnostics.error("wrong-value", field.name.place,
+                                      "a scenario has no name; expected [scenarios.NAME]");
             continue;
         }
         const Value* title = field.value.field("title");

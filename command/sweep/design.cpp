@@ -36,6 +36,10 @@ std::optional<Design> Design::read(const DesignOptions& options, const ModelDocu
         diagnostics.error("missing-key", placeOfArgument("kesto sweep"),
                           "expected a table of members, --vary or --scenarios");
     }
+    GivenPaths given;
+    for (const KeyPath& path : design.paths_) {
+        if (!path.empty() && given.add(path)) design.mayLose_ = true;
+    }
     design.count(diagnostics);
     if (diagnostics.count(Severity::error) > before) return std::nullopt;
     return design;
@@ -210,7 +214,20 @@ std::vector<Override> Design::overridesOf(std::size_t member, Diagnostics& diagn
             refuseUnfit(overrides.back(), std::string(factor.cell(level, key)), diagnostics);
         }
     }
+    if (mayLose_) refuseLost(overrides, diagnostics);
     return overrides;
+}
+
+// Two keys of one member of which the second one leaves nothing of the first. In a table, each row may have another.
+void Design::refuseLost(const std::vector<Override>& overrides, Diagnostics& diagnostics) const {
+    GivenPaths given;
+    for (const Override& one : overrides) {
+        if (const auto lost = given.add(one.path)) {
+            diagnostics.error("repeated", one.value.place,
+                              fmt::format("{} replaces {}, which is given before it; expected one of them",
+                                          toText(one.path), toText(*lost)));
+        }
+    }
 }
 
 bool Design::changesShape() const {

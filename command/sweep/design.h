@@ -72,10 +72,12 @@ class Design {
     void count(Diagnostics& diagnostics);
     std::size_t levelOf(std::size_t factor, std::size_t member) const;
     std::vector<std::size_t> firstLevels(const Factor& factor, const std::set<KeyPath>& hidden) const;
+    void refuseLost(const std::vector<Override>& overrides, Diagnostics& diagnostics) const;
     Override overrideAt(const Factor& factor, std::size_t level, std::size_t key) const;
 
     std::vector<std::string> keys_;
     std::vector<KeyPath> paths_;
+    bool mayLose_ = false;  // one key may replace what another gives
     std::vector<Place> places_;
     std::vector<Factor> factors_;  // the last one varies fastest
     std::size_t members_ = 0;

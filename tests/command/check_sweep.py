@@ -117,6 +117,15 @@ class Designs(Sweeping):
                          [(name, size) for name in ("", "small", "full") for size in ("20", "30")])
         self.expect_as_run(rows[3], self.figures_of_run("--scenario", "small", "--set", "tank.size=30"))
 
+    def test_set_wins_over_scenarios_and_says_so(self):
+        warning = ("--set asked.demand=7: warning: it wins over the value of scenario small; give --vary, or change the model, "
+                   "if these are meant to keep theirs [replaced-value]\n")
+        self.assertIn(warning, self.sweep("--scenarios", "--set", "asked.demand=7", "--figures", "all").stderr)
+        self.expect_as_run(self.rows()[1], self.figures_of_run("--scenario", "small", "--set", "asked.demand=7"))
+        self.assertNotIn("replaced-value", self.sweep("--scenarios", "--set", "tank.size=30", output="other").stderr)
+        self.assertNotIn("replaced-value", self.sweep("--vary", "tank.size=3,4", "--scenario", "small", "--set",
+                                                      "asked.demand=7", output="third").stderr)
+
     def test_options_hold_for_all(self):
         self.sweep("--vary", "tank.size=20,30", "--set", "tank.size=1", "--set", "asked.demand=7", "--to", "2012-01-03",
                    "--figures", "all")
@@ -184,6 +193,25 @@ class Refusals(Sweeping):
         self.assertIn("the table has no rows", self.errors("empty.csv")[0])
         self.write(TANK.split("[scenarios")[0])
         self.assertIn("the model has no scenarios", self.errors("--scenarios")[0])
+
+    def test_keys_that_replace_each_other(self):
+        for first, second, shown in (("rain.demand.scale=1,2", "rain.demand=3,4", "rain.demand replaces rain.demand.scale"),
+                                     ("rain.demand.value=1,2", "rain.demand.weekly=[1,2,3,4,5,6,7]",
+                                      "rain.demand.weekly replaces rain.demand.value"),
+                                     ("groups.house.uses.1=1,2", "groups.house.uses={ 2 = 3 }",
+                                      "groups.house.uses replaces groups.house.uses.1")):
+            errors = self.errors("--vary", first, "--vary", second)
+            self.assertIn(shown + ", which is given before it; expected one of them", errors[0])
+        # Where the second one leaves the first in force, or a row has one of them alone, there is nothing to refuse.
+        self.sweep("--vary", "rain.demand=3,4", "--vary", "rain.demand.scale=1,2", "--figures", "all")
+        self.expect_as_run(self.rows()[1], self.figures_of_run("--set", "rain.demand=3", "--set", "rain.demand.scale=2"))
+        table = "rain.demand.scale,rain.demand\n2,\n,3\n"
+        (self.folder / "members.csv").write_text(table)
+        self.sweep("members.csv", output="rows")
+        (self.folder / "members.csv").write_text(table + "2,3\n")
+        self.assertFalse((self.folder / "wrong").exists())
+        done = self.sweep("members.csv", output="wrong", status=2)
+        self.assertIn("members.csv:4:3: error: rain.demand replaces rain.demand.scale", done.stderr)
 
     def test_what_is_recorded_is_the_same_for_all(self):
         errors = self.errors("--vary", "simulation.end=2012-01-05,2012-01-04", "--record", "tank")

@@ -126,6 +126,38 @@ class Values(InFolder):
         self.assertEqual(self.total("a.b:demand", 'components."a.b".demand=1'), 3)
         self.assertEqual(self.totals("--set", "simulation.end=2012-01-02")["roof:runoff"], 60)
 
+    def test_uses_given_in_a_table(self):
+        head = MODEL.replace("uses = { 1 = 5 }\n", "").replace("[groups.house]", '[tables]\ngroups = "groups.csv"\n[groups.house]')
+        self.write(head)
+        (self.folder / "groups.csv").write_text("name,use_1,use_2\nhouse,5,1\n")
+        self.assertEqual(self.total("wc:demand"), 3 * 60)
+        for value in "groups.house.uses.1=2", "groups.house.uses={ 1 = 2 }", "groups.house.use_1=2":
+            self.assertEqual(self.total("wc:demand", value), 3 * 24, value)
+        self.write(head.replace("[groups.house]", "[groups.house]\nuses = { 1 = 3 }"))
+        self.assertIn('use_1 and uses both give kind 1', self.error())
+
+    def test_a_kind_of_use_is_given_once(self):
+        text = ' error: group "house": uses: "01" gives kind 1 for the second time; expected it once'
+        self.assertEqual(self.error("--set", "groups.house.uses.01=3"), "--set groups.house.uses.01=3:" + text)
+        self.write(MODEL.replace("{ 1 = 5 }", "{ 1 = 5, 01 = 3 }"))
+        self.assertTrue(self.error().endswith(text))
+
+    def test_a_scenario_gives_a_value_once(self):
+        for lines, text in (
+                ('"roof.size" = 3\nroof.size = 4', "roof.size is given twice; expected it once"),
+                ("series.rainfall.value = 3\nseries.rainfall.weekly = [1, 1, 1, 1, 1, 1, 1]",
+                 "series.rainfall.weekly replaces series.rainfall.value; expected one of them"),
+                ('groups.house.uses.1 = 3\n"groups.house.uses" = [1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1]',
+                 "groups.house.uses replaces groups.house.uses.1; expected one of them")):
+            self.write(MODEL + "[scenarios.twice]\n" + lines + "\n")
+            self.assertIn(": error: [scenarios.twice]: " + text + "\n", self.kesto("check").stderr)
+        self.write(MODEL + '[scenarios.once]\n"roof.size" = 3\nseries.rainfall.value = 1\nseries.rainfall.scale = 2\n')
+        self.assertEqual(self.kesto("check").returncode, 0)
+
+    def test_a_scenario_has_a_name(self):
+        self.write(MODEL + '[scenarios.""]\nroof.size = 3\n')
+        self.assertIn(": error: a scenario has no name; expected [scenarios.NAME]\n", self.kesto("check").stderr)
+
     def test_uses_given_as_a_list(self):
         self.write(MODEL.replace("{ 1 = 5 }", "[5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0]"))
         self.assertEqual(self.total("wc:demand", "groups.house.uses.1=2"), 3 * 24)
