@@ -19,6 +19,7 @@ test("it is soon usable, and its sections stand in order", () => withBrowser(asy
   assert.ok(ids.includes("network") && ids.includes("series") && ids.includes("balance"));
   for (const id of ids) assert.ok((await tab.text(`#${id}-title`)).length > 0);
   assert.match(await tab.text("#lead"), /1 January 2012 to 31 December 2015 · 13 components · finished, no warnings/);
+  assert.match(await tab.text("#stores"), /^The store\s+How full it is over time/);
   assert.match(await tab.text("#balance"), /mains\s+mains\s+364\.2/);
   await tab.close();
 }));

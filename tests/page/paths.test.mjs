@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { widths, withBrowser } from "./browser.mjs";
-import { changed, charts, hostile, house } from "./runs.mjs";
+import { changed, charts, hostile, house, office } from "./runs.mjs";
 
 const skip = !charts, file = house();
 
@@ -54,6 +54,30 @@ test("sources that the months do not tell apart are named beneath them", () => w
   assert.doesNotMatch(await textOf(browser, file), /Other sources/);
   const page = changed(file, "other-sources", data => { Object.assign(data.months.series[1], { label: "Other sources", kind: "other" }); });
   assert.match(await textOf(browser, page), /Other sources: \u2068Rain on roof\u2069\./);
+}));
+
+// The points of a column of a picture, from white 255 to black 0, darkest first.
+async function darkest(tab, fromRight) {
+  const shot = await (await tab.page.$("#paths .scrolled")).screenshot({ encoding: "base64" });
+  return tab.run(async (image, at) => {
+    const picture = await createImageBitmap(await (await fetch(`data:image/png;base64,${image}`)).blob());
+    const pen = new OffscreenCanvas(picture.width, picture.height).getContext("2d");
+    pen.drawImage(picture, 0, 0);
+    // The topmost row lies above all bands.
+    return Math.min(...pen.getImageData(picture.width - at, 0, 1, 1).data);
+  }, shot, fromRight);
+}
+
+test("a diagram that is wider than its place shows where there is more", { skip }, () => withBrowser(async browser => {
+  const tab = await browser.open(office(), { width: 400 });
+  await tab.page.setBypassCSP(true);
+  await tab.page.reload();
+  await tab.settle();
+  assert.ok(await darkest(tab, 4) < 235);
+  await tab.run(() => { document.querySelector("#paths .scrolled").scrollLeft = 9999; });
+  await tab.settle();
+  assert.equal(await darkest(tab, 4), 255);
+  await tab.page.close();
 }));
 
 async function textOf(browser, page) {
