@@ -45,6 +45,15 @@ std::optional<ComparedRun> runOf(const std::string& path, ReadOptions read, cons
     runBeside(loaded, isForPage, [&](const Results& results, const Evaluation& evaluation) {
         run = comparedRun(kAsItIs, results, evaluation);
     });
+    const auto add = [&](const char* option, const std::string& text) {
+        if (!text.empty()) run.made.options.emplace_back(option, text);
+    };
+    for (const std::string& one : read.scenarios)
+        add("--scenario", one);
+    for (const std::string& one : read.set)
+        add("--set", one);
+    add("--from", read.from);
+    add("--to", read.to);
     for (const Scenario& one : model.scenarios) {
         if (one.name != scenario) continue;
         run.name = scenario;

@@ -138,7 +138,7 @@ std::string comparePage(const Comparison& comparison, const ComparedSweep* sweep
         notes.push_back(fmt::format("the chart shows {} of {} members", sweep->members.size(), sweep->all));
     }
     if (!notes.empty()) page["notes"] = std::move(notes);
-    page["made"] = {{"version", KESTO_VERSION}};
+    page["made"] = comparedMade(comparison, namesOf(comparison.runs), sweep);
     return filledPage(title, "", page);
 }
 

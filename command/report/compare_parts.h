@@ -10,4 +10,7 @@ namespace kesto {
 // What differs between runs comes first.
 Json overlaysOf(const std::vector<ComparedRun>& runs);
 
+// Models, data, options and design that the runs, by their names, and the sweep were made of.
+Json comparedMade(const Comparison& comparison, const std::vector<std::string>& names, const ComparedSweep* sweep);
+
 }  // namespace kesto

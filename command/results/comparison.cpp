@@ -89,6 +89,24 @@ std::vector<ComparedSeries> daysOf(const Results& results, const Overview& overv
     return days;
 }
 
+MadeOf madeOf(const nlohmann::json& summary) {
+    MadeOf made{summary.value("version", ""), {}, {}};
+    const std::string sha256 = summary.value("model_sha256", "");
+    if (!sha256.empty()) made.inputs.emplace_back(summary.at("model_file"), sha256);
+    for (const auto& input : summary.value("inputs", nlohmann::json::array())) {
+        made.inputs.emplace_back(input.at("file"), input.at("sha256"));
+    }
+    for (const auto& [option, key] : {std::pair("--scenario", "scenarios"), std::pair("--set", "set")}) {
+        for (const auto& text : summary.value(key, nlohmann::json::array())) {
+            made.options.emplace_back(option, text);
+        }
+    }
+    const std::string from = summary.value("states_from", "");
+    if (!from.empty()) made.options.emplace_back("--states-from", nameOf(pathOf(from).filename()));
+    if (summary.value("approximate", false)) made.options.emplace_back("--approximate", "");
+    return made;
+}
+
 }  // namespace
 
 bool ComparedFigure::differs() const {
@@ -109,6 +127,9 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
     if (evaluation.overview) {
         run.overview = toJson(*evaluation.overview);
         run.days = daysOf(results, *evaluation.overview);
+        for (const InputFile& input : inputsOf(*results.model)) {
+            run.made.inputs.emplace_back(input.path, input.sha256);
+        }
     }
     for (const Figure& figure : evaluation.figures.rows) {
         run.figures.emplace_back(evaluation.figures.nameOf(figure), figure.value);
@@ -138,6 +159,7 @@ ComparedRun readComparedRun(const std::string& folder) {
         for (const auto& set : summary.value("set", nlohmann::json::array())) {
             run.set.push_back(set.get<std::string>());
         }
+        run.made = madeOf(summary);
         for (const auto& row : summary.at("figures")) {
             const auto& value = row.at("value");
             run.figures.emplace_back(row.at("name").get<std::string>(),

@@ -21,6 +21,13 @@ struct ComparedSeries {
 
 inline constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
+// What a run or a sweep was made of, by which it can be made again.
+struct MadeOf {
+    std::string version;                                       // empty: that of this command
+    std::vector<std::pair<std::string, std::string>> inputs;   // file and checksum: the model first; empty: not known
+    std::vector<std::pair<std::string, std::string>> options;  // "--set", "tank.size=3"
+};
+
 // What a run says of itself.
 struct ComparedRun {
     std::string name;  // the folder of its results, a scenario, or a member of a sweep
@@ -35,6 +42,7 @@ struct ComparedRun {
     std::string folder = {};                // of its results; empty: in none
     std::string overview = {};              // JSON; empty: none
     std::vector<ComparedSeries> days = {};  // those that the overview shows, of a run without a folder
+    MadeOf made = {};
 };
 
 ComparedRun comparedRun(const std::string& name, const Results& results, const Evaluation& evaluation);
@@ -67,6 +75,8 @@ struct ComparedSweep {
     std::size_t all = 0;                          // members of the sweep
     std::map<std::string, std::size_t> outcomes;  // of all: how many ended so
     std::vector<Failure> failures;                // the first of those that did not finish
+    MadeOf made;
+    std::string designTable, designSha256;  // without a table: empty
 };
 
 struct Comparison {

@@ -125,6 +125,7 @@ class Members {
         }
         addKeys(shown, sweep);
         addOutcomes(shown, sweep);
+        addMade(sweep);
         for (const MemberColumn& column : columns_) {
             ComparedFigure figure{column.name, column.unit, {}};
             for (const std::size_t row : shown) {
@@ -156,6 +157,21 @@ class Members {
             const std::string name = keys[i].get<std::string>();
             sweep.keys.push_back(comparedKey(name, i < units.size() ? units[i] : "", textsOf(name, rows)));
         }
+    }
+
+    void addMade(ComparedSweep& sweep) const {
+        const Json& made = json_.at("made_of");
+        sweep.made.version = made.at("kesto");
+        for (const Json& input : made.at("inputs")) {
+            sweep.made.inputs.emplace_back(input.at("file"), input.at("sha256"));
+        }
+        for (const auto& [name, value] : made.at("options").items()) {
+            for (const Json& text : value.is_array() ? value : Json::array({value})) {
+                if (text != "") sweep.made.options.emplace_back("--" + name, text);
+            }
+        }
+        sweep.designTable = json_.at("design_table");
+        sweep.designSha256 = made.at("design").at("sha256");
     }
 
     // How many came to which end, and why the first of those that did not finish stopped.

@@ -5,6 +5,7 @@ usage: check_compare.py KESTO"""
 
 import base64
 import csv
+import hashlib
 import json
 import re
 import shutil
@@ -177,6 +178,11 @@ class Compare(InFolder):
         labels = list(overlays)
         self.assertLess(labels.index("tank:deficit, by day"), labels.index("rain:demand, by day"), "what differs comes first")
         self.assertNotIn("sweep", page)
+        parts = {part["run"]: part for part in page["made"]["parts"]}
+        summary = self.json_in("runs/a/summary.json")
+        self.assertEqual((parts["a"]["model"], parts["a"]["model_sha256"]), ("model.toml", summary["model_sha256"]))
+        self.assertNotIn("options", parts["a"])
+        self.assertEqual([parts[name]["options"] for name in "bc"], [[["--scenario", "small"]], [["--set", "tank.size=30"]]])
 
     def test_a_page_of_scenarios(self):
         done = self.kesto("compare", "model.toml", "--scenarios", "-o", "page.html", "--json")
@@ -190,6 +196,10 @@ class Compare(InFolder):
         overlays = {row["label"]: row for row in page["overlays"]}
         self.assertEqual([self.numbers(values) for values in overlays["Used: Mains"]["values"]], [[16], [0], [4]])
         self.assertIn("tank:deficit, by day", overlays)
+        digest = hashlib.sha256((self.folder / "model.toml").read_bytes()).hexdigest()
+        self.assertEqual([(part["run"], part["model_sha256"], part.get("options")) for part in page["made"]["parts"]],
+                         [("as it is", digest, None), ("small", digest, [["--scenario", "small"]]),
+                          ("full", digest, [["--scenario", "full"]])])
         # The same as of runs that are kept in folders.
         for name, *options in ("a",), ("b", "--scenario", "small"), ("c", "--scenario", "full"):
             self.run_into(name, *options)
@@ -208,6 +218,11 @@ class Compare(InFolder):
         self.assertEqual(keys["rain.demand"]["values"], [4, None, 5])
         self.assertEqual(keys["asked.demand"], {"name": "asked.demand", "unit": "L", "values": [1, 2, 3]})
         self.assertEqual(page["sweep"]["members"], [1, 2, 3])
+        made = self.json_in("sweep/members.json")["made_of"]
+        part, = page["made"]["parts"]
+        self.assertEqual(part["design"], {"members": 3, "sha256": made["design"]["sha256"], "table": "members.csv"})
+        self.assertEqual((part["model"], part["model_sha256"]), ("model.toml", made["inputs"][0]["sha256"]))
+        self.assertIn(["--figures", "all"], part["options"])
         rows = self.csv_rows("sweep/members.csv")
         figures = {figure["name"]: figure["values"] for figure in page["sweep"]["figures"]}
         self.assertEqual(figures["network.used"], [float(row["network.used"]) for row in rows])

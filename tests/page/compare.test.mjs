@@ -10,6 +10,9 @@ const four = comparison();
 test("four runs side by side", () => withBrowser(async browser => {
   await looksRight(browser, four, { all: few });
   const tab = await browser.open(four);
+  const made = await tab.texts("#made dt");
+  assert.deepEqual(made.slice(0, 3), ["Version", "Model", "SHA-256"]);
+  assert.equal(made.filter(text => text.startsWith("Options of tank of ")).length, 4);
   assert.deepEqual(await tab.texts("#runs tbody th"), ["tank of 1 m3", "tank of 2 m3", "tank of 5 m3", "tank of 0.5 m3"]);
   // 369.6 m³ with 1 m³ of tank, 349.1 with 5.
   const mains = (await tab.texts("#figures tbody tr")).find(text => text.startsWith("network.mains"));
@@ -83,6 +86,8 @@ test("a sweep by what it varies", { skip: !charts }, () => withBrowser(async bro
   await looksRight(browser, file, { all: few });
   const tab = await browser.open(file);
   assert.match(await tab.text("#lead"), /24 members over tank\.size, roof\.size/);
+  assert.deepEqual(await tab.texts("#made dt"), ["Version", "Model", "SHA-256", "Design", "Options", "Read"]);
+  assert.match((await tab.texts("#made dd"))[3], /24 members [0-9a-f]{64}/);
   // A curve over the sizes of the tank for each of three roofs.
   assert.deepEqual(await tab.texts("#sweep .keys li"), ["roof.size = 40 m²", "roof.size = 60 m²", "roof.size = 100 m²"]);
   assert.ok((await tab.coloured("#sweep"))[0] > 300);

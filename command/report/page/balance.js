@@ -100,21 +100,43 @@ export function balanceSection(data) {
            how: "Point at a figure for its exact value." };
 }
 
-export function writeMade({ made }) {
-  const footer = byId("made");
+// Of one run or sweep, or of several that read the same: `options` of each, by the names of the runs.
+function madeRows(made, options, runs) {
   const hash = text => make("code", { className: "hash", textContent: text });
-  const rows = [];
-  const row = (name, ...content) => rows.push(make("dt", { textContent: name }), make("dd", {}, ...content));
+  const rows = [], row = (name, ...content) => rows.push(make("dt", { textContent: name }), make("dd", {}, ...content));
+  if (runs) row("Runs", named(runs));
   if (made?.version) row("Version", made.version);
   if (made?.model) row("Model", named(made.model.split(/[\\/]/).pop()));
   if (made?.model_sha256) row("SHA-256", hash(made.model_sha256));
-  if (made?.options?.length) row("Options", make("code", { textContent: made.options.map(([name, text]) => `${name} ${text}`.trim()).join(" ") }));
+  if (made?.design) row("Design", made.design.table ? named(made.design.table) : "", ` ${number(made.design.members)} members `, hash(made.design.sha256));
+  for (const { run, list } of options) {
+    row(run ? `Options of ${run}` : "Options", make("code", { textContent: list.map(([name, text]) => `${name} ${text}`.trim()).join(" ") }));
+  }
   if (made?.inputs?.length) {
     row("Read", make("ul", {}, ...made.inputs.map(input => make("li", {}, named(input.file), " ", hash(input.sha256)))));
   }
+  return rows.length ? make("dl", { className: "made" }, ...rows) : null;
+}
+
+// Runs that read the same stand together.
+function madeLists(made) {
+  if (!made?.parts?.length) return [madeRows(made, made?.options?.length ? [{ list: made.options }] : [])];
+  const groups = new Map();
+  for (const { run, options, ...same } of made.parts) {
+    const key = JSON.stringify(same);
+    if (!groups.has(key)) groups.set(key, { same, runs: [], options: [] });
+    const group = groups.get(key);
+    if (run) group.runs.push(run);
+    if (options?.length) group.options.push({ run, list: options });
+  }
+  return [...groups.values()].map(({ same, runs, options }) => madeRows(same, options, groups.size > 1 ? runs.join(", ") : ""));
+}
+
+export function writeMade({ made }) {
+  const footer = byId("made");
   footer.prepend(make("h2", { textContent: "How it was made" }),
     make("p", { className: "note", textContent: "Same model, data and version give the same results, bit for bit. This page works offline and needs no other file." }),
-    ...(rows.length ? [make("dl", { className: "made" }, ...rows)] : []));
+    ...madeLists(made).filter(list => list));
   const licences = byId("licences");
   if (!licences.querySelector("pre").textContent.trim()) licences.remove();
 }
