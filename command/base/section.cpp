@@ -124,8 +124,10 @@ std::optional<double> inUnit(const Value& value, std::string_view unit, const st
         const std::string orText = unit.empty() ? ""
                                                 : fmt::format(", or a text with a number, a blank and {}{}",
                                                               units.size() > 1 ? "one of " : "", listOf(units));
-        diagnostics.error("wrong-value", value.place,
-                          fmt::format("{} is {}; expected {}{}", what, describe(value), wanted, orText));
+        diagnostics.error(
+            "wrong-value", value.place,
+            fmt::format("{} is {}{}; expected {}{}", what, describe(value),
+                        value.fromCell ? adviceOn(text.substr(0, blank), value.decimalMark) : "", wanted, orText));
         return std::nullopt;
     }
     return *number * factor->factor + factor->offset;

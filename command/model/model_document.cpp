@@ -39,7 +39,8 @@ Value rowOf(const CsvFile& csv, std::size_t row) {
     return table;
 }
 
-// The first number whose thousands are parted, so that it is seen how all of them are read.
+}  // namespace
+
 void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
     for (std::size_t row = 0; row < csv.rows(); ++row) {
         for (std::size_t column = 0; column < csv.columns().size(); ++column) {
@@ -52,6 +53,8 @@ void noteThousands(const CsvFile& csv, Diagnostics& diagnostics) {
         }
     }
 }
+
+namespace {
 
 // [tables] and the contents of its files, turned into the same values as the rest of the model.
 void readTables(ModelDocument& document, Diagnostics& diagnostics) {

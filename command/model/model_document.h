@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "csv_file.h"
 #include "diagnostics.h"
 #include "value.h"
 
@@ -24,5 +25,8 @@ struct ModelDocument {
 
 // None when the file cannot be read, which is reported. Faults of its tables are reported, too.
 std::optional<ModelDocument> readDocument(const std::string& path, Diagnostics& diagnostics);
+
+// Notes the first number whose thousands are parted, so that it is seen how all of them are read.
+void noteThousands(const CsvFile& csv, Diagnostics& diagnostics);
 
 }  // namespace kesto

@@ -17,6 +17,25 @@ namespace {
 
 constexpr std::size_t kMostMembers = 100'000'000;
 
+// A number as the cells of the model's tables: with the decimal mark of the file, and thousands that are parted. One
+// that can be read in two ways, with a unit or without, is none.
+void takeCell(Value& value, const std::string& text, DecimalMark mark) {
+    const bool isPlain = formOf(text) != NumberForm::noNumber;
+    const std::string_view number = std::string_view(text).substr(0, isPlain ? text.size() : text.rfind(' '));
+    const NumberForm form = formOf(number);
+    if (form == NumberForm::noNumber) return;  // as after --set, as is what every file means the same by
+    if (parseNumber(number) && (mark == DecimalMark::point || form == NumberForm::whole)) return;
+    value = Value{};
+    value.kind = Value::Kind::text;
+    value.text = text;
+    value.fromCell = true;
+    value.decimalMark = mark;
+    if (const auto read = readNumber(text, mark)) {
+        value.kind = Value::Kind::real;
+        value.number = *read;
+    }
+}
+
 Place placeOfArgument(const std::string& argument) {
     return {std::make_shared<const std::string>(argument), 0, 0};
 }
@@ -85,6 +104,7 @@ void Design::addTable(const std::string& path, Diagnostics& diagnostics) {
     auto csv = CsvFile::read(path, placeOfArgument(path), diagnostics);
     if (!csv) return;
     csv->noteUnderstood({}, diagnostics);
+    noteThousands(*csv, diagnostics);
     Factor factor;
     for (const std::string& column : csv->columns()) {
         factor.keys.push_back(addKey(column, csv->headerPlace(), diagnostics));
@@ -117,7 +137,8 @@ void Design::count(Diagnostics& diagnostics) {
     members_ = 1;
     for (const Factor& factor : factors_) {
         if (factor.size() > 0 && members_ > kMostMembers / factor.size()) {
-            diagnostics.error("too-large", {}, fmt::format("the design has more than {} members", kMostMembers));
+            diagnostics.error("too-large", placeOfArgument("kesto sweep"),
+                              fmt::format("the design has more than {} members", kMostMembers));
             return;
         }
         members_ *= factor.size();
@@ -190,15 +211,7 @@ Override Design::overrideAt(const Factor& factor, std::size_t level, std::size_t
     Override one = overrideOf(paths_[index], text, fmt::format("--vary {}={}", keys_[index], text));
     one.keyPlace = places_[index];
     if (!factor.table) return one;
-    // Spreadsheets have their own decimal mark.
-    const auto number = factor.table->decimalMark() == DecimalMark::point
-                            ? std::nullopt
-                            : readNumber(text, factor.table->decimalMark());
-    if (number) {
-        one.value = Value{};
-        one.value.kind = Value::Kind::real;
-        one.value.number = *number;
-    }
+    takeCell(one.value, text, factor.table->decimalMark());
     setPlace(one.value, factor.table->placeOf(level, key));
     return one;
 }

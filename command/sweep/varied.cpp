@@ -60,7 +60,8 @@ std::optional<std::vector<std::string>> rangeOf(std::string_view text) {
     if (!from || !to || !count) return std::nullopt;
     if (count->number != std::floor(count->number) || count->number < 2 || count->number > kMostInRange ||
         !count->unit.empty()) {
-        throw std::runtime_error(fmt::format("\"{}\" values; expected a whole number of at least 2", parts[2]));
+        throw std::runtime_error(
+            fmt::format("\"{}\" values; expected a whole number from 2 to {}", parts[2], kMostInRange));
     }
     if (!from->unit.empty() && !to->unit.empty() && from->unit != to->unit) {
         throw std::runtime_error(fmt::format("from \"{}\" to \"{}\"; expected one unit for both", parts[0], parts[1]));

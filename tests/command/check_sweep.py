@@ -72,6 +72,23 @@ class Designs(Sweeping):
         self.sweep("members.csv", "--figures", "all")
         self.expect_as_run(self.rows()[0], self.figures_of_run("--set", "tank.size=20.5", "--set", "asked.demand=2.5"))
 
+    def test_numbers_of_spreadsheets_are_those_of_tables(self):
+        for row, size in (("1 500;1,5", "1500"), ("1.500;1,5", "1500"), ("1.500 L;1,5", "1500"), ("20,5 L;2,5", "20.5"),
+                          ("0,0205 m3;2,5", "20.5"), ("20;2,5", "20")):
+            (self.folder / "members.csv").write_text("tank.size;asked.demand\n" + row + "\n")
+            done = self.sweep("members.csv", "--figures", "all", "--restart")
+            demand = row.split(";")[1].replace(",", ".")
+            self.expect_as_run(self.rows()[0], self.figures_of_run("--set", f"tank.size={size}", "--set", f"asked.demand={demand}"))
+        (self.folder / "members.csv").write_text("tank.size;asked.demand\n1 500;1\n")
+        self.assertIn('members.csv:2:1: note: column "tank.size": "1 500" is read as 1500',
+                      self.sweep("members.csv", "--restart").stderr)
+        for head, row in (("tank.size;asked.demand", "1.500;2"), ("tank.size;asked.demand", "1.500 L;2"),
+                          ("tank.size\tasked.demand", "1.500 L\t2")):
+            (self.folder / "members.csv").write_text(head + "\n" + row + "\n")
+            done = self.sweep("members.csv", "--restart", status=2)
+            self.assertIn("members.csv:2:1: error: ", done.stderr)
+            self.assertIn("which is 1.5 or 1500: no other number of the file tells its decimal mark", done.stderr)
+
     def test_lists_and_ranges_are_crossed(self):
         self.sweep("--vary", "tank.size=10:30:3", "--vary", "asked.demand=5 L, 0.01 m3")
         self.assertEqual([(row["tank.size"], row["asked.demand"]) for row in self.rows()],
@@ -175,8 +192,8 @@ class Refusals(Sweeping):
                 (["--vary", "tank.size"], "expected KEY=VALUE,VALUE,... or KEY=FROM:TO:COUNT"),
                 (["--vary", "tank.size="], "expected KEY=VALUE,VALUE,... or KEY=FROM:TO:COUNT"),
                 (["--vary", "tank.size=1,,2"], 'a value of "1,,2" is empty'),
-                (["--vary", "tank.size=1:2:1"], '"1" values; expected a whole number of at least 2'),
-                (["--vary", "tank.size=1:2:2.5"], '"2.5" values; expected a whole number of at least 2'),
+                (["--vary", "tank.size=1:2:1"], '"1" values; expected a whole number from 2 to 10000000'),
+                (["--vary", "tank.size=1:2:2.5"], '"2.5" values; expected a whole number from 2 to 10000000'),
                 (["--vary", "tank.size=1 L:2 m3:3"], 'from "1 L" to "2 m3"; expected one unit for both'),
                 (["--vary", "tank=1,2"], '"tank" leads to no value'),
                 (["--vary", "tank.size=1,2", "--vary", "tank.size=3,4"], "tank.size is given twice"),
