@@ -95,10 +95,12 @@ class ValueDoubts {
             addNames(component.series);
         }
         for (std::size_t i = 0; i < isRead.size(); ++i) {
-            if (isRead[i]) continue;
             const auto name = names.find(static_cast<SourceIndex>(i));
-            const std::string_view what = name == names.end() ? "this series" : name->second;
-            diagnostics_.warning("unread-series", model_.sources[i].place, fmt::format("no component reads {}", what));
+            const bool isNamed = name != names.end();
+            const bool isReplaced = !isNamed && model_.simulation.goesOn;  // an initial value, by a state
+            if (isRead[i] || isReplaced) continue;
+            diagnostics_.warning("unread-series", model_.sources[i].place,
+                                 fmt::format("no component reads {}", isNamed ? name->second : "this series"));
         }
     }
 

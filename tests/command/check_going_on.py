@@ -131,6 +131,7 @@ class GoingOn(InFolder):
                 done = self.go_on()
                 self.assertEqual(done.returncode, 0, done.stderr)
                 self.assertNotIn("states", done.stderr)
+                self.assertNotIn("no component reads this series", done.stderr)  # but its state
                 self.whole()
                 self.expect_same()
                 self.assertIn("States      of 2023-01-04, from whole\n", done.stdout)
