@@ -49,6 +49,7 @@ inline constexpr WarningCode kWarningCodes[] = {
     {"negative-rain", About::values, "rain below 0"},
     {"time-step", About::values, "a time step other than one day"},
     {"mixed-units", About::values, "a group books millimetres and litres together"},
+    {"mixed-energy", About::values, "a group books heat and the energy of machines together"},
     {"id-digits", About::values, "ids that source tracing may mix up"},
     {"unused-state", About::values, "a store in the results to go on from that the model does not have"},
     {"approximate", About::results, "a run that goes on without what a component remembers beside the states"},

@@ -150,6 +150,7 @@ struct Type {
     bool dailyOnly = false;           // refuses a time step other than one day
     bool usesLatitude = false;
     bool booksDepth = false;  // its potentials are in mm, those of one m2
+    bool booksHeat = false;   // its energy is heat, of evaporation or radiation, which nobody pays for or sells
 
     bool isReport(int output) const { return output == 2 && balance.wiring.secondIsReport; }
     bool isAppliance() const { return codes.size() > 1; }

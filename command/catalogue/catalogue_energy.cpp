@@ -122,7 +122,8 @@ Type netRadiation() {
             .potentials = {kEnergy},
             .balance = kNoWaterPasses,
             .dailyOnly = true,
-            .usesLatitude = true};
+            .usesLatitude = true,
+            .booksHeat = true};
 }
 
 Type windTurbine() {

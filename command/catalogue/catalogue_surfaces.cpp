@@ -121,7 +121,8 @@ Type greenArea() {
                  Stored::depth,
                  {.asksBy = 2}},
             .dailyOnly = true,
-            .usesLatitude = true};
+            .usesLatitude = true,
+            .booksHeat = true};
 }
 
 // Thornthwaite, of one square metre; rounded to single as the engine rounds it. C libraries differ in the last digit of

@@ -25,6 +25,7 @@ class Doubts {
         }
         checkStart();
         checkInfiltration();
+        checkEnergy();
         checkNames();
         if (model_.isNetworkComplete) checkReach();
         if (model_.simulation.traceSources) checkIds();
@@ -83,6 +84,17 @@ class Doubts {
                 fmt::format("it books its infiltration in {}, \"{}\" of the same group in {}: their sum means nothing; "
                             "put it into a group of its own",
                             *unit, other->second->name, info(kInfiltration).unit));
+        }
+    }
+
+    // Nobody pays for the heat of evaporation, or sells it.
+    void checkEnergy() {
+        for (const auto& [machine, heat] : energyOfGroups(model_)) {
+            if (!machine || !heat) continue;
+            doubt("mixed-energy", heat->place, *heat,
+                  fmt::format("it books heat as energy, \"{}\" of the same group the energy of a machine: all of it "
+                              "counts as energy; put one of them into a group of its own",
+                              machine->name));
         }
     }
 

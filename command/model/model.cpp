@@ -58,6 +58,29 @@ std::optional<std::string_view> unitBooked(const Component& component, Potential
     return type.booksDepth ? "mm" : info(potential).unit;
 }
 
+namespace {
+
+// A machine that its brand gives no energy books zeros.
+bool booksNoEnergy(const Model& model, const Component& component) {
+    const Parameter* parameter = findParameter(*component.type, spec::kEnergyPerVolume);
+    if (!parameter || component.brand < 0) return false;
+    const auto& given = model.brands[at(component.brand)].specifications;
+    const auto found = given.find(parameter->number);
+    return (found == given.end() ? parameter->standard.value_or(0) : found->second.value) == 0;
+}
+
+}  // namespace
+
+std::vector<BookedEnergy> energyOfGroups(const Model& model) {
+    std::vector<BookedEnergy> groups(model.groups.size());
+    for (const Component& component : model.components) {
+        if (component.group < 0 || !unitBooked(component, kEnergy) || booksNoEnergy(model, component)) continue;
+        BookedEnergy& group = groups[at(component.group)];
+        (component.type->booksHeat ? group.heat : group.machine) = &component;
+    }
+    return groups;
+}
+
 SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need) {
     if (need.filing == Filing::own) return component.series[need.kind];
     if (component.group < 0) return kNoSource;

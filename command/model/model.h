@@ -177,6 +177,14 @@ struct Model {
 // does not book it.
 std::optional<std::string_view> unitBooked(const Component& component, Potential potential);
 
+// What the energy of a group is: of machines, heat, or a sum of both.
+struct BookedEnergy {
+    const Component* machine = nullptr;  // one that books some; null: none does
+    const Component* heat = nullptr;
+    bool isHeat() const { return heat && !machine; }
+};
+std::vector<BookedEnergy> energyOfGroups(const Model& model);
+
 // The source that meets a need of a component, its own or its group's; kNoSource when there is none.
 SourceIndex sourceFor(const Model& model, const Component& component, const SeriesNeed& need);
 

@@ -203,8 +203,9 @@ class Cards {
     }
 
     void addMoney() {
-        const auto yearly = figure("network.yearly_cost"), use = total("use");
-        if (yearly && use && *use > 0) {
+        const auto yearly = figure("network.yearly_cost"), use = total("use"), mains = figure("network.mains");
+        const bool isMainsPriced = !mains || *mains == 0 || figure("network.mains_cost");
+        if (yearly && isMainsPriced && use && *use > 0) {
             add({{"id", "cost"},
                  {"label", "Cost of the water used"},
                  {"value", *yearly / (*use / years_ / 1000)},

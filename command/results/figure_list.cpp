@@ -24,7 +24,8 @@ constexpr FigureInfo kFigures[] = {
     {network, "created", "L", "water from nothing"},
     {network, "destroyed", "L", "water that vanishes"},
 
-    {network, "energy", "kWh", "energy that is booked"},
+    {network, "energy", "kWh", "energy of machines: used, less yielded"},
+    {network, "heat", "kWh", "heat that evaporation takes up, below 0, and net radiation brings"},
 
     {money, "capital", "money", "to buy and build all that has capital"},
     {money, "annuity", "money/a", "the capital as an even payment each year of its life"},

@@ -69,8 +69,9 @@ class Collector {
         add(kOutside, "storage_change", out(AccountKind::storage) - in(AccountKind::storage));
         add(kOutside, "created", in(AccountKind::created));
         add(kOutside, "destroyed", out(AccountKind::destroyed));
-        const auto& energy = money_.network().energy;
-        if (energy && *energy != 0) add(kOutside, "energy", *energy);
+        const NetworkCosts& booked = money_.network();
+        if (booked.energy.value_or(0) != 0) add(kOutside, "energy", *booked.energy);
+        if (booked.heat.value_or(0) != 0) add(kOutside, "heat", *booked.heat);
     }
 
     void addMoney() {
@@ -110,7 +111,8 @@ class Collector {
 
   private:
     void add(int component, std::string_view name, double value) {
-        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value});
+        // A sum of nothing may be -0.
+        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value + 0.0});
     }
 
     void addKnown(int component, std::string_view name, const std::optional<double>& value) {
@@ -118,8 +120,8 @@ class Collector {
     }
 
     void addDated(int component, std::string_view name, double value, std::size_t first, std::size_t last) {
-        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value, recorded_.dayOf(first),
-                                 recorded_.dayOf(last)});
+        figures_.rows.push_back({component, &figureInfo(name, component == kOutside), value + 0.0,
+                                 recorded_.dayOf(first), recorded_.dayOf(last)});
     }
 
     void addPeak(int component, std::string_view name, const Peak& peak) {
@@ -217,7 +219,11 @@ class Collector {
 }  // namespace
 
 std::string Figures::nameOf(const Figure& figure) const {
-    const std::string of = figure.component == kOutside ? "network" : model->components[at(figure.component)].name;
+    constexpr char kNetwork[] = "network";
+    const bool isOfNetwork = figure.component == kOutside;
+    std::string of = isOfNetwork ? kNetwork : model->components[at(figure.component)].name;
+    // A component of that name goes by the path that it has as a key.
+    if (!isOfNetwork && of == kNetwork) of = "components." + of;
     return of + "." + std::string(figure.info->name);
 }
 

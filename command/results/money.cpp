@@ -22,6 +22,15 @@ Known times(const Known& a, const Known& b) {
     return a && b ? Known(*a * *b) : std::nullopt;
 }
 
+// Whether running costs hold the same. A network without machines has no cost of energy, whatever the price.
+bool havePricesAlike(const NetworkCosts& a, const NetworkCosts& b) {
+    const auto lacksPrice = [](const NetworkCosts& costs) {
+        return costs.energy.value_or(0) != 0 && !costs.energyCost;
+    };
+    const bool isEnergyAlike = !(a.energyCost && lacksPrice(b)) && !(b.energyCost && lacksPrice(a));
+    return a.mains.has_value() == b.mains.has_value() && a.sewage.has_value() == b.sewage.has_value() && isEnergyAlike;
+}
+
 }  // namespace
 
 std::string withoutBaseline(const Economics& economics, const std::string& why) {
@@ -60,14 +69,20 @@ Savings savingsOf(const NetworkCosts& now, const NetworkCosts& before) {
     Savings savings{before.mainsLitres - now.mainsLitres, {}, {}, {}, {}};
     if (before.energy || now.energy) savings.energy = before.energy.value_or(0) - now.energy.value_or(0);
     const auto running = now.running();
-    if (!running) return savings;
+    if (!running || !havePricesAlike(now, before)) return savings;
     savings.running = before.running().value_or(0) - *running;
+    const auto isKnown = [](const Known& after, const Known& first) { return after || first; };
     const auto more = [](const Known& after, const Known& first) { return after.value_or(0) - first.value_or(0); };
-    const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
-                         more(now.operation, before.operation);
-    savings.costPerM3 = savings.mains > 0 ? spent * now.years * kLitresPerM3 / savings.mains : kNoSaving;
-    const double capital = more(now.capital, before.capital);
-    savings.payback = *savings.running > 0 && capital >= 0 ? capital / *savings.running : kNoSaving;
+    if (isKnown(now.annuity, before.annuity) || isKnown(now.energyCost, before.energyCost) ||
+        isKnown(now.operation, before.operation)) {
+        const double spent = more(now.annuity, before.annuity) + more(now.energyCost, before.energyCost) +
+                             more(now.operation, before.operation);
+        savings.costPerM3 = savings.mains > 0 ? spent * now.years * kLitresPerM3 / savings.mains : kNoSaving;
+    }
+    if (isKnown(now.capital, before.capital)) {
+        const double capital = more(now.capital, before.capital);
+        savings.payback = *savings.running > 0 && capital >= 0 ? capital / *savings.running : kNoSaving;
+    }
     return savings;
 }
 
@@ -105,11 +120,14 @@ void Money::addCapital() {
 
 // Energy and costs that the engine books, as often as a component counts.
 void Money::addBooked() {
+    const std::vector<BookedEnergy> energy = energyOfGroups(recorded_.model());
     Known operation, capacity;
     for (const PotentialSeries& series : results_.potentials) {
         const int group = recorded_.model().findGroup(series.group);
         const Known sum = series.total;
-        if (series.potential == kEnergy) {
+        if (series.potential == kEnergy && energy[at(group)].isHeat()) {
+            add(network_.heat, sum);
+        } else if (series.potential == kEnergy) {
             add(groups_[at(group)].energy, sum);
             add(network_.energy, sum);
         }

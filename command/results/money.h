@@ -16,7 +16,8 @@ inline constexpr double kLitresPerM3 = 1000;
 struct NetworkCosts {
     double years = 0;
     double mainsLitres = 0;        // of the run
-    std::optional<double> energy;  // kWh of the run; none where nothing books energy
+    std::optional<double> energy;  // kWh of the run that machines use, less what they yield; none where there are none
+    std::optional<double> heat;    // kWh of the run that evaporation takes up, below 0, and radiation brings
     std::optional<double> capital, annuity;
     std::optional<double> mains, sewage, energyCost, operation, capacity;
 
@@ -29,8 +30,8 @@ struct ComponentCosts {
     double capital, annuity;
 };
 
-// What a network saves against another, each not a number where it has none, but nothing where a price or energy is not
-// known.
+// What a network saves against another, each not a number where it has none, but nothing where a price, capital or
+// energy is not known of both.
 struct Savings {
     double mains;                   // litres of the run
     std::optional<double> energy;   // kWh of the run

@@ -149,9 +149,11 @@ class MonthRows {
     }
 
     Months energy() const {
+        const std::vector<BookedEnergy> groups = energyOfGroups(recorded_.model());
         Months sums(overview_.months.count(), 0);
         for (const PotentialSeries& series : results_.potentials) {
-            if (series.potential != kEnergy) continue;
+            const bool isHeat = groups[at(recorded_.model().findGroup(series.group))].isHeat();
+            if (series.potential != kEnergy || isHeat) continue;
             kesto::add(sums, sumOfSteps(overview_.months,
                                         [&](std::size_t step) { return static_cast<double>(series.values[step]); }));
         }

@@ -12,7 +12,7 @@ import subprocess
 import time
 import unittest
 
-from running import InFolder, KESTO, SCARCE
+from running import InFolder, KESTO, SCARCE, TANK
 
 DAYS = 10
 YEARS = DAYS / 365.25
@@ -310,6 +310,70 @@ to = "garden"
             rows = {row["figure"]: row for row in csv.DictReader(file)}
         self.assertEqual(float(rows["saved_mains"]["now"]), now["network.saved_mains"])
         self.assertEqual(rows["saved_mains"]["before"], "")
+
+    def test_heat_is_no_energy(self):
+        plain = self.run_model()
+        text = MODEL.replace("[simulation]", """[brands.lawn]
+storage_depth = 20
+capacity_cost = 0
+operation_cost = 0
+water_quality = 0
+infiltration_rate = 0.1
+[groups.lawn]
+rainfall = 2
+temperature_min = 8
+temperature_max = 20
+[[components]]
+name = "lawn"
+type = "green_area"
+group = "lawn"
+brand = "lawn"
+size = 100
+[simulation]
+latitude = 47""")
+        now = self.run_model("-o", "out", text=text)
+        booked = self.json_in("out/summary.json")["potentials"]
+        heat = next(row["total"] for row in booked if (row["group"], row["potential"]) == ("lawn", "energy"))
+        self.assertLess(heat, -100)
+        self.same(now, network__heat=heat, network__energy=plain["network.energy"],
+                  network__energy_cost=plain["network.energy_cost"], network__saved_energy=plain["network.saved_energy"])
+        self.assertNotIn("network.heat", plain)
+        # What a group books is one sum.
+        mixed = self.run_model(text=text.replace('group = "lawn"', 'group = "rainwater"').replace(
+            "[groups.rainwater]", "[groups.rainwater]\ntemperature_min = 8\ntemperature_max = 20"))
+        self.assertNotIn("network.heat", mixed)
+        self.assertLess(mixed["network.energy"], 0)
+        self.assertIn('"pump" of the same group the energy of a machine: all of it counts as energy; put one of them into a '
+                      "group of its own [mixed-energy]", self.kesto("check", "model.toml").stderr)
+
+    def test_what_has_no_price_or_capital_is_not_compared(self):
+        prices = '[economics]\nbaseline = "small"\nwater_price = 2\n'
+        now = self.run_model("-o", "now", text=TANK + prices)
+        self.assertIn("network.saved_running_cost", now)
+        self.assertFalse({"network.payback", "network.cost_per_m3_saved"} & now.keys())
+        self.run_model("-o", "more", "--set", "economics.sewage_price=3", text=TANK + prices)
+        done = self.kesto("compare", "--json", "--all", "now", "more", "now")
+        savings = {row["name"] for row in json.loads(done.stdout)["savings"]}
+        self.assertFalse(savings & {"saved_running_cost", "cost_per_m3_saved", "payback"}, done.stdout)
+
+    def test_a_component_called_network(self):
+        text = MODEL.replace('name = "tank"', 'name = "network"').replace('"tank.', '"network.').replace('"tank:', '"network:')
+        now = self.run_model(text=text)
+        plain = self.run_model()
+        self.assertEqual(now["network.capital"], plain["network.capital"])
+        self.assertEqual(now["components.network.capital"], plain["tank.capital"])
+
+    def test_what_the_baseline_reads_is_read(self):
+        (self.folder / "dry.csv").write_text("rain\n" + "0.5\n" * DAYS)
+        text = MODEL.replace("[scenarios.before]", '[scenarios.before]\n"groups.rainwater.rainfall" = { column = "rain", '
+                                                   'file = "dry.csv" }')
+        self.run_model("-o", "out", text=text)
+        self.assertEqual([row["file"] for row in self.json_in("out/summary.json")["inputs"]], ["dry.csv"])
+        (self.folder / "dry.csv").rename(self.folder / "out/flows.csv")
+        self.write(text.replace("dry.csv", "out/flows.csv"))
+        done = self.kesto("run", "model.toml", "-o", "out")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("results would be written over out/flows.csv, which the run reads", done.stderr)
 
     def test_a_table_of_components(self):
         begin = MODEL.index('[[components]]\nname = "pump"')
