@@ -71,6 +71,10 @@ std::optional<std::vector<ComparedRun>> runScenarios(const CompareOptions& optio
         loaded.diagnostics().print(std::cerr, true);
         return std::nullopt;
     }
+    if (loaded.model().scenarios.empty()) {
+        std::cerr << fmt::format("{}: error: there are no scenarios; expected [scenarios.NAME]\n", printable(path));
+        return std::nullopt;
+    }
     std::vector<std::string> names{""};
     for (const Scenario& scenario : loaded.model().scenarios) {
         names.push_back(scenario.name);
@@ -207,7 +211,7 @@ int compareCommand(const CompareOptions& options) {
         std::cerr << "kesto compare: warning: " << printable(warning) << '\n';
     }
     if (!options.output.empty() && !isPage(options.output)) replaceFile(options.output, toCsv(comparison));
-    std::cout << (options.json ? toJson(comparison) : toText(comparison));
+    std::cout << (options.json ? toJson(comparison) : printableLines(toText(comparison)));
     return kGood;
 }
 

@@ -104,13 +104,20 @@ std::string weather() {
     return text;
 }
 
+// As a word of a command line.
+std::string quoted(const std::string& path) {
+    const std::string shown = printable(path);
+    return shown.find(' ') == std::string::npos ? shown : '"' + shown + '"';
+}
+
 }  // namespace
 
 int newCommand(const NewOptions& options) {
     const std::string model = joined(options.folder, "model.toml"), data = joined(options.folder, "weather.csv");
     const std::string schema = joined(options.folder, kSchema);
     for (const std::string& path : {model, data, schema}) {
-        if (!std::filesystem::exists(pathOf(path))) continue;
+        // Neither is a link that leads nowhere replaced.
+        if (!std::filesystem::exists(std::filesystem::symlink_status(pathOf(path)))) continue;
         std::cerr << fmt::format("kesto new: error: {} is there already\n", printable(path));
         return kBadModel;
     }
@@ -118,8 +125,8 @@ int newCommand(const NewOptions& options) {
     replaceFile(model, kModel);
     replaceFile(data, weather());
     replaceFile(schema, modelSchema());
-    std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", model, model,
-                             joined(options.folder, "results"));
+    std::cout << fmt::format("{} is a small model that runs:\n  kesto run {} -o {}\n", printable(model), quoted(model),
+                             quoted(joined(options.folder, "results")));
     return kGood;
 }
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "commands.h"
+#include "display.h"
 #include "engine_run.h"
 #include "evaluation.h"
 #include "files.h"
@@ -54,13 +55,14 @@ class Run {
         : options_(options), loaded_(options.model, options.read), diagnostics_(loaded_.diagnostics()) {}
 
     int run() {
+        if (loaded_.isFit()) loadBaseline();
         if (loaded_.isFit()) plan();
         if (!loaded_.isFit()) return refuse(kBadModel);
         guard_.emplace();
         if (const int status = prepareFolder(); status != kGood) return refuse(status);
         tellMessages(std::cerr);
         costs_.readSeconds = watch_.lap();
-        if (options_.json || !options_.output.empty()) inputs_ = inputsOf(loaded_.model());
+        if (options_.json || !options_.output.empty()) inputs_ = inputsOf(filesRead());
         if (!runBaseline()) {
             const int status = refuse(kBadModel);
             guard_->passOn();  // when that is why
@@ -96,7 +98,7 @@ class Run {
         try {
             if (options_.format == "netcdf") requireNetcdf();
             folder_.emplace(options_.output, ResultsFormat{options_.format, options_.balance, options_.compression},
-                            inputPaths(loaded_.model()));
+                            filesRead());
             return kGood;
         } catch (const NotReplaceable& refusal) {
             diagnostics_.error(refusal.name, folderPlace(), refusal.what());
@@ -109,14 +111,35 @@ class Run {
         return kRunFailed;
     }
 
+    void loadBaseline() {
+        const Economics& economics = loaded_.model().economics;
+        if (economics.baseline.empty()) return;
+        ReadOptions read = options_.read;
+        read.baseline = economics.baseline;
+        baseline_.emplace(options_.model, read);
+        if (!baseline_->isFit()) reportBaseline(baseline_->diagnostics().firstError()->text);
+    }
+
     // False where it cannot be run.
     bool runBaseline() {
+        if (!baseline_) return true;
+        try {
+            costsOfBaseline_ = costsOfBaseline(*baseline_);
+            baseline_.reset();
+            return true;
+        } catch (const std::runtime_error& error) {
+            reportBaseline(error.what());
+            return false;
+        }
+    }
+
+    void reportBaseline(const std::string& why) {
         const Economics& economics = loaded_.model().economics;
-        if (economics.baseline.empty()) return true;
-        std::string why;
-        baseline_ = costsOfBaseline(options_.model, options_.read, economics.baseline, why);
-        if (!baseline_) diagnostics_.error("wrong-value", economics.place, withoutBaseline(economics, why));
-        return baseline_.has_value();
+        diagnostics_.error("wrong-value", economics.place, withoutBaseline(economics, why));
+    }
+
+    std::vector<std::string> filesRead() const {
+        return inputPaths(loaded_.model(), baseline_ ? &baseline_->model() : nullptr);
     }
 
     Place folderPlace() const { return {std::make_shared<const std::string>(options_.output), 0, 0}; }
@@ -205,9 +228,9 @@ class Run {
         reportFailure(results, diagnostics_);
         if (results.run.message.starts_with("Cannot allocate memory")) reportMemory();
         checkResults(results, diagnostics_);
-        Evaluation evaluation =
-            evaluate(results, needs_, loaded_.series(),
-                     {.baseline = baseline_ ? &*baseline_ : nullptr, .kept = folder_ ? &asked_ : nullptr});
+        Evaluation evaluation = evaluate(
+            results, needs_, loaded_.series(),
+            {.baseline = costsOfBaseline_ ? &*costsOfBaseline_ : nullptr, .kept = folder_ ? &asked_ : nullptr});
         evaluation.showsBalance = options_.balance;
         checkAccount(results, evaluation.account, diagnostics_);
         if (options_.balance || options_.strict) checkBalance(results, evaluation.balance, diagnostics_);
@@ -236,8 +259,8 @@ class Run {
         } else if (!options_.quiet) {
             out << summaryOf(results, evaluation, options_.full ? Detail::full : Detail::brief);
             if (!files.empty()) {
-                out << fmt::format("\nResults     {}, {} and {} other files\n", options_.output, kSummaryFile,
-                                   files.size());
+                out << fmt::format("\nResults     {}, {} and {} other files\n", printable(options_.output),
+                                   kSummaryFile, files.size());
             }
         }
     }
@@ -249,7 +272,8 @@ class Run {
     std::vector<OutputPort> asked_;
     AccountNeeds needs_;
     RunCosts costs_;
-    std::optional<NetworkCosts> baseline_;  // what the network costs there
+    std::optional<LoadedModel> baseline_;  // until it has been run
+    std::optional<NetworkCosts> costsOfBaseline_;
     std::vector<InputFile> inputs_;
     std::size_t told_ = 0;  // of the messages
     bool isMemoryReported_ = false;

@@ -1,5 +1,7 @@
 #include "side_run.h"
 
+#include <stdexcept>
+
 #include "engine_run.h"
 #include "evaluation.h"
 #include "record.h"
@@ -17,20 +19,13 @@ void runBeside(LoadedModel& loaded, bool isOverseen,
     look(results, evaluate(results, needs, loaded.series(), {.kept = isOverseen ? &kept : nullptr}));
 }
 
-std::optional<NetworkCosts> costsOfBaseline(const std::string& model, ReadOptions read, const std::string& scenario,
-                                            std::string& why) {
-    read.baseline = scenario;
-    LoadedModel loaded(model, read);
-    if (!loaded.isFit()) {
-        why = loaded.diagnostics().firstError()->text;
-        return std::nullopt;
-    }
+NetworkCosts costsOfBaseline(LoadedModel& baseline) {
     NetworkCosts costs;
-    runBeside(loaded, false, [&](const Results& results, const Evaluation& evaluation) {
-        why = failureOf(results);
+    runBeside(baseline, false, [&](const Results& results, const Evaluation& evaluation) {
+        if (const std::string why = failureOf(results); !why.empty()) throw std::runtime_error(why);
         costs = evaluation.costs;
     });
-    return why.empty() ? std::optional(costs) : std::nullopt;
+    return costs;
 }
 
 }  // namespace kesto

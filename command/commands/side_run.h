@@ -2,8 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <optional>
-#include <string>
 
 #include "load.h"
 #include "money.h"
@@ -18,8 +16,7 @@ struct Results;
 void runBeside(LoadedModel& loaded, bool isOverseen,
                const std::function<void(const Results&, const Evaluation&)>& look);
 
-// What the network costs in the scenario that its runs are compared with. Nothing where that cannot be run: `why` not.
-std::optional<NetworkCosts> costsOfBaseline(const std::string& model, ReadOptions read, const std::string& scenario,
-                                            std::string& why);
+// Runs a baseline that is fit to be run. Throws std::runtime_error that says why the run failed.
+NetworkCosts costsOfBaseline(LoadedModel& baseline);
 
 }  // namespace kesto

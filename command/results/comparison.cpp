@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "display.h"
 #include "files.h"
 #include "json_reading.h"
 #include "written_files.h"
@@ -46,6 +47,18 @@ bool haveSameModel(const std::vector<ComparedRun>& runs) {
     });
 }
 
+// Of those that the first run and another have read under the same name.
+std::string filesChanged(const std::vector<ComparedRun>& runs) {
+    std::set<std::string> changed;
+    for (const ComparedRun& run : runs) {
+        for (const auto& [file, hash] : run.inputs) {
+            const auto first = runs.front().inputs.find(file);
+            if (first != runs.front().inputs.end() && first->second != hash) changed.insert(file);
+        }
+    }
+    return fmt::format("{}", fmt::join(changed, ", "));
+}
+
 std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
     std::vector<std::string> warnings;
     warnOf(
@@ -56,6 +69,11 @@ std::vector<std::string> warningsOf(const std::vector<ComparedRun>& runs) {
         const auto before = warnings.size();
         warnOf("of different models", runs, fileOf, warnings);
         if (warnings.size() == before) warnOf("of different versions of the model file", runs, hashOf, warnings);
+    }
+    warnOf(
+        "in different currencies", runs, [](const ComparedRun& run) { return currencyOf(run); }, warnings);
+    if (const std::string files = filesChanged(runs); !files.empty()) {
+        warnings.push_back(fmt::format("between the runs these files have changed: {}", files));
     }
     for (const ComparedRun& run : runs) {
         if (run.outcome != "finished") warnings.push_back(fmt::format("{}: this run {}", run.name, run.outcome));
@@ -142,7 +160,8 @@ ComparedRun readComparedRun(const std::string& folder) {
     const std::string path = joined(folder, kSummaryFile);
     return readingJson(path, "kesto run", [&] {
         const auto summary = nlohmann::json::parse(readFile(path, kLargestModel));
-        const auto text = [&](const char* key) { return summary.at(key).get<std::string>(); };
+        const auto shown = [](const nlohmann::json& value) { return printable(value.get<std::string>()); };
+        const auto text = [&](const char* key) { return shown(summary.at(key)); };
         ComparedRun run{.name = folder,
                         .title = text("title"),
                         .model = text("model_file"),
@@ -154,17 +173,19 @@ ComparedRun readComparedRun(const std::string& folder) {
                         .units = {}};
         run.folder = folder;
         for (const auto& scenario : summary.value("scenarios", nlohmann::json::array())) {
-            run.set.push_back("--scenario " + scenario.get<std::string>());
+            run.set.push_back("--scenario " + shown(scenario));
         }
         for (const auto& set : summary.value("set", nlohmann::json::array())) {
-            run.set.push_back(set.get<std::string>());
+            run.set.push_back(shown(set));
+        }
+        for (const auto& input : summary.value("inputs", nlohmann::json::array())) {
+            run.inputs[shown(input.at("file"))] = shown(input.at("sha256"));
         }
         run.made = madeOf(summary);
         for (const auto& row : summary.at("figures")) {
             const auto& value = row.at("value");
-            run.figures.emplace_back(row.at("name").get<std::string>(),
-                                     value.is_null() ? kNoValue : value.get<double>());
-            run.units.push_back(row.at("unit").get<std::string>());
+            run.figures.emplace_back(shown(row.at("name")), value.is_null() ? kNoValue : value.get<double>());
+            run.units.push_back(shown(row.at("unit")));
         }
         return run;
     });
@@ -189,8 +210,8 @@ Comparison compare(std::vector<ComparedRun> runs, bool withAlike) {
             ++comparison.alike;
         }
     }
-    comparison.savings = savingsOf(runs);
     comparison.warnings = warningsOf(runs);
+    comparison.savings = savingsOf(runs);
     comparison.runs = std::move(runs);
     return comparison;
 }

@@ -37,6 +37,7 @@ struct ComparedRun {
     std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
     std::vector<std::string> units;                       // of the figures
     std::vector<std::string> set = {};                    // what it was read with in place of the model's values
+    std::map<std::string, std::string> inputs = {};       // hashes of the files that it read beside the model
 
     // For the page.
     std::string folder = {};                // of its results; empty: in none
@@ -89,7 +90,11 @@ struct Comparison {
 
 Comparison compare(std::vector<ComparedRun> runs, bool withAlike);
 
-// What runs save against the first one: mains water, energy and money, so far as they are known.
+// "EUR"; empty: it has no figure of money.
+std::string currencyOf(const ComparedRun& run);
+
+// What runs of the same length save against the first one: mains water, energy and, in its currency, money, so far as
+// they are known.
 std::vector<ComparedFigure> savingsOf(const std::vector<ComparedRun>& runs);
 
 // For people, in units that suit the size; for programs, in the units of the figures.

@@ -40,16 +40,22 @@ NetworkCosts costsOf(const ComparedRun& run) {
 // "EUR/m3" of a currency that is told by a figure of the runs.
 std::string unitOf(const std::vector<ComparedRun>& runs, std::string_view per) {
     for (const ComparedRun& run : runs) {
-        for (std::size_t i = 0; i < run.figures.size(); ++i) {
-            const std::string& unit = run.units[i];
-            if (run.figures[i].first == "network.running_cost")
-                return unit.substr(0, unit.find('/')) + std::string(per);
-        }
+        if (const std::string currency = currencyOf(run); !currency.empty()) return currency + std::string(per);
     }
     return "money" + std::string(per);
 }
 
 }  // namespace
+
+std::string currencyOf(const ComparedRun& run) {
+    constexpr std::string_view kYearly = "/a";
+    for (std::size_t i = 0; i < run.figures.size(); ++i) {
+        const std::string& unit = run.units[i];
+        const bool isMoney = run.figures[i].first == "network.yearly_cost" && unit.ends_with(kYearly);
+        if (isMoney) return unit.substr(0, unit.size() - kYearly.size());
+    }
+    return {};
+}
 
 std::vector<ComparedFigure> savingsOf(const std::vector<ComparedRun>& runs) {
     const auto row = [&](std::string_view name, std::string unit) {
@@ -61,9 +67,12 @@ std::vector<ComparedFigure> savingsOf(const std::vector<ComparedRun>& runs) {
     if (runs.empty()) return {};
     const NetworkCosts first = costsOf(runs.front());
     for (std::size_t i = 1; i < runs.size(); ++i) {
-        const Savings savings = savingsOf(costsOf(runs[i]), first);
+        const NetworkCosts costs = costsOf(runs[i]);
+        if (costs.years != first.years && !std::isnan(costs.years)) continue;
+        const Savings savings = savingsOf(costs, first);
         rows[0].values[i] = savings.mains;
         rows[1].values[i] = savings.energy.value_or(kNoValue);
+        if (currencyOf(runs[i]) != currencyOf(runs.front())) continue;
         rows[2].values[i] = savings.running.value_or(kNoValue);
         rows[3].values[i] = savings.costPerM3.value_or(kNoValue);
         rows[4].values[i] = savings.payback.value_or(kNoValue);

@@ -88,20 +88,24 @@ const Flow* Results::find(OutputPort output) const {
     return found != flows.end() && found->output() == output ? &*found : nullptr;
 }
 
-std::vector<std::string> inputPaths(const Model& model) {
-    std::set<std::string> files(model.tableFiles.begin(), model.tableFiles.end());
-    for (const TimeTable& table : model.tables) {
-        files.insert(table.path);
+std::vector<std::string> inputPaths(const Model& model, const Model* baseline) {
+    std::set<std::string> files;
+    for (const Model* one : {&model, baseline}) {
+        if (!one) continue;
+        files.insert(one->tableFiles.begin(), one->tableFiles.end());
+        for (const TimeTable& table : one->tables) {
+            files.insert(table.path);
+        }
+        if (!one->statesFile.empty()) files.insert(one->statesFile);
     }
-    if (!model.statesFile.empty()) files.insert(model.statesFile);
     std::vector<std::string> paths{model.path};
     paths.insert(paths.end(), files.begin(), files.end());
     return paths;
 }
 
-std::vector<InputFile> inputsOf(const Model& model) {
+std::vector<InputFile> inputsOf(const std::vector<std::string>& paths) {
     std::vector<InputFile> inputs;
-    for (const std::string& path : inputPaths(model)) {
+    for (const std::string& path : paths) {
         inputs.push_back({path, sha256OfFile(path)});
     }
     return inputs;

@@ -68,11 +68,11 @@ struct Results {
     const Flow* find(OutputPort output) const;
 };
 
-// The model file, then its tables and series.
-std::vector<std::string> inputPaths(const Model& model);
+// The model file, then its tables and series, with those of the baseline that it is compared with.
+std::vector<std::string> inputPaths(const Model& model, const Model* baseline = nullptr);
 
 // To be asked for before the run.
-std::vector<InputFile> inputsOf(const Model& model);
+std::vector<InputFile> inputsOf(const std::vector<std::string>& paths);
 
 Results collectResults(const Model& model, const Record& record, const EngineOutputs& outputs,
                        const RecordingPlan& plan, const EngineRun& run);

@@ -141,6 +141,47 @@ class Compare(InFolder):
         self.assertIn("the runs are of different models: a ", self.kesto("compare", "a", "e").stderr)
         self.assertIn("No figure differs.", self.kesto("compare", "a", "a").stdout)
 
+    def test_what_is_not_alike_saves_nothing(self):
+        self.write(TANK + "[economics]\nwater_price = 2\ncurrency = 'EUR'\n")
+        self.run_into("a")
+        self.run_into("b", "--scenario", "small", "--set", "economics.currency=USD")
+        comparison = self.compared("a", "b")[1]
+        self.assertEqual(comparison["warnings"], ["the runs are in different currencies: a EUR, b USD"])
+        self.assertEqual([row["name"] for row in comparison["savings"]], ["saved_mains"])
+        self.run_into("c", "--scenario", "small", "--to", "2012-01-04")
+        self.assertEqual(self.compared("a", "c")[1]["savings"], [])
+        self.run_into("d", "--scenario", "small")
+        self.assertEqual([row["name"] for row in self.compared("a", "d")[1]["savings"]], ["saved_mains", "saved_running_cost"])
+
+    def test_files_that_have_changed_between_runs(self):
+        self.write(TANK.replace("demand = 4", 'demand = { column = "flow", file = "flow.csv" }'))
+        for folder, flow in ("a", 4), ("b", 5):
+            (self.folder / "flow.csv").write_text("flow\n" + f"{flow}\n" * 4)
+            self.run_into(folder)
+        self.assertEqual(self.compared("a", "b")[1]["warnings"], ["between the runs these files have changed: flow.csv"])
+        self.assertEqual(self.compared("a", "a")[1]["warnings"], [])
+
+    def test_a_model_without_scenarios(self):
+        self.write(TANK[:TANK.index("[scenarios")])
+        done = self.kesto("compare", "model.toml", "--scenarios")
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (2, "", "model.toml: error: there are no scenarios; expected [scenarios.NAME]\n"))
+
+    def test_nothing_that_a_terminal_obeys(self):
+        self.run_into("a")
+        self.run_into("b", "--scenario", "small")
+        path = self.folder / "b/summary.json"
+        summary = json.loads(path.read_text())
+        hostile = "\x1b[31mred\nline"
+        summary["title"], summary["set"], summary["start"] = hostile, [hostile], hostile
+        summary["figures"][0]["name"] = summary["figures"][0]["unit"] = hostile
+        path.write_text(json.dumps(summary))
+        done = self.kesto("compare", "a", "b")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("\\u001B[31mred\\u000Aline", done.stdout)
+        self.assertNotIn("\x1b", done.stdout + done.stderr)
+        self.assertNotIn("\nline", done.stdout + done.stderr)
+
     def page(self, name="page.html"):
         """The data that a page holds."""
         text = (self.folder / name).read_text()
