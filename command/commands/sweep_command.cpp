@@ -57,6 +57,16 @@ int show(const Json& members, const SweepOptions& options) {
     });
 }
 
+// What a join, which runs nothing, has no use for.
+bool setsMembers(const SweepOptions& options) {
+    const SweepOptions none;
+    const ReadOptions& read = options.read;
+    return options.jobs != none.jobs || options.record != none.record || options.every != none.every ||
+           options.figures != none.figures || options.members != none.members || options.format != none.format ||
+           !read.set.empty() || !read.scenarios.empty() || !read.from.empty() || !read.to.empty() ||
+           !read.accept.empty();
+}
+
 int join(const SweepOptions& options) {
     const auto refuse = [](int status, const std::string& text) {
         std::cerr << "kesto sweep --join: error: " << printable(text) << '\n';
@@ -64,6 +74,10 @@ int join(const SweepOptions& options) {
     };
     if (!options.model.empty() || !options.table.empty() || !options.vary.empty() || options.scenarios) {
         return refuse(kBadModel, "it takes folders of slices alone, and no model or members");
+    }
+    if (setsMembers(options)) {
+        return refuse(kBadModel,
+                      "it takes folders of slices alone; values, --record and the like are those of the slices");
     }
     try {
         return show(joinSlices(options.join, options.output, options.restart), options);
@@ -107,6 +121,10 @@ class Sweep {
     bool read() {
         auto document = readDocument(options_.model, diagnostics_);
         if (!document) return false;
+        if (options_.record == "none" && (options_.every != "day" || !options_.format.empty())) {
+            diagnostics_.error("wrong-value", placeOf(options_.every != "day" ? "--every" : "--format"),
+                               "nothing is recorded; expected --record, too");
+        }
         auto design = Design::read({options_.table, options_.vary, options_.scenarios}, *document, diagnostics_);
         if (!design || diagnostics_.hasErrors()) return false;
         const auto slice = sliceOf(options_.members, design->members());

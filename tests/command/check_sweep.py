@@ -201,6 +201,8 @@ class Refusals(Sweeping):
                 (["--vary", "tank.size=1,2", "--members", "0-1"], "expected FIRST-LAST, both from 1 to 2"),
                 (["--vary", "tank.size=1,2", "--members", "2"], "expected FIRST-LAST, both from 1 to 2"),
                 (["--vary", "tank.size=1,2", "--record", "tonk"], 'there is no component "tonk"'),
+                (["--vary", "tank.size=1,2", "--every", "month"], "--every: error: nothing is recorded; expected --record, too"),
+                (["--vary", "tank.size=1,2", "--format", "csv"], "--format: error: nothing is recorded; expected --record, too"),
                 (["missing.csv"], "cannot read missing.csv: No such file or directory"),
                 ([], "expected a table of members, --vary or --scenarios")):
             errors = self.errors(*arguments)
@@ -312,6 +314,11 @@ class House(Sweeping):
         self.assertFalse((self.folder / "joined").exists())
         self.assertEqual(self.kesto("sweep", self.model, "--join", "a", "b", "-o", "joined").returncode, 2)
         self.assertEqual(self.kesto("sweep", "-o", "joined").returncode, 2)
+        for option, value in (("--jobs", "2"), ("--record", "tank"), ("--every", "month"), ("--members", "1-2"),
+                              ("--set", "foo.bar=3"), ("--figures", "all")):
+            done = self.kesto("sweep", "--join", "a", "b", option, value, "-o", "joined")
+            self.assertEqual(done.returncode, 2, option)
+            self.assertIn("kesto sweep --join: error: it takes folders of slices alone; values", done.stderr)
 
     def test_recorded_flows_are_those_of_the_runs(self):
         self.sweep("members.csv", "--record", "tank:overflow", "--members", "250-260", model=self.model)
