@@ -47,13 +47,16 @@ bool haveSameModel(const std::vector<ComparedRun>& runs) {
     });
 }
 
-// Of those that the first run and another have read under the same name.
+// Of those beside the model that the first run and another have read under the same name.
 std::string filesChanged(const std::vector<ComparedRun>& runs) {
+    const MadeOf first = runs.empty() ? MadeOf() : runs.front().made;
+    const std::map<std::string, std::string> before(first.inputs.begin(), first.inputs.end());
     std::set<std::string> changed;
     for (const ComparedRun& run : runs) {
-        for (const auto& [file, hash] : run.inputs) {
-            const auto first = runs.front().inputs.find(file);
-            if (first != runs.front().inputs.end() && first->second != hash) changed.insert(file);
+        for (std::size_t i = 1; i < run.made.inputs.size(); ++i) {
+            const auto& [file, sha256] = run.made.inputs[i];
+            const auto known = before.find(file);
+            if (known != before.end() && known->second != sha256) changed.insert(file);
         }
     }
     return fmt::format("{}", fmt::join(changed, ", "));
@@ -145,7 +148,7 @@ ComparedRun comparedRun(const std::string& name, const Results& results, const E
     if (evaluation.overview) {
         run.overview = toJson(*evaluation.overview);
         run.days = daysOf(results, *evaluation.overview);
-        for (const InputFile& input : inputsOf(*results.model)) {
+        for (const InputFile& input : inputsOf(inputPaths(model))) {
             run.made.inputs.emplace_back(input.path, input.sha256);
         }
     }
@@ -177,9 +180,6 @@ ComparedRun readComparedRun(const std::string& folder) {
         }
         for (const auto& set : summary.value("set", nlohmann::json::array())) {
             run.set.push_back(shown(set));
-        }
-        for (const auto& input : summary.value("inputs", nlohmann::json::array())) {
-            run.inputs[shown(input.at("file"))] = shown(input.at("sha256"));
         }
         run.made = madeOf(summary);
         for (const auto& row : summary.at("figures")) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <limits>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +36,6 @@ struct ComparedRun {
     std::vector<std::pair<std::string, double>> figures;  // not a number: without a value
     std::vector<std::string> units;                       // of the figures
     std::vector<std::string> set = {};                    // what it was read with in place of the model's values
-    std::map<std::string, std::string> inputs = {};       // hashes of the files that it read beside the model
 
     // For the page.
     std::string folder = {};                // of its results; empty: in none
