@@ -167,7 +167,8 @@ class Members {
         }
         for (const auto& [name, value] : made.at("options").items()) {
             for (const Json& text : value.is_array() ? value : Json::array({value})) {
-                if (text != "") sweep.made.options.emplace_back("--" + name, text);
+                std::string given = text;
+                if (!given.empty()) sweep.made.options.emplace_back("--" + name, std::move(given));
             }
         }
         sweep.designTable = json_.at("design_table");
