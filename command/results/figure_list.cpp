@@ -39,8 +39,8 @@ constexpr FigureInfo kFigures[] = {
     {money, "present_cost", "money", "the yearly costs of the horizon, worth now"},
 
     {savings, "saved_mains", "L", "mains water of the baseline less that of the run"},
-    {savings, "saved_energy", "kWh", "energy likewise"},
-    {savings, "saved_running_cost", "money/a", "running cost likewise"},
+    {savings, "saved_energy", "kWh", "energy of the baseline less that of the run"},
+    {savings, "saved_running_cost", "money/a", "running cost of the baseline less that of the run"},
     {savings, "cost_per_m3_saved", "money/m3",
      "additional annuity, energy and operation for each m3 of mains water saved"},
     {savings, "payback", "a", "additional capital over the running cost saved"},
