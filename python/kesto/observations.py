@@ -136,9 +136,11 @@ def _read_days(name: str, index: pandas.Index) -> pandas.DatetimeIndex:
         try:
             days.append(label if isinstance(label, datetime.date) else datetime.datetime.fromisoformat(
                 label.strip() if isinstance(label, str) else label.isoformat()))
-            pandas.Timestamp(days[-1])  # which holds fewer centuries
+            if not pandas.Timestamp.min.year < days[-1].year < pandas.Timestamp.max.year:
+                raise ValueError
         except (AttributeError, TypeError, ValueError):
-            raise Error(f"the date {label!r} of an observation of {name} cannot be read; expected YYYY-MM-DD") from None
+            raise Error(f"the date {label!r} of an observation of {name} cannot be read; expected YYYY-MM-DD, from"
+                        f" {pandas.Timestamp.min.year + 1} to {pandas.Timestamp.max.year - 1}") from None
     return pandas.DatetimeIndex(days)
 
 

@@ -10,6 +10,7 @@ import kesto
 from kesto.observations import aligned, period
 
 STEPS = pandas.date_range("2012-01-01", periods=100)
+NOON = pandas.Timedelta(hours=12)
 DAYS = STEPS[20:50]
 SERIES = pandas.Series(numpy.arange(30.0), DAYS)
 
@@ -74,8 +75,8 @@ def double(at):
 
 @pytest.mark.parametrize("series, text", [
     (SERIES.tz_localize("UTC"), "time zone UTC; expected dates without one: tz_localize"),
-    (SERIES.shift(freq="12H"), "at 2012-01-21 12:00:00 is of no step of the run; expected dates at midnight"),
-    (pandas.concat([SERIES, SERIES.iloc[3:5].shift(freq="12H")]), "at 2012-01-24 12:00:00 is of no step"),
+    (SERIES.shift(freq=NOON), "at 2012-01-21 12:00:00 is of no step of the run; expected dates at midnight"),
+    (pandas.concat([SERIES, SERIES.iloc[3:5].shift(freq=NOON)]), "at 2012-01-24 12:00:00 is of no step"),
     (double(7), "two observations at 2012-01-28"),
     (changed(5, numpy.inf), "observation of f at 2012-01-26 is infinite"),
     (changed(6, "12,5"), "observation of f at 2012-01-27 is no number: '12,5'"),
